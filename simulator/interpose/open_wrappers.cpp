@@ -1,0 +1,86 @@
+// The functions that open a file.
+
+#include <fcntl.h>
+#include <stdio.h>
+
+#include <cstdarg>
+
+#include "interpose/wrap.h"
+
+namespace {
+
+/// The mode that follows the flags of an open where a file may be created, else 0.
+mode_t modeAfter(int flags, va_list& arguments) {
+  const bool creates = (flags & O_CREAT) != 0 || (flags & O_TMPFILE) == O_TMPFILE;
+  return creates ? va_arg(arguments, mode_t) : mode_t{0};
+}
+
+}  // namespace
+
+using orb::sim::callNext;
+using orb::sim::mapped;
+
+ORB_SIM_WRAPPER int open(const char* path, int flags, ...) {
+  va_list arguments;
+  va_start(arguments, flags);
+  const mode_t mode = modeAfter(flags, arguments);
+  va_end(arguments);
+  return callNext<"open", decltype(::open)>(mapped(path), flags, mode);
+}
+
+ORB_SIM_WRAPPER int openat(int directory, const char* path, int flags, ...) {
+  va_list arguments;
+  va_start(arguments, flags);
+  const mode_t mode = modeAfter(flags, arguments);
+  va_end(arguments);
+  return callNext<"openat", decltype(::openat)>(directory, mapped(directory, path), flags, mode);
+}
+
+ORB_SIM_WRAPPER int open64(const char*, int, ...) __attribute__((alias("open")));
+ORB_SIM_WRAPPER int __open(const char*, int, ...) __attribute__((alias("open"), nonnull(1)));
+ORB_SIM_WRAPPER int __open64(const char*, int, ...) __attribute__((alias("open"), nonnull(1)));
+ORB_SIM_WRAPPER int openat64(int, const char*, int, ...) __attribute__((alias("openat")));
+
+ORB_SIM_WRAPPER int creat(const char* path, mode_t mode) {
+  return callNext<"creat", decltype(::creat)>(mapped(path), mode);
+}
+
+ORB_SIM_WRAPPER int creat64(const char* path, mode_t mode) {
+  return callNext<"creat64", decltype(::creat64)>(mapped(path), mode);
+}
+
+// What the calls above become in a program compiled with _FORTIFY_SOURCE.
+
+ORB_SIM_WRAPPER int __open_2(const char* path, int flags) {
+  return callNext<"__open_2", int(const char*, int)>(mapped(path), flags);
+}
+
+ORB_SIM_WRAPPER int __open64_2(const char* path, int flags) {
+  return callNext<"__open64_2", int(const char*, int)>(mapped(path), flags);
+}
+
+ORB_SIM_WRAPPER int __openat_2(int directory, const char* path, int flags) {
+  return callNext<"__openat_2", int(int, const char*, int)>(directory, mapped(directory, path),
+                                                            flags);
+}
+
+ORB_SIM_WRAPPER int __openat64_2(int directory, const char* path, int flags) {
+  return callNext<"__openat64_2", int(int, const char*, int)>(directory, mapped(directory, path),
+                                                              flags);
+}
+
+ORB_SIM_WRAPPER FILE* fopen(const char* path, const char* mode) {
+  return callNext<"fopen", decltype(::fopen)>(mapped(path), mode);
+}
+
+ORB_SIM_WRAPPER FILE* fopen64(const char* path, const char* mode) {
+  return callNext<"fopen64", decltype(::fopen64)>(mapped(path), mode);
+}
+
+ORB_SIM_WRAPPER FILE* freopen(const char* path, const char* mode, FILE* stream) {
+  return callNext<"freopen", decltype(::freopen)>(mapped(path), mode, stream);
+}
+
+ORB_SIM_WRAPPER FILE* freopen64(const char* path, const char* mode, FILE* stream) {
+  return callNext<"freopen64", decltype(::freopen64)>(mapped(path), mode, stream);
+}

@@ -1,0 +1,129 @@
+// The functions that look at a file without opening it.
+
+#include <fcntl.h>
+#include <stdlib.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "interpose/wrap.h"
+
+using orb::sim::callNext;
+using orb::sim::mapped;
+
+ORB_SIM_WRAPPER int stat(const char* path, struct stat* result) noexcept {
+  return callNext<"stat", decltype(::stat)>(mapped(path), result);
+}
+
+ORB_SIM_WRAPPER int stat64(const char* path, struct stat64* result) noexcept {
+  return callNext<"stat64", decltype(::stat64)>(mapped(path), result);
+}
+
+ORB_SIM_WRAPPER int lstat(const char* path, struct stat* result) noexcept {
+  return callNext<"lstat", decltype(::lstat)>(mapped(path), result);
+}
+
+ORB_SIM_WRAPPER int lstat64(const char* path, struct stat64* result) noexcept {
+  return callNext<"lstat64", decltype(::lstat64)>(mapped(path), result);
+}
+
+ORB_SIM_WRAPPER int fstatat(int directory, const char* path, struct stat* result,
+                            int flags) noexcept {
+  return callNext<"fstatat", decltype(::fstatat)>(directory, mapped(directory, path), result,
+                                                  flags);
+}
+
+ORB_SIM_WRAPPER int fstatat64(int directory, const char* path, struct stat64* result,
+                              int flags) noexcept {
+  return callNext<"fstatat64", decltype(::fstatat64)>(directory, mapped(directory, path), result,
+                                                      flags);
+}
+
+ORB_SIM_WRAPPER int statx(int directory, const char* path, int flags, unsigned int mask,
+                          struct statx* result) noexcept {
+  return callNext<"statx", decltype(::statx)>(directory, mapped(directory, path), flags, mask,
+                                              result);
+}
+
+// What stat and its kin are in programs that were linked before glibc 2.33.
+
+ORB_SIM_WRAPPER int __xstat(int version, const char* path, struct stat* result) {
+  return callNext<"__xstat", int(int, const char*, struct stat*)>(version, mapped(path), result);
+}
+
+ORB_SIM_WRAPPER int __xstat64(int version, const char* path, struct stat64* result) {
+  return callNext<"__xstat64", int(int, const char*, struct stat64*)>(version, mapped(path),
+                                                                      result);
+}
+
+ORB_SIM_WRAPPER int __lxstat(int version, const char* path, struct stat* result) {
+  return callNext<"__lxstat", int(int, const char*, struct stat*)>(version, mapped(path), result);
+}
+
+ORB_SIM_WRAPPER int __lxstat64(int version, const char* path, struct stat64* result) {
+  return callNext<"__lxstat64", int(int, const char*, struct stat64*)>(version, mapped(path),
+                                                                       result);
+}
+
+ORB_SIM_WRAPPER int __fxstatat(int version, int directory, const char* path, struct stat* result,
+                               int flags) {
+  return callNext<"__fxstatat", int(int, int, const char*, struct stat*, int)>(
+      version, directory, mapped(directory, path), result, flags);
+}
+
+ORB_SIM_WRAPPER int __fxstatat64(int version, int directory, const char* path,
+                                 struct stat64* result, int flags) {
+  return callNext<"__fxstatat64", int(int, int, const char*, struct stat64*, int)>(
+      version, directory, mapped(directory, path), result, flags);
+}
+
+ORB_SIM_WRAPPER int access(const char* path, int mode) noexcept {
+  return callNext<"access", decltype(::access)>(mapped(path), mode);
+}
+
+ORB_SIM_WRAPPER int faccessat(int directory, const char* path, int mode, int flags) noexcept {
+  return callNext<"faccessat", decltype(::faccessat)>(directory, mapped(directory, path), mode,
+                                                      flags);
+}
+
+ORB_SIM_WRAPPER int eaccess(const char* path, int mode) noexcept {
+  return callNext<"eaccess", decltype(::eaccess)>(mapped(path), mode);
+}
+
+ORB_SIM_WRAPPER int euidaccess(const char* path, int mode) noexcept {
+  return callNext<"euidaccess", decltype(::euidaccess)>(mapped(path), mode);
+}
+
+ORB_SIM_WRAPPER ssize_t readlink(const char* path, char* buffer, size_t size) noexcept {
+  return callNext<"readlink", decltype(::readlink)>(mapped(path), buffer, size);
+}
+
+ORB_SIM_WRAPPER ssize_t readlinkat(int directory, const char* path, char* buffer,
+                                   size_t size) noexcept {
+  return callNext<"readlinkat", decltype(::readlinkat)>(directory, mapped(directory, path), buffer,
+                                                        size);
+}
+
+ORB_SIM_WRAPPER ssize_t __readlink_chk(const char* path, char* buffer, size_t size,
+                                       size_t bufferSize) {
+  return callNext<"__readlink_chk", ssize_t(const char*, char*, size_t, size_t)>(
+      mapped(path), buffer, size, bufferSize);
+}
+
+ORB_SIM_WRAPPER ssize_t __readlinkat_chk(int directory, const char* path, char* buffer, size_t size,
+                                         size_t bufferSize) {
+  return callNext<"__readlinkat_chk", ssize_t(int, const char*, char*, size_t, size_t)>(
+      directory, mapped(directory, path), buffer, size, bufferSize);
+}
+
+ORB_SIM_WRAPPER char* realpath(const char* path, char* resolved) noexcept {
+  return callNext<"realpath", decltype(::realpath)>(mapped(path), resolved);
+}
+
+ORB_SIM_WRAPPER char* canonicalize_file_name(const char* path) noexcept {
+  return callNext<"canonicalize_file_name", decltype(::canonicalize_file_name)>(mapped(path));
+}
+
+ORB_SIM_WRAPPER char* __realpath_chk(const char* path, char* resolved, size_t size) {
+  return callNext<"__realpath_chk", char*(const char*, char*, size_t)>(mapped(path), resolved,
+                                                                       size);
+}

@@ -1,0 +1,166 @@
+#include "orb-sim/path_map.h"
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <memory>
+#include <string>
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr const char* kMappedFile = "/nonexistent-orb-sim/device.log";
+
+std::string contentOf(const fs::path& file) {
+  std::ifstream stream(file);
+  return {std::istreambuf_iterator<char>(stream), {}};
+}
+
+class PathMap : public testing::Test {
+ protected:
+  PathMap() { orb::sim::mapPath(kMappedFile, target_.string()); }
+  ~PathMap() override {
+    orb::sim::clearPathMap();
+    fs::remove_all(folder_);
+  }
+
+  static fs::path makeFolder() {
+    std::string name = (fs::temp_directory_path() / "path-map.XXXXXX").string();
+    return mkdtemp(name.data());
+  }
+
+  const fs::path folder_ = makeFolder();
+  const fs::path target_ = folder_ / "target.log";
+};
+
+TEST_F(PathMap, HoldsForFileStreams) {
+  std::ofstream(kMappedFile) << "one\n";
+  std::ofstream(kMappedFile, std::ios::app | std::ios::ate) << "two\n";
+  EXPECT_EQ(contentOf(target_), "one\ntwo\n");
+  EXPECT_EQ(contentOf(kMappedFile), "one\ntwo\n");
+}
+
+TEST_F(PathMap, HoldsForTheFilesystemLibrary) {
+  EXPECT_FALSE(fs::exists(kMappedFile));
+  std::ofstream(target_) << "four";
+  EXPECT_TRUE(fs::exists(kMappedFile));
+  EXPECT_EQ(fs::file_size(kMappedFile), 4u);
+  fs::permissions(kMappedFile, fs::perms::owner_read);
+  EXPECT_EQ(fs::status(target_).permissions(), fs::perms::owner_read);
+  fs::rename(kMappedFile, folder_ / "other");
+  EXPECT_EQ(contentOf(folder_ / "other"), "four");
+  fs::copy_file(folder_ / "other", kMappedFile);
+  EXPECT_TRUE(fs::exists(target_));
+  EXPECT_TRUE(fs::remove(kMappedFile));
+  EXPECT_FALSE(fs::exists(target_));
+}
+
+TEST_F(PathMap, HoldsForOpenAndStat) {
+  struct stat status;
+  EXPECT_EQ(stat(kMappedFile, &status), -1);
+  EXPECT_EQ(errno, ENOENT);
+  const int descriptor = open(kMappedFile, O_WRONLY | O_CREAT | O_EXCL, 0640);
+  ASSERT_GE(descriptor, 0);
+  EXPECT_EQ(write(descriptor, "abc", 3), 3);
+  close(descriptor);
+  ASSERT_EQ(stat(kMappedFile, &status), 0);
+  EXPECT_EQ(status.st_size, 3);
+  EXPECT_EQ(status.st_mode & 0777, 0640u & ~umask(umask(0)));
+  EXPECT_EQ(contentOf(target_), "abc");
+}
+
+TEST_F(PathMap, LeavesOtherPathsAlone) {
+  const fs::path other = folder_ / "device.log";
+  std::ofstream(other) << "its own";
+  EXPECT_EQ(contentOf(other), "its own");
+  EXPECT_FALSE(fs::exists(target_));
+}
+
+TEST_F(PathMap, RecognisesOtherSpellingsOfAPath) {
+  std::ofstream(target_) << "found";
+  for (const char* spelling :
+       {"/nonexistent-orb-sim//device.log", "//nonexistent-orb-sim/./device.log",
+        "/nonexistent-orb-sim/sub/../device.log", "/../nonexistent-orb-sim/device.log"}) {
+    EXPECT_EQ(access(spelling, R_OK), 0) << spelling;
+  }
+  EXPECT_EQ(access("/nonexistent-orb-sim/sub/device.log", R_OK), -1);
+  EXPECT_EQ(access("/device.log", R_OK), -1);
+}
+
+TEST_F(PathMap, RecognisesAPathRelativeToADirectory) {
+  const fs::path mappedHere = folder_ / "here.log";
+  orb::sim::mapPath(mappedHere.string(), target_.string());
+  const int directory = open(folder_.c_str(), O_RDONLY | O_DIRECTORY);
+  ASSERT_GE(directory, 0);
+  const int descriptor = openat(directory, "here.log", O_WRONLY | O_CREAT, 0600);
+  ASSERT_GE(descriptor, 0);
+  EXPECT_EQ(write(descriptor, "x", 1), 1);
+  close(descriptor);
+  struct stat status;
+  EXPECT_EQ(fstatat(directory, "./here.log", &status, 0), 0);
+  EXPECT_EQ(faccessat(directory, "other.log", R_OK, 0), -1);
+  EXPECT_EQ(contentOf(target_), "x");
+  EXPECT_EQ(unlinkat(directory, "here.log", 0), 0);
+  EXPECT_FALSE(fs::exists(target_));
+  close(directory);
+}
+
+TEST_F(PathMap, RecognisesAPathRelativeToTheCurrentDirectory) {
+  const fs::path before = fs::current_path();
+  orb::sim::mapPath((folder_ / "here.log").string(), target_.string());
+  fs::current_path(folder_);
+  std::ofstream("here.log") << "y";
+  fs::current_path(before);
+  EXPECT_EQ(contentOf(target_), "y");
+}
+
+TEST_F(PathMap, ReplacesAnEarlierTarget) {
+  orb::sim::mapPath(kMappedFile, (folder_ / "second").string());
+  std::ofstream(kMappedFile) << "z";
+  EXPECT_FALSE(fs::exists(target_));
+  EXPECT_EQ(contentOf(folder_ / "second"), "z");
+}
+
+TEST_F(PathMap, IsEmptyAfterClearing) {
+  std::ofstream(target_) << "z";
+  orb::sim::clearPathMap();
+  EXPECT_FALSE(fs::exists(kMappedFile));
+  orb::sim::mapPath(kMappedFile, target_.string());
+  EXPECT_TRUE(fs::exists(kMappedFile));
+}
+
+TEST_F(PathMap, KeepsErrno) {
+  std::ofstream(target_) << "z";
+  errno = EDOM;
+  EXPECT_EQ(access(kMappedFile, R_OK), 0);
+  EXPECT_EQ(errno, EDOM);
+}
+
+TEST_F(PathMap, PassesANullPathOn) {
+  int (*const volatile plainAccess)(const char*, int) = access;
+  EXPECT_EQ(plainAccess(nullptr, R_OK), -1);
+  EXPECT_EQ(errno, EFAULT);
+}
+
+using PathMapDeathTest = PathMap;
+
+TEST_F(PathMapDeathTest, EndsTheProcessWhereAPathCannotBeMapped) {
+  EXPECT_DEATH(orb::sim::mapPath("relative", "/x"), "orb-sim: a path to be mapped is not absolute");
+  EXPECT_DEATH(orb::sim::mapPath("/a", ""), "orb-sim: a path to be mapped is too long");
+  EXPECT_DEATH(orb::sim::mapPath("/" + std::string(5000, 'a'), "/x"), "too long");
+  EXPECT_DEATH(
+      {
+        for (int i = 0; i < orb::sim::kMaxMappedPaths; ++i) {
+          orb::sim::mapPath("/nonexistent-orb-sim/" + std::to_string(i), "/x");
+        }
+      },
+      "orb-sim: more paths are mapped than there is room for");
+}
+
+}  // namespace
