@@ -1,0 +1,4 @@
+#pragma once
+
+/// Marks what liborb-gnss.so exports; everything else in it is hidden.
+#define ORB_GNSS_EXPORT __attribute__((visibility("default")))

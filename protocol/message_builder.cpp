@@ -1,0 +1,101 @@
+#include "orb-gnss/message_builder.h"
+
+#include <cstring>
+#include <memory>
+
+#include "protocol/catalogue_index.h"
+#include "protocol/message_ids.h"
+#include "protocol/packet_layout.h"
+
+namespace {
+
+// Position of the next byte that may start a packet within [from, to), else `to`.
+unsigned long findStartByte(const unsigned char* buffer, unsigned long from, unsigned long to) {
+  const void* found = std::memchr(buffer + from, orb::kStartByte1, to - from);
+  return found == nullptr
+             ? to
+             : static_cast<unsigned long>(static_cast<const unsigned char*>(found) - buffer);
+}
+
+bool isChecksumRight(const unsigned char* packet, unsigned short length) {
+  const unsigned char* payload = packet + orb::kPayloadOffset;
+  return orbComputeChecksum(payload, length) == orbGetChecksumFromData(payload + length);
+}
+
+}  // namespace
+
+ORBMessageBuilder::ORBMessageBuilder(ORBMessageList* list) : list_(list) {}
+
+ORBMessageBuilder::~ORBMessageBuilder() = default;
+
+unsigned long ORBMessageBuilder::update(unsigned char /*replyId*/, const unsigned char* buffer,
+                                        unsigned long length) {
+  // A packet is looked at once its header and two more bytes are there.
+  constexpr unsigned long kHeaderLength = 6;
+
+  unsigned long position = 0;
+  unsigned long handled = 0;
+  while (position + 2 < length) {
+    position = findStartByte(buffer, position, length - 2);
+    if (position == length - 2) {
+      break;
+    }
+    const unsigned char* packet = buffer + position;
+    if (packet[1] != orb::kStartByte2) {
+      position += 2;
+      continue;
+    }
+    if (position + kHeaderLength >= length) {
+      return handled;
+    }
+    const ORBMessageInfo* known =
+        orb::findMessage(orbGetMsgIdFromData(packet + orb::kPayloadOffset));
+    if (known == nullptr) {
+      ++unknown_;
+      position += 2;
+      continue;
+    }
+    if (orb::isLastMessage(*known)) {
+      ++unknown_;
+    }
+    const unsigned short payloadLength = orbGetLengthFromData(packet + orb::kLengthOffset);
+    const unsigned long firstEndByte = position + orb::kPayloadOffset + payloadLength + 1;
+    if (firstEndByte >= length) {
+      return handled;
+    }
+    if (isChecksumRight(packet, payloadLength)) {
+      listMessage(packet, payloadLength);
+      position = position + orb::bodyOffset(packet[orb::kPayloadOffset]) + payloadLength + 1;
+    } else {
+      ++errored_;
+      position = firstEndByte;
+    }
+    handled = position;
+  }
+  return position + 2 == length ? handled : 0;
+}
+
+void ORBMessageBuilder::listMessage(const unsigned char* packet, unsigned short payloadLength) {
+  const ORBMsgId id = orbGetMsgIdFromData(packet + orb::kPayloadOffset);
+  auto message = std::make_unique<ORBMessage>(orbConvertMsgIdStructToType(id), payloadLength,
+                                              packet + orb::bodyOffset(id.id));
+  list_->AddMessage(message.get());
+  const unsigned short type = message.release()->getMsgSidId();
+
+  ++good_;
+  if (type == orb::message_id::kAcknowledged) {
+    ++acknowledged_;
+  } else if (type == orb::message_id::kRefused) {
+    ++refused_;
+  }
+}
+
+unsigned int ORBMessageBuilder::getGoodMessageCount() const { return good_; }
+unsigned int ORBMessageBuilder::getErroredMessageCount() const { return errored_; }
+unsigned int ORBMessageBuilder::getUnknownMessageCount() const { return unknown_; }
+unsigned int ORBMessageBuilder::getAckMessageCount() const { return acknowledged_; }
+unsigned int ORBMessageBuilder::getNakMessageCount() const { return refused_; }
+
+void ORBMessageBuilder::resetMessageCounters() {
+  good_ = errored_ = unknown_ = acknowledged_ = refused_ = 0;
+}

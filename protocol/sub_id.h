@@ -1,0 +1,11 @@
+#pragma once
+
+namespace orb {
+
+/// Whether messages of this id carry a sub-id.
+constexpr bool hasSubId(unsigned char id) { return id >= 0x62 && id <= 0x6F; }
+
+/// Bytes of a payload before its body: the id, and the sub-id where there is one.
+constexpr unsigned long idLength(unsigned char id) { return hasSubId(id) ? 2 : 1; }
+
+}  // namespace orb
