@@ -1,0 +1,132 @@
+#include "orb-gnss/serial_channel.h"
+
+#include <fcntl.h>
+#include <termios.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <ctime>
+#include <utility>
+
+#include "base/console.h"
+#include "transport/default_device.h"
+#include "transport/receive_buffer.h"
+#include "transport/silence.h"
+
+namespace {
+
+constexpr unsigned long kReadSize = 1024;
+
+void complain(const char* text) { orb::standardError() << text << std::endl; }
+
+}  // namespace
+
+orbIO::orbIO() : orbIO(orb::kDefaultDevice) {}
+
+// By delegating, the destructor closes the device even when what follows the opening throws.
+orbIO::orbIO(std::string device) : orbIO(std::move(device), NotOpen{}) {
+  fd_ = ::open(device_.c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK | O_SYNC);
+  if (fd_ < 0) {
+    orb::standardError() << "Could not open " << orb::kDefaultDevice
+                         << " cannot communicate with the orbitek device." << std::endl;
+    return;
+  }
+  if (!SetupUART(fd_)) {
+    ::close(fd_);
+    fd_ = -1;
+    return;
+  }
+  list_ = std::make_unique<ORBMessageList>();
+  builder_ = std::make_unique<ORBMessageBuilder>(list_.get());
+}
+
+orbIO::orbIO(std::string device, NotOpen) : device_(std::move(device)) {}
+
+orbIO::~orbIO() {
+  if (isOpen()) {
+    ::close(fd_);
+  }
+}
+
+bool orbIO::isOpen() const { return fd_ >= 0; }
+
+bool orbIO::SetupUART(int fd) {
+  termios settings{};
+  if (::tcgetattr(fd, &settings) != 0) {
+    complain("Can't get gps_tty settings");
+    return false;
+  }
+  ::cfmakeraw(&settings);
+  settings.c_cflag &= ~static_cast<tcflag_t>(CRTSCTS | CSTOPB);
+  ::tcflush(fd, TCIOFLUSH);
+  if (::tcsetattr(fd, TCSANOW, &settings) != 0) {
+    complain("Can't configure tty_gps raw mode");
+    return false;
+  }
+  return true;
+}
+
+int orbIO::SendMessage(ORBMessage* message) {
+  if (!isOpen()) {
+    complain("Cannot send message to the orbitek, the device is not open!");
+    return -1;
+  }
+  const unsigned long length = message->getPacketLength();
+  const ssize_t written = ::write(fd_, message->getPacketData(), length);
+  ::fsync(fd_);
+  return static_cast<unsigned int>(written) == length ? 0 : -1;
+}
+
+long orbIO::ReadFromUART(unsigned char* buffer, long length) {
+  if (!isOpen() || length <= 0) {
+    return 0;
+  }
+  return std::max<ssize_t>(0, ::read(fd_, buffer, static_cast<unsigned long>(length)));
+}
+
+ORBMessage* orbIO::ReceiveMessage(unsigned short replyId, int timeout) {
+  orb::ReceiveBuffer buffer(timeout);
+  if (!isOpen()) {
+    complain(" orbIO::ReceiveMessage Could not receive data from the orbitek, device is not open!");
+    return nullptr;
+  }
+  std::unique_ptr<ORBMessage> match;
+  const std::time_t start = std::time(nullptr);
+  for (;;) {
+    buffer.makeRoom();
+    buffer.append(readSome(buffer.end(), buffer.space()));
+    builder_->update(static_cast<unsigned char>(replyId >> 8), buffer.data(), buffer.size());
+    takeNewest(replyId, match);
+    if (match != nullptr && builder_->getErroredMessageCount() == 0) {
+      return match.release();
+    }
+    if (std::difftime(std::time(nullptr), start) >= static_cast<double>(timeout)) {
+      complain(" orbIO::ReceiveMessage Timed out waiting for rx from orbitek.");
+      return match.release();
+    }
+    list_->Empty();  // The next round lists again what is still in the buffer.
+  }
+}
+
+// Blocks until bytes arrive; the clock is not looked at here, so a silent line blocks for ever.
+unsigned long orbIO::readSome(unsigned char* buffer, unsigned long space) {
+  const auto length = static_cast<long>(std::min(space, kReadSize));
+  orb::Silence silence;
+  for (;;) {
+    const long count = ReadFromUART(buffer, length);
+    if (count > 0) {
+      return static_cast<unsigned long>(count);
+    }
+    silence.sleep();
+  }
+}
+
+// An earlier match stays when its bytes have left the buffer and only other messages are listed.
+void orbIO::takeNewest(unsigned short replyId, std::unique_ptr<ORBMessage>& match) {
+  ORBMessage* newest = list_->findFirstOfMessage(replyId);
+  if (newest != nullptr) {
+    match.reset(newest);
+  } else {
+    list_->Empty();
+  }
+}

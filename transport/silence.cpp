@@ -1,0 +1,16 @@
+#include "transport/silence.h"
+
+#include <ctime>
+
+namespace orb {
+
+void Silence::sleep() {
+  const std::chrono::nanoseconds duration = nextSleep();
+  timespec request{};
+  request.tv_nsec = static_cast<long>(duration.count());
+  // Cut short by a signal, the sleep only makes the next look come earlier.
+  clock_nanosleep(CLOCK_MONOTONIC, 0, &request, nullptr);
+  slept_ += duration;
+}
+
+}  // namespace orb
