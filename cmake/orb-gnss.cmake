@@ -1,1 +1,50 @@
 # The library itself.
+
+add_library(orb-gnss SHARED
+  base/console.cpp
+  board/chip_enable.cpp
+  board/hardware_discovery.cpp
+  commands/firmware_version.cpp
+  commands/unsupported.cpp
+  controller/calendar.cpp
+  controller/command.cpp
+  controller/command_exchange.cpp
+  controller/controller.cpp
+  controller/detection_and_restart.cpp
+  controller/identity_file.cpp
+  controller/module_driver.cpp
+  controller/null_controller.cpp
+  protocol/catalogue.cpp
+  protocol/message.cpp
+  protocol/message_builder.cpp
+  protocol/message_list.cpp
+  protocol/packet.cpp
+  transport/receive_buffer.cpp
+  transport/serial_channel.cpp
+  transport/silence.cpp)
+add_library(orb-gnss::orb-gnss ALIAS orb-gnss)
+
+target_include_directories(orb-gnss
+  PUBLIC
+    $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include>
+    $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>
+  PRIVATE
+    ${PROJECT_SOURCE_DIR})
+target_compile_features(orb-gnss PUBLIC cxx_std_17)
+target_link_libraries(orb-gnss PUBLIC orb-platform PRIVATE $<BUILD_INTERFACE:orb-build-options>)
+
+set(ORB_GNSS_VERSION_SCRIPT ${PROJECT_SOURCE_DIR}/cmake/orb-gnss.map)
+target_link_options(orb-gnss PRIVATE
+  LINKER:--version-script=${ORB_GNSS_VERSION_SCRIPT}
+  $<$<NOT:$<BOOL:${ORB_SANITIZE}>>:LINKER:--no-undefined>)
+set_target_properties(orb-gnss PROPERTIES
+  VERSION ${PROJECT_VERSION}
+  SOVERSION 0
+  LINK_DEPENDS ${ORB_GNSS_VERSION_SCRIPT})
+
+install(TARGETS orb-gnss EXPORT orb-gnss-targets
+  LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
+    COMPONENT runtime NAMELINK_COMPONENT development)
+install(DIRECTORY include/orb-gnss
+  DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}
+  COMPONENT development)

@@ -1,0 +1,101 @@
+#include <utility>
+
+#include "controller/command_exchange.h"
+#include "orb-gnss/module_driver.h"
+#include "protocol/message_ids.h"
+#include "transport/default_device.h"
+
+using orb::Command;
+using orb::Reply;
+namespace message_id = orb::message_id;
+
+namespace {
+
+// A receiver that is there acknowledges at once.
+constexpr int kDetectionTimeoutSeconds = 1;
+
+constexpr unsigned char kColdRestart = 1;
+constexpr unsigned char kRestartWithoutTime = 3;
+constexpr unsigned char kEmptyRestart = 4;
+
+constexpr unsigned char kStoreSetting = 1;
+
+Command restartCommand(unsigned char mode) {
+  Command command(message_id::kRestartSystem, 15);
+  switch (mode) {
+    case kColdRestart:
+      // Date and time 1980-01-06 00:00:10, then three bytes that the receiver expects.
+      std::move(command).u8(mode).u16(1980).u8(1).u8(6).u8(0).u8(0).u8(10).u8(0x0E).u8(0xA3).u8(
+          0x31);
+      break;
+    case kRestartWithoutTime:
+      std::move(command).u8(mode);
+      break;
+    default:
+      break;  // The body stays all zero, without the mode.
+  }
+  return command;
+}
+
+unsigned char baudCode(unsigned int baud) {
+  switch (baud) {
+    case 4800:
+      return 0;
+    case 19200:
+      return 2;
+    case 38400:
+      return 3;
+    case 57600:
+      return 4;
+    case 115200:
+      return 5;
+    default:
+      return 1;  // 9600
+  }
+}
+
+}  // namespace
+
+unsigned int orbController_QN4470T01::gpsObtChipDetect() {
+  return orbController_QN4470T01::gpsObtChipDetect(orb::kDefaultDevice);
+}
+
+unsigned int orbController_QN4470T01::gpsObtChipDetect(std::string device) {
+  constexpr unsigned char kQueryRevisionId = message_id::kQueryRevision >> 8;
+  bool present = false;
+  exchange()
+      .on(std::move(device))
+      .within(kDetectionTimeoutSeconds)
+      .query(Command(message_id::kQueryRevision, 2).u8(1), message_id::kAcknowledged,
+             [&](const Reply& reply) { present = reply.u8(1) == kQueryRevisionId; });
+  return present ? 1 : 0;
+}
+
+unsigned int orbController_QN4470T01::restart(bool flag) {
+  return exchange().send(Command(message_id::kRestart, 3).u8(flag));
+}
+
+unsigned int orbController_QN4470T01::gpsObtSendSoftReset(unsigned char mode) {
+  return exchange().send(restartCommand(mode));
+}
+
+unsigned int orbController_QN4470T01::forceRestart(unsigned short mode) {
+  return gpsObtSendSoftReset(static_cast<unsigned char>(mode));
+}
+
+unsigned int orbController_QN4470T01::getResetInfo() {
+  gpsObtSendSoftReset(kEmptyRestart);
+  return 0;
+}
+
+unsigned int orbController_QN4470T01::gpsObtSetUartPort(unsigned char port, unsigned int baud) {
+  scratch_.fill(0);
+  return exchange().send(
+      Command(message_id::kSetUpSerialPort, 4).u8(port).u8(baudCode(baud)).u8(kStoreSetting));
+}
+
+unsigned int orbController_QN4470T01::gpsObtSetFactoryDefaults() {
+  return exchange().send(Command(message_id::kSetFactoryDefaults, 2).u8(1));
+}
+
+unsigned int orbController_QN4470T01::resetorbitekDefaults() { return gpsObtSetFactoryDefaults(); }

@@ -1,0 +1,88 @@
+#include "orb-gnss/module_driver.h"
+
+#include <sys/time.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <ctime>
+
+#include "controller/command_exchange.h"
+
+namespace {
+
+constexpr const char* kErrorLogPath = "/var/log/orbset-errors.log";
+
+constexpr unsigned int kDefaultSurveySeconds = 10800;
+constexpr float kDefaultSurveyStdDev = 1.0F;
+
+}  // namespace
+
+orbController_QN4470T01::orbController_QN4470T01()
+    : errorLog_(kErrorLogPath, std::ios::out | std::ios::app | std::ios::ate) {}
+
+orbController_QN4470T01::~orbController_QN4470T01() {
+  if (errorLog_.is_open()) {
+    errorLog_.close();
+  }
+}
+
+orb::CommandExchange orbController_QN4470T01::exchange() { return orb::CommandExchange(*this); }
+
+unsigned int orbController_QN4470T01::sendORBMessage(ORBMessage message) {
+  exchange().send(message);
+  return 0;
+}
+
+std::string orbController_QN4470T01::timeStamp() {
+  const std::time_t now = std::time(nullptr);
+  tm local{};
+  ::localtime_r(&now, &local);
+  char clock[100] = "";
+  std::strftime(clock, sizeof clock, "%X", &local);
+
+  timeval fraction{};
+  ::gettimeofday(&fraction, nullptr);
+  constexpr long kMicrosecondsPerMillisecond = 1000;
+  char stamp[100];
+  std::snprintf(stamp, sizeof stamp, "%s_%03ld", clock,
+                static_cast<long>(fraction.tv_usec) / kMicrosecondsPerMillisecond);
+  return std::string(stamp) + ": ";
+}
+
+void orbController_QN4470T01::wait(const std::chrono::nanoseconds& duration) {
+  constexpr long long kNanosecondsPerSecond = 1'000'000'000;
+  timespec remaining{};
+  remaining.tv_sec = static_cast<std::time_t>(duration.count() / kNanosecondsPerSecond);
+  remaining.tv_nsec = static_cast<long>(duration.count() % kNanosecondsPerSecond);
+  while (::nanosleep(&remaining, &remaining) != 0 && errno == EINTR) {
+  }
+}
+
+// Operations that this module has no use for.
+
+void orbController_QN4470T01::Init() {}
+unsigned int orbController_QN4470T01::save() { return 0; }
+unsigned int orbController_QN4470T01::load() { return 0; }
+unsigned int orbController_QN4470T01::turnOff() { return 0; }
+unsigned int orbController_QN4470T01::turnOn() { return 0; }
+unsigned int orbController_QN4470T01::isOn(bool& /*on*/) { return 0; }
+unsigned int orbController_QN4470T01::setUtcStandardAuto() { return 0; }
+unsigned int orbController_QN4470T01::setUtsStandardTime(signed char /*standard*/) { return 0; }
+unsigned int orbController_QN4470T01::configureProtocols() { return 0; }
+unsigned int orbController_QN4470T01::configExtendedPowerManagment() { return 0; }
+unsigned int orbController_QN4470T01::getUtcGrid(unsigned short /*grid*/) { return 0; }
+unsigned int orbController_QN4470T01::programGroupDelayCal(int /*delay*/) { return 0; }
+void orbController_QN4470T01::gpsObtGetTimeMode() {}
+
+// Operations that this module does not support.
+
+unsigned int orbController_QN4470T01::setAntennaType(std::string /*type*/) {
+  return orb::kNotSupported;
+}
+unsigned int orbController_QN4470T01::getAntennaType(std::string& /*type*/) {
+  return orb::kNotSupported;
+}
+
+unsigned int orbController_QN4470T01::setSurveyAuto() {
+  return setSurveyAuto(kDefaultSurveySeconds, kDefaultSurveyStdDev);
+}
