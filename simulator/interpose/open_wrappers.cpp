@@ -1,6 +1,7 @@
 // The functions that open a file.
 
 #include <fcntl.h>
+#include <spawn.h>
 #include <stdio.h>
 
 #include <cstdarg>
@@ -83,4 +84,13 @@ ORB_SIM_WRAPPER FILE* freopen(const char* path, const char* mode, FILE* stream) 
 
 ORB_SIM_WRAPPER FILE* freopen64(const char* path, const char* mode, FILE* stream) {
   return callNext<"freopen64", decltype(::freopen64)>(mapped(path), mode, stream);
+}
+
+// The file is opened later, in the child, by a call within the C library.
+
+ORB_SIM_WRAPPER int posix_spawn_file_actions_addopen(posix_spawn_file_actions_t* actions,
+                                                     int descriptor, const char* path, int flags,
+                                                     mode_t mode) noexcept {
+  return callNext<"posix_spawn_file_actions_addopen", decltype(::posix_spawn_file_actions_addopen)>(
+      actions, descriptor, mapped(path), flags, mode);
 }

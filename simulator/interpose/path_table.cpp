@@ -123,9 +123,7 @@ const char* mapped(int directory, const char* path) noexcept {
   return path;
 }
 
-const char* mapped(const char* path) noexcept {
-  return mapped(AT_FDCWD, path);
-}
+const char* mapped(const char* path) noexcept { return mapped(AT_FDCWD, path); }
 
 bool isMappedTerminal(int descriptor) noexcept {
   const int savedErrno = errno;
@@ -161,9 +159,7 @@ void mapPath(std::string_view from, std::string_view to) noexcept {
   mappingCount.store(std::max(count, index + 1), std::memory_order_release);
 }
 
-void clearPathMap() noexcept {
-  mappingCount.store(0, std::memory_order_release);
-}
+void clearPathMap() noexcept { mappingCount.store(0, std::memory_order_release); }
 
 void mapPathsFromText(const char* text) noexcept {
   while (*text != '\0') {

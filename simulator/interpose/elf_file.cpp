@@ -1,0 +1,76 @@
+#include "interpose/elf_file.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+// The start of the program or library that this file is part of, set by the linker.
+extern "C" const Elf64_Ehdr __ehdr_start __attribute__((visibility("hidden")));
+
+namespace orb::sim {
+
+ProgramBytes::ProgramBytes(const char* path) noexcept
+    : descriptor_(open(path, O_RDONLY | O_CLOEXEC | O_NONBLOCK)) {}
+
+ProgramBytes::~ProgramBytes() {
+  if (descriptor_ >= 0) close(descriptor_);
+}
+
+std::size_t ProgramBytes::read(std::uint64_t offset, void* buffer,
+                               std::size_t size) const noexcept {
+  const ssize_t count = pread(descriptor_, buffer, size, static_cast<off_t>(offset));
+  return count > 0 ? static_cast<std::size_t>(count) : 0;
+}
+
+ElfFile::ElfFile(const ProgramBytes& bytes) noexcept : bytes_(bytes) {
+  if (!bytes_.read(0, header_) || !isForThisMachine() || !segment(PT_DYNAMIC, dynamic_)) return;
+  Elf64_Dyn entry;
+  for (unsigned i = 0; dynamicEntry(i, entry); ++i) {
+    if (entry.d_tag == DT_STRTAB && !fileOffset(entry.d_un.d_ptr, texts_)) texts_ = 0;
+  }
+}
+
+bool ElfFile::isForThisMachine() const noexcept {
+  return std::memcmp(header_.e_ident, __ehdr_start.e_ident, EI_VERSION) == 0 &&
+         header_.e_machine == __ehdr_start.e_machine && header_.e_phentsize == sizeof(Elf64_Phdr);
+}
+
+bool ElfFile::isDynamic() const noexcept {
+  Elf64_Phdr loader;
+  return segment(PT_INTERP, loader);
+}
+
+bool ElfFile::segment(Elf64_Word type, Elf64_Phdr& found) const noexcept {
+  for (unsigned i = 0; i < header_.e_phnum; ++i) {
+    if (!bytes_.read(header_.e_phoff + i * sizeof found, found)) return false;
+    if (found.p_type == type) return true;
+  }
+  return false;
+}
+
+bool ElfFile::fileOffset(Elf64_Addr address, std::uint64_t& offset) const noexcept {
+  Elf64_Phdr loaded;
+  for (unsigned i = 0; i < header_.e_phnum; ++i) {
+    if (!bytes_.read(header_.e_phoff + i * sizeof loaded, loaded)) return false;
+    if (loaded.p_type == PT_LOAD && address >= loaded.p_vaddr &&
+        address - loaded.p_vaddr < loaded.p_filesz) {
+      offset = address - loaded.p_vaddr + loaded.p_offset;
+      return true;
+    }
+  }
+  return false;
+}
+
+bool ElfFile::dynamicEntry(unsigned index, Elf64_Dyn& entry) const noexcept {
+  return index < dynamic_.p_filesz / sizeof entry &&
+         bytes_.read(dynamic_.p_offset + index * sizeof entry, entry) && entry.d_tag != DT_NULL;
+}
+
+bool ElfFile::libraryName(unsigned index, char (&name)[256]) const noexcept {
+  Elf64_Dyn entry;
+  if (!dynamicEntry(index, entry)) return false;
+  const bool isName = entry.d_tag == DT_NEEDED && texts_ != 0;
+  if (!isName || !bytes_.readText(texts_ + entry.d_un.d_val, name)) name[0] = '\0';
+  return true;
+}
+
+}  // namespace orb::sim

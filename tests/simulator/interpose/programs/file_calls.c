@@ -1,0 +1,165 @@
+/* Uses one path through each function of the C library that takes one, in the order in which a file
+ * is made, looked at, altered and removed. Says which call did not do its work on standard error.
+ *
+ *     file_calls PATH OTHER_PATH
+ *
+ * Neither path exists before or after. */
+
+#include <dlfcn.h>
+#include <errno.h>
+#include <fcntl.h>
+#include <limits.h>
+#include <stdio.h>
+#include <stdlib.h>
+#include <string.h>
+#include <sys/stat.h>
+#include <sys/time.h>
+#include <unistd.h>
+#include <utime.h>
+
+static const char* path;
+static const char* other;
+static int failures = 0;
+
+/* Not known at compile time, so that fortified headers turn the calls into their checked form. */
+static volatile int readOnly = O_RDONLY;
+static volatile size_t linkSize = PATH_MAX;
+
+static void check(int good, const char* call) {
+  if (good) return;
+  fprintf(stderr, "%s: %s\n", call, strerror(errno));
+  ++failures;
+}
+
+static void checkDescriptor(int descriptor, const char* call) {
+  check(descriptor >= 0, call);
+  if (descriptor >= 0) close(descriptor);
+}
+
+static void checkStream(FILE* stream, const char* call) {
+  check(stream != NULL, call);
+  if (stream != NULL) fclose(stream);
+}
+
+static void openTheFile(void) {
+  checkDescriptor(open(path, O_WRONLY | O_CREAT | O_EXCL, 0600), "open");
+  checkDescriptor(open64(path, O_RDWR | O_CREAT, 0600), "open64");
+  checkDescriptor(openat(AT_FDCWD, path, O_RDWR | O_CREAT, 0600), "openat");
+  checkDescriptor(openat64(AT_FDCWD, path, O_RDWR | O_CREAT, 0600), "openat64");
+  checkDescriptor(creat(path, 0600), "creat");
+  checkDescriptor(creat64(path, 0600), "creat64");
+  checkDescriptor(open(path, readOnly), "open with flags only");
+  checkDescriptor(open64(path, readOnly), "open64 with flags only");
+  checkDescriptor(openat(AT_FDCWD, path, readOnly), "openat with flags only");
+  checkDescriptor(openat64(AT_FDCWD, path, readOnly), "openat64 with flags only");
+  checkStream(fopen(path, "r+"), "fopen");
+  checkStream(fopen64(path, "r+"), "fopen64");
+  checkStream(freopen(path, "r", fopen("/dev/null", "r")), "freopen");
+  checkStream(freopen64(path, "r", fopen("/dev/null", "r")), "freopen64");
+}
+
+/* What stat was in programs linked before glibc 2.33; later ones cannot link it any more. */
+#ifdef __x86_64__
+enum { kStatVersion = 1 };
+#else
+enum { kStatVersion = 0 };
+#endif
+
+static void checkVersioned(const char* name) {
+  int (*function)(int, const char*, struct stat*);
+  struct stat status = {0};
+  *(void**)&function = dlsym(RTLD_DEFAULT, name);
+  check(function != NULL && function(kStatVersion, path, &status) == 0 && S_ISREG(status.st_mode),
+        name);
+}
+
+static void checkVersionedAt(const char* name) {
+  int (*function)(int, int, const char*, struct stat*, int);
+  struct stat status = {0};
+  *(void**)&function = dlsym(RTLD_DEFAULT, name);
+  check(function != NULL && function(kStatVersion, AT_FDCWD, path, &status, 0) == 0 &&
+            S_ISREG(status.st_mode),
+        name);
+}
+
+static void lookAtTheFile(void) {
+  struct stat status;
+  struct stat64 status64;
+  struct statx statusX;
+  char text[PATH_MAX];
+  check(stat(path, &status) == 0, "stat");
+  check(stat64(path, &status64) == 0, "stat64");
+  check(lstat(path, &status) == 0, "lstat");
+  check(lstat64(path, &status64) == 0, "lstat64");
+  check(fstatat(AT_FDCWD, path, &status, 0) == 0, "fstatat");
+  check(fstatat64(AT_FDCWD, path, &status64, 0) == 0, "fstatat64");
+  check(statx(AT_FDCWD, path, 0, STATX_SIZE, &statusX) == 0, "statx");
+  checkVersioned("__xstat");
+  checkVersioned("__xstat64");
+  checkVersioned("__lxstat");
+  checkVersioned("__lxstat64");
+  checkVersionedAt("__fxstatat");
+  checkVersionedAt("__fxstatat64");
+  check(access(path, R_OK) == 0, "access");
+  check(faccessat(AT_FDCWD, path, R_OK, 0) == 0, "faccessat");
+  check(eaccess(path, R_OK) == 0, "eaccess");
+  check(euidaccess(path, R_OK) == 0, "euidaccess");
+  check(realpath(path, text) == text, "realpath");
+  char* const canonical = canonicalize_file_name(path);
+  check(canonical != NULL && strcmp(canonical, text) == 0, "canonicalize_file_name");
+  free(canonical);
+}
+
+static void alterTheFile(void) {
+  const struct timespec times[2] = {{1000, 0}, {1000, 0}};
+  const struct timeval timevals[2] = {{2000, 0}, {2000, 0}};
+  const struct utimbuf both = {3000, 3000};
+  check(truncate(path, 10) == 0, "truncate");
+  check(truncate64(path, 20) == 0, "truncate64");
+  check(chmod(path, 0640) == 0, "chmod");
+  check(fchmodat(AT_FDCWD, path, 0600, 0) == 0, "fchmodat");
+  check(chown(path, getuid(), getgid()) == 0, "chown");
+  check(lchown(path, getuid(), getgid()) == 0, "lchown");
+  check(fchownat(AT_FDCWD, path, getuid(), getgid(), 0) == 0, "fchownat");
+  check(utimensat(AT_FDCWD, path, times, 0) == 0, "utimensat");
+  check(utimes(path, timevals) == 0, "utimes");
+  check(utime(path, &both) == 0, "utime");
+  struct stat status = {0};
+  check(stat(path, &status) == 0 && status.st_size == 20 && status.st_mtime == 3000 &&
+            (status.st_mode & 0777) == 0600,
+        "what was altered");
+}
+
+static void moveTheFile(void) {
+  check(rename(path, other) == 0 && access(path, F_OK) != 0, "rename");
+  check(renameat(AT_FDCWD, other, AT_FDCWD, path) == 0 && access(other, F_OK) != 0, "renameat");
+  check(renameat2(AT_FDCWD, path, AT_FDCWD, other, 0) == 0 && access(path, F_OK) != 0, "renameat2");
+  check(link(other, path) == 0, "link");
+  check(unlink(path) == 0 && access(path, F_OK) != 0, "unlink");
+  check(linkat(AT_FDCWD, other, AT_FDCWD, path, 0) == 0, "linkat");
+  check(unlinkat(AT_FDCWD, other, 0) == 0 && access(other, F_OK) != 0, "unlinkat");
+  check(remove(path) == 0 && access(path, F_OK) != 0, "remove");
+}
+
+static void linkTheFile(void) {
+  char text[PATH_MAX] = "";
+  check(symlink("where", path) == 0, "symlink");
+  check(readlink(path, text, linkSize) == 5 && memcmp(text, "where", 5) == 0, "readlink");
+  check(unlink(path) == 0, "unlink of a link");
+  check(symlinkat("there", AT_FDCWD, path) == 0, "symlinkat");
+  check(readlinkat(AT_FDCWD, path, text, linkSize) == 5 && memcmp(text, "there", 5) == 0,
+        "readlinkat");
+  check(unlink(path) == 0, "unlink of a link");
+}
+
+int main(int argc, char** argv) {
+  if (argc != 3) return 2;
+  path = argv[1];
+  other = argv[2];
+  openTheFile();
+  lookAtTheFile();
+  alterTheFile();
+  moveTheFile();
+  linkTheFile();
+  return failures == 0 ? 0 : 1;
+}
