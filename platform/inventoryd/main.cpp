@@ -1,0 +1,111 @@
+#include <signal.h>
+#include <systemd/sd-daemon.h>
+
+#include <CLI/CLI.hpp>
+#include <exception>
+#include <iostream>
+#include <string>
+#include <system_error>
+
+#include "dbus/sd_bus_handles.h"
+#include "inventoryd/inventory_file.h"
+#include "inventoryd/inventory_service.h"
+
+namespace {
+
+using orb::inventory::Inventory;
+using orb::inventory::InventoryFile;
+using orb::inventory::InventoryService;
+
+constexpr int kExitFailure = 1;
+constexpr int kExitUsage = 2;
+constexpr char kProgram[] = "orb-inventoryd";
+constexpr char kDefaultConfig[] = "/etc/orb-gnss/inventory.toml";
+
+void check(int result, const char* what) {
+  if (result < 0) {
+    throw std::system_error(-result, std::generic_category(), what);
+  }
+}
+
+int onBusGone(sd_bus_message* /*signal*/, void* event, sd_bus_error* /*error*/) {
+  std::cerr << kProgram << ": the system bus has gone\n";
+  return sd_event_exit(static_cast<sd_event*>(event), EXIT_SUCCESS);
+}
+
+orb::EventHandle makeEventLoop() {
+  sd_event* event = nullptr;
+  check(sd_event_new(&event), "cannot make an event loop");
+  orb::EventHandle loop(event);
+  // Without a handler of ours, both signals end the loop with success.
+  check(sd_event_add_signal(event, nullptr, SIGTERM | SD_EVENT_SIGNAL_PROCMASK, nullptr, nullptr),
+        "cannot handle SIGTERM");
+  check(sd_event_add_signal(event, nullptr, SIGINT | SD_EVENT_SIGNAL_PROCMASK, nullptr, nullptr),
+        "cannot handle SIGINT");
+  return loop;
+}
+
+orb::BusHandle connect(sd_event* event) {
+  sd_bus* raw = nullptr;
+  check(sd_bus_open_system(&raw), "cannot connect to the system bus");
+  orb::BusHandle bus(raw);
+  check(sd_bus_attach_event(raw, event, SD_EVENT_PRIORITY_NORMAL), "cannot watch the system bus");
+  check(
+      sd_bus_match_signal(raw, nullptr, "org.freedesktop.DBus.Local", "/org/freedesktop/DBus/Local",
+                          "org.freedesktop.DBus.Local", "Disconnected", onBusGone, event),
+      "cannot watch the system bus");
+  return bus;
+}
+
+int serve(const Inventory& inventory) {
+  const orb::EventHandle event = makeEventLoop();
+  const orb::BusHandle bus = connect(event.get());
+  const InventoryService service(bus.get(), inventory);
+  sd_notify(0, "READY=1");
+  const int result = sd_event_loop(event.get());
+  sd_notify(0, "STOPPING=1");
+  check(result, "the event loop failed");
+  return result;
+}
+
+int run(const std::string& path, bool onlyCheck) {
+  const InventoryFile file = orb::inventory::readInventoryFile(path);
+  for (const std::string& problem : file.problems) {
+    std::cerr << problem << '\n';
+  }
+  if (!file.problems.empty()) {
+    return kExitFailure;
+  }
+  if (onlyCheck) {
+    const std::size_t count = file.inventory.size();
+    std::cout << path << ": correct, " << count << (count == 1 ? " module" : " modules") << '\n';
+    return EXIT_SUCCESS;
+  }
+  return serve(file.inventory);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  CLI::App app("Offers the inventory of this device on the system bus, from a file.", kProgram);
+  std::string configPath = kDefaultConfig;
+  std::string checkedPath;
+  auto* config = app.add_option("--config", configPath, "Inventory to offer")
+                     ->type_name("FILE")
+                     ->capture_default_str();
+  auto* checked = app.add_option("--check", checkedPath, "Only check an inventory, offer nothing")
+                      ->type_name("FILE")
+                      ->excludes(config);
+  app.set_version_flag("--version", std::string(kProgram) + " " ORB_VERSION);
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::ParseError& error) {
+    return app.exit(error) == 0 ? EXIT_SUCCESS : kExitUsage;
+  }
+  try {
+    return *checked ? run(checkedPath, true) : run(configPath, false);
+  } catch (const std::exception& error) {
+    std::cerr << kProgram << ": " << error.what() << '\n';
+    return kExitFailure;
+  }
+}

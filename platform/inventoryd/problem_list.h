@@ -1,0 +1,33 @@
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace orb::inventory {
+
+/// Collects what is wrong with a file, and lists it in the order of the lines.
+class ProblemList {
+ public:
+  explicit ProblemList(std::string path) : path_(std::move(path)) {}
+
+  void add(std::uint32_t line, const std::string& what) {
+    problems_.emplace(line, path_ + ':' + std::to_string(line) + ": " + what);
+  }
+
+  std::vector<std::string> lines() const {
+    std::vector<std::string> lines;
+    for (const auto& [line, text] : problems_) {
+      lines.push_back(text);
+    }
+    return lines;
+  }
+
+ private:
+  std::string path_;
+  std::multimap<std::uint32_t, std::string> problems_;
+};
+
+}  // namespace orb::inventory
