@@ -1,0 +1,13 @@
+#ifndef ORB_SIM_BYTES_H
+#define ORB_SIM_BYTES_H
+
+#include <cstdint>
+#include <vector>
+
+namespace orb::sim {
+
+using Bytes = std::vector<std::uint8_t>;
+
+}  // namespace orb::sim
+
+#endif  // ORB_SIM_BYTES_H

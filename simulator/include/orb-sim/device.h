@@ -1,0 +1,41 @@
+#ifndef ORB_SIM_DEVICE_H
+#define ORB_SIM_DEVICE_H
+
+#include <chrono>
+
+#include "orb-sim/bytes.h"
+
+namespace orb::sim {
+
+/// Whatever is at the far end of a serial line: bytes in, bytes out. A device does no I/O and has
+/// no clock of its own; the line that it is plugged into hands it both.
+///
+/// A line calls its device from the line's thread. The devices of this library can be changed and
+/// inspected from other threads meanwhile.
+class Device {
+ public:
+  /// What untilNextOutput() answers when only received bytes can make the device speak.
+  static constexpr std::chrono::milliseconds kNever = std::chrono::milliseconds::max();
+
+  Device() = default;
+  Device(const Device&) = delete;
+  Device& operator=(const Device&) = delete;
+  virtual ~Device() = default;
+
+  /// Takes bytes as they come from the line, cut anywhere; returns what the device says at once.
+  virtual Bytes receive(const Bytes& bytes) = 0;
+
+  /// Lets `elapsed` pass; returns what the device says of its own accord in that time.
+  virtual Bytes tick(std::chrono::milliseconds elapsed) = 0;
+
+  /// How long the line may sleep before it calls tick() again, if no bytes arrive. 0 means that
+  /// something is due.
+  virtual std::chrono::milliseconds untilNextOutput() const {
+    constexpr std::chrono::milliseconds kPollInterval{10};
+    return kPollInterval;
+  }
+};
+
+}  // namespace orb::sim
+
+#endif  // ORB_SIM_DEVICE_H

@@ -1,0 +1,86 @@
+#ifndef ORB_SIM_PTY_LINE_H
+#define ORB_SIM_PTY_LINE_H
+
+#include <chrono>
+#include <cstddef>
+#include <cstdint>
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "orb-sim/bytes.h"
+#include "orb-sim/device.h"
+#include "orb-sim/frame.h"
+
+namespace orb::sim {
+
+/// A serial line with a device at its far end: a pseudo-terminal that clients open like a tty.
+///
+///     Receiver receiver;
+///     PtyLine line(receiver);
+///     const int tty = open(line.path().c_str(), O_RDWR | O_NOCTTY);
+///
+/// A thread of the line's own serves the device. The tty is raw from the start, and clients may
+/// open and close it as often as they like: the line holds a descriptor of its own, so that no
+/// hang-up reaches the device and the path stays. Every member may be called from any thread.
+///
+/// What the line writes whole (an answer, one send(), one chatter) is not mixed with anything else;
+/// pieces that a device sends one after the other are, where the line has more to say meanwhile.
+class PtyLine {
+ public:
+  using Clock = std::chrono::steady_clock;
+
+  /// A whole packet that the client has written. When waitForMessage() and its like report it, the
+  /// device has already seen it.
+  struct Received {
+    Frame frame;
+    Clock::time_point at;  ///< when its last byte reached the line
+  };
+
+  static constexpr std::chrono::milliseconds kLimit{5000};
+  static constexpr std::chrono::milliseconds kChatterInterval{100};
+
+  /// Plugs in `device`, which must outlive the line. With `link`, a symbolic link of that name
+  /// points to the tty for the life of the line; a symbolic link that is already there is replaced.
+  /// Throws std::system_error where the pty cannot be had or the link cannot be made.
+  explicit PtyLine(Device& device, const std::filesystem::path& link = {});
+  PtyLine(const PtyLine&) = delete;
+  PtyLine& operator=(const PtyLine&) = delete;
+  ~PtyLine();
+
+  /// The tty for clients to open.
+  const std::string& path() const;
+
+  /// All bytes and all packets that clients have written since the start or the last
+  /// forgetReceived().
+  Bytes received() const;
+  std::vector<Received> receivedPackets() const;
+  void forgetReceived();
+
+  /// Wait until clients have written so many bytes, `count` copies of a packet, or `count` packets
+  /// of a message, and the device has seen them. False when that took longer than `limit`.
+  [[nodiscard]] bool waitForBytes(std::size_t count, std::chrono::milliseconds limit = kLimit);
+  [[nodiscard]] bool waitForPacket(const Bytes& packet, std::size_t count = 1,
+                                   std::chrono::milliseconds limit = kLimit);
+  [[nodiscard]] bool waitForMessage(std::uint16_t id, std::size_t count = 1,
+                                    std::chrono::milliseconds limit = kLimit);
+
+  /// Sends these bytes to the client, as if the device had said them.
+  void send(const Bytes& bytes);
+
+  /// Sends harmless text that is part of no packet, at once and then once an interval.
+  void startChatter(std::chrono::milliseconds interval = kChatterInterval);
+  void stopChatter();
+
+  /// The bytes of one chatter.
+  static const Bytes& chatter();
+
+ private:
+  class Server;
+  std::unique_ptr<Server> server_;
+};
+
+}  // namespace orb::sim
+
+#endif  // ORB_SIM_PTY_LINE_H

@@ -1,0 +1,42 @@
+#ifndef ORB_SIM_LINE_RECEIVED_LOG_H
+#define ORB_SIM_LINE_RECEIVED_LOG_H
+
+#include <chrono>
+#include <condition_variable>
+#include <functional>
+#include <mutex>
+#include <vector>
+
+#include "orb-sim/frame.h"
+#include "orb-sim/pty_line.h"
+
+namespace orb::sim {
+
+/// What clients have written, as bytes and as packets, for any thread to read and to wait for.
+class ReceivedLog {
+ public:
+  using Received = PtyLine::Received;
+  using Predicate = std::function<bool(const Received&)>;
+
+  void add(const Bytes& bytes, PtyLine::Clock::time_point at);
+  void forget();
+
+  Bytes bytes() const;
+  std::vector<Received> packets() const;
+
+  /// Wait until so many bytes, or `count` packets that satisfy `wanted`, are there; false when that
+  /// takes longer than `limit`.
+  bool waitForBytes(std::size_t count, std::chrono::milliseconds limit);
+  bool waitForPackets(const Predicate& wanted, std::size_t count, std::chrono::milliseconds limit);
+
+ private:
+  mutable std::mutex mutex_;
+  std::condition_variable grown_;
+  FrameReader reader_;
+  Bytes bytes_;
+  std::vector<Received> packets_;
+};
+
+}  // namespace orb::sim
+
+#endif  // ORB_SIM_LINE_RECEIVED_LOG_H

@@ -1,0 +1,34 @@
+#include "stable_link.h"
+
+#include <system_error>
+
+namespace orb::sim {
+
+namespace fs = std::filesystem;
+
+StableLink::StableLink(const fs::path& link, const fs::path& target)
+    : link_(link), target_(target) {
+  if (link.empty()) {
+    return;
+  }
+  const fs::file_status there = fs::symlink_status(link);
+  if (fs::exists(there) && !fs::is_symlink(there)) {
+    throw fs::filesystem_error("in the way of a link", link,
+                               std::make_error_code(std::errc::file_exists));
+  }
+  // Made beside its place and moved there, so that the link is never missing.
+  fs::path made = link;
+  made += "." + target.filename().string() + ".new";
+  fs::remove(made);
+  fs::create_symlink(target, made);
+  fs::rename(made, link);
+}
+
+StableLink::~StableLink() {
+  std::error_code ignored;
+  if (!link_.empty() && fs::read_symlink(link_, ignored) == target_) {
+    fs::remove(link_, ignored);
+  }
+}
+
+}  // namespace orb::sim

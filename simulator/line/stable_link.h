@@ -1,0 +1,27 @@
+#ifndef ORB_SIM_LINE_STABLE_LINK_H
+#define ORB_SIM_LINE_STABLE_LINK_H
+
+#include <filesystem>
+
+namespace orb::sim {
+
+/// A symbolic link that lives as long as this object.
+class StableLink {
+ public:
+  /// Makes `link` point to `target`; an empty `link` makes none. Replaces a symbolic link that is
+  /// already there, in one step; throws std::filesystem::filesystem_error for anything else.
+  StableLink(const std::filesystem::path& link, const std::filesystem::path& target);
+  StableLink(const StableLink&) = delete;
+  StableLink& operator=(const StableLink&) = delete;
+
+  /// Removes the link, unless it has come to point elsewhere.
+  ~StableLink();
+
+ private:
+  std::filesystem::path link_;
+  std::filesystem::path target_;
+};
+
+}  // namespace orb::sim
+
+#endif  // ORB_SIM_LINE_STABLE_LINK_H

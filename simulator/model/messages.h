@@ -1,0 +1,42 @@
+#ifndef ORB_SIM_MODEL_MESSAGES_H
+#define ORB_SIM_MODEL_MESSAGES_H
+
+#include <cstddef>
+#include <cstdint>
+
+#include "body.h"
+#include "orb-sim/state.h"
+
+namespace orb::sim {
+
+/// A command that changes a setting. Its body ends with the attribute byte, which `store` does not
+/// read.
+struct Setting {
+  std::uint16_t id;
+  std::size_t length;  ///< of the payload, id bytes included
+  void (*store)(State& state, BodyReader& body);
+};
+
+/// A command that is answered with a reply of its own.
+struct Query {
+  std::uint16_t id;
+  std::size_t length;
+  std::uint16_t replyId;
+  void (*report)(const State& state, BodyWriter& body);
+};
+
+/// A command that makes the receiver do something.
+struct Order {
+  std::uint16_t id;
+  std::size_t length;
+  void (*obey)(State& state, const Bytes& body);
+};
+
+/// The row of a message, or null where the receiver knows none.
+const Setting* findSetting(std::uint16_t id);
+const Query* findQuery(std::uint16_t id);
+const Order* findOrder(std::uint16_t id);
+
+}  // namespace orb::sim
+
+#endif  // ORB_SIM_MODEL_MESSAGES_H

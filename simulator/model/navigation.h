@@ -1,0 +1,22 @@
+#ifndef ORB_SIM_MODEL_NAVIGATION_H
+#define ORB_SIM_MODEL_NAVIGATION_H
+
+#include <string>
+
+#include "orb-sim/bytes.h"
+#include "orb-sim/state.h"
+
+namespace orb::sim {
+
+/// The binary navigation data packet of the present solution.
+Bytes navigationData(const State& state);
+
+/// The NMEA sentences that are due in the given epoch, counted from 1.
+std::string nmeaSentences(const State& state, unsigned int epoch);
+
+/// Puts "$", "*", the checksum and the line end around the fields of a sentence.
+std::string nmeaSentence(const std::string& fields);
+
+}  // namespace orb::sim
+
+#endif  // ORB_SIM_MODEL_NAVIGATION_H
