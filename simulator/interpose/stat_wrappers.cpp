@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <stdlib.h>
 #include <sys/stat.h>
+#include <sys/xattr.h>
 #include <unistd.h>
 
 #include "interpose/wrap.h"
@@ -126,4 +127,22 @@ ORB_SIM_WRAPPER char* canonicalize_file_name(const char* path) noexcept {
 ORB_SIM_WRAPPER char* __realpath_chk(const char* path, char* resolved, size_t size) {
   return callNext<"__realpath_chk", char*(const char*, char*, size_t)>(mapped(path), resolved,
                                                                        size);
+}
+
+ORB_SIM_WRAPPER ssize_t getxattr(const char* path, const char* name, void* value,
+                                 size_t size) noexcept {
+  return callNext<"getxattr", decltype(::getxattr)>(mapped(path), name, value, size);
+}
+
+ORB_SIM_WRAPPER ssize_t lgetxattr(const char* path, const char* name, void* value,
+                                  size_t size) noexcept {
+  return callNext<"lgetxattr", decltype(::lgetxattr)>(mapped(path), name, value, size);
+}
+
+ORB_SIM_WRAPPER ssize_t listxattr(const char* path, char* list, size_t size) noexcept {
+  return callNext<"listxattr", decltype(::listxattr)>(mapped(path), list, size);
+}
+
+ORB_SIM_WRAPPER ssize_t llistxattr(const char* path, char* list, size_t size) noexcept {
+  return callNext<"llistxattr", decltype(::llistxattr)>(mapped(path), list, size);
 }

@@ -1,0 +1,32 @@
+#pragma once
+
+#include <csignal>
+#include <filesystem>
+
+#include "program/owned_descriptor.h"
+#include "program/private_folder.h"
+#include "program/run_options.h"
+
+namespace orb::sim {
+
+/// What the front sends for a signal that it gets.
+struct PassedSignal {
+  int number;
+  bool fromTerminal;  ///< the whole foreground has it already, the command if it runs
+};
+
+/// What the process with the device has from the one that the user started.
+struct Front {
+  std::filesystem::path command;  ///< the program file to run
+  PrivateFolder folder;
+  pid_t group;              ///< the process group that the command belongs in
+  sigset_t blockedSignals;  ///< the signals that the command finds blocked
+  /// Brings each PassedSignal; takes the exit status, an int. It ends when the front is gone.
+  OwnedDescriptor connection;
+};
+
+/// Sets the device up, runs the command on it and clears everything up after it. Says on standard
+/// error what goes wrong.
+void runDevice(const RunOptions& options, const Front& front) noexcept;
+
+}  // namespace orb::sim

@@ -1,0 +1,25 @@
+#pragma once
+
+#include <stdexcept>
+#include <string>
+
+namespace orb::sim {
+
+/// The exit statuses of orb-sim run where COMMAND has none, as env(1) and timeout(1) have them.
+inline constexpr int kExitOwnFailure = 125;
+inline constexpr int kExitNotStartable = 126;
+inline constexpr int kExitNotFound = 127;
+
+/// Why orb-sim gives up: a message for the user, and the exit status.
+class Failure : public std::runtime_error {
+ public:
+  explicit Failure(const std::string& message, int status = kExitOwnFailure)
+      : std::runtime_error(message), status_(status) {}
+
+  int status() const { return status_; }
+
+ private:
+  int status_;
+};
+
+}  // namespace orb::sim

@@ -1,0 +1,44 @@
+#include "program/installation.h"
+
+#include <climits>
+#include <initializer_list>
+#include <string>
+
+#include "interpose/program_file.h"
+#include "program/failure.h"
+
+namespace orb::sim {
+namespace {
+
+namespace fs = std::filesystem;
+
+/// The first of `places`, relative to the folder of this program, that exists.
+fs::path find(std::initializer_list<const char*> places) {
+  const fs::path folder = fs::read_symlink("/proc/self/exe").parent_path();
+  for (const char* const place : places) {
+    const fs::path file = (folder / place).lexically_normal();
+    if (fs::exists(file)) return file;
+  }
+  throw Failure("the installation is not complete: " + (folder / *places.begin()).string() +
+                " is missing");
+}
+
+}  // namespace
+
+fs::path preloadLibrary() {
+  return find({"../" ORB_SIM_LIBRARY_FOLDER "/orb-gnss/liborb-sim-preload.so",
+               "../lib/orb-gnss/liborb-sim-preload.so"});
+}
+
+fs::path inventoryService() { return find({"orb-inventoryd"}); }
+
+fs::path busDaemon() {
+  char found[PATH_MAX];
+  for (const char* const name : {"dbus-daemon", "/usr/bin/dbus-daemon"}) {
+    const fs::path file = findProgram(name, found);
+    if (file.is_absolute() && fs::exists(file)) return file;
+  }
+  throw Failure("dbus-daemon was not found; on Debian the package dbus-daemon has it");
+}
+
+}  // namespace orb::sim

@@ -1,0 +1,25 @@
+#pragma once
+
+#include <filesystem>
+
+namespace orb::sim {
+
+/// A new folder for one run, that only this user can look into. The one who made it and a process
+/// forked from it may both remove it; it is not removed by itself, since either may outlive the
+/// other.
+class PrivateFolder {
+ public:
+  /// Made in TMPDIR, or in /tmp where TMPDIR is unset or its path does not suit a socket's address
+  /// or a list of libraries. Throws Failure.
+  PrivateFolder();
+
+  const std::filesystem::path& path() const { return path_; }
+
+  /// Removes the folder and all that is in it, if it is still there.
+  void remove() const noexcept;
+
+ private:
+  std::filesystem::path path_;
+};
+
+}  // namespace orb::sim

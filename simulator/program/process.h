@@ -1,0 +1,45 @@
+#pragma once
+
+#include <csignal>
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace orb::sim {
+
+/// How a child process is to be started.
+struct ProcessStart {
+  std::filesystem::path file;
+  std::vector<std::string> arguments;  ///< from argv[0] on
+  std::vector<std::string> variables;  ///< the whole environment, "NAME=value"
+
+  /// What the child has as standard input, output and error; -1: what this process has.
+  int input = -1;
+  int output = -1;
+  int error = -1;
+  /// Whether the child gets none of this process's descriptors but these three.
+  bool onlyThese = false;
+
+  std::optional<pid_t> group;  ///< the process group to join instead of this process's
+  sigset_t blockedSignals{};   ///< default: none
+};
+
+/// Starts a child, which is killed when this process ends however it ends. Every signal that this
+/// process does not ignore has its default action in the child. Throws std::system_error where the
+/// file cannot be executed.
+pid_t startProcess(const ProcessStart& start);
+
+/// This process's environment with the variables `added` ("NAME=value"), which replace any of the
+/// same name.
+std::vector<std::string> environmentWith(const std::vector<std::string>& added);
+
+/// Puts /dev/null in the place of standard input and output, so that they end for others when the
+/// command closes them.
+void leaveInputAndOutput();
+
+/// The exit status as a shell tells it: 128 and the signal's number for a process that a signal
+/// has ended.
+int shellStatus(int waitStatus);
+
+}  // namespace orb::sim

@@ -1,0 +1,36 @@
+#include "program/signals.h"
+
+namespace orb::sim {
+
+sigset_t signalSet(std::initializer_list<int> signals) {
+  sigset_t set;
+  sigemptyset(&set);
+  for (const int signal : signals) sigaddset(&set, signal);
+  return set;
+}
+
+sigset_t passedOnSignals() {
+  sigset_t set = signalSet({SIGHUP, SIGINT, SIGQUIT, SIGTERM, SIGALRM, SIGUSR1, SIGUSR2});
+  for (int signal = SIGRTMIN; signal <= SIGRTMAX; ++signal) sigaddset(&set, signal);
+  return set;
+}
+
+sigset_t blockSignals(const sigset_t& signals) {
+  sigset_t before;
+  sigprocmask(SIG_BLOCK, &signals, &before);
+  return before;
+}
+
+OwnedDescriptor signalSource(const sigset_t& signals) {
+  return {signalfd(-1, &signals, SFD_CLOEXEC), "signalfd"};
+}
+
+signalfd_siginfo takeSignal(const OwnedDescriptor& source) {
+  signalfd_siginfo taken{};
+  if (read(source.get(), &taken, sizeof taken) != sizeof taken) {
+    throw std::system_error(errno, std::generic_category(), "reading a signal");
+  }
+  return taken;
+}
+
+}  // namespace orb::sim

@@ -1,0 +1,28 @@
+#pragma once
+
+#include <sys/signalfd.h>
+
+#include <csignal>
+#include <initializer_list>
+
+#include "program/owned_descriptor.h"
+
+namespace orb::sim {
+
+sigset_t signalSet(std::initializer_list<int> signals);
+
+/// The signals that are passed on to a command: those that ask a program to end, and those that
+/// are for programs to use as they like. Job control is left to the kernel, which stops and
+/// continues the command and orb-sim together.
+sigset_t passedOnSignals();
+
+/// Blocks the signals in this process; returns what was blocked before.
+sigset_t blockSignals(const sigset_t& signals);
+
+/// A descriptor that can be read when one of these blocked signals has come.
+OwnedDescriptor signalSource(const sigset_t& signals);
+
+/// Takes one signal from a source.
+signalfd_siginfo takeSignal(const OwnedDescriptor& source);
+
+}  // namespace orb::sim

@@ -1,0 +1,104 @@
+#include "program/simulated_device.h"
+
+#include <cstdlib>
+#include <system_error>
+
+#include "interpose/program_file.h"
+#include "orb-sim/receiver.h"
+#include "program/failure.h"
+#include "program/installation.h"
+
+namespace orb::sim {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr char kLineName[] = "tty_gps";
+
+/// The files that the library writes; their names are kept in the private folder.
+constexpr const char* kWrittenFiles[] = {
+    "/var/log/orbset.log",
+    "/var/log/orbset-errors.log",
+    "/tmp/orbitekChip-info.txt",
+};
+
+/// A receiver that has nothing to say.
+class SilentReceiver : public Device {
+ public:
+  Bytes receive(const Bytes&) override { return {}; }
+  Bytes tick(std::chrono::milliseconds) override { return {}; }
+  std::chrono::milliseconds untilNextOutput() const override { return kNever; }
+};
+
+std::unique_ptr<Device> makeReceiver(const RunOptions& options) {
+  switch (options.receiver) {
+    case RunOptions::Receiver::kAnswering: {
+      State state;
+      state.identity = options.identity;
+      return std::make_unique<Receiver>(state);
+    }
+    case RunOptions::Receiver::kSilent:
+      return std::make_unique<SilentReceiver>();
+    case RunOptions::Receiver::kAbsent:
+      break;
+  }
+  return nullptr;
+}
+
+fs::path makeFilesFolder(const RunOptions& options, const fs::path& folder) {
+  const fs::path files = options.keep.empty() ? folder / "files" : fs::absolute(options.keep);
+  std::error_code error;
+  fs::create_directories(files, error);
+  if (error) throw Failure("cannot make the folder " + files.string() + ": " + error.message());
+  return files;
+}
+
+fs::path linkLibrary(const fs::path& folder) {
+  const fs::path link = folder / "liborb-sim-preload.so";
+  fs::create_symlink(preloadLibrary(), link);
+  return link;
+}
+
+std::string escaped(const std::string& path) {
+  std::string result;
+  for (const char c : path) {
+    if (c == ':' || c == '=' || c == '\\') result += '\\';
+    result += c;
+  }
+  return result;
+}
+
+}  // namespace
+
+SimulatedDevice::SimulatedDevice(const RunOptions& options, const fs::path& folder)
+    : folder_(folder),
+      files_(makeFilesFolder(options, folder)),
+      library_(linkLibrary(folder)),
+      receiver_(makeReceiver(options)),
+      bus_(startBus(folder)) {
+  startInventory(folder, bus_, options.hardwareId);
+  if (receiver_) line_ = std::make_unique<PtyLine>(*receiver_, folder / kLineName);
+}
+
+SimulatedDevice::~SimulatedDevice() = default;
+
+std::string SimulatedDevice::pathMap() const {
+  // What is not simulated is not there: a mapped path with nothing behind it.
+  std::string map = "/dev/tty_gps=" + escaped(folder_ / kLineName);
+  map += std::string(":/dev/") + kI2cBus + "=" + escaped(folder_ / kI2cBus);
+  for (const fs::path file : kWrittenFiles) {
+    map += ":" + file.string() + "=" + escaped(files_ / file.filename());
+  }
+  return map;
+}
+
+std::vector<std::string> SimulatedDevice::variablesFor(const fs::path& file) const {
+  std::string libraries = inspectProgram(file.c_str()).runtimes;
+  libraries += (libraries.empty() ? "" : ":") + library_.string();
+  const char* const others = std::getenv("LD_PRELOAD");
+  if (others != nullptr && *others != '\0') libraries += std::string(":") + others;
+  return {"LD_PRELOAD=" + libraries, "ORB_SIM_PATHS=" + pathMap(),
+          "DBUS_SYSTEM_BUS_ADDRESS=" + bus_.address};
+}
+
+}  // namespace orb::sim

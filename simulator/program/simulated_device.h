@@ -1,0 +1,37 @@
+#pragma once
+
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "orb-sim/pty_line.h"
+#include "program/run_options.h"
+#include "program/services.h"
+
+namespace orb::sim {
+
+/// The device that a COMMAND sees: the receiver on its line, the inventory on the bus, and private
+/// files in the places of the real ones.
+class SimulatedDevice {
+ public:
+  /// Sets everything up in `folder`; everything answers when this returns. Throws Failure.
+  SimulatedDevice(const RunOptions& options, const std::filesystem::path& folder);
+  ~SimulatedDevice();
+
+  /// The variables that make a program see the device: LD_PRELOAD for the program `file`, the path
+  /// map and the bus address.
+  std::vector<std::string> variablesFor(const std::filesystem::path& file) const;
+
+ private:
+  std::string pathMap() const;
+
+  const std::filesystem::path folder_;
+  const std::filesystem::path files_;    ///< where the log and identity files are
+  const std::filesystem::path library_;  ///< a link, whose path LD_PRELOAD can take
+  std::unique_ptr<Device> receiver_;
+  std::unique_ptr<PtyLine> line_;
+  PrivateBus bus_;
+};
+
+}  // namespace orb::sim
