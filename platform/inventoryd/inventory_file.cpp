@@ -62,7 +62,8 @@ std::map<std::string, ModuleRecord> readRecords(const toml::node& node, ProblemL
   for (const auto& [key, value] : *table) {
     const std::string name(key.str());
     if (name.find('\0') != std::string::npos) {
-      problems.add(lineOf(value), "a record's name holds a null character");
+      problems.add(lineOf(value),
+                   "a record's name holds a null character, which D-Bus cannot carry");
     }
     records.emplace(name, readRecord(value, name, problems));
   }
@@ -95,11 +96,12 @@ void readModules(const toml::table& file, Inventory& inventory, ProblemList& pro
   if (modules == nullptr) {
     return;
   }
-  if (!modules->is_array_of_tables()) {
+  const toml::array* array = modules->as_array();
+  if (array == nullptr || !(array->empty() || array->is_array_of_tables())) {
     problems.add(lineOf(*modules), "each module has to stand under a heading [[module]]");
     return;
   }
-  for (const toml::node& module : *modules->as_array()) {
+  for (const toml::node& module : *array) {
     readModule(*module.as_table(), inventory, problems);
   }
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <map>
 #include <string>
@@ -13,7 +14,9 @@ class ProblemList {
  public:
   explicit ProblemList(std::string path) : path_(std::move(path)) {}
 
-  void add(std::uint32_t line, const std::string& what) {
+  void add(std::uint32_t line, std::string what) {
+    // What is quoted from the file may hold anything; a problem stays one line.
+    std::replace(what.begin(), what.end(), '\n', ' ');
     problems_.emplace(line, path_ + ':' + std::to_string(line) + ": " + what);
   }
 

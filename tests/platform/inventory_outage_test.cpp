@@ -1,0 +1,217 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <stdlib.h>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <systemd/sd-bus.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <functional>
+#include <thread>
+
+#include "dbus/inventory_interface.h"
+#include "dbus/sd_bus_handles.h"
+#include "i2c/file_descriptor.h"
+#include "orb-platform/orb-platform.h"
+#include "private_bus.h"
+#include "temporary_folder.h"
+
+/// What the clients report when there is no inventory to be had: nothing, one line, and in time.
+namespace {
+
+using orb::testing::InventoryService;
+using orb::testing::PrivateBus;
+using orb::testing::TemporaryFolder;
+using std::chrono::steady_clock;
+using ::testing::AllOf;
+using ::testing::Ge;
+using ::testing::IsEmpty;
+using ::testing::Lt;
+
+constexpr char kLineStart[] = "orb-platform: ";
+constexpr std::chrono::milliseconds kAnswerTimeout{2000};
+constexpr std::chrono::milliseconds kTimerGrain{50};
+// Nothing but a stuck call takes so long, however busy the machine is.
+constexpr std::chrono::seconds kStuck{20};
+
+std::string standardErrorOf(const std::function<void()>& action) {
+  ::testing::internal::CaptureStderr();
+  action();
+  return ::testing::internal::GetCapturedStderr();
+}
+
+std::string lineAbout(const std::string& method, const std::string& reason) {
+  return kLineStart + method + " of the inventory service org.orb_gnss.Inventory1: " + reason +
+         "\n";
+}
+
+void expectNoModules(const std::string& reason) {
+  EXPECT_EQ(standardErrorOf(
+                [] { EXPECT_THAT(GDBusSystemInventoryClient().GetModuleLocations(), IsEmpty()); }),
+            lineAbout("GetModuleLocations", reason));
+}
+
+/// Every question of a module-resources client gets an empty answer and its line.
+void expectNoResources(const std::string& reason) {
+  GDBusModuleResourcesClient client;
+  client.SetupDeviceAddress(1);
+  EXPECT_EQ(standardErrorOf([&] {
+              const Record record = client.GetSystemRecord("HardwareSetId");
+              EXPECT_EQ(record.GetRecordType(), 0);
+              EXPECT_EQ(record.GetRecordData(), "");
+            }),
+            lineAbout("GetSystemRecord", reason));
+  EXPECT_EQ(standardErrorOf([&] { EXPECT_THAT(client.GetBars(), IsEmpty()); }),
+            lineAbout("GetBars", reason));
+  EXPECT_EQ(standardErrorOf([&] { EXPECT_EQ(client.GetI2CBus(), ""); }),
+            lineAbout("GetI2CBus", reason));
+  EXPECT_EQ(standardErrorOf([&] { EXPECT_EQ(client.GetSPIDev(), ""); }),
+            lineAbout("GetSPIDevice", reason));
+}
+
+std::chrono::milliseconds durationOf(const std::function<void()>& action) {
+  const auto start = steady_clock::now();
+  action();
+  return std::chrono::ceil<std::chrono::milliseconds>(steady_clock::now() - start);
+}
+
+auto isAboutTheTimeout() { return AllOf(Ge(kAnswerTimeout - kTimerGrain), Lt(kStuck)); }
+
+/// A connection of this process that owns the inventory's name.
+orb::BusHandle ownName() {
+  sd_bus* bus = nullptr;
+  EXPECT_GE(sd_bus_open_system(&bus), 0);
+  EXPECT_GE(sd_bus_request_name(bus, orb::inventory::kBusName, 0), 0);
+  return orb::BusHandle(bus);
+}
+
+constexpr char kNoBus[] = "cannot connect to the system bus: No such file or directory";
+constexpr char kNoService[] =
+    "org.freedesktop.DBus.Error.ServiceUnknown: The name org.orb_gnss.Inventory1 was not provided "
+    "by any .service files";
+constexpr char kSilence[] = "no answer within 2 seconds";
+
+class InventoryOutage : public ::testing::Test {
+ protected:
+  TemporaryFolder folder_;
+};
+
+TEST_F(InventoryOutage, WithoutABusThereAreNoModules) {
+  const std::string address = "unix:path=" + (folder_ / "no.socket").string();
+  setenv("DBUS_SYSTEM_BUS_ADDRESS", address.c_str(), 1);
+  expectNoModules(kNoBus);
+  expectNoResources(kNoBus);
+}
+
+TEST_F(InventoryOutage, WithoutTheServiceThereAreNoModules) {
+  const PrivateBus bus(folder_.path());
+  expectNoModules(kNoService);
+  expectNoResources(kNoService);
+}
+
+TEST_F(InventoryOutage, ASilentServiceIsGivenUpAfterTwoSeconds) {
+  const PrivateBus bus(folder_.path());
+  const orb::BusHandle silent = ownName();
+  EXPECT_THAT(durationOf([] { expectNoModules(kSilence); }), isAboutTheTimeout());
+}
+
+TEST_F(InventoryOutage, ASilentServiceIsGivenUpByEveryQuestion) {
+  const PrivateBus bus(folder_.path());
+  const orb::BusHandle silent = ownName();
+  expectNoResources(kSilence);
+}
+
+TEST_F(InventoryOutage, ASilentBusIsGivenUpAfterTwoSeconds) {
+  const std::string path = (folder_ / "silent.socket").string();
+  const orb::FileDescriptor listener(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
+  sockaddr_un name{};
+  name.sun_family = AF_UNIX;
+  path.copy(name.sun_path, sizeof name.sun_path - 1);
+  ASSERT_EQ(bind(listener.get(), reinterpret_cast<sockaddr*>(&name), sizeof name), 0);
+  ASSERT_EQ(listen(listener.get(), 8), 0);
+  setenv("DBUS_SYSTEM_BUS_ADDRESS", ("unix:path=" + path).c_str(), 1);
+  EXPECT_THAT(durationOf([] { expectNoModules(kSilence); }), isAboutTheTimeout());
+}
+
+/// Answers one call in a thread, as `reply` says, until the object goes.
+class OneAnswer {
+ public:
+  explicit OneAnswer(std::function<int(sd_bus_message*)> reply)
+      : reply_(std::move(reply)), bus_(ownName()) {
+    sd_bus_add_object(bus_.get(), nullptr, orb::inventory::kObjectPath, answer, this);
+    thread_ = std::thread([this] {
+      while (!isAnswered_) {
+        if (sd_bus_process(bus_.get(), nullptr) == 0) {
+          sd_bus_wait(bus_.get(), UINT64_MAX);
+        }
+      }
+      sd_bus_flush(bus_.get());
+    });
+  }
+  ~OneAnswer() { thread_.join(); }
+
+ private:
+  static int answer(sd_bus_message* call, void* object, sd_bus_error* /*error*/) {
+    auto* self = static_cast<OneAnswer*>(object);
+    self->isAnswered_ = true;
+    const int result = self->reply_(call);
+    return result < 0 ? result : 1;
+  }
+
+  std::function<int(sd_bus_message*)> reply_;
+  orb::BusHandle bus_;
+  bool isAnswered_ = false;  // of the thread alone
+  std::thread thread_;
+};
+
+TEST_F(InventoryOutage, AnAnswerOfOtherTypesCountsAsNone) {
+  const PrivateBus bus(folder_.path());
+  const OneAnswer service(
+      [](sd_bus_message* call) { return sd_bus_reply_method_return(call, "s", "three"); });
+  expectNoModules("the answer has the types \"s\", not \"au\"");
+}
+
+TEST_F(InventoryOutage, AnErrorOfSeveralLinesIsReportedInOne) {
+  const PrivateBus bus(folder_.path());
+  const OneAnswer service([](sd_bus_message* call) {
+    return sd_bus_reply_method_errorf(call, "org.example.Error.Broken", "out\nof\norder");
+  });
+  expectNoModules("org.example.Error.Broken: out of order");
+}
+
+TEST_F(InventoryOutage, AClientFindsTheServiceThatStartedLater) {
+  const PrivateBus bus(folder_.path());
+  GDBusSystemInventoryClient client;
+  EXPECT_NE(standardErrorOf([&] { client.GetModuleLocations(); }), "");
+  const InventoryService inventory(bus, "[[module]]\nlocation = 5\n");
+  EXPECT_THAT(client.GetModuleLocations(), ::testing::ElementsAre(5));
+}
+
+TEST_F(InventoryOutage, AClientFindsTheBusThatWasRestarted) {
+  GDBusSystemInventoryClient client;
+  constexpr char kModule[] = "[[module]]\nlocation = 5\n";
+  {
+    const PrivateBus bus(folder_.path());
+    const InventoryService inventory(bus, kModule);
+    EXPECT_THAT(client.GetModuleLocations(), ::testing::ElementsAre(5));
+  }
+  const TemporaryFolder another;
+  const PrivateBus bus(another.path());
+  const InventoryService inventory(bus, kModule);
+  EXPECT_EQ(
+      standardErrorOf([&] { EXPECT_THAT(client.GetModuleLocations(), ::testing::ElementsAre(5)); }),
+      "");
+}
+
+TEST_F(InventoryOutage, ANameThatIsNoTextNamesNoRecord) {
+  const PrivateBus bus(folder_.path());
+  const InventoryService inventory(bus, "[[module]]\nlocation = 1\n");
+  GDBusModuleResourcesClient client;
+  client.SetupDeviceAddress(1);
+  EXPECT_EQ(
+      standardErrorOf([&] { EXPECT_EQ(client.GetSystemRecord("\xFF\xFE").GetRecordType(), 0); }),
+      lineAbout("GetSystemRecord", "cannot make the request: Invalid argument"));
+}
+
+}  // namespace
