@@ -132,7 +132,7 @@ class ORB_GNSS_EXPORT orbController : public ORBControlInterface {
   const std::string& revisionField() const;
 
  private:
-  void useNullController();
+  ORB_GNSS_HIDDEN void useNullController();
 
   /// Seconds; the driver has a time-out of its own, and nothing reads this one.
   [[maybe_unused]] int timeoutSeconds_ = 5;

@@ -71,7 +71,7 @@ class ORB_GNSS_EXPORT ORBMessage {
   void constructPacket(const unsigned char* data, unsigned long payloadLength);
 
  private:
-  unsigned long bodyOffset() const;
+  ORB_GNSS_HIDDEN unsigned long bodyOffset() const;
 
   ORBMsgId id_;
   unsigned long payloadLength_ = 0;

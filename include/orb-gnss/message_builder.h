@@ -43,7 +43,7 @@ class ORB_GNSS_EXPORT ORBMessageBuilder {
   void resetMessageCounters();
 
  private:
-  void listMessage(const unsigned char* packet, unsigned short payloadLength);
+  ORB_GNSS_HIDDEN void listMessage(const unsigned char* packet, unsigned short payloadLength);
 
   ORBMessageList* list_;
   unsigned int good_ = 0;

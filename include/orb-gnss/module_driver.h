@@ -147,7 +147,7 @@ class ORB_GNSS_EXPORT orbController_QN4470T01 : public ORBControlInterface {
  private:
   friend class orb::CommandExchange;
 
-  orb::CommandExchange exchange();
+  ORB_GNSS_HIDDEN orb::CommandExchange exchange();
 
   int replyTimeoutSeconds_ = 5;
   std::ofstream errorLog_;

@@ -52,10 +52,10 @@ class ORB_GNSS_EXPORT orbIO final : public ORBMessagingInterface {
 
  private:
   struct NotOpen {};
-  orbIO(std::string device, NotOpen);
+  ORB_GNSS_HIDDEN orbIO(std::string device, NotOpen);
 
-  unsigned long readSome(unsigned char* buffer, unsigned long space);
-  void takeNewest(unsigned short replyId, std::unique_ptr<ORBMessage>& match);
+  ORB_GNSS_HIDDEN unsigned long readSome(unsigned char* buffer, unsigned long space);
+  ORB_GNSS_HIDDEN void takeNewest(unsigned short replyId, std::unique_ptr<ORBMessage>& match);
 
   int fd_ = -1;
   std::unique_ptr<ORBMessageList> list_;

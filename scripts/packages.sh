@@ -1,0 +1,36 @@
+# Sourced by ./demo and ./test: installs the Debian or Ubuntu packages that they need.
+
+# What building and running the product takes.
+ORB_BUILD_PACKAGES="g++ cmake ninja-build pkg-config libsystemd-dev libtomlplusplus-dev
+  libcli11-dev libgtest-dev libgmock-dev dbus-daemon"
+
+# What testing it takes besides.
+ORB_TEST_PACKAGES="clang binutils diffutils libc-bin python3"
+
+is_installed() {
+  [ "$(dpkg-query --show --showformat='${db:Status-Status}' "$1" 2>/dev/null)" = installed ]
+}
+
+# install_packages PACKAGE...: installs those that are missing, or says how.
+install_packages() {
+  missing=
+  for package in "$@"; do
+    is_installed "$package" || missing="$missing $package"
+  done
+  [ -n "$missing" ] || return 0
+
+  if [ "$(id -u)" = 0 ]; then
+    as_root=
+  elif command -v sudo > /dev/null && sudo -n true 2> /dev/null; then
+    as_root=sudo
+  else
+    echo "These packages are missing; install them as root and try again:" >&2
+    echo "  apt-get install$missing" >&2
+    return 1
+  fi
+  echo "Installing$missing"
+  # shellcheck disable=SC2086  # the packages, and sudo or nothing, are words
+  $as_root apt-get update -qq &&
+    $as_root env DEBIAN_FRONTEND=noninteractive \
+      apt-get install -qq -y --no-install-recommends $missing > /dev/null
+}

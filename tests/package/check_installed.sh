@@ -1,0 +1,33 @@
+#!/bin/sh
+# Installs the build to a prefix of its own, builds the example client against it in both ways that
+# clients have, and runs each against the simulated device.
+#   check_installed.sh SOURCE_DIRECTORY BUILD_DIRECTORY WORK_DIRECTORY COMPILER
+set -eu
+
+source=$1 build=$2 work=$3 compiler=$4
+prefix=$work/prefix
+
+rm -rf "$work"
+mkdir -p "$work"
+cmake --install "$build" --prefix "$prefix" > "$work/install.log"
+
+pc=$(find "$prefix" -name orb-gnss.pc)
+PKG_CONFIG_PATH=$(dirname "$pc")
+export PKG_CONFIG_PATH
+# shellcheck disable=SC2046  # the flags are words
+"$compiler" -std=c++17 "$source/examples/identify.cpp" -o "$work/identify-pkg-config" \
+  $(pkg-config --cflags --libs orb-gnss) \
+  -Wl,-rpath,"$(pkg-config --variable=libdir orb-gnss)"
+
+cmake -S "$source/examples" -B "$work/find-package" -G Ninja \
+  -DCMAKE_CXX_COMPILER="$compiler" -DCMAKE_PREFIX_PATH="$prefix" > "$work/find-package.log"
+cmake --build "$work/find-package" >> "$work/find-package.log"
+
+for client in "$work/identify-pkg-config" "$work/find-package/identify"; do
+  # The client loads the library of the prefix, and names it alone or with the platform library.
+  ldd "$client" | grep -q "$prefix/.*liborb-gnss.so.0" ||
+    { echo "$client does not load the installed library" >&2; exit 1; }
+  "$prefix/bin/orb-sim" run -- "$client" > "$client.out"
+  diff -u "$source/tests/package/identify.expected" "$client.out"
+done
+echo "clients of the installed package run"
