@@ -1,7 +1,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <stdlib.h>
+#include <signal.h>
 #include <sys/socket.h>
+#include <sys/time.h>
 #include <sys/un.h>
 #include <systemd/sd-bus.h>
 #include <unistd.h>
@@ -12,6 +13,7 @@
 
 #include "dbus/inventory_interface.h"
 #include "dbus/sd_bus_handles.h"
+#include "environment_variable.h"
 #include "i2c/file_descriptor.h"
 #include "orb-platform/orb-platform.h"
 #include "private_bus.h"
@@ -20,6 +22,7 @@
 /// What the clients report when there is no inventory to be had: nothing, one line, and in time.
 namespace {
 
+using orb::testing::EnvironmentVariable;
 using orb::testing::InventoryService;
 using orb::testing::PrivateBus;
 using orb::testing::TemporaryFolder;
@@ -98,8 +101,8 @@ class InventoryOutage : public ::testing::Test {
 };
 
 TEST_F(InventoryOutage, WithoutABusThereAreNoModules) {
-  const std::string address = "unix:path=" + (folder_ / "no.socket").string();
-  setenv("DBUS_SYSTEM_BUS_ADDRESS", address.c_str(), 1);
+  const EnvironmentVariable systemBus("DBUS_SYSTEM_BUS_ADDRESS",
+                                      "unix:path=" + (folder_ / "no.socket").string());
   expectNoModules(kNoBus);
   expectNoResources(kNoBus);
 }
@@ -116,6 +119,19 @@ TEST_F(InventoryOutage, ASilentServiceIsGivenUpAfterTwoSeconds) {
   EXPECT_THAT(durationOf([] { expectNoModules(kSilence); }), isAboutTheTimeout());
 }
 
+TEST_F(InventoryOutage, SignalsDoNotCutTheWaitShort) {
+  const PrivateBus bus(folder_.path());
+  const orb::BusHandle silent = ownName();
+  struct sigaction action {};
+  action.sa_handler = [](int) {};  // Without SA_RESTART: system calls fail with EINTR.
+  sigaction(SIGALRM, &action, nullptr);
+  const itimerval often{{0, 50'000}, {0, 50'000}};
+  setitimer(ITIMER_REAL, &often, nullptr);
+  EXPECT_THAT(durationOf([] { expectNoModules(kSilence); }), isAboutTheTimeout());
+  const itimerval never{};
+  setitimer(ITIMER_REAL, &never, nullptr);
+}
+
 TEST_F(InventoryOutage, ASilentServiceIsGivenUpByEveryQuestion) {
   const PrivateBus bus(folder_.path());
   const orb::BusHandle silent = ownName();
@@ -130,7 +146,7 @@ TEST_F(InventoryOutage, ASilentBusIsGivenUpAfterTwoSeconds) {
   path.copy(name.sun_path, sizeof name.sun_path - 1);
   ASSERT_EQ(bind(listener.get(), reinterpret_cast<sockaddr*>(&name), sizeof name), 0);
   ASSERT_EQ(listen(listener.get(), 8), 0);
-  setenv("DBUS_SYSTEM_BUS_ADDRESS", ("unix:path=" + path).c_str(), 1);
+  const EnvironmentVariable systemBus("DBUS_SYSTEM_BUS_ADDRESS", "unix:path=" + path);
   EXPECT_THAT(durationOf([] { expectNoModules(kSilence); }), isAboutTheTimeout());
 }
 

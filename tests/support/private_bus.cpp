@@ -5,7 +5,6 @@
 
 #include <chrono>
 #include <cstdio>
-#include <cstdlib>
 #include <fstream>
 #include <functional>
 #include <stdexcept>
@@ -15,7 +14,6 @@
 namespace orb::testing {
 namespace {
 
-constexpr char kAddressVariable[] = "DBUS_SYSTEM_BUS_ADDRESS";
 constexpr char kInventoryName[] = "org.orb_gnss.Inventory1";
 constexpr std::chrono::seconds kPatience{30};
 constexpr std::chrono::milliseconds kLookInterval{5};
@@ -70,7 +68,9 @@ void awaitReady(ChildProcess& process, const std::string& name,
 }  // namespace
 
 PrivateBus::PrivateBus(const std::filesystem::path& folder, const std::string& policy)
-    : folder_(folder), address_(socketAddress(folder)) {
+    : folder_(folder),
+      address_(socketAddress(folder)),
+      systemBus_("DBUS_SYSTEM_BUS_ADDRESS", address_) {
   const std::filesystem::path configuration = folder / "bus.conf";
   writeFile(configuration, "<busconfig><listen>" + address_ + "</listen><auth>EXTERNAL</auth>" +
                                policy + "</busconfig>\n");
@@ -81,18 +81,6 @@ PrivateBus::PrivateBus(const std::filesystem::path& folder, const std::string& p
   // The daemon prints its address once it listens.
   awaitReady(*daemon_, "dbus-daemon",
              [&] { return daemon_->output().find("unix:path=") != std::string::npos; });
-  if (const char* earlier = std::getenv(kAddressVariable)) {
-    earlierAddress_ = earlier;
-  }
-  setenv(kAddressVariable, address_.c_str(), 1);
-}
-
-PrivateBus::~PrivateBus() {
-  if (earlierAddress_) {
-    setenv(kAddressVariable, earlierAddress_->c_str(), 1);
-  } else {
-    unsetenv(kAddressVariable);
-  }
 }
 
 bool PrivateBus::hasOwner(const std::string& name) const {

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "child_process.h"
+#include "environment_variable.h"
 
 namespace orb::testing {
 
@@ -28,10 +29,6 @@ class PrivateBus {
   /// ("bus.log") are put into `folder`. `policy` are elements of the daemon's configuration; see
   /// dbus-daemon(1). Throws std::runtime_error with the daemon's output when it does not start.
   explicit PrivateBus(const std::filesystem::path& folder, const std::string& policy = kOpenPolicy);
-  ~PrivateBus();
-
-  PrivateBus(const PrivateBus&) = delete;
-  PrivateBus& operator=(const PrivateBus&) = delete;
 
   const std::string& address() const { return address_; }
   const std::filesystem::path& folder() const { return folder_; }
@@ -48,7 +45,7 @@ class PrivateBus {
  private:
   std::filesystem::path folder_;
   std::string address_;
-  std::optional<std::string> earlierAddress_;
+  EnvironmentVariable systemBus_;  // before the daemon, for the services that it starts itself
   std::optional<ChildProcess> daemon_;
 };
 

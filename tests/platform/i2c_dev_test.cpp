@@ -1,0 +1,230 @@
+#include "orb-platform/i2c_dev.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cerrno>
+#include <numeric>
+
+#include "fake_i2c_adapter.h"
+#include "temporary_folder.h"
+
+namespace {
+
+using Kind = FakeI2CAdapter::Kind;
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+constexpr char kPath[] = "/dev/i2c-3";
+constexpr int kAddress = 0x21;
+constexpr unsigned char kRegister[] = {6};
+
+/// `count` bytes 1, 2, 3 and so on.
+std::vector<unsigned char> ascending(std::size_t count) {
+  std::vector<unsigned char> bytes(count);
+  std::iota(bytes.begin(), bytes.end(), static_cast<unsigned char>(1));
+  return bytes;
+}
+
+/// On an adapter of either kind, with one slave and the device open.
+class I2CDevice : public ::testing::TestWithParam<Kind> {
+ protected:
+  void SetUp() override { ASSERT_EQ(device_.open(kAddress), 0); }
+
+  bool isSmbusOnly() const { return GetParam() == Kind::kSmbusOnly; }
+
+  FakeI2CAdapter adapter_{kPath, GetParam()};
+  std::array<std::uint8_t, 256>& registers_ = adapter_.addSlave(kAddress);
+  I2CDev device_{kPath};
+};
+
+std::string nameOf(Kind kind) { return kind == Kind::kPlain ? "PlainI2C" : "SmbusOnly"; }
+
+INSTANTIATE_TEST_SUITE_P(On, I2CDevice, ::testing::Values(Kind::kPlain, Kind::kSmbusOnly),
+                         [](const auto& info) { return nameOf(info.param); });
+
+TEST_P(I2CDevice, ReadsRegistersInOneTransfer) {
+  registers_[6] = 0xA5;
+  registers_[7] = 0x3C;
+  unsigned char buffer[3] = {0, 0, 0xEE};
+  EXPECT_EQ(device_.read(buffer, 2, kRegister, 1), 2);
+  EXPECT_THAT(buffer, ElementsAre(0xA5, 0x3C, 0xEE));
+  EXPECT_THAT(adapter_.transfers(), ElementsAre("S 21W 06 Sr 21R [a5] [3c] P"));
+}
+
+TEST_P(I2CDevice, WritesBytesInOneTransfer) {
+  constexpr unsigned char kBytes[] = {2, 0x55, 0xFE};
+  EXPECT_EQ(device_.write(kBytes, 3), 3);
+  EXPECT_EQ(registers_[2], 0x55);
+  EXPECT_EQ(registers_[3], 0xFE);
+  EXPECT_EQ(registers_[4], 0);
+  EXPECT_THAT(adapter_.transfers(), ElementsAre("S 21W 02 55 fe P"));
+}
+
+TEST_P(I2CDevice, WritesALoneByte) {
+  constexpr unsigned char kByte[] = {9};
+  EXPECT_EQ(device_.write(kByte, 1), 1);
+  EXPECT_THAT(adapter_.transfers(), ElementsAre("S 21W 09 P"));
+}
+
+TEST_P(I2CDevice, SendsNothingForACountOfZero) {
+  unsigned char buffer[1];
+  EXPECT_EQ(device_.read(buffer, 0, kRegister, 1), 0);
+  EXPECT_EQ(device_.write(buffer, 0), 0);
+  EXPECT_EQ(device_.read(nullptr, 0, kRegister, 1), 0);
+  EXPECT_EQ(device_.write(nullptr, 0), 0);
+  EXPECT_THAT(adapter_.transfers(), IsEmpty());
+}
+
+TEST_P(I2CDevice, RefusesWhatIsNoBuffer) {
+  unsigned char buffer[1];
+  EXPECT_EQ(device_.read(buffer, -1, kRegister, 1), -EINVAL);
+  EXPECT_EQ(device_.read(buffer, 1, kRegister, -1), -EINVAL);
+  EXPECT_EQ(device_.read(nullptr, 1, kRegister, 1), -EINVAL);
+  EXPECT_EQ(device_.read(buffer, 1, nullptr, 1), -EINVAL);
+  EXPECT_EQ(device_.write(buffer, -1), -EINVAL);
+  EXPECT_EQ(device_.write(nullptr, 1), -EINVAL);
+  EXPECT_THAT(adapter_.transfers(), IsEmpty());
+}
+
+TEST_P(I2CDevice, CarriesAsMuchAsTheAdapterDoes) {
+  const int longestRead = isSmbusOnly() ? 32 : 8192;
+  const int longestWrite = isSmbusOnly() ? 33 : 8192;
+  std::vector<unsigned char> buffer(8194);
+  EXPECT_EQ(device_.read(buffer.data(), longestRead, kRegister, 1), longestRead);
+  EXPECT_EQ(device_.write(buffer.data(), longestWrite), longestWrite);
+  EXPECT_EQ(adapter_.transfers().size(), 2);
+  EXPECT_EQ(device_.read(buffer.data(), longestRead + 1, kRegister, 1), -EINVAL);
+  EXPECT_EQ(device_.write(buffer.data(), longestWrite + 1), -EINVAL);
+  EXPECT_EQ(adapter_.transfers().size(), 2);
+}
+
+TEST_P(I2CDevice, Carries32DataBytesBothWays) {
+  const std::vector<unsigned char> written = ascending(33);  // The first is the register.
+  ASSERT_EQ(device_.write(written.data(), 33), 33);
+  std::vector<unsigned char> read(32);
+  ASSERT_EQ(device_.read(read.data(), 32, written.data(), 1), 32);
+  EXPECT_EQ(read, std::vector<unsigned char>(written.begin() + 1, written.end()));
+}
+
+TEST_P(I2CDevice, ReportsASlaveThatDoesNotAcknowledge) {
+  constexpr int kAbsent = 0x50;
+  ASSERT_EQ(device_.open(kAbsent), 0);
+  unsigned char buffer[2] = {0x11, 0x22};
+  EXPECT_EQ(device_.read(buffer, 2, kRegister, 1), -ENXIO);
+  EXPECT_THAT(buffer, ElementsAre(0x11, 0x22));
+  EXPECT_EQ(device_.write(buffer, 2), -ENXIO);
+  EXPECT_EQ(device_.write(buffer, 1), -ENXIO);
+  EXPECT_THAT(adapter_.transfers(), ElementsAre("S 50W N P", "S 50W N P", "S 50W N P"));
+}
+
+TEST_P(I2CDevice, ReportsAnAdapterThatFails) {
+  adapter_.breakDown();
+  unsigned char buffer[2];
+  EXPECT_EQ(device_.read(buffer, 2, kRegister, 1), -EIO);
+  EXPECT_EQ(device_.write(kRegister, 1), -EIO);
+}
+
+TEST_P(I2CDevice, ClosesTheBusWhenItGoes) {
+  {
+    I2CDev another(kPath);
+    ASSERT_EQ(another.open(kAddress), 0);
+    EXPECT_EQ(adapter_.openCount(), 2);
+    ASSERT_EQ(another.open(kAddress), 0);
+    EXPECT_EQ(adapter_.openCount(), 2);
+  }
+  EXPECT_EQ(adapter_.openCount(), 1);
+}
+
+TEST_P(I2CDevice, IsClosedAfterAFailedOpen) {
+  adapter_.takeByDriver(0x22);
+  EXPECT_EQ(device_.open(0x22), -EBUSY);
+  EXPECT_EQ(adapter_.openCount(), 0);
+  unsigned char buffer[1];
+  EXPECT_EQ(device_.read(buffer, 1, kRegister, 1), -EBADF);
+  EXPECT_EQ(device_.write(buffer, 1), -EBADF);
+}
+
+TEST(I2CDev, ReadsWithSeveralRegisterBytesOnPlainI2C) {
+  FakeI2CAdapter adapter(kPath, Kind::kPlain);
+  adapter.addSlave(kAddress)[0x35] = 0x77;
+  I2CDev device(kPath);
+  ASSERT_EQ(device.open(kAddress), 0);
+  unsigned char byte = 0;
+  constexpr unsigned char kTwoBytes[] = {0x34, 0x12};
+  EXPECT_EQ(device.read(&byte, 1, kTwoBytes, 2), 1);
+  EXPECT_EQ(byte, 0x77);
+  EXPECT_THAT(adapter.transfers(), ElementsAre("S 21W 34 12 Sr 21R [77] P"));
+}
+
+TEST(I2CDev, ReadsWithoutARegisterOnPlainI2C) {
+  FakeI2CAdapter adapter(kPath, Kind::kPlain);
+  adapter.addSlave(kAddress)[0] = 0x42;
+  I2CDev device(kPath);
+  ASSERT_EQ(device.open(kAddress), 0);
+  unsigned char byte = 0;
+  EXPECT_EQ(device.read(&byte, 1, nullptr, 0), 1);
+  EXPECT_EQ(byte, 0x42);
+  EXPECT_THAT(adapter.transfers(), ElementsAre("S 21R [42] P"));
+}
+
+TEST(I2CDev, NeedsOneRegisterByteOnSmbus) {
+  FakeI2CAdapter adapter(kPath, Kind::kSmbusOnly);
+  adapter.addSlave(kAddress);
+  I2CDev device(kPath);
+  ASSERT_EQ(device.open(kAddress), 0);
+  unsigned char byte = 0;
+  constexpr unsigned char kTwoBytes[] = {0x34, 0x12};
+  EXPECT_EQ(device.read(&byte, 1, kTwoBytes, 2), -EINVAL);
+  EXPECT_EQ(device.read(&byte, 1, nullptr, 0), -EINVAL);
+  EXPECT_THAT(adapter.transfers(), IsEmpty());
+}
+
+TEST(I2CDev, ReportsATransferThatEndsHalfWay) {
+  FakeI2CAdapter adapter(kPath, Kind::kPlain);
+  adapter.addSlave(kAddress);
+  adapter.stopAfterOneMessage();
+  I2CDev device(kPath);
+  ASSERT_EQ(device.open(kAddress), 0);
+  unsigned char byte = 0;
+  EXPECT_EQ(device.read(&byte, 1, kRegister, 1), -EIO);
+}
+
+TEST(I2CDev, DoesNotOpenAnAdapterWithoutBlockTransfers) {
+  FakeI2CAdapter adapter(kPath, Kind::kSmbusWithoutBlocks);
+  I2CDev device(kPath);
+  EXPECT_EQ(device.open(kAddress), -EOPNOTSUPP);
+  EXPECT_EQ(adapter.openCount(), 0);
+}
+
+TEST(I2CDev, DoesNotOpenWhatIsMissing) {
+  const orb::testing::TemporaryFolder folder;
+  I2CDev device(folder / "i2c-3");
+  EXPECT_EQ(device.open(kAddress), -ENOENT);
+}
+
+TEST(I2CDev, DoesNotOpenWhatIsNoI2CBus) {
+  I2CDev folder("/dev/");
+  EXPECT_EQ(folder.open(kAddress), -EISDIR);
+  I2CDev null("/dev/null");
+  EXPECT_EQ(null.open(kAddress), -ENOTTY);
+}
+
+TEST(I2CDev, DoesNotOpenForAnAddressOfMoreThanSevenBits) {
+  FakeI2CAdapter adapter(kPath, Kind::kPlain);
+  I2CDev device(kPath);
+  EXPECT_EQ(device.open(0x80), -EINVAL);
+  EXPECT_EQ(device.open(-1), -EINVAL);
+  EXPECT_EQ(device.open(0x7F), 0);
+}
+
+TEST(I2CDev, TransfersNothingBeforeItIsOpen) {
+  FakeI2CAdapter adapter(kPath, Kind::kPlain);
+  I2CDev device(kPath);
+  unsigned char byte = 0;
+  EXPECT_EQ(device.read(&byte, 1, kRegister, 1), -EBADF);
+  EXPECT_EQ(device.write(&byte, 1), -EBADF);
+  EXPECT_EQ(adapter.openCount(), 0);
+}
+
+}  // namespace

@@ -1,0 +1,179 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <systemd/sd-bus.h>
+#include <tinyxml2.h>
+#include <unistd.h>
+
+#include <fstream>
+#include <map>
+
+#include "dbus/inventory_interface.h"
+#include "dbus/sd_bus_handles.h"
+#include "private_bus.h"
+#include "temporary_folder.h"
+
+/// The service as others on the bus see it: the described interface, and the policy about it.
+namespace {
+
+using orb::testing::ChildProcess;
+using orb::testing::InventoryService;
+using orb::testing::PrivateBus;
+using orb::testing::readFile;
+using orb::testing::TemporaryFolder;
+using ::testing::HasSubstr;
+
+constexpr char kOneModule[] = "[[module]]\nlocation = 1\n";
+
+orb::BusHandle connect() {
+  sd_bus* bus = nullptr;
+  EXPECT_GE(sd_bus_open_system(&bus), 0);
+  return orb::BusHandle(bus);
+}
+
+/// An element and all within it, one per line; comments do not count.
+std::string outlineOf(const tinyxml2::XMLElement& element, const std::string& indent = "") {
+  std::map<std::string, std::string> attributes;
+  for (const auto* one = element.FirstAttribute(); one != nullptr; one = one->Next()) {
+    attributes[one->Name()] = one->Value();
+  }
+  std::string outline = indent + element.Name();
+  for (const auto& [name, value] : attributes) {
+    outline += " " + name + "=" + value;
+  }
+  outline += "\n";
+  for (const auto* child = element.FirstChildElement(); child != nullptr;
+       child = child->NextSiblingElement()) {
+    outline += outlineOf(*child, indent + "  ");
+  }
+  return outline;
+}
+
+/// The outline of the inventory's interface in introspection data.
+std::string interfaceIn(const std::string& xml) {
+  tinyxml2::XMLDocument document;
+  if (document.Parse(xml.c_str()) != tinyxml2::XML_SUCCESS) {
+    return document.ErrorStr();
+  }
+  for (const auto* one = document.RootElement()->FirstChildElement("interface"); one != nullptr;
+       one = one->NextSiblingElement("interface")) {
+    if (one->Attribute("name", orb::inventory::kInterface) != nullptr) {
+      return outlineOf(*one);
+    }
+  }
+  return "no such interface";
+}
+
+std::string introspect(sd_bus* bus) {
+  sd_bus_message* raw = nullptr;
+  const char* xml = "";
+  EXPECT_GE(
+      sd_bus_call_method(bus, orb::inventory::kBusName, orb::inventory::kObjectPath,
+                         "org.freedesktop.DBus.Introspectable", "Introspect", nullptr, &raw, ""),
+      0);
+  const orb::MessageHandle answer(raw);
+  EXPECT_GE(sd_bus_message_read(raw, "s", &xml), 0);
+  return xml;
+}
+
+TEST(InventoryInterface, IsTheOneThatIsInstalled) {
+  const TemporaryFolder folder;
+  const PrivateBus bus(folder.path());
+  const InventoryService service(bus, kOneModule);
+  const std::string installed = interfaceIn(readFile(ORB_INTERFACE_FILE));
+  EXPECT_THAT(installed, HasSubstr("    arg direction=out name=locations type=au\n"));
+  EXPECT_EQ(interfaceIn(introspect(connect().get())), installed);
+}
+
+TEST(InventoryInterface, NamesAnEmptyLocationInAnError) {
+  const TemporaryFolder folder;
+  const PrivateBus bus(folder.path());
+  const InventoryService service(bus, kOneModule);
+  const orb::BusHandle client = connect();
+  sd_bus_error error = SD_BUS_ERROR_NULL;
+  EXPECT_LT(sd_bus_call_method(client.get(), orb::inventory::kBusName, orb::inventory::kObjectPath,
+                               orb::inventory::kInterface, orb::inventory::kGetI2CBus, &error,
+                               nullptr, "u", 7),
+            0);
+  EXPECT_STREQ(error.name, "org.orb_gnss.Inventory1.Error.NoSuchModule");
+  EXPECT_STREQ(error.message, "location 7 holds no module");
+  sd_bus_error_free(&error);
+}
+
+/// What a system bus allows before any service's policy is read: signals, answers, and calls of the
+/// bus daemon itself.
+constexpr char kSystemPolicy[] = R"(
+<policy context="default">
+  <allow user="*"/>
+  <deny own="*"/>
+  <deny send_type="method_call"/>
+  <allow send_type="signal"/>
+  <allow send_requested_reply="true" send_type="method_return"/>
+  <allow send_requested_reply="true" send_type="error"/>
+  <allow receive_type="method_call"/>
+  <allow receive_type="method_return"/>
+  <allow receive_type="error"/>
+  <allow receive_type="signal"/>
+  <allow send_destination="org.freedesktop.DBus"/>
+</policy>
+)";
+
+class InventoryPolicy : public ::testing::Test {
+ protected:
+  /// A system bus with the shipped policy, where the user `owner` stands in place of root and of
+  /// the service's own user.
+  std::string policyFor(uid_t owner) {
+    std::string policy = readFile(ORB_POLICY_FILE);
+    for (const std::string& user : {std::string("\"root\""), std::string("\"orb-inventory\"")}) {
+      const std::size_t place = policy.find(user);
+      EXPECT_NE(place, std::string::npos);
+      policy.replace(place, user.size(), '"' + std::to_string(owner) + '"');
+    }
+    std::ofstream(folder_ / "policy.conf") << policy;
+    return kSystemPolicy + ("<include>" + (folder_ / "policy.conf").string() + "</include>");
+  }
+
+  TemporaryFolder folder_;
+};
+
+TEST_F(InventoryPolicy, IsAcceptedAsItStands) {
+  const PrivateBus bus(folder_.path(),
+                       std::string(kSystemPolicy) + "<include>" ORB_POLICY_FILE "</include>");
+  EXPECT_FALSE(bus.hasOwner(orb::inventory::kBusName));
+}
+
+TEST_F(InventoryPolicy, WouldStopTheBusIfItWereBroken) {
+  EXPECT_THROW(
+      PrivateBus(folder_.path(), "<policy context=\"default\"><allow owns=\"x\"/></policy>"),
+      std::runtime_error);
+}
+
+TEST_F(InventoryPolicy, LetsTheServiceBeReadAndNothingElse) {
+  const PrivateBus bus(folder_.path(), policyFor(getuid()));
+  const InventoryService service(bus, kOneModule);
+  const orb::BusHandle client = connect();
+  const auto errorOf = [&](const char* interface, const char* method) {
+    sd_bus_error error = SD_BUS_ERROR_NULL;
+    sd_bus_call_method(client.get(), orb::inventory::kBusName, orb::inventory::kObjectPath,
+                       interface, method, &error, nullptr, "");
+    const std::string name = error.name == nullptr ? "" : error.name;
+    sd_bus_error_free(&error);
+    return name;
+  };
+  EXPECT_EQ(errorOf(orb::inventory::kInterface, orb::inventory::kGetModuleLocations), "");
+  EXPECT_EQ(errorOf("org.freedesktop.DBus.Introspectable", "Introspect"), "");
+  EXPECT_EQ(errorOf("org.freedesktop.DBus.Peer", "Ping"), "");
+  EXPECT_EQ(errorOf("org.freedesktop.DBus.Properties", "GetAll"),
+            "org.freedesktop.DBus.Error.AccessDenied");
+}
+
+TEST_F(InventoryPolicy, LetsNobodyElseBeTheService) {
+  const PrivateBus bus(folder_.path(), policyFor(getuid() + 1));
+  const std::filesystem::path inventory = folder_ / "inventory.toml";
+  std::ofstream(inventory) << kOneModule;
+  ChildProcess service({ORB_INVENTORYD, "--config", inventory.string()}, folder_ / "output");
+  EXPECT_EQ(service.wait(std::chrono::seconds(30)), 1);
+  EXPECT_EQ(service.output(),
+            "orb-inventoryd: cannot take the name org.orb_gnss.Inventory1: Permission denied\n");
+}
+
+}  // namespace
