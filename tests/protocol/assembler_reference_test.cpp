@@ -33,7 +33,7 @@ namespace {
 constexpr unsigned kBlocks = 1024;
 constexpr unsigned kBlocksPerTest = 64;
 #ifdef ORB_SANITIZED
-constexpr unsigned kBlocksPlayedPerTest = 8;
+constexpr unsigned kBlocksPlayedPerTest = 32;
 #else
 constexpr unsigned kBlocksPlayedPerTest = kBlocksPerTest;
 #endif

@@ -3,6 +3,8 @@
 Each generator function yields (name, updates): the buffers that one builder sees in turn.
 """
 
+from itertools import product
+
 from buffer_generator import (
     DENSE_ALPHABET,
     FALSE_STARTS,
@@ -49,13 +51,13 @@ def catalogue_good():
     """Every row at both ends of its lengths and just outside them, with a tail of two bytes."""
     random = Random(BODY_SEED)
     for number, row in enumerate(KNOWN):
-        lengths = {row.min_length, row.max_length, row.max_length + 1, max(row.min_length - 1, 0)}
-        for length in sorted(lengths):
+        shorter, longer = max(row.min_length - 1, 0), row.max_length + 1
+        for length in sorted({shorter, row.min_length, row.max_length, longer}):
             yield f"row {number} length {length}", [row_frame(row, length, random) + b"\xA0\xA1"]
 
 
 def catalogue_spoilt():
-    """Every row with a wrong checksum, then a good packet; then with each of three bytes changed."""
+    """Every row with its checksum or one of three other bytes changed, then a good packet."""
     random = Random(BODY_SEED + 1)
     for number, row in enumerate(KNOWN):
         packet = row_frame(row, row.min_length, random)
@@ -113,7 +115,8 @@ def identities():
         packets = [frame_around(bytes([msg_id, sub_id]), 2) for sub_id in range(256)]
         yield f"sub-ids of {msg_id:02X}", [b"".join(packets)]
     for msg_id in range(256):
-        yield f"id {msg_id:02X} with second byte 01", [frame_around(bytes([msg_id, 1]), 2) + b"\xA0"]
+        packet = frame_around(bytes([msg_id, 1]), 2)
+        yield f"id {msg_id:02X} with second byte 01", [packet + b"\xA0"]
 
 
 def mode_reports():
@@ -125,14 +128,17 @@ def mode_reports():
         yield f"wrong checksum and first {size}", [bad + report[:size]]
         yield f"unknown id and first {size}", [frame(0x61, 0, 2) + report[:size]]
     for length in range(12):
-        yield f"length {length}", [frame(0xC3, 0, length) + report]
-        yield f"length {length}, wrong checksum", [spoilt(frame(0xC3, 0, length), 4 + length) + report]
+        first = frame(0xC3, 0, length)
+        yield f"length {length}", [first + report]
+        yield f"length {length}, wrong checksum", [spoilt(first, 4 + length) + report]
 
 
 def nested():
     """Packets inside packets: seen in unknown ones, hidden in known ones, good or bad."""
-    for outer_name, outer in {"unknown": (0x61, 0), "known": (0x02, 0), "sub-id": (0x65, 1)}.items():
-        for inner_name, inner in {"ack": ACK, "query": QUERY, "report": frame(0xC3, 0, 3)}.items():
+    outers = {"unknown": (0x61, 0), "known": (0x02, 0), "sub-id": (0x65, 1)}
+    inners = {"ack": ACK, "query": QUERY, "report": frame(0xC3, 0, 3)}
+    for outer_name, outer in outers.items():
+        for inner_name, inner in inners.items():
             for gap in range(4):
                 body = bytes(gap) + inner + bytes(3 - gap)
                 ids = 2 if has_sub_id(outer[0]) else 1
@@ -147,9 +153,7 @@ def nested():
 def start_bytes():
     """All short runs of start bytes and filler before, between and behind packets."""
     symbols = (0xA0, 0xA1, 0x00)
-    runs = [bytes()]
-    for _ in range(4):
-        runs += [run + bytes([symbol]) for run in runs if len(run) == len(runs[-1]) for symbol in symbols]
+    runs = [bytes(run) for size in range(5) for run in product(symbols, repeat=size)]
     runs += FALSE_STARTS
     for run in dict.fromkeys(runs):
         label = run.hex().upper() or "nothing"

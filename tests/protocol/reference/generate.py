@@ -68,7 +68,8 @@ def main():
     arguments = parser.parse_args()
 
     if disagreements := list(edge_case_disagreements()):
-        print("The model disagrees with edge_cases.py:", *disagreements, sep="\n  ", file=sys.stderr)
+        print("The model disagrees with edge_cases.py:", file=sys.stderr)
+        print(*disagreements, sep="\n", file=sys.stderr)
         return 1
     if arguments.show is not None:
         sys.stdout.writelines(line + "\n" for line in transcript_lines(arguments.show))

@@ -151,9 +151,10 @@ class PacketAssembler:
         return Counters(self.good, self.errored, self.unknown, self.ack, self.nak)
 
     def update(self, buffer):
-        """Scans the buffer from its first byte and returns the position behind the last packet it handled.
+        """Scans the buffer from its first byte.
 
-        It returns 0 instead when it got to the end of the buffer, but for a tail of two bytes.
+        Returns the position behind the last packet handled when an incomplete packet or a tail of
+        two bytes ends the scan, and 0 otherwise.
         """
         size = len(buffer)
         i = 0

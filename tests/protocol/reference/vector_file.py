@@ -1,4 +1,4 @@
-"""The text of explicit_vectors.tsv: one vector a line, fields separated by tabs.
+"""The format of explicit_vectors.tsv: one vector a line, fields separated by tabs.
 
 group, name, buffers separated by ";", after each buffer the position and the five counters,
 and the listed messages, newest first, as type form ":" payload length ":" packet.
