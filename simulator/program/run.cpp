@@ -49,7 +49,10 @@ pid_t forkDevice(const RunOptions& options, Connection& connection, Front front)
 }
 
 void passOn(const signalfd_siginfo& signal, const OwnedDescriptor& connection) {
-  const PassedSignal passed{static_cast<int>(signal.ssi_signo), signal.ssi_code == SI_KERNEL};
+  const int number = static_cast<int>(signal.ssi_signo);
+  // When a terminal hangs up, the kernel tells its session's leader alone, which this may be.
+  const bool fromTerminal = signal.ssi_code == SI_KERNEL && number != SIGHUP;
+  const PassedSignal passed{number, fromTerminal};
   send(connection.get(), &passed, sizeof passed, MSG_NOSIGNAL);
 }
 

@@ -1,0 +1,451 @@
+"""Runs programs with `orb-sim run` and looks at what they see and at what is left behind."""
+
+import contextlib
+import os
+import pathlib
+import pty
+import re
+import select
+import shlex
+import signal
+import subprocess
+import sys
+import tempfile
+import time
+import unittest
+
+ORB_SIM = os.environ["ORB_SIM"]
+STATIC_PROGRAM = os.environ["ORB_SIM_STATIC_PROGRAM"]
+VERSION = os.environ["ORB_VERSION"]
+LIMIT = float(os.environ.get("ORB_TEST_LIMIT", 60))  # seconds for anything that is waited for
+
+REAL_FILES = ("/var/log/orbset.log", "/var/log/orbset-errors.log", "/tmp/orbitekChip-info.txt")
+FITTED_MODULE = "47205318-001"
+
+ASK_VERSION = bytes.fromhex("A0A100020201030D0A")
+ACKNOWLEDGED = bytes.fromhex("A0A100028302810D0A")
+
+# Sends the version query and prints what comes back within a second as hexadecimal digits.
+ASK_RECEIVER = f"""
+import os, select, tty
+line = os.open("/dev/tty_gps", os.O_RDWR | os.O_NOCTTY)
+tty.setraw(line)
+os.write(line, {ASK_VERSION!r})
+answer = b""
+while len(answer) < 9 and select.select([line], [], [], 1)[0]:
+    answer += os.read(line, 9 - len(answer))
+print(answer.hex())
+"""
+
+
+def wait_until(condition, what):
+    end = time.monotonic() + LIMIT
+    while not condition():
+        if time.monotonic() > end:
+            raise AssertionError("timed out: " + what)
+        time.sleep(0.01)
+
+
+def ask_inventory(method, *arguments):
+    """The shell command that asks the inventory on the system bus."""
+    return shlex.join(("dbus-send", "--system", "--print-reply=literal",
+                       "--dest=org.orb_gnss.Inventory1", "/org/orb_gnss/Inventory1",
+                       "org.orb_gnss.Inventory1." + method) + arguments)
+
+
+def processes_of(folder):
+    """The processes that have something to do with a run: its folder is in their command line or
+    environment."""
+    found = []
+    for process in pathlib.Path("/proc").iterdir():
+        if not process.name.isdecimal() or int(process.name) == os.getpid():
+            continue
+        with contextlib.suppress(OSError):
+            text = (process / "cmdline").read_bytes() + (process / "environ").read_bytes()
+            is_dead = (process / "stat").read_text().rsplit(")", 1)[1].split()[0] in "ZX"
+            if os.fsencode(folder) in text and not is_dead:
+                found.append(int(process.name))
+    return found
+
+
+class RunTest(unittest.TestCase):
+    def setUp(self):
+        # A short path, since the bus's socket lies below it; and not the one that other runs use.
+        folder = tempfile.TemporaryDirectory(prefix="run.", dir="/tmp")
+        self.addCleanup(folder.cleanup)
+        self.folder = pathlib.Path(folder.name)
+        self.temporary = self.folder / "tmp"
+        self.temporary.mkdir()
+        self.environment = os.environ | {"TMPDIR": str(self.temporary)}
+        self.addCleanup(self.assert_nothing_is_left)
+
+    def assert_nothing_is_left(self):
+        self.assertEqual(list(self.temporary.iterdir()), [])
+        self.assertEqual(processes_of(self.temporary / "orb-sim"), [])
+
+    def arguments(self, options, command):
+        return [ORB_SIM, "run", *options, "--", *command]
+
+    def run_command(self, *command, options=(), **more):
+        return subprocess.run(self.arguments(options, command), env=self.environment,
+                              capture_output=True, text=True, timeout=LIMIT, **more)
+
+    def run_shell(self, script, options=(), **more):
+        """Runs a script that must succeed silently; returns its output."""
+        result = self.run_command("sh", "-c", script, options=options, **more)
+        self.assertEqual((result.returncode, result.stderr), (0, ""))
+        return result.stdout
+
+    @contextlib.contextmanager
+    def started(self, script):
+        """Starts a script that says "ready" on its first line of output."""
+        with subprocess.Popen(self.arguments((), ("sh", "-c", script)), env=self.environment,
+                              stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True,
+                              start_new_session=True) as process:
+            try:
+                self.assertEqual(process.stdout.readline(), "ready\n")
+                yield process
+            finally:
+                process.kill()
+
+
+class Command(RunTest):
+    def test_gives_its_exit_status(self):
+        self.assertEqual(self.run_command("sh", "-c", "exit 0").returncode, 0)
+        self.assertEqual(self.run_command("sh", "-c", "exit 42").returncode, 42)
+
+    def test_gives_128_and_the_number_of_the_signal_that_ends_it(self):
+        self.assertEqual(self.run_command("sh", "-c", "kill -TERM $$").returncode, 143)
+        self.assertEqual(self.run_command("sh", "-c", "kill -KILL $$").returncode, 137)
+
+    def test_has_input_output_and_error_to_itself(self):
+        result = self.run_command("sh", "-c", "cat; echo wrong >&2", input="right\n")
+        self.assertEqual((result.stdout, result.stderr), ("right\n", "wrong\n"))
+
+    def test_gets_its_arguments_and_name_as_they_are(self):
+        script = self.folder / "name with blanks"
+        script.write_text('#!/bin/sh\nprintf "[%s]" "$0" "$@"\n')
+        script.chmod(0o700)
+        result = self.run_command(script, "--help", "a b", "", "--")
+        self.assertEqual(result.stdout, f"[{script}][--help][a b][][--]")
+
+    def test_may_be_a_script_that_names_no_interpreter(self):
+        script = self.folder / "script"
+        script.write_text('echo "$1"\n')
+        script.chmod(0o700)
+        self.assertEqual(self.run_command(script, "one").stdout, "one\n")
+
+    def test_sees_the_rest_of_the_environment_as_it_is(self):
+        self.environment["OTHER"] = "kept"
+        self.assertEqual(self.run_shell('echo "$OTHER"; pwd', cwd=self.folder),
+                         f"kept\n{self.folder}\n")
+
+    def test_finds_no_signal_blocked(self):
+        self.assertEqual(self.run_shell("grep SigBlk /proc/self/status").split()[1], "0" * 16)
+
+    def test_finds_a_signal_ignored_that_was(self):
+        command = shlex.join(self.arguments((), ("sh", "-c", "kill -HUP $$; echo alive")))
+        result = subprocess.run(["sh", "-c", f"trap '' HUP; {command}"], env=self.environment,
+                                capture_output=True, text=True, timeout=LIMIT)
+        self.assertEqual(result.stdout, "alive\n")
+
+    def test_gets_the_signals_that_are_sent_to_orb_sim(self):
+        for name in ("HUP", "INT", "QUIT", "TERM", "USR1", "USR2", "ALRM"):
+            with self.subTest(name):
+                script = f"trap 'exit 42' {name}; echo ready; while :; do sleep 0.01; done"
+                with self.started(script) as process:
+                    process.send_signal(getattr(signal, "SIG" + name))
+                    self.assertEqual(process.wait(LIMIT), 42)
+
+    def test_takes_along_what_it_leaves_in_the_background(self):
+        output = self.run_shell("sleep 1000 >/dev/null & setsid sleep 1000 >/dev/null & echo done")
+        self.assertEqual(output, "done\n")
+
+
+class Failure(RunTest):
+    def check(self, status, message, *command, options=()):
+        result = self.run_command(*command, options=options)
+        self.assertEqual((result.returncode, result.stdout), (status, ""))
+        self.assertEqual(result.stderr, message)
+
+    def test_is_said_where_the_command_is_not_found(self):
+        self.check(127, "orb-sim: command not found: no-such-program\n", "no-such-program")
+        self.check(127, "orb-sim: ./no/program: No such file or directory\n", "./no/program")
+
+    def test_is_said_where_the_command_cannot_be_executed(self):
+        file = self.folder / "plain"
+        file.write_text("")
+        self.check(126, f"orb-sim: {file} is not executable\n", file)
+        self.check(126, f"orb-sim: {self.folder} is a directory\n", self.folder)
+
+    def test_is_said_where_the_interpreter_of_a_script_is_missing(self):
+        script = self.folder / "script"
+        script.write_text("#!/no/interpreter\n")
+        script.chmod(0o700)
+        self.check(126, f"orb-sim: {script}: No such file or directory\n", script)
+
+    def test_is_said_where_the_command_is_statically_linked(self):
+        self.check(126, f"orb-sim: {STATIC_PROGRAM} is statically linked: it would use the real "
+                   "device, so it is not started\n", STATIC_PROGRAM)
+
+    @unittest.skipUnless(os.getuid() != 0 and pathlib.Path("/bin/su").exists(),
+                         "a set-uid program changes nothing for root")
+    def test_is_said_where_the_command_is_set_uid(self):
+        self.check(126, "orb-sim: /bin/su runs with other rights than its caller's: it would use "
+                   "the real device, so it is not started\n", "/bin/su")
+
+    def test_is_said_where_the_command_is_missing(self):
+        message = "orb-sim: COMMAND is missing; write it behind --, as in: orb-sim run -- ./client\n"
+        self.check(125, message)
+        result = subprocess.run([ORB_SIM, "run"], capture_output=True, text=True, timeout=LIMIT)
+        self.assertEqual((result.returncode, result.stderr), (125, message))
+
+    def test_is_said_where_an_option_is_wrong(self):
+        for options in (("--no-such-option",), ("--no-module", "--hardware-id", "x"),
+                        ("--silent", "--no-receiver"), ("--odm-version", "1.2"),
+                        ("--odm-version", "1.2.256"), ("--revision", "1999.1.1")):
+            with self.subTest(options):
+                result = self.run_command("true", options=options)
+                self.assertEqual((result.returncode, result.stdout), (125, ""))
+                self.assertIn(options[0], result.stderr)
+
+    def test_is_said_where_there_is_no_bus_daemon(self):
+        if pathlib.Path("/usr/bin/dbus-daemon").exists():
+            self.skipTest("orb-sim falls back to /usr/bin/dbus-daemon")
+        self.environment["PATH"] = str(self.folder)
+        self.check(125, "orb-sim: dbus-daemon was not found; on Debian the package dbus-daemon has "
+                   "it\n", "/bin/true")
+
+    def test_is_said_where_the_folder_for_files_cannot_be_made(self):
+        self.check(125, "orb-sim: cannot make the folder /dev/null/keep: Not a directory\n", "true",
+                   options=("--keep", "/dev/null/keep"))
+
+
+class Device(RunTest):
+    def ask_receiver(self, *options):
+        result = self.run_command(sys.executable, "-c", ASK_RECEIVER, options=options)
+        self.assertEqual((result.returncode, result.stderr), (0, ""))
+        return bytes.fromhex(result.stdout)
+
+    def test_has_a_receiver_that_answers(self):
+        self.assertEqual(self.ask_receiver(), ACKNOWLEDGED)
+
+    def test_has_a_receiver_for_a_child_without_environment(self):
+        self.assertEqual(self.run_shell(shlex.join(
+            ("env", "-i", sys.executable, "-c", ASK_RECEIVER))),
+                         ACKNOWLEDGED.hex() + "\n")
+
+    def test_can_have_a_silent_receiver(self):
+        self.assertEqual(self.ask_receiver("--silent"), b"")
+
+    def test_can_have_no_receiver(self):
+        self.run_shell("test ! -e /dev/tty_gps", options=("--no-receiver",))
+
+    def test_has_no_i2c_bus(self):
+        self.run_shell("test ! -e /dev/i2c-3")
+
+    def test_has_the_expected_module(self):
+        self.assertEqual(self.run_shell(ask_inventory("GetModuleLocations")).split()[-2:],
+                         ["1", "]"])
+        self.assertIn(FITTED_MODULE, self.run_shell(
+            ask_inventory("GetSystemRecord", "uint32:1", "string:HardwareSetId")))
+
+    def test_can_have_another_module(self):
+        identifier = 'odd "text" \\ = [x]'
+        self.assertIn(identifier, self.run_shell(
+            ask_inventory("GetSystemRecord", "uint32:1", "string:HardwareSetId"),
+            options=("--hardware-id", identifier)))
+
+    def test_can_have_no_module(self):
+        self.assertEqual(self.run_shell(ask_inventory("GetModuleLocations"),
+                                        options=("--no-module",)).split(), ["array", "[", "]"])
+
+    def test_reports_the_versions_asked_for(self):
+        # The version report follows the acknowledgement; its fields are the last three of each four.
+        script = ASK_RECEIVER.replace("< 9", "< 30").replace("9 - ", "30 - ")
+        result = self.run_command(sys.executable, "-c", script, options=(
+            "--kernel-version", "9.8.7", "--odm-version", "6.5.4", "--revision", "2031.11.29"))
+        report = bytes.fromhex(result.stdout)[9:]
+        self.assertEqual(report[4], 0x80)
+        for field in ((9, 8, 7), (6, 5, 4), (31, 11, 29)):
+            self.assertIn(bytes(field), report)
+
+
+class PrivateFiles(RunTest):
+    WRITE = "; ".join(f"echo {{0}} >> {path}" for path in REAL_FILES)
+
+    def test_are_not_the_real_ones(self):
+        text = "orb-sim-run-test"
+        before = [os.path.exists(path) for path in REAL_FILES]
+        self.run_shell(self.WRITE.format(text))
+        for path, was_there in zip(REAL_FILES, before):
+            if not was_there:
+                self.assertFalse(os.path.exists(path), path)
+            elif os.access(path, os.R_OK):
+                self.assertNotIn(text, pathlib.Path(path).read_text(errors="replace"))
+
+    def test_are_new_in_every_run(self):
+        self.run_shell(self.WRITE.format("first"))
+        self.run_shell("; ".join(f"test ! -e {path}" for path in REAL_FILES))
+
+    def test_are_left_where_the_user_wants_them(self):
+        keep = self.folder / "new" / "keep: a=b"
+        self.run_shell(self.WRITE.format("first"), options=("--keep", str(keep)))
+        names = sorted(path.name for path in keep.iterdir())
+        self.assertEqual(names, ["orbitekChip-info.txt", "orbset-errors.log", "orbset.log"])
+        self.run_shell(self.WRITE.format("second"), options=("--keep", str(keep)))
+        for name in names:
+            self.assertEqual((keep / name).read_text(), "first\nsecond\n")
+
+    def test_are_left_in_a_folder_relative_to_the_current_one(self):
+        self.run_shell("cd /; " + self.WRITE.format("one"), options=("--keep", "kept"),
+                       cwd=self.folder)
+        self.assertEqual((self.folder / "kept" / "orbset.log").read_text(), "one\n")
+
+
+class Killed(RunTest):
+    # Leaves processes of every kind about: in the background, in another session, and stopped.
+    BUSY = """
+        sleep 1000 >/dev/null 2>&1 &
+        setsid sh -c 'sleep 1000 & sleep 1000' >/dev/null 2>&1 &
+        sleep 1000 >/dev/null 2>&1 & kill -STOP $!
+        echo ready
+        wait
+        sleep 1000
+    """
+
+    BUSY_PROCESSES = 8  # the daemon, the service, two shells and four that sleep
+
+    @contextlib.contextmanager
+    def busy(self, prefix=""):
+        with self.started(prefix + self.BUSY) as process:
+            wait_until(lambda: len(processes_of(self.run_folder())) == self.BUSY_PROCESSES,
+                       "not all processes have started")
+            yield process
+
+    def run_folder(self):
+        return str(self.temporary / "orb-sim")
+
+    def children_of(self, process):
+        text = subprocess.run(["ps", "-o", "pid=", "--ppid", str(process)], capture_output=True,
+                              text=True, check=False).stdout
+        return [int(word) for word in text.split()]
+
+    def assert_all_ends(self):
+        wait_until(lambda: not processes_of(self.run_folder()), "processes are left")
+        wait_until(lambda: not list(self.temporary.iterdir()), "the folder is left")
+
+    def test_orb_sim_leaves_nothing(self):
+        with self.busy() as process:
+            process.kill()
+            self.assert_all_ends()
+
+    def test_process_with_the_device_leaves_nothing(self):
+        with self.busy() as process:
+            [device] = self.children_of(process.pid)
+            os.kill(device, signal.SIGKILL)
+            self.assertEqual(process.wait(LIMIT), 125)
+            self.assertEqual(process.stderr.read(),
+                             "orb-sim: the process with the simulated device was killed\n")
+            self.assertEqual(processes_of(self.run_folder()), [])
+            self.assertEqual(list(self.temporary.iterdir()), [])
+
+    def test_command_leaves_nothing(self):
+        with self.busy(f"echo $$ > {self.folder}/pid") as process:
+            os.kill(int((self.folder / "pid").read_text()), signal.SIGKILL)
+            self.assertEqual(process.wait(LIMIT), 137)
+            self.assertEqual(processes_of(self.run_folder()), [])
+            self.assertEqual(list(self.temporary.iterdir()), [])
+
+
+class SeveralRuns(RunTest):
+    def test_do_not_disturb_each_other(self):
+        script = """
+            echo {0} > /var/log/orbset.log
+            readlink /dev/tty_gps; echo "$DBUS_SYSTEM_BUS_ADDRESS"
+            : > {1}/{0}; until test -e {1}/one && test -e {1}/two; do sleep 0.01; done
+            cat /var/log/orbset.log
+        """
+        runs = [subprocess.Popen(
+            self.arguments(("--hardware-id", name),
+                           ("sh", "-c", script.format(name, self.folder) + ask_inventory(
+                               "GetSystemRecord", "uint32:1", "string:HardwareSetId"))),
+            env=self.environment, stdout=subprocess.PIPE, text=True) for name in ("one", "two")]
+        outputs = [run.communicate(timeout=LIMIT)[0].splitlines() for run in runs]
+        self.assertEqual([run.returncode for run in runs], [0, 0])
+        self.assertNotEqual(outputs[0][0], outputs[1][0])
+        self.assertNotEqual(outputs[0][1], outputs[1][1])
+        self.assertEqual([output[2] for output in outputs], ["one", "two"])
+        for output, name in zip(outputs, ("one", "two")):
+            self.assertTrue(output[-1].endswith(name), output)
+
+    def test_can_stand_one_within_the_other(self):
+        inner = shlex.join(self.arguments(("--hardware-id", "inner"), (
+            "sh", "-c", "echo inner > /var/log/orbset.log; " + ask_inventory(
+                "GetSystemRecord", "uint32:1", "string:HardwareSetId"))))
+        output = self.run_shell(f"echo outer > /var/log/orbset.log; {inner}; "
+                                "cat /var/log/orbset.log", options=("--hardware-id", "outer"))
+        self.assertRegex(output, r"inner\s*outer\n\Z")
+
+
+class Terminal(RunTest):
+    def run_in_terminal(self, script, typed):
+        """Runs a script in a new terminal, types once it has said "ready", returns what it said."""
+        process, terminal = pty.fork()
+        if process == 0:
+            command = self.arguments((), ("sh", "-c", script))
+            os.execve(command[0], command, self.environment)
+        output = b""
+        with contextlib.suppress(OSError):  # the terminal's end is an error
+            while select.select([terminal], [], [], LIMIT)[0]:
+                received = os.read(terminal, 1000)
+                if not received:
+                    break
+                output += received
+                if typed and b"ready" in output:
+                    os.write(terminal, typed)
+                    typed = b""
+        os.close(terminal)
+        return os.waitstatus_to_exitcode(os.waitpid(process, 0)[1]), output.decode()
+
+    def test_can_be_read_and_written(self):
+        status, output = self.run_in_terminal(
+            "test -t 0 && test -t 1 && echo ready && read -r x </dev/tty && echo got $x >/dev/tty",
+            b"words\n")
+        self.assertEqual(status, 0)
+        self.assertTrue(output.endswith("got words\r\n"), output)
+
+    def test_sends_its_interrupt_once(self):
+        script = """
+            trap 'echo interrupted; seen=yes' INT
+            echo ready
+            until test $seen; do sleep 0.01; done
+            sleep 0.2
+            exit 7
+        """
+        status, output = self.run_in_terminal(script, b"\x03")
+        self.assertEqual(status, 7)
+        self.assertEqual(output.count("interrupted"), 1)
+
+
+class Help(unittest.TestCase):
+    def output(self, *arguments):
+        result = subprocess.run([ORB_SIM, *arguments], capture_output=True, text=True,
+                                timeout=LIMIT)
+        self.assertEqual((result.returncode, result.stderr), (0, ""))
+        return result.stdout
+
+    def test_tells_the_version(self):
+        self.assertEqual(self.output("--version"), f"orb-sim {VERSION}\n")
+
+    def test_names_the_subcommand_and_its_options(self):
+        self.assertIn("run ", self.output("--help"))
+        text = self.output("run", "--help")
+        self.assertIn("Usage: orb-sim run [OPTIONS] -- COMMAND [ARG...]\n", text)
+        self.assertEqual(set(re.findall(r"^  (?:-h,)?(--[a-z-]+)", text, re.MULTILINE)), {
+            "--help", "--keep", "--hardware-id", "--no-module", "--no-receiver", "--silent",
+            "--kernel-version", "--odm-version", "--revision"})
+
+
+if __name__ == "__main__":
+    unittest.main(verbosity=2)
