@@ -89,7 +89,7 @@ TEST(InventoryInterface, NamesAnEmptyLocationInAnError) {
   const PrivateBus bus(folder.path());
   const InventoryService service(bus, kOneModule);
   const orb::BusHandle client = connect();
-  sd_bus_error error = SD_BUS_ERROR_NULL;
+  sd_bus_error error{};
   EXPECT_LT(sd_bus_call_method(client.get(), orb::inventory::kBusName, orb::inventory::kObjectPath,
                                orb::inventory::kInterface, orb::inventory::kGetI2CBus, &error,
                                nullptr, "u", 7),
@@ -152,7 +152,7 @@ TEST_F(InventoryPolicy, LetsTheServiceBeReadAndNothingElse) {
   const InventoryService service(bus, kOneModule);
   const orb::BusHandle client = connect();
   const auto errorOf = [&](const char* interface, const char* method) {
-    sd_bus_error error = SD_BUS_ERROR_NULL;
+    sd_bus_error error{};
     sd_bus_call_method(client.get(), orb::inventory::kBusName, orb::inventory::kObjectPath,
                        interface, method, &error, nullptr, "");
     const std::string name = error.name == nullptr ? "" : error.name;
