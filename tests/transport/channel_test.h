@@ -1,0 +1,31 @@
+#pragma once
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <string>
+
+#include "channel_values.h"
+#include "pty.h"
+#include "scripted_line.h"
+#include "support/captured_output.h"
+#include "support/wall_clock.h"
+#include "tty_calls.h"
+
+namespace orb::test {
+
+/// A test of channels on a pty. Standard error is captured; the clock stands until it is told.
+class ChannelTest : public testing::Test {
+ protected:
+  std::string standardError() const { return standardError_.text(); }
+
+  Pty pty_;
+  TtyCalls calls_{pty_.path()};
+  WallClock clock_;
+  ScriptedLine line_{pty_, calls_};
+
+ private:
+  CapturedOutput standardError_{STDERR_FILENO};
+};
+
+}  // namespace orb::test

@@ -1,0 +1,347 @@
+// Opening, setting up, sending and closing.
+
+#include "orb-gnss/serial_channel.h"
+
+#include <fcntl.h>
+#include <gmock/gmock.h>
+#include <termios.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+#include <iostream>
+#include <memory>
+#include <new>
+#include <optional>
+#include <type_traits>
+
+#include "channel_test.h"
+#include "support/allocations.h"
+#include "support/captured_stream.h"
+
+namespace {
+
+using namespace orb::test;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+static_assert(std::is_abstract_v<ORBMessagingInterface>);
+static_assert(!std::has_virtual_destructor_v<ORBMessagingInterface>);
+static_assert(std::is_base_of_v<ORBMessagingInterface, orbIO>);
+static_assert(!std::has_virtual_destructor_v<orbIO>);
+
+constexpr const char* kMissingDevice = "/dev/no-such-tty";
+
+class SerialChannel : public ChannelTest {
+ protected:
+  ORBMessage query_{0x6502, 2, nullptr};
+  const Bytes queryPacket_{0xA0, 0xA1, 0x00, 0x02, 0x65, 0x02, 0x67, 0x0D, 0x0A};
+};
+
+bool isOpenDescriptor(int descriptor) { return fcntl(descriptor, F_GETFD) >= 0; }
+
+// Opening
+
+TEST_F(SerialChannel, OpensTheDefaultDeviceAndMakesItRaw) {
+  const orbIO channel;
+  EXPECT_TRUE(channel.isOpen());
+  EXPECT_THAT(calls_.made(), ElementsAre(TtyCall{"open", O_RDWR | O_NOCTTY | O_NONBLOCK | O_SYNC},
+                                         TtyCall{"tcgetattr"}, TtyCall{"tcflush", TCIOFLUSH},
+                                         TtyCall{"tcsetattr", TCSANOW}));
+  EXPECT_EQ(standardError(), "");
+}
+
+TEST_F(SerialChannel, OpensTheNamedDevice) {
+  const orbIO channel(pty_.path());
+  EXPECT_TRUE(channel.isOpen());
+  EXPECT_THAT(calls_.made(), ElementsAre(TtyCall{"open", O_RDWR | O_NOCTTY | O_NONBLOCK | O_SYNC},
+                                         TtyCall{"tcgetattr"}, TtyCall{"tcflush", TCIOFLUSH},
+                                         TtyCall{"tcsetattr", TCSANOW}));
+}
+
+TEST_F(SerialChannel, DropsWhatThePreviousExchangeLeft) {
+  pty_.feed(kAck);
+  const orbIO channel;
+  EXPECT_EQ(pty_.waiting(), 0);
+}
+
+TEST_F(SerialChannel, NamesTheDefaultDeviceWhenAnotherOneIsMissing) {
+  const orbIO channel(kMissingDevice);
+  EXPECT_FALSE(channel.isOpen());
+  EXPECT_EQ(standardError(),
+            "Could not open /dev/tty_gps cannot communicate with the orbitek device.\n");
+}
+
+TEST_F(SerialChannel, IsNotOpenWhenTheDefaultDeviceIsMissing) {
+  const TtyCalls missing(kMissingDevice);
+  const orbIO channel;
+  EXPECT_FALSE(channel.isOpen());
+  EXPECT_EQ(standardError(), kCouldNotOpen);
+  EXPECT_THAT(missing.made(), ElementsAre(TtyCall{"open", O_RDWR | O_NOCTTY | O_NONBLOCK | O_SYNC}))
+      << "there is nothing to set up or to close";
+}
+
+TEST_F(SerialChannel, FlushesEachDiagnostic) {
+  CapturedStream error(std::cerr);
+  std::cerr << std::nounitbuf;
+  orbIO channel(kMissingDevice);
+  EXPECT_EQ(error.flushedText(), kCouldNotOpen);
+  channel.SendMessage(&query_);
+  EXPECT_EQ(error.flushedText(), std::string(kCouldNotOpen) + kCouldNotSend);
+  EXPECT_EQ(channel.ReceiveMessage(0x8300, 1), nullptr);
+  EXPECT_EQ(error.flushedText(), std::string(kCouldNotOpen) + kCouldNotSend + kCouldNotReceive);
+  EXPECT_EQ(error.flushes(), 3);
+}
+
+// Setting up
+
+TEST_F(SerialChannel, ClosesADeviceThatIsNoTty) {
+  const TtyCalls calls("/dev/null");
+  orbIO channel;
+  EXPECT_FALSE(channel.isOpen());
+  EXPECT_EQ(standardError(), "Can't get gps_tty settings\n");
+  EXPECT_THAT(calls.made(), ElementsAre(TtyCall{"open", O_RDWR | O_NOCTTY | O_NONBLOCK | O_SYNC},
+                                        TtyCall{"tcgetattr"}, TtyCall{"close"}));
+  EXPECT_FALSE(isOpenDescriptor(calls.descriptor()));
+}
+
+TEST_F(SerialChannel, ClosesATtyThatCannotBeMadeRaw) {
+  calls_.settingResult = -1;
+  orbIO channel;
+  EXPECT_FALSE(channel.isOpen());
+  EXPECT_EQ(standardError(), "Can't configure tty_gps raw mode\n");
+  EXPECT_THAT(calls_.made(), ElementsAre(TtyCall{"open", O_RDWR | O_NOCTTY | O_NONBLOCK | O_SYNC},
+                                         TtyCall{"tcgetattr"}, TtyCall{"tcflush", TCIOFLUSH},
+                                         TtyCall{"tcsetattr", TCSANOW}, TtyCall{"close"}));
+  EXPECT_FALSE(isOpenDescriptor(calls_.descriptor()));
+}
+
+TEST_F(SerialChannel, RefusesToWorkAfterAFailedSetUp) {
+  calls_.settingResult = -1;
+  orbIO channel;
+  calls_.forget();
+  EXPECT_EQ(channel.SendMessage(&query_), -1);
+  EXPECT_EQ(receive(channel, 0x8300), kNothing);
+  unsigned char byte = 0;
+  EXPECT_EQ(channel.ReadFromUART(&byte, 1), 0);
+  EXPECT_EQ(standardError(),
+            std::string("Can't configure tty_gps raw mode\n") + kCouldNotSend + kCouldNotReceive);
+  EXPECT_THAT(calls_.made(), IsEmpty());
+}
+
+TEST_F(SerialChannel, TurnsOffAllThatRawModeExcludes) {
+  termios found{};
+  found.c_iflag = IGNBRK | BRKINT | PARMRK | ISTRIP | INLCR | IGNCR | ICRNL | IXON | IXOFF | IGNPAR;
+  found.c_oflag = OPOST | ONLCR;
+  found.c_lflag = ECHO | ECHONL | ICANON | ISIG | IEXTEN | NOFLSH;
+  found.c_cflag = CS7 | PARENB | CRTSCTS | CSTOPB | CREAD | CLOCAL | HUPCL;
+  found.c_cc[VMIN] = 7;
+  found.c_cc[VTIME] = 9;
+  found.c_cc[VINTR] = 3;
+  calls_.settingsFound = found;
+  const orbIO channel;
+  const termios& made = calls_.settings();
+  EXPECT_EQ(made.c_iflag, tcflag_t{IXOFF | IGNPAR});
+  EXPECT_EQ(made.c_oflag, tcflag_t{ONLCR});
+  EXPECT_EQ(made.c_lflag, tcflag_t{NOFLSH});
+  EXPECT_EQ(made.c_cflag, tcflag_t{CS8 | CREAD | CLOCAL | HUPCL});
+  EXPECT_EQ(made.c_cc[VMIN], 1);
+  EXPECT_EQ(made.c_cc[VTIME], 0);
+  EXPECT_EQ(made.c_cc[VINTR], 3) << "what raw mode does not concern stays";
+}
+
+TEST_F(SerialChannel, LeavesTheTtyRawAtItsOwnSpeed) {
+  termios before{};
+  ASSERT_EQ(tcgetattr(pty_.tty(), &before), 0);
+  before.c_iflag |= BRKINT | ICRNL | IXON;
+  before.c_oflag |= OPOST | ONLCR;
+  before.c_lflag |= ECHO | ICANON | ISIG | IEXTEN;
+  before.c_cflag |= CRTSCTS | CSTOPB;
+  cfsetispeed(&before, B19200);
+  cfsetospeed(&before, B19200);
+  ASSERT_EQ(tcsetattr(pty_.tty(), TCSANOW, &before), 0);
+
+  const orbIO channel;
+
+  termios after{};
+  ASSERT_EQ(tcgetattr(pty_.tty(), &after), 0);
+  EXPECT_EQ(after.c_iflag & tcflag_t{BRKINT | ICRNL | IXON}, 0u);
+  EXPECT_EQ(after.c_oflag & tcflag_t{OPOST}, 0u);
+  EXPECT_EQ(after.c_lflag & tcflag_t{ECHO | ICANON | ISIG | IEXTEN}, 0u);
+  EXPECT_EQ(after.c_cflag & tcflag_t{CRTSCTS | CSTOPB | PARENB}, 0u);
+  EXPECT_EQ(after.c_cflag & tcflag_t{CSIZE}, tcflag_t{CS8});
+  EXPECT_EQ(cfgetispeed(&after), speed_t{B19200});
+  EXPECT_EQ(cfgetospeed(&after), speed_t{B19200});
+}
+
+TEST_F(SerialChannel, SetsUpAnyTtyOnRequest) {
+  orbIO notOpen(kMissingDevice);
+  EXPECT_TRUE(notOpen.SetupUART(pty_.tty()));
+  EXPECT_FALSE(notOpen.isOpen());
+  EXPECT_FALSE(notOpen.SetupUART(-1));
+  EXPECT_EQ(standardError(), std::string(kCouldNotOpen) + "Can't get gps_tty settings\n");
+}
+
+// Sending
+
+TEST_F(SerialChannel, SendsAPacketWithOneWriteAndASync) {
+  orbIO channel;
+  calls_.forget();
+  EXPECT_EQ(channel.SendMessage(&query_), 0);
+  EXPECT_THAT(calls_.made(), ElementsAre(TtyCall{"write", 9}, TtyCall{"fsync"}))
+      << "no answer is waited for";
+  EXPECT_EQ(pty_.takeWritten(9), queryPacket_);
+  EXPECT_FALSE(pty_.hasWritten());
+  EXPECT_EQ(standardError(), "");
+}
+
+TEST_F(SerialChannel, LeavesTheMessageToTheCaller) {
+  orbIO channel;
+  EXPECT_EQ(channel.SendMessage(&query_), 0);
+  EXPECT_EQ(channel.SendMessage(&query_), 0);
+  EXPECT_EQ(packetOf(query_), queryPacket_);
+  EXPECT_EQ(pty_.takeWritten(18), join({queryPacket_, queryPacket_}));
+}
+
+TEST_F(SerialChannel, DoesNotRetryAShortWrite) {
+  orbIO channel;
+  calls_.forget();
+  calls_.writeResult = 8;
+  EXPECT_EQ(channel.SendMessage(&query_), -1);
+  EXPECT_THAT(calls_.made(), ElementsAre(TtyCall{"write", 9}, TtyCall{"fsync"}));
+  EXPECT_EQ(standardError(), "");
+}
+
+TEST_F(SerialChannel, ReportsAWriteOfNothing) {
+  orbIO channel;
+  calls_.writeResult = 0;
+  EXPECT_EQ(channel.SendMessage(&query_), -1);
+}
+
+TEST_F(SerialChannel, ReportsAFailedWrite) {
+  orbIO channel;
+  calls_.forget();
+  calls_.writeResult = -1;
+  EXPECT_EQ(channel.SendMessage(&query_), -1);
+  EXPECT_THAT(calls_.made(), ElementsAre(TtyCall{"write", 9}, TtyCall{"fsync"}));
+  EXPECT_EQ(standardError(), "");
+}
+
+TEST_F(SerialChannel, IgnoresWhetherTheSyncSucceeds) {
+  orbIO channel;
+  calls_.syncResult = -1;
+  EXPECT_EQ(channel.SendMessage(&query_), 0);
+}
+
+TEST_F(SerialChannel, DoesNotSendWhileItIsNotOpen) {
+  orbIO channel(kMissingDevice);
+  EXPECT_EQ(channel.SendMessage(&query_), -1);
+  EXPECT_EQ(standardError(), std::string(kCouldNotOpen) +
+                                 "Cannot send message to the orbitek, the device is not open!\n");
+}
+
+TEST_F(SerialChannel, DoesNotReceiveWhileItIsNotOpen) {
+  orbIO channel(kMissingDevice);
+  EXPECT_EQ(channel.ReceiveMessage(0x8300, 2), nullptr);
+  EXPECT_EQ(standardError(),
+            std::string(kCouldNotOpen) +
+                " orbIO::ReceiveMessage Could not receive data from the orbitek, device is not "
+                "open!\n");
+}
+
+// Callers that hold the interface alone call by slot, SendMessage first.
+TEST_F(SerialChannel, SendsThroughTheFirstSlotAndReceivesThroughTheSecond) {
+  orbIO channel(kMissingDevice);
+  ORBMessagingInterface* const interface = &channel;
+  void** slots = nullptr;
+  std::memcpy(&slots, static_cast<const void*>(interface), sizeof slots);
+  const auto send = reinterpret_cast<int (*)(ORBMessagingInterface*, ORBMessage*)>(slots[0]);
+  const auto receive =
+      reinterpret_cast<ORBMessage* (*)(ORBMessagingInterface*, unsigned short, int)>(slots[1]);
+  EXPECT_EQ(send(interface, &query_), -1);
+  EXPECT_EQ(receive(interface, 0x8300, 2), nullptr);
+  EXPECT_EQ(standardError(), std::string(kCouldNotOpen) + kCouldNotSend + kCouldNotReceive);
+}
+
+// Reading
+
+TEST_F(SerialChannel, ReadsWhatIsThere) {
+  orbIO channel;
+  line_.deliver(kAck);
+  calls_.forget();
+  unsigned char buffer[16] = {};
+  EXPECT_EQ(channel.ReadFromUART(buffer, sizeof buffer), 9);
+  EXPECT_EQ(Bytes(buffer, buffer + 9), kAck);
+  EXPECT_THAT(calls_.made(), ElementsAre(TtyCall{"read", 16}));
+}
+
+TEST_F(SerialChannel, ReadsNoMoreThanItIsAskedFor) {
+  orbIO channel;
+  line_.deliver(kAck);
+  unsigned char buffer[5] = {0, 0, 0, 0, 0x77};
+  EXPECT_EQ(channel.ReadFromUART(buffer, 4), 4);
+  EXPECT_THAT(buffer, ElementsAre(0xA0, 0xA1, 0x00, 0x02, 0x77));
+}
+
+TEST_F(SerialChannel, ReadsNothingFromAnEmptyLine) {
+  orbIO channel;
+  calls_.read = nullptr;  // as the kernel has it
+  unsigned char byte = 0;
+  EXPECT_EQ(channel.ReadFromUART(&byte, 1), 0);
+}
+
+TEST_F(SerialChannel, ReadsNothingWhenTheReadFails) {
+  orbIO channel;
+  unsigned char byte = 0;
+  for (const int error : {EIO, EINTR, 0}) {
+    line_.fail(error);
+    EXPECT_EQ(channel.ReadFromUART(&byte, 1), 0);
+  }
+  EXPECT_EQ(standardError(), "");
+}
+
+TEST_F(SerialChannel, ReadsNothingWhileItIsNotOpen) {
+  orbIO channel(kMissingDevice);
+  unsigned char byte = 0;
+  EXPECT_EQ(channel.ReadFromUART(&byte, 1), 0);
+  EXPECT_EQ(standardError(), kCouldNotOpen);
+}
+
+// Closing
+
+TEST_F(SerialChannel, ClosesTheDeviceWhenItIsDestroyed) {
+  std::optional<orbIO> channel;
+  channel.emplace();
+  const int descriptor = calls_.descriptor();
+  EXPECT_TRUE(isOpenDescriptor(descriptor));
+  calls_.forget();
+  channel.reset();
+  EXPECT_THAT(calls_.made(), ElementsAre(TtyCall{"close"}));
+  EXPECT_FALSE(isOpenDescriptor(descriptor));
+}
+
+TEST_F(SerialChannel, ReleasesAllItsMemory) {
+  const long before = liveAllocations();
+  { const orbIO open; }
+  { const orbIO notOpen(kMissingDevice); }
+  EXPECT_EQ(liveAllocations(), before);
+}
+
+TEST_F(SerialChannel, ClosesTheDeviceWhenMemoryRunsOut) {
+  const long before = liveAllocations();
+  int failures = 0;
+  for (bool ranOut = true; ranOut;) {
+    try {
+      const FailingAllocation failing(failures + 1);
+      const orbIO channel;
+      ranOut = false;
+    } catch (const std::bad_alloc&) {
+      ++failures;
+    }
+    EXPECT_FALSE(isOpenDescriptor(calls_.descriptor()));
+    EXPECT_EQ(liveAllocations(), before);
+  }
+  EXPECT_GT(failures, 0);
+}
+
+}  // namespace
