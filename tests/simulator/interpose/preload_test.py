@@ -59,14 +59,8 @@ class CProgram(PreloadTest):
     def test_finds_every_function_on_the_mapped_path(self):
         self.run_program(PROGRAMS / "file_calls", MAPPED, OTHER)
 
-    def test_finds_every_fortified_function_on_the_mapped_path(self):
+    def test_finds_every_function_on_the_mapped_path_when_it_is_fortified(self):
         self.run_program(PROGRAMS / "file_calls_fortified", MAPPED, OTHER)
-
-    def test_calls_the_fortified_functions_when_it_is_built_so(self):
-        symbols = subprocess.run(["nm", "-D", PROGRAMS / "file_calls_fortified"],
-                                 capture_output=True, text=True, check=True).stdout
-        for name in ("__open_2", "__open64_2", "__openat_2", "__openat64_2", "__readlink_chk"):
-            self.assertIn(f" {name}@", symbols)
 
     def test_fails_without_the_library(self):
         result = subprocess.run([PROGRAMS / "file_calls", MAPPED, OTHER], capture_output=True,
@@ -92,12 +86,12 @@ class SanitizedProgram(PreloadTest):
                 self.assert_target("stream\n")
 
     def test_does_not_hand_its_runtime_to_a_child_that_needs_none(self):
-        script = "case $LD_PRELOAD in *asan*) echo $LD_PRELOAD;; esac"
         for family in SANITIZED:
             for way in ("system", "execve", "posix_spawn"):
                 with self.subTest(family, way=way):
                     program = PROGRAMS / f"start_program_asan_{family}"
-                    self.assertEqual(self.run_child(program, way, script), "")
+                    output = self.run_child(program, way, 'echo "$LD_PRELOAD"')
+                    self.assertEqual(output, f"{LIBRARY}\n")
 
     def test_starts_a_sanitized_program_from_a_script(self):
         script = pathlib.Path(self.folder.name) / "script"

@@ -14,16 +14,23 @@
 #include <string.h>
 #include <sys/stat.h>
 #include <sys/time.h>
+#include <sys/xattr.h>
 #include <unistd.h>
 #include <utime.h>
+
+/* What fortified headers make of calls whose arguments are not known at compile time. */
+int __open_2(const char* path, int flags);
+int __open64_2(const char* path, int flags);
+int __openat_2(int directory, const char* path, int flags);
+int __openat64_2(int directory, const char* path, int flags);
+ssize_t __readlink_chk(const char* path, char* buffer, size_t size, size_t bufferSize);
+ssize_t __readlinkat_chk(int directory, const char* path, char* buffer, size_t size,
+                         size_t bufferSize);
+char* __realpath_chk(const char* path, char* resolved, size_t size);
 
 static const char* path;
 static const char* other;
 static int failures = 0;
-
-/* Not known at compile time, so that fortified headers turn the calls into their checked form. */
-static volatile int readOnly = O_RDONLY;
-static volatile size_t linkSize = PATH_MAX;
 
 static void check(int good, const char* call) {
   if (good) return;
@@ -48,10 +55,14 @@ static void openTheFile(void) {
   checkDescriptor(openat64(AT_FDCWD, path, O_RDWR | O_CREAT, 0600), "openat64");
   checkDescriptor(creat(path, 0600), "creat");
   checkDescriptor(creat64(path, 0600), "creat64");
-  checkDescriptor(open(path, readOnly), "open with flags only");
-  checkDescriptor(open64(path, readOnly), "open64 with flags only");
-  checkDescriptor(openat(AT_FDCWD, path, readOnly), "openat with flags only");
-  checkDescriptor(openat64(AT_FDCWD, path, readOnly), "openat64 with flags only");
+  checkDescriptor(open(path, O_RDONLY), "open with flags only");
+  checkDescriptor(open64(path, O_RDONLY), "open64 with flags only");
+  checkDescriptor(openat(AT_FDCWD, path, O_RDONLY), "openat with flags only");
+  checkDescriptor(openat64(AT_FDCWD, path, O_RDONLY), "openat64 with flags only");
+  checkDescriptor(__open_2(path, O_RDONLY), "__open_2");
+  checkDescriptor(__open64_2(path, O_RDONLY), "__open64_2");
+  checkDescriptor(__openat_2(AT_FDCWD, path, O_RDONLY), "__openat_2");
+  checkDescriptor(__openat64_2(AT_FDCWD, path, O_RDONLY), "__openat64_2");
   checkStream(fopen(path, "r+"), "fopen");
   checkStream(fopen64(path, "r+"), "fopen64");
   checkStream(freopen(path, "r", fopen("/dev/null", "r")), "freopen");
@@ -94,6 +105,10 @@ static void lookAtTheFile(void) {
   check(fstatat(AT_FDCWD, path, &status, 0) == 0, "fstatat");
   check(fstatat64(AT_FDCWD, path, &status64, 0) == 0, "fstatat64");
   check(statx(AT_FDCWD, path, 0, STATX_SIZE, &statusX) == 0, "statx");
+  check(getxattr(path, "user.none", NULL, 0) < 0 && errno != ENOENT, "getxattr");
+  check(lgetxattr(path, "user.none", NULL, 0) < 0 && errno != ENOENT, "lgetxattr");
+  check(listxattr(path, NULL, 0) >= 0, "listxattr");
+  check(llistxattr(path, NULL, 0) >= 0, "llistxattr");
   checkVersioned("__xstat");
   checkVersioned("__xstat64");
   checkVersioned("__lxstat");
@@ -105,6 +120,7 @@ static void lookAtTheFile(void) {
   check(eaccess(path, R_OK) == 0, "eaccess");
   check(euidaccess(path, R_OK) == 0, "euidaccess");
   check(realpath(path, text) == text, "realpath");
+  check(__realpath_chk(path, text, sizeof text) == text, "__realpath_chk");
   char* const canonical = canonicalize_file_name(path);
   check(canonical != NULL && strcmp(canonical, text) == 0, "canonicalize_file_name");
   free(canonical);
@@ -144,11 +160,13 @@ static void moveTheFile(void) {
 static void linkTheFile(void) {
   char text[PATH_MAX] = "";
   check(symlink("where", path) == 0, "symlink");
-  check(readlink(path, text, linkSize) == 5 && memcmp(text, "where", 5) == 0, "readlink");
+  check(readlink(path, text, sizeof text) == 5 && memcmp(text, "where", 5) == 0, "readlink");
+  check(__readlink_chk(path, text, 3, sizeof text) == 3, "__readlink_chk");
   check(unlink(path) == 0, "unlink of a link");
   check(symlinkat("there", AT_FDCWD, path) == 0, "symlinkat");
-  check(readlinkat(AT_FDCWD, path, text, linkSize) == 5 && memcmp(text, "there", 5) == 0,
+  check(readlinkat(AT_FDCWD, path, text, sizeof text) == 5 && memcmp(text, "there", 5) == 0,
         "readlinkat");
+  check(__readlinkat_chk(AT_FDCWD, path, text, 3, sizeof text) == 3, "__readlinkat_chk");
   check(unlink(path) == 0, "unlink of a link");
 }
 
