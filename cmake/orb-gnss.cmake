@@ -4,8 +4,18 @@ add_library(orb-gnss SHARED
   base/console.cpp
   board/chip_enable.cpp
   board/hardware_discovery.cpp
+  commands/constellations.cpp
+  commands/defaults.cpp
+  commands/extended_nmea.cpp
   commands/firmware_version.cpp
-  commands/unsupported.cpp
+  commands/gps_time.cpp
+  commands/masks_and_fix.cpp
+  commands/navigation_data.cpp
+  commands/navigation_model.cpp
+  commands/output_and_power.cpp
+  commands/pps_output_mode.cpp
+  commands/survey.cpp
+  commands/timing_pulse.cpp
   controller/calendar.cpp
   controller/command.cpp
   controller/command_exchange.cpp
@@ -14,6 +24,7 @@ add_library(orb-gnss SHARED
   controller/identity_file.cpp
   controller/module_driver.cpp
   controller/null_controller.cpp
+  controller/reply.cpp
   protocol/catalogue.cpp
   protocol/message.cpp
   protocol/message_builder.cpp
@@ -34,9 +45,10 @@ target_compile_features(orb-gnss PUBLIC cxx_std_17)
 target_link_libraries(orb-gnss PUBLIC orb-platform PRIVATE $<BUILD_INTERFACE:orb-build-options>)
 
 set(ORB_GNSS_VERSION_SCRIPT ${PROJECT_SOURCE_DIR}/cmake/orb-gnss.map)
-target_link_options(orb-gnss PRIVATE
-  LINKER:--version-script=${ORB_GNSS_VERSION_SCRIPT}
-  $<$<NOT:$<BOOL:${ORB_SANITIZE}>>:LINKER:--no-undefined>)
+target_link_options(orb-gnss PRIVATE LINKER:--version-script=${ORB_GNSS_VERSION_SCRIPT})
+if(NOT ORB_SANITIZE)
+  target_link_options(orb-gnss PRIVATE LINKER:--no-undefined)
+endif()
 set_target_properties(orb-gnss PROPERTIES
   VERSION ${PROJECT_VERSION}
   SOVERSION 0

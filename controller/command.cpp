@@ -1,5 +1,7 @@
 #include "controller/command.h"
 
+#include <bit>
+#include <cstdint>
 #include <utility>
 
 namespace orb {
@@ -10,5 +12,20 @@ Command&& Command::u8(unsigned int value) && {
 }
 
 Command&& Command::u16(unsigned int value) && { return std::move(*this).u8(value >> 8).u8(value); }
+
+Command&& Command::u32(unsigned int value) && {
+  return std::move(*this).u16(value >> 16).u16(value);
+}
+
+Command&& Command::f32(float value) && {
+  return std::move(*this).u32(std::bit_cast<std::uint32_t>(value));
+}
+
+Command&& Command::f64(double value) && {
+  const auto bits = std::bit_cast<std::uint64_t>(value);
+  return std::move(*this)
+      .u32(static_cast<std::uint32_t>(bits >> 32))
+      .u32(static_cast<std::uint32_t>(bits));
+}
 
 }  // namespace orb

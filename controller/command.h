@@ -8,8 +8,9 @@ namespace orb {
 ///
 ///     Command(message_id::kSetUpSerialPort, 4).u8(port).u8(baudCode).u8(kStore)
 ///
-/// Each call appends to the body, multi-byte values with their high byte first. Bytes that are not
-/// given stay 0. A value too wide for its place is cut to its low bytes.
+/// Each call appends to the body, multi-byte values with their high byte first and floating-point
+/// values as their IEEE 754 bits. Bytes that are not given stay 0. A value too wide for its place
+/// is cut to its low bytes.
 class Command {
  public:
   /// `payloadLength` counts the id, the sub-id where there is one, and the body.
@@ -18,6 +19,9 @@ class Command {
 
   Command&& u8(unsigned int value) &&;
   Command&& u16(unsigned int value) &&;
+  Command&& u32(unsigned int value) &&;
+  Command&& f32(float value) &&;
+  Command&& f64(double value) &&;
 
   ORBMessage& message() { return message_; }
 

@@ -27,13 +27,21 @@ unsigned int CommandExchange::send(ORBMessage& message) {
 
 unsigned int CommandExchange::ask(ORBMessage& message, ORBMessageMsgValue reply,
                                   std::unique_ptr<ORBMessage>& received) {
+  if (driver_.lentChannel_ != nullptr) {
+    return ask(*driver_.lentChannel_, message, reply, received);
+  }
   orbIO channel(device_);
+  return ask(channel, message, reply, received);
+}
+
+unsigned int CommandExchange::ask(orbIO& channel, ORBMessage& message, ORBMessageMsgValue reply,
+                                  std::unique_ptr<ORBMessage>& received) {
   if (transmit(channel, message) != kSucceeded) {
     return kNotSent;
   }
   received.reset(channel.ReceiveMessage(reply, timeoutSeconds_));
   if (received == nullptr) {
-    log("Did not receive : ", message);
+    logNoReply(message);
     return kNoReply;
   }
   return kSucceeded;
@@ -41,7 +49,7 @@ unsigned int CommandExchange::ask(ORBMessage& message, ORBMessageMsgValue reply,
 
 unsigned int CommandExchange::transmit(orbIO& channel, ORBMessage& message) {
   if (channel.SendMessage(&message) != 0) {
-    log("Could not send : ", message);
+    logNotSent(message);
     return kNotSent;
   }
   return kSucceeded;

@@ -1,7 +1,9 @@
 #pragma once
 
+#include <chrono>
 #include <memory>
 #include <string>
+#include <utility>
 
 #include "controller/command.h"
 #include "controller/reply.h"
@@ -12,13 +14,16 @@
 namespace orb {
 
 /// One exchange with the receiver, the same for every command: the channel is opened, the message
-/// is sent, a query's reply is awaited, failures are logged and become result bits. A command gives
-/// only its values:
+/// is sent, a query's reply is awaited, a setting is read back, failures are logged and become
+/// result bits. A command gives only its values:
 ///
 ///     return exchange().query(Command(message_id::kQueryPowerMode, 1), message_id::kPowerMode,
 ///                             [&](const Reply& reply) { mode = reply.u8(1); });
 class CommandExchange {
  public:
+  /// The settle time of a setting that is read back at once.
+  static constexpr std::chrono::nanoseconds kAtOnce{0};
+
   /// An exchange on the default device, with the driver's reply time-out.
   explicit CommandExchange(orbController_QN4470T01& driver);
 
@@ -41,8 +46,53 @@ class CommandExchange {
     return result;
   }
 
+  /// Sends a setting, gives it time to settle, and calls `readBack`, which asks for the setting and
+  /// returns the query's result: in every case, also when the setting could not be sent. Returns
+  /// both results OR-ed.
+  ///
+  /// Read back at once, the setting may still be on its way out, and opening the device anew would
+  /// destroy it: the query goes over the setting's own channel.
+  template <typename ReadBack>
+  unsigned int configure(Command&& command, std::chrono::nanoseconds settle, ReadBack readBack) {
+    orbIO channel(device_);
+    const unsigned int result = transmit(channel, command.message());
+    if (settle > kAtOnce) {
+      driver_.wait(settle);
+      return result | readBack();
+    }
+    const ChannelLoan loan(driver_, channel);
+    return result | readBack();
+  }
+
+  /// The same, and kRejected where `isKept` then says that what was read back differs.
+  template <typename ReadBack, typename IsKept>
+  unsigned int configure(Command&& command, std::chrono::nanoseconds settle, ReadBack readBack,
+                         IsKept isKept) {
+    const unsigned int result = configure(std::move(command), settle, readBack);
+    return isKept() ? result : result | kRejected;
+  }
+
+  void logNotSent(const ORBMessage& message) { log("Could not send : ", message); }
+  void logNoReply(const ORBMessage& message) { log("Did not receive : ", message); }
+
  private:
+  /// Lends a channel, if it is open, to the queries that the driver makes meanwhile.
+  class ChannelLoan {
+   public:
+    ChannelLoan(orbController_QN4470T01& driver, orbIO& channel) : driver_(driver) {
+      driver_.lentChannel_ = channel.isOpen() ? &channel : nullptr;
+    }
+    ChannelLoan(const ChannelLoan&) = delete;
+    ChannelLoan& operator=(const ChannelLoan&) = delete;
+    ~ChannelLoan() { driver_.lentChannel_ = nullptr; }
+
+   private:
+    orbController_QN4470T01& driver_;
+  };
+
   unsigned int ask(ORBMessage& message, ORBMessageMsgValue reply,
+                   std::unique_ptr<ORBMessage>& received);
+  unsigned int ask(orbIO& channel, ORBMessage& message, ORBMessageMsgValue reply,
                    std::unique_ptr<ORBMessage>& received);
   unsigned int transmit(orbIO& channel, ORBMessage& message);
   void log(const char* failure, const ORBMessage& message);

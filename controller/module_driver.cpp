@@ -12,9 +12,6 @@ namespace {
 
 constexpr const char* kErrorLogPath = "/var/log/orbset-errors.log";
 
-constexpr unsigned int kDefaultSurveySeconds = 10800;
-constexpr float kDefaultSurveyStdDev = 1.0F;
-
 }  // namespace
 
 orbController_QN4470T01::orbController_QN4470T01()
@@ -43,7 +40,7 @@ std::string orbController_QN4470T01::timeStamp() {
   timeval fraction{};
   ::gettimeofday(&fraction, nullptr);
   constexpr long kMicrosecondsPerMillisecond = 1000;
-  char stamp[100];
+  char stamp[128];  // room for any clock text and number
   std::snprintf(stamp, sizeof stamp, "%s_%03ld", clock,
                 static_cast<long>(fraction.tv_usec) / kMicrosecondsPerMillisecond);
   return std::string(stamp) + ": ";
@@ -81,8 +78,4 @@ unsigned int orbController_QN4470T01::setAntennaType(std::string /*type*/) {
 }
 unsigned int orbController_QN4470T01::getAntennaType(std::string& /*type*/) {
   return orb::kNotSupported;
-}
-
-unsigned int orbController_QN4470T01::setSurveyAuto() {
-  return setSurveyAuto(kDefaultSurveySeconds, kDefaultSurveyStdDev);
 }

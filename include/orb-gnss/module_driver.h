@@ -7,10 +7,15 @@
 
 #include "orb-gnss/control_interface.h"
 #include "orb-gnss/message.h"
+#include "orb-gnss/serial_channel.h"
 
 namespace orb {
 class CommandExchange;
 }
+
+/// A navigation model, 0 to 8 (see orbController_QN4470T01::gpsObtChangeDynamicMode()), or the
+/// receiver's navigation mode where one is read.
+using obt_DynamicState_t = unsigned int;
 
 /// Drives a receiver module QN4470T01 on /dev/tty_gps.
 ///
@@ -98,6 +103,21 @@ class ORB_GNSS_EXPORT orbController_QN4470T01 : public ORBControlInterface {
   /// Resets the receiver to factory values; no reply is awaited. Returns 0 or 8.
   virtual unsigned int gpsObtSetFactoryDefaults();
 
+  /// Reads the timing mode (0 dynamic, 1 auto survey, 2 static), the survey's length (s), the
+  /// standard deviation as the receiver holds it, and the saved position (degrees, m). Returns 0, 4
+  /// or 8; on failure the arguments are untouched.
+  virtual unsigned int gpsObtGetTimeMode(unsigned int& mode, unsigned int& surveyLength,
+                                         unsigned int& stdDev, double& latitude, double& longitude,
+                                         float& altitude);
+
+  /// Reads the 1PPS output mode and what it is aligned to (0 GNSS time, 1 UTC), and prints both to
+  /// standard output. Returns 0, 4 or 8; on failure the arguments are untouched.
+  virtual unsigned int gpsOrbGet1ppsOutputMode(unsigned int& mode, unsigned int& alignSource);
+
+  /// Sets the 1PPS output mode and what it is aligned to, and reads both back after 100 ms. The low
+  /// bytes are sent and the whole values compared, so one above 255 gives 1.
+  virtual unsigned int gpsOrb1ppsOutputMode(unsigned int mode, unsigned int alignSource);
+
   // Detection, restart and serial port.
 
   /// Requests a restart. Mode 1 sets the time to 1980-01-06 00:00:10, mode 3 is sent without a
@@ -125,6 +145,154 @@ class ORB_GNSS_EXPORT orbController_QN4470T01 : public ORBControlInterface {
   /// used.
   unsigned int gpsObtGetFwVersionString(std::string version);
 
+  // Navigation data and GPS time.
+
+  /// Replaces `report` by the navigation solution, one "name=value" line for each of fix mode,
+  /// satellites in the fix, GPS week, time of week (s), latitude and longitude (degrees), ellipsoid
+  /// and sea level altitude (m). Awaits the next navigation data message, which comes only while
+  /// the output type is "BINARY". Signs are lost: southern, western and negative values come out
+  /// large. Returns 0, 4 or 8; on failure `report` is untouched.
+  unsigned int gpsObtGetMsgUserNavDataBinary(std::string& report);
+
+  /// Reads the GPS time in the receiver's own units, and prints the fields and the reply's bytes to
+  /// standard output. Returns 0, 4 or 8; on failure nothing is printed and the arguments are
+  /// untouched.
+  unsigned int gpsObtGetGpsTime(unsigned int& Tow, unsigned int& sTow, unsigned int& week,
+                                unsigned int& nCurrentLeap, unsigned int& valid);
+
+  // Output rate, message type and power mode.
+
+  /// Reads the power mode: 0 normal, 1 power saving. Returns 0, 4 or 8; on failure `mode` is
+  /// untouched.
+  unsigned int gpsObtGetPowerMode(unsigned int& mode);
+
+  /// Sets the power mode, "POWERSAVE" or normal for any other text, and reads it back at once.
+  /// setRxMode() checks the text.
+  unsigned int gpsObtSetPowerMode(std::string mode);
+
+  /// Reads the position update rate and prints it to standard output. Returns 0, 4 or 8; on failure
+  /// `rate` is untouched and nothing is printed.
+  unsigned int gpsOrbGetCfgRate(unsigned char& rate);
+
+  /// Sets the position update rate, whatever its value, and reads it back after 0.8 s. Prints the
+  /// requested and the kept rate to standard output.
+  unsigned int gpsObtSetCfgRate(unsigned char rate);
+
+  /// Reads the interval of the navigation data message. Returns 0, 4 or 8; on failure `interval` is
+  /// untouched.
+  unsigned int gpsObtGetNavMsg(unsigned char& interval);
+
+  /// Sets the interval of the navigation data message; it is not read back. Returns 0 or 8.
+  unsigned int gpsObtNavMsgConfigure(unsigned char interval);
+
+  // Masks and fix settings.
+
+  /// Reads the position fix mask: "2D", "3D", or an empty text for anything else. Returns 0, 4 or
+  /// 8; on failure both are untouched.
+  unsigned int gpsObtGetFixNavConfigure(std::string& first, std::string& second);
+
+  /// Sets the position fix mask and reads it back at once. Each is "2D" or "3D"; otherwise the
+  /// result is 1 and nothing is sent.
+  unsigned int gpsObtFixNavConfigure(std::string first, std::string second);
+
+  /// Reads the DOP mask and prints it to standard output. Returns 0, 4 or 8; on failure the
+  /// arguments are untouched.
+  unsigned int gpsObtGetDopConfigure(unsigned int& mode, unsigned int& first, unsigned int& second,
+                                     unsigned int& third);
+
+  /// Sets the DOP mask to mode 1 and three limits of 250, and reads it back at once.
+  unsigned int gpsObtDopConfigure();
+
+  /// Reads the elevation mask (degrees) and the carrier-to-noise ratio mask (dB-Hz). Returns 0, 4
+  /// or 8; on failure the arguments are untouched.
+  unsigned int gpsOrbGetElevConfigure(unsigned int& mode, unsigned int& elevation,
+                                      unsigned int& cnr);
+
+  /// Sets the elevation and carrier-to-noise ratio masks and reads them back at once. The low bytes
+  /// are sent and the whole values compared, so one above 255 gives 1.
+  unsigned int gpsObtElevConfigure(unsigned int mode, unsigned int elevation, unsigned int cnr);
+
+  // Navigation model and interference detection.
+
+  /// Reads whether interference detection is on, and its status; prints both to standard output.
+  /// Returns 0, 4 or 8; on failure the arguments are false and 0.
+  unsigned int gpsOrbGetJamDetectConfig(bool& control, unsigned char& status);
+
+  /// Switches interference detection and reads it back at once.
+  unsigned int gpsObtJamDetectConfig(bool enable);
+
+  /// Reads the receiver's navigation mode, which is not the number that was set: see
+  /// gpsObtChangeDynamicMode(). Returns 0, 4 or 8; on failure `mode` is untouched.
+  unsigned int gpsObtGetChangeDynamicMode(obt_DynamicState_t& mode);
+
+  /// Sets the navigation mode for a model, and reads it back after 100 ms. Models 0 to 8 become the
+  /// modes 1, 1, 1, 2, 3, 4, 5, 5, 0; any other model becomes mode 0.
+  unsigned int gpsObtChangeDynamicMode(obt_DynamicState_t model);
+
+  // Timing pulse outputs. A query sets its argument to 0 first, and leaves it so on failure.
+
+  /// Reads the width of the 1PPS pulse, in microseconds, and prints it to standard output. Returns
+  /// 0, 4 or 8.
+  unsigned int gpsObtGetTimePulse(unsigned int& width);
+
+  /// Sets the width of the 1PPS pulse, 1 .. 100000 microseconds, and reads it back at once. Another
+  /// width gives 1, with nothing sent.
+  unsigned int gpsObtTimePulseConfigure(unsigned int width);
+
+  /// Reads the frequency of the second pulse output, in hertz, and prints it to standard output.
+  /// Returns 0, 4 or 8.
+  unsigned int gpsObtGetFreqOutput(unsigned int& frequency);
+
+  /// Sets the frequency of the second pulse output, 0 .. 19200000 hertz, and reads it back at once.
+  /// Another frequency gives 1, with nothing sent.
+  unsigned int gpsObtFreqOutputConfigure(unsigned int frequency);
+
+  /// Reads the cable delay, in nanoseconds; hundredths are cut off. Returns 0, 4 or 8.
+  unsigned int gpsObtGetCableDelayConfig(int& delay);
+
+  /// Sets the cable delay, -5000 .. 5000 nanoseconds, and reads it back at once. Another delay
+  /// gives 1, with nothing sent; but the delay is multiplied by 100 in 32 bits before it is
+  /// checked, so a product that wraps into the range passes.
+  unsigned int gpsObtCableDelayConfig(int delay);
+
+  // Constellations and augmentation.
+
+  /// Reads the constellations in the receiver's numbering: bit 0 GPS, 1 GLONASS, 2 Galileo, 3
+  /// BeiDou. Returns 0, 4 or 8; on failure `mask` is untouched.
+  unsigned int gpsObtGetGnssConfigure(unsigned short& mask);
+
+  /// Sets the constellations, in the interface's numbering (a bit for each index of `gnssNames`;
+  /// SBAS, IMES and QZSS are dropped), and reads them back after 100 ms.
+  unsigned int gpsObtGnssConfigure(unsigned short mask);
+
+  /// Reads whether SBAS is on. Returns 0, 4 or 8; on failure `enabled` is untouched.
+  unsigned int gpsObtGetSbasConfigure(bool& enabled);
+
+  /// Switches SBAS and reads it back after 100 ms.
+  unsigned int gpsObtSbasConfigure(bool enable);
+
+  /// Reads whether QZSS is on. Returns 0, 4 or 8; on failure `enabled` is untouched.
+  unsigned int gpsObtGetQzssConfigure(bool& enabled);
+
+  /// Switches QZSS and reads it back after 100 ms.
+  unsigned int gpsObtQzssConfigure(bool enable);
+
+  /// Reads whether the second frequency band is on. Returns 0, 4 or 8; on failure `enabled` is
+  /// untouched.
+  unsigned int gpsObtGetL2BandConfigure(bool& enabled);
+
+  /// Switches the second frequency band and reads it back after 50 ms. Does nothing and returns 0
+  /// once `revisionNumber` is above 2024612.
+  unsigned int gpsObtL2BandConfigure(bool enable);
+
+  /// Reads the interval of the first extended NMEA sentence. Returns 0, 4 or 8; on failure
+  /// `interval` is untouched.
+  unsigned int gpsObtGetNmeaExtendedConfigure(unsigned int& interval);
+
+  /// Sets the interval of all extended NMEA sentences and reads it back at once. The low byte is
+  /// sent and the whole value compared, so one above 255 gives 1.
+  unsigned int gpsObtNmeaExtendedConfigure(unsigned int interval);
+
   // Tools.
 
   /// Sends `message` on /dev/tty_gps. Always returns 0; a failure to send is only logged.
@@ -148,6 +316,8 @@ class ORB_GNSS_EXPORT orbController_QN4470T01 : public ORBControlInterface {
   friend class orb::CommandExchange;
 
   ORB_GNSS_HIDDEN orb::CommandExchange exchange();
+  ORB_GNSS_HIDDEN unsigned int updateCnrMask(unsigned char cnr);
+  ORB_GNSS_HIDDEN unsigned int updateElevationMask(unsigned char limit);
 
   int replyTimeoutSeconds_ = 5;
   std::ofstream errorLog_;
@@ -171,4 +341,6 @@ class ORB_GNSS_EXPORT orbController_QN4470T01 : public ORBControlInterface {
   std::array<unsigned char, 300> scratch_{};
   /// The receiver's storage attribute for new settings: the last byte of configuration messages.
   unsigned char attribute_ = 0;
+  /// The open channel of a setting that is being read back, else null.
+  orbIO* lentChannel_ = nullptr;
 };

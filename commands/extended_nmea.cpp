@@ -1,0 +1,49 @@
+#include "controller/command_exchange.h"
+#include "orb-gnss/module_driver.h"
+#include "protocol/message_ids.h"
+
+using orb::Command;
+using orb::CommandExchange;
+using orb::Reply;
+namespace message_id = orb::message_id;
+using namespace std::chrono_literals;
+
+namespace {
+
+constexpr int kSentences = 7;
+constexpr int kUnusedIntervals = 5;
+
+Command configureExtendedNmea(unsigned int interval, unsigned char attribute) {
+  Command command(message_id::kConfigureExtendedNmea, 15);
+  for (int i = 0; i < kSentences; ++i) {
+    std::move(command).u8(interval);
+  }
+  for (int i = 0; i < kUnusedIntervals; ++i) {
+    std::move(command).u8(0);
+  }
+  std::move(command).u8(attribute);
+  return command;
+}
+
+}  // namespace
+
+unsigned int orbController_QN4470T01::gpsObtGetNmeaExtendedConfigure(unsigned int& interval) {
+  return exchange().query(Command(message_id::kQueryExtendedNmea, 2), message_id::kExtendedNmea,
+                          [&](const Reply& reply) { interval = reply.u8(2); });
+}
+
+unsigned int orbController_QN4470T01::gpsObtNmeaExtendedConfigure(unsigned int interval) {
+  unsigned int kept = 0;
+  return exchange().configure(
+      configureExtendedNmea(interval, attribute_), CommandExchange::kAtOnce,
+      [&] { return gpsObtGetNmeaExtendedConfigure(kept); }, [&] { return kept == interval; });
+}
+
+unsigned int orbController_QN4470T01::configurNmeaPollingPartial(unsigned char interval) {
+  return gpsObtNmeaExtendedConfigure(interval);
+}
+
+unsigned int orbController_QN4470T01::configureNmeaPolling(unsigned char interval) {
+  gpsObtNmeaExtendedConfigure(interval);
+  return orb::kSucceeded;
+}

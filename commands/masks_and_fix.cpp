@@ -1,0 +1,189 @@
+#include <cstdio>
+#include <string>
+
+#include "controller/command_exchange.h"
+#include "orb-gnss/module_driver.h"
+#include "protocol/message_ids.h"
+
+using orb::Command;
+using orb::CommandExchange;
+using orb::Reply;
+namespace message_id = orb::message_id;
+using namespace std::chrono_literals;
+
+namespace {
+
+constexpr unsigned int kDopMaskMode = 1;
+constexpr unsigned int kDopLimit = 250;
+
+constexpr unsigned int kElevationCnrMaskMode = 1;
+constexpr unsigned char kHighestCnr = 40;      // dB-Hz
+constexpr unsigned char kLowestElevation = 3;  // degrees
+constexpr unsigned char kHighestElevation = 85;
+
+bool isFixName(const std::string& name) { return name == "2D" || name == "3D"; }
+
+unsigned char fixByte(const std::string& name) { return name == "2D" ? 1 : 0; }
+
+const char* fixName(unsigned char fix) { return fix == 1 ? "2D" : fix == 0 ? "3D" : ""; }
+
+}  // namespace
+
+unsigned int orbController_QN4470T01::gpsObtGetFixNavConfigure(std::string& first,
+                                                               std::string& second) {
+  return exchange().query(Command(message_id::kQueryFixMask, 2), message_id::kFixMask,
+                          [&](const Reply& reply) {
+                            first = fixName(reply.u8(2));
+                            second = fixName(reply.u8(3));
+                          });
+}
+
+unsigned int orbController_QN4470T01::gpsObtFixNavConfigure(std::string first, std::string second) {
+  if (!isFixName(first) || !isFixName(second)) {
+    return orb::kRejected;
+  }
+  std::string keptFirst;
+  std::string keptSecond;
+  return exchange().configure(
+      Command(message_id::kConfigureFixMask, 5)
+          .u8(fixByte(first))
+          .u8(fixByte(second))
+          .u8(attribute_),
+      CommandExchange::kAtOnce, [&] { return gpsObtGetFixNavConfigure(keptFirst, keptSecond); },
+      [&] { return keptFirst == first && keptSecond == second; });
+}
+
+unsigned int orbController_QN4470T01::setFixMode(unsigned char fixMode) {
+  switch (fixMode) {
+    case 0:
+      return gpsObtFixNavConfigure("2D", "2D");
+    case 1:
+      return gpsObtFixNavConfigure("3D", "3D");
+    case 2:
+      return gpsObtFixNavConfigure("3D", "2D");
+    default:
+      return orb::kNotSupported;
+  }
+}
+
+unsigned int orbController_QN4470T01::gpsObtGetDopConfigure(unsigned int& mode, unsigned int& first,
+                                                            unsigned int& second,
+                                                            unsigned int& third) {
+  return exchange().query(Command(message_id::kQueryDopMask, 1), message_id::kDopMask,
+                          [&](const Reply& reply) {
+                            mode = reply.u8(1);
+                            first = reply.u16(2);
+                            second = reply.u16(4);
+                            third = reply.u16(6);
+                            std::printf("Dop Mode: %d \n", static_cast<int>(mode));
+                            std::printf("nDop: %d \n", static_cast<int>(first));
+                            std::printf("hDop: %d \n", static_cast<int>(second));
+                            std::printf("gDop: %d \n", static_cast<int>(third));
+                          });
+}
+
+unsigned int orbController_QN4470T01::gpsObtDopConfigure() {
+  unsigned int mode = 0;
+  unsigned int first = 0;
+  unsigned int second = 0;
+  unsigned int third = 0;
+  return exchange().configure(
+      Command(message_id::kConfigureDopMask, 9)
+          .u8(kDopMaskMode)
+          .u16(kDopLimit)
+          .u16(kDopLimit)
+          .u16(kDopLimit)
+          .u8(attribute_),
+      CommandExchange::kAtOnce, [&] { return gpsObtGetDopConfigure(mode, first, second, third); },
+      [&] {
+        return mode == kDopMaskMode && first == kDopLimit && second == kDopLimit &&
+               third == kDopLimit;
+      });
+}
+
+unsigned int orbController_QN4470T01::gpsOrbGetElevConfigure(unsigned int& mode,
+                                                             unsigned int& elevation,
+                                                             unsigned int& cnr) {
+  return exchange().query(Command(message_id::kQueryElevationCnrMask, 1),
+                          message_id::kElevationCnrMask, [&](const Reply& reply) {
+                            mode = reply.u8(1);
+                            elevation = reply.u8(2);
+                            cnr = reply.u8(3);
+                          });
+}
+
+unsigned int orbController_QN4470T01::gpsObtElevConfigure(unsigned int mode, unsigned int elevation,
+                                                          unsigned int cnr) {
+  unsigned int keptMode = 0;
+  unsigned int keptElevation = 0;
+  unsigned int keptCnr = 0;
+  return exchange().configure(
+      Command(message_id::kConfigureElevationCnrMask, 5)
+          .u8(mode)
+          .u8(elevation)
+          .u8(cnr)
+          .u8(attribute_),
+      CommandExchange::kAtOnce,
+      [&] { return gpsOrbGetElevConfigure(keptMode, keptElevation, keptCnr); },
+      [&] { return keptMode == mode && keptElevation == elevation && keptCnr == cnr; });
+}
+
+unsigned int orbController_QN4470T01::getMinCNo(signed char& minimum) {
+  unsigned int mode = 0;
+  unsigned int elevation = 0;
+  unsigned int cnr = 0;
+  const unsigned int result = gpsOrbGetElevConfigure(mode, elevation, cnr);
+  if (result == orb::kSucceeded) {
+    minimum = static_cast<signed char>(cnr);
+  }
+  return result;
+}
+
+unsigned int orbController_QN4470T01::setMinCNo(signed char minimum) {
+  const auto cnr = static_cast<unsigned char>(minimum);
+  return cnr <= kHighestCnr ? updateCnrMask(cnr) : orb::kRejected;
+}
+
+unsigned int orbController_QN4470T01::updateCnrMask(unsigned char cnr) {
+  unsigned int mode = 0;
+  unsigned int elevation = 0;
+  unsigned int previousCnr = 0;
+  const unsigned int query = gpsOrbGetElevConfigure(mode, elevation, previousCnr);
+  if (query != orb::kSucceeded) {
+    return query;
+  }
+  unsigned int result = gpsObtElevConfigure(kElevationCnrMaskMode, elevation, cnr);
+  wait(800ms);
+  unsigned int keptCnr = 0;
+  result |= gpsOrbGetElevConfigure(mode, elevation, keptCnr);
+  // A mismatch outweighs whatever else went wrong.
+  return keptCnr == cnr ? result : orb::kRejected;
+}
+
+unsigned int orbController_QN4470T01::getElevationLimit(unsigned char& limit) {
+  unsigned int mode = 0;
+  unsigned int elevation = 0;
+  unsigned int cnr = 0;
+  const unsigned int result = gpsOrbGetElevConfigure(mode, elevation, cnr);
+  if (result == orb::kSucceeded) {
+    limit = static_cast<unsigned char>(elevation);
+  }
+  return result;
+}
+
+unsigned int orbController_QN4470T01::setElevationLimit(unsigned char limit) {
+  const bool isInRange = limit >= kLowestElevation && limit <= kHighestElevation;
+  return isInRange ? updateElevationMask(limit) : orb::kRejected;
+}
+
+unsigned int orbController_QN4470T01::updateElevationMask(unsigned char limit) {
+  unsigned int mode = 0;
+  unsigned int previousElevation = 0;
+  unsigned int cnr = 0;
+  const unsigned int query = gpsOrbGetElevConfigure(mode, previousElevation, cnr);
+  if (query != orb::kSucceeded) {
+    return query;
+  }
+  wait(100ms);
+  return gpsObtElevConfigure(kElevationCnrMaskMode, limit, cnr);
+}

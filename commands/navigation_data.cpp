@@ -1,0 +1,74 @@
+#include <array>
+#include <memory>
+#include <string>
+
+#include "controller/command_exchange.h"
+#include "orb-gnss/module_driver.h"
+#include "protocol/message_ids.h"
+
+using orb::Command;
+using orb::CommandExchange;
+using orb::Reply;
+namespace message_id = orb::message_id;
+
+namespace {
+
+constexpr unsigned long kSatelliteCount = 2;
+
+constexpr double kUnitsPerSecond = 100.0;
+constexpr double kUnitsPerDegree = 1e7;
+constexpr double kUnitsPerMetre = 100.0;
+
+// The answer to this query is not awaited: it prompts a receiver that sends binary navigation data.
+Command promptNavigationData() { return Command(message_id::kQueryNavigationInterval, 2); }
+
+const char* fixModeName(unsigned char mode) {
+  constexpr std::array<const char*, 4> kNames = {"NO-FIX", "2D", "3D", "3D+DGNSS"};
+  return mode < kNames.size() ? kNames[mode] : "";
+}
+
+// Positions are taken without their sign: southern, western and negative values come out large.
+std::string navigationReport(const Reply& reply) {
+  const auto scaled = [&](unsigned long index, double units) {
+    return std::to_string(reply.u32(index) / units);
+  };
+  return std::string("fix mode=") + fixModeName(reply.u8(1)) + '\n' +
+         "number if sv in fix=" + std::to_string(reply.u8(kSatelliteCount)) + '\n' +
+         "GPS Week=" + std::to_string(reply.u16(3)) + '\n' +
+         "GPS TOW=" + scaled(5, kUnitsPerSecond) + '\n' + "latitude=" + scaled(9, kUnitsPerDegree) +
+         '\n' + "longitude=" + scaled(13, kUnitsPerDegree) + '\n' +
+         "ellipsoid altitude=" + scaled(17, kUnitsPerMetre) + '\n' +
+         "sea level altitude=" + scaled(21, kUnitsPerMetre) + '\n';
+}
+
+}  // namespace
+
+unsigned int orbController_QN4470T01::gpsObtGetMsgUserNavDataBinary(std::string& report) {
+  return exchange().query(promptNavigationData(), message_id::kNavigationData,
+                          [&](const Reply& reply) { report = navigationReport(reply); });
+}
+
+unsigned int orbController_QN4470T01::getNavsolution(std::string /*key*/, std::string& solution) {
+  return gpsObtGetMsgUserNavDataBinary(solution);
+}
+
+// Its failures are reported in a way of its own, on which clients rely.
+unsigned int orbController_QN4470T01::getNofSatellitesInNavSol(unsigned char& count) {
+  Command prompt = promptNavigationData();
+  orbIO channel;
+  if (channel.SendMessage(&prompt.message()) != 0) {
+    return orb::kSucceeded;
+  }
+  const std::unique_ptr<ORBMessage> reply(
+      channel.ReceiveMessage(message_id::kNavigationData, replyTimeoutSeconds_));
+  if (reply == nullptr) {
+    exchange().logNotSent(prompt.message());
+    return orb::kNotSent;
+  }
+  count = Reply(*reply).u8(kSatelliteCount);
+  return orb::kSucceeded;
+}
+
+unsigned int orbController_QN4470T01::getSatelliteInfo(std::string& /*info*/) {
+  return orb::kSucceeded;
+}

@@ -1,0 +1,100 @@
+#include <cstdio>
+#include <string>
+
+#include "controller/command_exchange.h"
+#include "orb-gnss/module_driver.h"
+#include "protocol/message_ids.h"
+
+using orb::Command;
+using orb::CommandExchange;
+using orb::Reply;
+namespace message_id = orb::message_id;
+using namespace std::chrono_literals;
+
+namespace {
+
+constexpr unsigned int kNormalPower = 0;
+constexpr unsigned int kPowerSaving = 1;
+
+const char* powerModeName(unsigned int mode) {
+  switch (mode) {
+    case kNormalPower:
+      return "NORMAL";
+    case kPowerSaving:
+      return "POWERSAVE";
+    default:
+      return "";
+  }
+}
+
+// An unknown type switches the output off.
+unsigned char outputTypeByte(const std::string& type) {
+  return type == "NMEA" ? 1 : type == "BINARY" ? 2 : 0;
+}
+
+}  // namespace
+
+unsigned int orbController_QN4470T01::gpsObtGetPowerMode(unsigned int& mode) {
+  return exchange().query(Command(message_id::kQueryPowerMode, 1), message_id::kPowerMode,
+                          [&](const Reply& reply) { mode = reply.u8(1); });
+}
+
+unsigned int orbController_QN4470T01::gpsObtSetPowerMode(std::string mode) {
+  const unsigned int wanted = mode == "POWERSAVE" ? kPowerSaving : kNormalPower;
+  unsigned int kept = 0;
+  return exchange().configure(
+      Command(message_id::kSetPowerMode, 3).u8(wanted).u8(0), CommandExchange::kAtOnce,
+      [&] { return gpsObtGetPowerMode(kept); }, [&] { return kept == wanted; });
+}
+
+unsigned int orbController_QN4470T01::getRxMode(std::string& mode) {
+  unsigned int reported = kNormalPower;
+  const unsigned int result = gpsObtGetPowerMode(reported);
+  mode = powerModeName(reported);
+  return result;
+}
+
+unsigned int orbController_QN4470T01::setRxMode(std::string mode) {
+  if (mode != "POWERSAVE" && mode != "NORMAL") {
+    return orb::kRejected;
+  }
+  return gpsObtSetPowerMode(std::move(mode));
+}
+
+unsigned int orbController_QN4470T01::gpsOrbGetCfgRate(unsigned char& rate) {
+  return exchange().query(Command(message_id::kQueryUpdateRate, 1), message_id::kUpdateRate,
+                          [&](const Reply& reply) {
+                            rate = reply.u8(1);
+                            std::printf("nUpdateRate: %d\n", rate);
+                          });
+}
+
+unsigned int orbController_QN4470T01::gpsObtSetCfgRate(unsigned char rate) {
+  unsigned char kept = 0;
+  const unsigned int result = exchange().configure(
+      Command(message_id::kConfigureUpdateRate, 3).u8(rate).u8(attribute_), 800ms,
+      [&] { return gpsOrbGetCfgRate(kept); }, [&] { return kept == rate; });
+  std::printf("applyUpdateRate:%d nUpdateRate:%d\n", rate, kept);
+  return result;
+}
+
+unsigned int orbController_QN4470T01::gpsObtSetMsgType(std::string type) {
+  return exchange().query(
+      Command(message_id::kSelectOutputType, 3).u8(outputTypeByte(type)).u8(attribute_),
+      message_id::kAcknowledged, [](const Reply& /*acknowledgement*/) {});
+}
+
+unsigned int orbController_QN4470T01::gpsObtGetNavMsg(unsigned char& interval) {
+  return exchange().query(Command(message_id::kQueryNavigationInterval, 2),
+                          message_id::kNavigationInterval,
+                          [&](const Reply& reply) { interval = reply.u8(2); });
+}
+
+unsigned int orbController_QN4470T01::gpsObtNavMsgConfigure(unsigned char interval) {
+  return exchange().send(
+      Command(message_id::kConfigureNavigationInterval, 4).u8(interval).u8(attribute_));
+}
+
+unsigned int orbController_QN4470T01::configureOrbPolling(unsigned char interval) {
+  return gpsObtGetNavMsg(interval);
+}
