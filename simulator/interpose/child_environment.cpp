@@ -127,7 +127,9 @@ std::size_t completeSize(char* const* given) noexcept {
 void completeEnvironment(const char* program, char* const* given, PreloadEntry& entry,
                          const char** out) noexcept {
   const ProgramFile file = inspectProgram(program);
-  if (file.obstacle != nullptr) {
+  // Valgrind's tools are statically linked, and load a program with its LD_PRELOAD themselves.
+  const bool isValgrind = find(given, "VALGRIND_LAUNCHER=") != nullptr;
+  if (file.obstacle != nullptr && !isValgrind) {
     say({program, " ", file.obstacle, ": it does not see the simulated device"});
   }
   makePreload(entry, file.runtimes, givenLibraries(given));

@@ -196,7 +196,8 @@ class StartedProgram(PreloadTest):
 
     def test_is_not_found_as_ever(self):
         result = subprocess.run(["env", "no-such-program"],
-                                env=self.environment | {"LD_PRELOAD": str(LIBRARY)},
+                                env=self.environment | {"LD_PRELOAD": str(LIBRARY),
+                                                        "PATH": "/usr/bin:/bin"},
                                 capture_output=True, text=True, timeout=LIMIT)
         self.assertEqual(result.returncode, 127)
 
