@@ -59,6 +59,12 @@ TEST(PacketChecksum, CountsOnlyTheLowHalfOfTheLength) {
   EXPECT_EQ(orbComputeChecksum(data.data(), 0x1'0000'0002), 0x64u);
 }
 
+TEST(PacketChecksum, CountsLengthsBeyondSixteenBits) {
+  Bytes data(0x10001, 0x00);
+  data.back() = 0x5A;
+  EXPECT_EQ(orbComputeChecksum(data.data(), data.size()), 0x5Au);
+}
+
 TEST(PacketLength, IsReadBigEndian) {
   const Bytes field{0x01, 0x04};
   EXPECT_EQ(orbGetLengthFromData(field.data()), 260);

@@ -49,13 +49,15 @@ TEST_F(ReceiveOverflow, ReadsIntoABufferOf2048BytesForTwoSeconds) {
 
 TEST_F(ReceiveOverflow, ReadsIntoABufferOf1024BytesForOneSecond) {
   line_.deliver(noise(1000));
-  line_.deliver(noise(24));
+  line_.deliver(noise(23));
+  line_.deliver(noise(1));
   line_.deliver(kAck);
   EXPECT_EQ(receive(channel_, 0x8300, 1), kAck);
   const std::vector<long> sizes = calls_.readSizes();
-  ASSERT_EQ(sizes.size(), 3u);
+  ASSERT_EQ(sizes.size(), 4u);
   EXPECT_EQ(sizes[0], 1024);
   EXPECT_EQ(sizes[1], 24);
+  EXPECT_EQ(sizes[2], 1);
 }
 
 TEST_F(ReceiveOverflow, NeverReadsIntoAFullBuffer) {
@@ -116,6 +118,16 @@ TEST_F(ReceiveOverflow, KeepsAMatchWhoseBytesHaveLeftTheBuffer) {
   EXPECT_EQ(receive(channel_, 0x8300, kTimeout), kAck) << "later rounds list the refusal alone";
   EXPECT_TRUE(line_.isOver());
   EXPECT_EQ(standardError(), kTimedOut);
+}
+
+TEST_F(ReceiveOverflow, KeepsTheNewestOfTheMatchesWhoseBytesHaveLeftTheBuffer) {
+  clock_.passSeconds({0, 0, 0, 0, 2});
+  line_.deliver(join({kBadAck, kAck, kOtherAck}));
+  line_.deliver(noise(1024));
+  line_.deliver(noise(kCapacity - 1024 - 27));
+  line_.deliver(noise(1));
+  EXPECT_EQ(receive(channel_, 0x8300, kTimeout), kOtherAck);
+  EXPECT_TRUE(line_.isOver());
 }
 
 TEST_F(ReceiveOverflow, ReplacesAMatchWhoseBytesHaveLeftTheBuffer) {

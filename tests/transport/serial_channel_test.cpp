@@ -283,6 +283,16 @@ TEST_F(SerialChannel, ReadsNoMoreThanItIsAskedFor) {
   EXPECT_THAT(buffer, ElementsAre(0xA0, 0xA1, 0x00, 0x02, 0x77));
 }
 
+TEST_F(SerialChannel, ReadsNothingWhenItIsAskedForNothing) {
+  orbIO channel;
+  pty_.feed(kAck);
+  unsigned char buffer[9] = {};
+  EXPECT_EQ(channel.ReadFromUART(buffer, 0), 0);
+  EXPECT_EQ(channel.ReadFromUART(buffer, -1), 0);
+  EXPECT_EQ(Bytes(buffer, buffer + 9), Bytes(9, 0x00));
+  EXPECT_EQ(pty_.waiting(), 9);
+}
+
 TEST_F(SerialChannel, ReadsNothingFromAnEmptyLine) {
   orbIO channel;
   calls_.read = nullptr;  // as the kernel has it
