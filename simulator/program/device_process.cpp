@@ -69,7 +69,10 @@ int superviseCommand(pid_t command, const OwnedDescriptor& connection) {
   const OwnedDescriptor childSignals = signalSource(signalSet({SIGCHLD}));
   pollfd sources[] = {{childSignals.get(), POLLIN, 0}, {connection.get(), POLLIN, 0}};
   for (;;) {
-    if (poll(sources, std::size(sources), -1) < 0 && errno != EINTR) return kExitOwnFailure;
+    if (poll(sources, std::size(sources), -1) < 0) {
+      if (errno == EINTR) continue;
+      throw std::system_error(errno, std::generic_category(), "poll");
+    }
     if (sources[0].revents != 0) {
       takeSignal(childSignals);
       int status = 0;
@@ -94,7 +97,7 @@ int runCommand(const RunOptions& options, const Front& front) {
 
 }  // namespace
 
-void runDevice(const RunOptions& options, const Front& front) noexcept {
+int runDevice(const RunOptions& options, const Front& front) noexcept {
   int status = kExitOwnFailure;
   try {
     status = runCommand(options, front);
@@ -106,7 +109,7 @@ void runDevice(const RunOptions& options, const Front& front) noexcept {
   }
   endAllChildren();
   front.folder.remove();
-  send(front.connection.get(), &status, sizeof status, MSG_NOSIGNAL);
+  return status;
 }
 
 }  // namespace orb::sim

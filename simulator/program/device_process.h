@@ -19,14 +19,13 @@ struct PassedSignal {
 struct Front {
   std::filesystem::path command;  ///< the program file to run
   PrivateFolder folder;
-  pid_t group;              ///< the process group that the command belongs in
-  sigset_t blockedSignals;  ///< the signals that the command finds blocked
-  /// Brings each PassedSignal; takes the exit status, an int. It ends when the front is gone.
-  OwnedDescriptor connection;
+  pid_t group;                 ///< the process group that the command belongs in
+  sigset_t blockedSignals;     ///< the signals that the command finds blocked
+  OwnedDescriptor connection;  ///< Brings each PassedSignal; ends when the front is gone.
 };
 
-/// Sets the device up, runs the command on it and clears everything up after it. Says on standard
-/// error what goes wrong.
-void runDevice(const RunOptions& options, const Front& front) noexcept;
+/// Sets the device up, runs the command on it and clears everything up after it. Returns the exit
+/// status for the shell; says on standard error what goes wrong.
+int runDevice(const RunOptions& options, const Front& front) noexcept;
 
 }  // namespace orb::sim

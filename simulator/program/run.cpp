@@ -44,8 +44,7 @@ pid_t forkDevice(const RunOptions& options, Connection& connection, Front front)
   sigfillset(&all);
   blockSignals(all);
   front.connection = std::move(connection.device);
-  runDevice(options, front);
-  std::exit(EXIT_SUCCESS);
+  std::exit(runDevice(options, front));
 }
 
 void passOn(const signalfd_siginfo& signal, const OwnedDescriptor& connection) {
@@ -56,16 +55,15 @@ void passOn(const signalfd_siginfo& signal, const OwnedDescriptor& connection) {
   send(connection.get(), &passed, sizeof passed, MSG_NOSIGNAL);
 }
 
-/// Passes signals on until the process with the device has ended; returns the status that it sent.
+/// Passes signals on until the process with the device has ended; returns its exit status.
 int wait(pid_t device, const OwnedDescriptor& connection, const OwnedDescriptor& signals) {
-  while (waitpid(device, nullptr, WNOHANG) == 0) {
+  int status = 0;
+  while (waitpid(device, &status, WNOHANG) == 0) {
     const signalfd_siginfo signal = takeSignal(signals);
     if (signal.ssi_signo != SIGCHLD) passOn(signal, connection);
   }
-  int status = 0;
-  const ssize_t length = recv(connection.get(), &status, sizeof status, MSG_DONTWAIT);
-  if (length != sizeof status) throw Failure("the process with the simulated device was killed");
-  return status;
+  if (!WIFEXITED(status)) throw Failure("the process with the simulated device was killed");
+  return WEXITSTATUS(status);
 }
 
 /// Does what the process with the device left undone where it was killed.

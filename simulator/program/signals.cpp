@@ -27,8 +27,8 @@ OwnedDescriptor signalSource(const sigset_t& signals) {
 
 signalfd_siginfo takeSignal(const OwnedDescriptor& source) {
   signalfd_siginfo taken{};
-  if (read(source.get(), &taken, sizeof taken) != sizeof taken) {
-    throw std::system_error(errno, std::generic_category(), "reading a signal");
+  while (read(source.get(), &taken, sizeof taken) != sizeof taken) {
+    if (errno != EINTR) throw std::system_error(errno, std::generic_category(), "reading a signal");
   }
   return taken;
 }

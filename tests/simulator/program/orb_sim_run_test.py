@@ -209,13 +209,6 @@ class Failure(RunTest):
                 self.assertEqual((result.returncode, result.stdout), (125, ""))
                 self.assertIn(options[0], result.stderr)
 
-    def test_is_said_where_there_is_no_bus_daemon(self):
-        if pathlib.Path("/usr/bin/dbus-daemon").exists():
-            self.skipTest("orb-sim falls back to /usr/bin/dbus-daemon")
-        self.environment["PATH"] = str(self.folder)
-        self.check(125, "orb-sim: dbus-daemon was not found; on Debian the package dbus-daemon has "
-                   "it\n", "/bin/true")
-
     def test_is_said_where_the_folder_for_files_cannot_be_made(self):
         self.check(125, "orb-sim: cannot make the folder /dev/null/keep: Not a directory\n", "true",
                    options=("--keep", "/dev/null/keep"))
@@ -389,24 +382,29 @@ class SeveralRuns(RunTest):
 
 
 class Terminal(RunTest):
-    def run_in_terminal(self, script, typed):
-        """Runs a script in a new terminal, types once it has said "ready", returns what it said."""
+    def converse(self, command, dialogue):
+        """Runs a command in a new terminal and types each text of the dialogue once what it waits
+        for has been said. Returns the exit status and all that was said."""
         process, terminal = pty.fork()
         if process == 0:
-            command = self.arguments((), ("sh", "-c", script))
-            os.execve(command[0], command, self.environment)
-        output = b""
+            os.execvpe(command[0], command, self.environment)
+        said = ""
+        answered = 0  # how much of it has been waited for
+        dialogue = list(dialogue)
         with contextlib.suppress(OSError):  # the terminal's end is an error
             while select.select([terminal], [], [], LIMIT)[0]:
-                received = os.read(terminal, 1000)
-                if not received:
-                    break
-                output += received
-                if typed and b"ready" in output:
+                said += os.read(terminal, 1000).decode()
+                while dialogue and dialogue[0][0] in said[answered:]:
+                    awaited, typed = dialogue.pop(0)
+                    answered = said.index(awaited, answered) + len(awaited)
                     os.write(terminal, typed)
-                    typed = b""
         os.close(terminal)
-        return os.waitstatus_to_exitcode(os.waitpid(process, 0)[1]), output.decode()
+        status = os.waitstatus_to_exitcode(os.waitpid(process, 0)[1])
+        self.assertEqual(dialogue, [], said)
+        return status, said
+
+    def run_in_terminal(self, script, typed):
+        return self.converse(self.arguments((), ("sh", "-c", script)), [("ready", typed)])
 
     def test_can_be_read_and_written(self):
         status, output = self.run_in_terminal(
@@ -416,16 +414,30 @@ class Terminal(RunTest):
         self.assertTrue(output.endswith("got words\r\n"), output)
 
     def test_sends_its_interrupt_once(self):
-        script = """
+        status, output = self.run_in_terminal("""
             trap 'echo interrupted; seen=yes' INT
             echo ready
             until test $seen; do sleep 0.01; done
             sleep 0.2
             exit 7
-        """
-        status, output = self.run_in_terminal(script, b"\x03")
+        """, b"\x03")
         self.assertEqual(status, 7)
         self.assertEqual(output.count("interrupted"), 1)
+
+    def test_ends_a_command_by_its_interrupt(self):
+        status, _ = self.run_in_terminal("echo ready; exec sleep 1000", b"\x03")
+        self.assertEqual(status, 130)
+
+    def test_stops_and_continues_a_command(self):
+        script = "trap 'echo again' CONT; echo ready; while :; do sleep 0.01; done"
+        self.environment |= {"PS1": "$ ", "TERM": "dumb"}
+        status, _ = self.converse(("bash", "--norc", "-i"), [
+            ("$ ", (shlex.join(self.arguments((), ("sh", "-c", script))) + "\n").encode()),
+            ("ready\r\n", b"\x1a"),
+            ("Stopped", b"fg\n"),
+            ("again\r\n", b"\x03"),
+            ("$ ", b"exit $?\n")])
+        self.assertEqual(status, 130)
 
 
 class Help(unittest.TestCase):
