@@ -2,10 +2,10 @@
 
 # What building and running the product takes.
 ORB_BUILD_PACKAGES="g++ cmake ninja-build pkg-config libsystemd-dev libtomlplusplus-dev
-  libcli11-dev libgtest-dev libgmock-dev dbus-daemon"
+  libcli11-dev dbus-daemon"
 
 # What testing it takes besides.
-ORB_TEST_PACKAGES="clang binutils diffutils libc-bin python3"
+ORB_TEST_PACKAGES="clang binutils diffutils libgtest-dev libgmock-dev libtinyxml2-dev python3"
 
 is_installed() {
   [ "$(dpkg-query --show --showformat='${db:Status-Status}' "$1" 2>/dev/null)" = installed ]
