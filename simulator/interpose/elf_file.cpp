@@ -22,7 +22,8 @@ std::size_t ProgramBytes::read(std::uint64_t offset, void* buffer,
 }
 
 ElfFile::ElfFile(const ProgramBytes& bytes) noexcept : bytes_(bytes) {
-  if (!bytes_.read(0, header_) || !isForThisMachine() || !segment(PT_DYNAMIC, dynamic_)) return;
+  if (!bytes_.read(0, header_)) header_ = {};  // not half a header
+  if (!isForThisMachine() || !segment(PT_DYNAMIC, dynamic_)) return;
   Elf64_Dyn entry;
   for (unsigned i = 0; dynamicEntry(i, entry); ++i) {
     if (entry.d_tag == DT_STRTAB && !fileOffset(entry.d_un.d_ptr, texts_)) texts_ = 0;

@@ -1,0 +1,189 @@
+#include "interpose/program_file.h"
+
+#include <elf.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <random>
+#include <string>
+
+namespace {
+
+namespace fs = std::filesystem;
+
+using orb::sim::findProgram;
+using orb::sim::inspectProgram;
+using orb::sim::ProgramFile;
+
+const fs::path kPrograms = ORB_SIM_TEST_PROGRAMS;
+constexpr char kNoObstacle[] = "none";
+
+std::string obstacleOf(const fs::path& file) {
+  const char* const obstacle = inspectProgram(file.c_str()).obstacle;
+  return obstacle != nullptr ? obstacle : kNoObstacle;
+}
+
+std::string runtimesOf(const fs::path& file) { return inspectProgram(file.c_str()).runtimes; }
+
+std::string contentOf(const fs::path& file) {
+  std::ifstream stream(file, std::ios::binary);
+  return {std::istreambuf_iterator<char>(stream), {}};
+}
+
+class ProgramFileTest : public testing::Test {
+ protected:
+  ~ProgramFileTest() override { fs::remove_all(folder_); }
+
+  fs::path makeFile(const std::string& content, const std::string& name = "file") const {
+    const fs::path file = folder_ / name;
+    std::ofstream(file, std::ios::binary) << content;
+    fs::permissions(file, fs::perms::owner_all);
+    return file;
+  }
+
+  /// A copy of a program with one byte replaced.
+  fs::path makeVariant(const fs::path& program, std::size_t offset, unsigned char value) const {
+    std::string content = contentOf(program);
+    content.at(offset) = static_cast<char>(value);
+    return makeFile(content);
+  }
+
+  static fs::path makeFolder() {
+    std::string name = (fs::temp_directory_path() / "program-file.XXXXXX").string();
+    return mkdtemp(name.data());
+  }
+
+  const fs::path folder_ = makeFolder();
+};
+
+TEST_F(ProgramFileTest, LetsAnOrdinaryProgramBe) {
+  EXPECT_EQ(obstacleOf(kPrograms / "file_calls"), kNoObstacle);
+  EXPECT_EQ(runtimesOf(kPrograms / "file_calls"), "");
+}
+
+TEST_F(ProgramFileTest, FindsTheSanitizerRuntimesThatAProgramNeeds) {
+  const fs::path program = kPrograms / "file_streams_asan_g++";
+  if (!fs::exists(program)) GTEST_SKIP() << "there is no g++";
+  const std::string runtimes = runtimesOf(program);
+  EXPECT_EQ(runtimes.rfind("libasan.so.", 0), 0u) << runtimes;
+  EXPECT_NE(runtimes.find(":libubsan.so."), std::string::npos) << runtimes;
+}
+
+TEST_F(ProgramFileTest, RefusesAStaticProgram) {
+  EXPECT_EQ(obstacleOf(kPrograms / "static_program"), "is statically linked");
+}
+
+TEST_F(ProgramFileTest, RefusesAProgramForAnotherMachineOrWordSize) {
+  const std::string expected = "is built for another machine or word size";
+  EXPECT_EQ(obstacleOf(makeVariant(kPrograms / "file_calls", EI_CLASS, ELFCLASS32)), expected);
+  EXPECT_EQ(obstacleOf(makeVariant(kPrograms / "file_calls", EI_DATA, ELFDATA2MSB)), expected);
+  EXPECT_EQ(
+      obstacleOf(makeVariant(kPrograms / "file_calls", offsetof(Elf64_Ehdr, e_machine), EM_MIPS)),
+      expected);
+}
+
+TEST_F(ProgramFileTest, RefusesAProgramThatGivesRights) {
+  if (getuid() != 0) GTEST_SKIP() << "only root can make a program of another user";
+  const fs::path program = makeFile(contentOf(kPrograms / "file_calls"));
+  ASSERT_EQ(chown(program.c_str(), 1, 1), 0);
+  const std::string expected = "runs with other rights than its caller's";
+  ASSERT_EQ(chmod(program.c_str(), 04755), 0);
+  EXPECT_EQ(obstacleOf(program), expected);
+  ASSERT_EQ(chmod(program.c_str(), 02755), 0);
+  EXPECT_EQ(obstacleOf(program), expected);
+  ASSERT_EQ(chmod(program.c_str(), 0755), 0);
+  EXPECT_EQ(obstacleOf(program), kNoObstacle);
+}
+
+TEST_F(ProgramFileTest, TakesAScriptForItsInterpreter) {
+  const fs::path first = makeFile("#! " + (kPrograms / "static_program").string() + " -x\n", "a");
+  const fs::path second = makeFile("#!" + first.string(), "b");
+  EXPECT_EQ(obstacleOf(first), "is statically linked");
+  EXPECT_EQ(obstacleOf(second), "is statically linked");
+  EXPECT_EQ(obstacleOf(makeFile("#!/bin/sh\nexit\n")), kNoObstacle);
+}
+
+TEST_F(ProgramFileTest, ComesToAnEndWithAScriptThatInterpretsItself) {
+  EXPECT_EQ(obstacleOf(makeFile("#!" + (folder_ / "file").string() + "\n")), kNoObstacle);
+}
+
+TEST_F(ProgramFileTest, LetsWhatIsNoProgramBe) {
+  EXPECT_EQ(obstacleOf(folder_ / "missing"), kNoObstacle);
+  EXPECT_EQ(obstacleOf(folder_), kNoObstacle);
+  EXPECT_EQ(obstacleOf(makeFile("")), kNoObstacle);
+  EXPECT_EQ(obstacleOf(makeFile("#!")), kNoObstacle);
+  EXPECT_EQ(obstacleOf(makeFile("#!" + std::string(10'000, '/'))), kNoObstacle);
+  EXPECT_EQ(obstacleOf(makeFile("echo\n")), kNoObstacle);
+}
+
+TEST_F(ProgramFileTest, ReadsNoFurtherThanAProgramThatIsCutShort) {
+  const std::string whole = contentOf(kPrograms / "file_calls").substr(0, 1500);
+  for (std::size_t length = SELFMAG; length < whole.size(); length += 7) {
+    const std::string obstacle = obstacleOf(makeFile(whole.substr(0, length)));
+    if (length < sizeof(Elf64_Ehdr)) {
+      EXPECT_EQ(obstacle, "is built for another machine or word size");
+    } else {
+      EXPECT_TRUE(obstacle == kNoObstacle || obstacle == "is statically linked") << obstacle;
+    }
+  }
+}
+
+// The assertion is that nothing is read out of bounds; the sanitizers see to it.
+TEST_F(ProgramFileTest, SurvivesProgramsWithDamagedHeaders) {
+  constexpr int kRounds = 2000;
+  constexpr int kDamagedBytes = 3;
+  constexpr std::size_t kHeaders = sizeof(Elf64_Ehdr) + 13 * sizeof(Elf64_Phdr);
+  const std::string whole = contentOf(kPrograms / "file_calls");
+  std::mt19937 random(20240315);
+  for (int round = 0; round < kRounds; ++round) {
+    std::string damaged = whole;
+    for (int i = 0; i < kDamagedBytes; ++i) {
+      damaged[EI_NIDENT + random() % (kHeaders - EI_NIDENT)] = static_cast<char>(random());
+    }
+    const ProgramFile program = inspectProgram(makeFile(damaged).c_str());
+    EXPECT_LT(std::string(program.runtimes).size(), sizeof program.runtimes);
+  }
+}
+
+class FoundProgram : public ProgramFileTest {
+ protected:
+  FoundProgram() { setenv("PATH", ("/nonexistent:" + folder_.string()).c_str(), 1); }
+  ~FoundProgram() override { setenv("PATH", before_.c_str(), 1); }
+
+  static std::string find(const char* name) {
+    char found[PATH_MAX];
+    return findProgram(name, found);
+  }
+
+  const std::string before_ = std::getenv("PATH");
+};
+
+TEST_F(FoundProgram, IsTheFirstExecutableInThePath) {
+  EXPECT_EQ(find("file"), "file");
+  const fs::path file = makeFile("");
+  EXPECT_EQ(find("file"), file);
+  fs::permissions(file, fs::perms::owner_read);
+  EXPECT_EQ(find("file"), "file");
+  EXPECT_EQ(find("./file"), "./file");
+}
+
+TEST_F(FoundProgram, IsNoFolder) {
+  fs::create_directory(folder_ / "file");
+  EXPECT_EQ(find("file"), "file");
+}
+
+TEST_F(FoundProgram, IsLookedForInTheCurrentDirectoryWhereThePathHasAGap) {
+  makeFile("");
+  const fs::path before = fs::current_path();
+  fs::current_path(folder_);
+  setenv("PATH", "/nonexistent::/bin", 1);
+  EXPECT_EQ(find("file"), "./file");
+  fs::current_path(before);
+}
+
+}  // namespace
