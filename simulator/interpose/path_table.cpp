@@ -19,8 +19,8 @@ namespace orb::sim {
 namespace {
 
 struct PathBuffer {
+  std::size_t length = 0;
   char text[PATH_MAX];
-  std::size_t length;
 };
 
 struct Mapping {
@@ -63,8 +63,8 @@ bool appendComponents(PathBuffer& out, std::string_view path) noexcept {
   return true;
 }
 
-/// The path of the directory that a relative path starts from. Made by system calls, since the C
-/// library's functions for it are among those that are wrapped.
+/// Appends the directory that a relative path starts from. By a system call, since the C library's
+/// function is among those that are wrapped.
 bool appendDirectory(PathBuffer& out, int directory) noexcept {
   char link[32] = "/proc/self/cwd";
   if (directory != AT_FDCWD) std::snprintf(link, sizeof link, "/proc/self/fd/%d", directory);
@@ -75,7 +75,6 @@ bool appendDirectory(PathBuffer& out, int directory) noexcept {
 
 const char* findMapped(int directory, const char* path) noexcept {
   PathBuffer absolute;
-  absolute.length = 0;
   const int savedErrno = errno;
   const bool known =
       (path[0] == '/' || appendDirectory(absolute, directory)) && appendComponents(absolute, path);
@@ -99,7 +98,6 @@ int indexOf(const char* from) noexcept {
 /// the `end` with it.
 PathBuffer takeUntil(const char*& text, char end) noexcept {
   PathBuffer taken;
-  taken.length = 0;
   for (; *text != '\0' && *text != end; ++text) {
     if (*text == '\\' && text[1] != '\0') ++text;
     if (taken.length + 1 == sizeof taken.text) endProcess("a path of ORB_SIM_PATHS is too long");
@@ -143,7 +141,6 @@ bool isMappedTerminal(int descriptor) noexcept {
 
 void mapPath(std::string_view from, std::string_view to) noexcept {
   PathBuffer absolute;
-  absolute.length = 0;
   if (from.empty() || from[0] != '/') endProcess("a path to be mapped is not absolute");
   if (to.empty() || to.size() >= PATH_MAX || !appendComponents(absolute, from)) {
     endProcess("a path to be mapped is too long, or its target is empty");

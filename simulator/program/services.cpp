@@ -108,7 +108,7 @@ OwnedDescriptor readySocket(const fs::path& path) {
 
 }  // namespace
 
-PrivateBus startBus(const fs::path& folder) {
+std::string startBus(const fs::path& folder) {
   const fs::path configuration = folder / "bus.conf";
   const fs::path log = folder / "dbus-daemon.log";
   char text[1024];
@@ -126,11 +126,11 @@ PrivateBus startBus(const fs::path& folder) {
   pipe.writing.reset();
   std::string address = waitForWord(process, pipe.reading.get(), log);
   address.erase(address.find_last_not_of('\n') + 1);
-  return {process, address};
+  return address;
 }
 
-pid_t startInventory(const fs::path& folder, const PrivateBus& bus,
-                     const std::optional<std::string>& hardwareId) {
+void startInventory(const fs::path& folder, const std::string& busAddress,
+                    const std::optional<std::string>& hardwareId) {
   const fs::path file = folder / "inventory.toml";
   const fs::path ready = folder / "ready";
   const fs::path log = folder / "orb-inventoryd.log";
@@ -139,11 +139,10 @@ pid_t startInventory(const fs::path& folder, const PrivateBus& bus,
   ProcessStart start;
   start.file = inventoryService();
   start.arguments = {"orb-inventoryd", "--config", file.string()};
-  start.variables = environmentWith(
-      {"DBUS_SYSTEM_BUS_ADDRESS=" + bus.address, "NOTIFY_SOCKET=" + ready.string()});
+  start.variables =
+      environmentWith({"DBUS_SYSTEM_BUS_ADDRESS=" + busAddress, "NOTIFY_SOCKET=" + ready.string()});
   const pid_t process = startService(std::move(start), log);
   waitForWord(process, socket.get(), log);
-  return process;
 }
 
 }  // namespace orb::sim

@@ -1,7 +1,5 @@
 #pragma once
 
-#include <sys/types.h>
-
 #include <filesystem>
 #include <optional>
 #include <string>
@@ -11,20 +9,15 @@ namespace orb::sim {
 /// The carrier board's I2C bus, as the inventory names it.
 inline constexpr char kI2cBus[] = "i2c-3";
 
-/// A D-Bus daemon of the run's own.
-struct PrivateBus {
-  pid_t process;
-  std::string address;  ///< as DBUS_SYSTEM_BUS_ADDRESS takes it
-};
-
-/// Starts the daemon with its socket and files in `folder`, and waits until it takes connections.
-/// Throws Failure, with what the daemon said, where it does not come up.
-PrivateBus startBus(const std::filesystem::path& folder);
+/// Starts a D-Bus daemon with its socket and files in `folder`, and waits until it takes
+/// connections. Returns its address, as DBUS_SYSTEM_BUS_ADDRESS takes it. Throws Failure, with what
+/// the daemon said, where it does not come up.
+std::string startBus(const std::filesystem::path& folder);
 
 /// Starts the inventory service on the bus, with a module of this hardware set identifier at
 /// location 1, or with none, and waits until it answers. Throws Failure, with what the service
 /// said, where it does not come up.
-pid_t startInventory(const std::filesystem::path& folder, const PrivateBus& bus,
-                     const std::optional<std::string>& hardwareId);
+void startInventory(const std::filesystem::path& folder, const std::string& busAddress,
+                    const std::optional<std::string>& hardwareId);
 
 }  // namespace orb::sim

@@ -7,6 +7,7 @@
 #include "orb-sim/receiver.h"
 #include "program/failure.h"
 #include "program/installation.h"
+#include "program/services.h"
 
 namespace orb::sim {
 namespace {
@@ -75,8 +76,8 @@ SimulatedDevice::SimulatedDevice(const RunOptions& options, const fs::path& fold
       files_(makeFilesFolder(options, folder)),
       library_(linkLibrary(folder)),
       receiver_(makeReceiver(options)),
-      bus_(startBus(folder)) {
-  startInventory(folder, bus_, options.hardwareId);
+      busAddress_(startBus(folder)) {
+  startInventory(folder, busAddress_, options.hardwareId);
   if (receiver_) line_ = std::make_unique<PtyLine>(*receiver_, folder / kLineName);
 }
 
@@ -98,7 +99,7 @@ std::vector<std::string> SimulatedDevice::variablesFor(const fs::path& file) con
   const char* const others = std::getenv("LD_PRELOAD");
   if (others != nullptr && *others != '\0') libraries += std::string(":") + others;
   return {"LD_PRELOAD=" + libraries, "ORB_SIM_PATHS=" + pathMap(),
-          "DBUS_SYSTEM_BUS_ADDRESS=" + bus_.address};
+          "DBUS_SYSTEM_BUS_ADDRESS=" + busAddress_};
 }
 
 }  // namespace orb::sim

@@ -7,7 +7,6 @@
 
 #include "orb-sim/pty_line.h"
 #include "program/run_options.h"
-#include "program/services.h"
 
 namespace orb::sim {
 
@@ -31,7 +30,7 @@ class SimulatedDevice {
   const std::filesystem::path library_;  ///< a link, whose path LD_PRELOAD can take
   std::unique_ptr<Device> receiver_;
   std::unique_ptr<PtyLine> line_;
-  PrivateBus bus_;
+  const std::string busAddress_;
 };
 
 }  // namespace orb::sim

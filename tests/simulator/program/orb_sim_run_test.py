@@ -7,6 +7,7 @@ import pty
 import re
 import select
 import shlex
+import shutil
 import signal
 import subprocess
 import sys
@@ -208,6 +209,16 @@ class Failure(RunTest):
                 result = self.run_command("true", options=options)
                 self.assertEqual((result.returncode, result.stdout), (125, ""))
                 self.assertIn(options[0], result.stderr)
+
+    def test_is_said_where_the_installation_is_not_complete(self):
+        program = self.folder / "bin" / "orb-sim"
+        program.parent.mkdir()
+        shutil.copy(ORB_SIM, program)
+        result = subprocess.run([program, "run", "--", "true"], env=self.environment,
+                                capture_output=True, text=True, timeout=LIMIT)
+        self.assertEqual((result.returncode, result.stdout), (125, ""))
+        self.assertRegex(result.stderr, "^orb-sim: the installation is not complete: "
+                         ".*/liborb-sim-preload.so is missing\n$")
 
     def test_is_said_where_the_folder_for_files_cannot_be_made(self):
         self.check(125, "orb-sim: cannot make the folder /dev/null/keep: Not a directory\n", "true",
