@@ -48,7 +48,7 @@ void ORBMessage::constructPacket(const unsigned char* data, unsigned long payloa
   orbPutMsgIdIntoPacket(packet, id_);
   orbPutPayloadIntoPacket(packet, data, length, id_);
   orbPutChecksumIntoPacket(packet, length);
-  orbPutEtsIntoPacket(packet, length);
+  orbPutEtsIntoPacket(packet, static_cast<unsigned int>(payloadLength));
 }
 
 unsigned short ORBMessage::getMsgSidId() const { return orbConvertMsgIdStructToType(id_); }

@@ -55,12 +55,11 @@ unsigned long ORBMessageBuilder::update(unsigned char /*replyId*/, const unsigne
       position += 2;
       continue;
     }
-    if (orb::isLastMessage(*known)) {
-      ++unknown_;
-    }
+    const unsigned int alsoUnknown = orb::isLastMessage(*known) ? 1 : 0;
     const unsigned short payloadLength = orbGetLengthFromData(packet + orb::kLengthOffset);
     const unsigned long firstEndByte = position + orb::kPayloadOffset + payloadLength + 1;
     if (firstEndByte >= length) {
+      unknown_ += alsoUnknown;
       return handled;
     }
     if (isChecksumRight(packet, payloadLength)) {
@@ -71,6 +70,7 @@ unsigned long ORBMessageBuilder::update(unsigned char /*replyId*/, const unsigne
       position = firstEndByte;
     }
     handled = position;
+    unknown_ += alsoUnknown;
   }
   return position + 2 == length ? handled : 0;
 }
