@@ -135,7 +135,7 @@ TEST_F(ProgramFileTest, ReadsNoFurtherThanAProgramThatIsCutShort) {
 
 // The assertion is that nothing is read out of bounds; the sanitizers see to it.
 TEST_F(ProgramFileTest, SurvivesProgramsWithDamagedHeaders) {
-  constexpr int kRounds = 2000;
+  constexpr int kRounds = 500;
   constexpr int kDamagedBytes = 3;
   constexpr std::size_t kHeaders = sizeof(Elf64_Ehdr) + 13 * sizeof(Elf64_Phdr);
   const std::string whole = contentOf(kPrograms / "file_calls");
