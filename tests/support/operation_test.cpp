@@ -1,0 +1,158 @@
+#include "support/operation_test.h"
+
+#include <dlfcn.h>
+#include <termios.h>
+
+#include <chrono>
+#include <cstdio>
+#include <ctime>
+#include <filesystem>
+#include <iterator>
+#include <utility>
+
+#include "support/captured_output.h"
+
+namespace orb::test {
+
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr int kReplyTimeoutSeconds = 5;
+constexpr int kLooksAWait = 10;
+constexpr int kWaits = 50;  // more than any operation has
+constexpr std::chrono::milliseconds kChatterInterval = 2ms;
+
+/// The serial line's events of one call, as they come.
+class LineTrace {
+ public:
+  explicit LineTrace(ReceiverOnTty& gps) : gps_(gps) { current = this; }
+  LineTrace(const LineTrace&) = delete;
+  LineTrace& operator=(const LineTrace&) = delete;
+  ~LineTrace() { current = nullptr; }
+
+  void note(const std::string& event) {
+    notePackets();
+    events_.push_back(event);
+  }
+
+  std::vector<std::string> events() {
+    notePackets();
+    return std::exchange(events_, {});
+  }
+
+  // Of the thread that calls the driver: the line's own thread is not watched.
+  static thread_local LineTrace* current;
+
+ private:
+  void notePackets() {
+    if (const std::string sent = gps_.sent(); !sent.empty()) {
+      events_.push_back(sent);
+    }
+  }
+
+  ReceiverOnTty& gps_;
+  std::vector<std::string> events_;
+};
+
+thread_local LineTrace* LineTrace::current = nullptr;
+
+std::ptrdiff_t openFiles() {
+  const std::filesystem::directory_iterator descriptors("/proc/self/fd");
+  return std::distance(begin(descriptors), end(descriptors));
+}
+
+void noteOpen() {
+  if (LineTrace::current != nullptr) {
+    LineTrace::current->note("open");
+  }
+}
+
+bool noteWait(const timespec& duration) {
+  if (LineTrace::current == nullptr) {
+    return false;
+  }
+  const auto time =
+      std::chrono::seconds(duration.tv_sec) + std::chrono::nanoseconds(duration.tv_nsec);
+  LineTrace::current->note(time % 1ms == 0ms ? "wait " + std::to_string(time / 1ms) + " ms"
+                                             : "wait " + std::to_string(time / 1ns) + " ns");
+  return true;
+}
+
+}  // namespace
+
+std::ostream& operator<<(std::ostream& out, const Observed& observed) {
+  out << "\n  result " << observed.result << "\n  outputs {" << observed.outputs
+      << "}\n  standard output {" << observed.standardOutput << "}\n  standard error {"
+      << observed.standardError << "}\n  error log {" << observed.errorLog << "}\n  line";
+  for (const std::string& event : observed.line) {
+    out << "\n    " << event;
+  }
+  return out;
+}
+
+Observed OperationTest::observe(const Call& call) {
+  const std::size_t logged = contentOf(files_.errorLog).size();
+  const std::ptrdiff_t openBefore = openFiles();
+  std::fflush(stdout);
+  CapturedOutput standardOutput(1);
+  CapturedOutput standardError(2);
+  LineTrace trace(gps_);
+  const std::ptrdiff_t openOwn = openFiles() - openBefore;
+
+  const Outcome outcome = call(driver_);
+
+  std::fflush(stdout);
+  EXPECT_EQ(openFiles() - openOwn, openBefore) << "a file is left open";
+  return {outcome.result,
+          outcome.outputs,
+          standardOutput.text(),
+          standardError.text(),
+          contentOf(files_.errorLog).substr(logged),
+          trace.events()};
+}
+
+void OperationTest::unplug() { std::filesystem::remove(files_.tty); }
+
+void OperationTest::letWaitsEnd() {
+  std::vector<int> looks;
+  for (int wait = 0; wait < kWaits; ++wait) {
+    const int start = wait * kReplyTimeoutSeconds;
+    looks.push_back(start);
+    looks.insert(looks.end(), kLooksAWait - 1, start + kReplyTimeoutSeconds - 1);
+    looks.push_back(start + kReplyTimeoutSeconds);
+  }
+  clock_.passSeconds(looks);
+  gps_.line.startChatter(kChatterInterval);
+}
+
+int OperationTest::waitsEnded() const {
+  constexpr int kReadings = kLooksAWait + 1;
+  return clock_.readings() % kReadings == 0 ? clock_.readings() / kReadings : -1;
+}
+
+void OperationTest::stayWithinTheLimit() {
+  clock_.passSeconds({0, kReplyTimeoutSeconds - 1});
+  gps_.line.startChatter(kChatterInterval);
+}
+
+}  // namespace orb::test
+
+// The library calls these through the dynamic linker, which finds a program's own definitions
+// first. A channel sets the terminal once, when it has opened it; the driver's waits are its only
+// calls of nanosleep().
+
+#define ORB_TEST_REPLACEMENT extern "C" __attribute__((visibility("default")))
+
+ORB_TEST_REPLACEMENT int tcsetattr(int descriptor, int when, const termios* settings) noexcept {
+  orb::test::noteOpen();
+  static auto* const real = reinterpret_cast<decltype(&::tcsetattr)>(dlsym(RTLD_NEXT, "tcsetattr"));
+  return real(descriptor, when, settings);
+}
+
+ORB_TEST_REPLACEMENT int nanosleep(const timespec* duration, timespec* rest) {
+  if (orb::test::noteWait(*duration)) {
+    return 0;
+  }
+  return ::clock_nanosleep(CLOCK_MONOTONIC, 0, duration, rest) == 0 ? 0 : -1;
+}
