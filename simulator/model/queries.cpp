@@ -12,7 +12,7 @@ void reportSoftwareRevision(const State& state, BodyWriter& body) {
   const Identity& identity = state.identity;
   body.u8(kSoftwareType);
   for (const Version& version : {identity.kernel, identity.odm}) {
-    body.u8(0).u8(version.major).u8(version.minor).u8(version.patch);
+    body.u8(0).u8(version.x).u8(version.y).u8(version.z);
   }
   body.u8(0).u8(identity.revisionYear).u8(identity.revisionMonth).u8(identity.revisionDay);
 }

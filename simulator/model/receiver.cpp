@@ -88,10 +88,6 @@ Bytes Receiver::tick(milliseconds elapsed) {
   const std::lock_guard lock(mutex_);
   Bytes output;
   sinceByte_ += elapsed;
-  if (reader_.midFrame() && sinceByte_ >= kFrameTimeout) {
-    output = answer(reader_.abandon());
-    sinceByte_ = milliseconds{0};
-  }
   while (epoch() - sinceEpoch_ <= elapsed) {
     const milliseconds step = std::max(epoch() - sinceEpoch_, milliseconds{0});
     advance(step);
@@ -100,6 +96,10 @@ Bytes Receiver::tick(milliseconds elapsed) {
     append(output, epochOutput(state_, ++epochs_));
   }
   advance(elapsed);
+  if (reader_.midFrame() && sinceByte_ >= kFrameTimeout) {
+    append(output, answer(reader_.abandon()));
+    sinceByte_ = milliseconds{0};
+  }
   return output;
 }
 

@@ -12,9 +12,9 @@
 namespace orb::sim {
 
 struct Version {
-  std::uint8_t major = 0;
-  std::uint8_t minor = 0;
-  std::uint8_t patch = 0;
+  std::uint8_t x = 0;
+  std::uint8_t y = 0;
+  std::uint8_t z = 0;
 };
 
 /// What the receiver says of itself.

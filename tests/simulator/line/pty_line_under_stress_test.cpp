@@ -1,0 +1,185 @@
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <time.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <atomic>
+#include <optional>
+#include <string>
+#include <thread>
+
+#include "hex.h"
+#include "orb-sim/pty_line.h"
+#include "orb-sim/receiver.h"
+#include "orb-sim/script.h"
+#include "tty_client.h"
+
+namespace orb::sim::test {
+namespace {
+
+using namespace std::chrono_literals;
+
+const Bytes kRateQuery = frame(0x1000);
+const Bytes kRateAnswer = acknowledge(0x1000) + frame(0x8600, {1});
+
+std::chrono::nanoseconds processorTime() {
+  timespec time{};
+  ::clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &time);
+  return std::chrono::seconds(time.tv_sec) + std::chrono::nanoseconds(time.tv_nsec);
+}
+
+/// Speaks one numbered block at every tick, whether anybody listens or not.
+class Flood : public Device {
+ public:
+  static constexpr std::size_t kBlock = 1000;
+
+  Bytes receive(const Bytes&) override { return {}; }
+  Bytes tick(std::chrono::milliseconds) override {
+    return Bytes(kBlock, static_cast<std::uint8_t>(ticks_++ & 0x7F));
+  }
+  std::chrono::milliseconds untilNextOutput() const override { return 1ms; }
+
+  int ticks() const { return ticks_; }
+
+ private:
+  std::atomic<int> ticks_{0};
+};
+
+TEST(PtyLine, TakesNextToNoProcessorWhileItIsIdleAndAfterItsClientHasHungUp) {
+  Receiver receiver;
+  receiver.change([](State& state) { state.outputType = OutputType::None; });
+  const PtyLine line(receiver);
+  {
+    TtyClient client(line.path());
+    client.write(kRateQuery);
+    EXPECT_EQ(client.read(kRateAnswer.size()), kRateAnswer);
+  }
+  // A line that spins takes as much processor time as the clock shows.
+  const std::chrono::nanoseconds before = processorTime();
+  std::this_thread::sleep_for(500ms);
+  EXPECT_LT(processorTime() - before, 150ms);
+
+  TtyClient client(line.path());
+  client.write(kRateQuery);
+  EXPECT_EQ(client.read(kRateAnswer.size()), kRateAnswer);
+}
+
+TEST(PtyLine, TakesNextToNoProcessorWhileItsClientDoesNotRead) {
+  Script silent;
+  PtyLine line(silent);
+  const TtyClient client(line.path());
+  line.send(Bytes(1000000, 'x'));
+  std::this_thread::sleep_for(100ms);
+  const std::chrono::nanoseconds before = processorTime();
+  std::this_thread::sleep_for(500ms);
+  EXPECT_LT(processorTime() - before, 150ms);
+}
+
+TEST(PtyLine, DeliversALongAnswerWholeToASlowReader) {
+  Script script;
+  PtyLine line(script);
+  TtyClient client(line.path());
+  Bytes answer(300000);
+  for (std::size_t i = 0; i < answer.size(); ++i) {
+    answer[i] = static_cast<std::uint8_t>(i * 7 + i / 251);
+  }
+  script.on(0x1000).answer(answer);
+  client.write(kRateQuery);
+  std::this_thread::sleep_for(50ms);
+  EXPECT_EQ(client.read(answer.size()), answer);
+}
+
+TEST(PtyLine, LosesWholeOutputsWhileTheTtyIsFull) {
+  Flood flood;
+  PtyLine line(flood);
+  TtyClient client(line.path());
+  while (flood.ticks() < 300) {
+    std::this_thread::sleep_for(1ms);
+  }
+  line.send({0xFF});
+  std::size_t bytes = 0;
+  for (bool marked = false; !marked;) {
+    const Bytes some = client.readSome();
+    ASSERT_FALSE(some.empty());
+    const auto marker = std::find(some.begin(), some.end(), 0xFF);
+    bytes += static_cast<std::size_t>(marker - some.begin());
+    marked = marker != some.end();
+  }
+  EXPECT_EQ(bytes % Flood::kBlock, 0U);
+  EXPECT_LT(bytes, 300 * Flood::kBlock);
+}
+
+TEST(PtyLine, EndsAtOnceAlsoWithAnAnswerOnItsWay) {
+  Receiver receiver;
+  Script script(receiver);
+  script.on(0x1000).after(1h);
+  std::optional<PtyLine> line(std::in_place, script);
+  TtyClient client(line->path());
+  client.write(kRateQuery);
+  ASSERT_TRUE(line->waitForMessage(0x1000));
+  const auto start = PtyLine::Clock::now();
+  line.reset();
+  EXPECT_LT(PtyLine::Clock::now() - start, 2s);
+}
+
+TEST(PtyLine, TakesNoSignalOfTheProgram) {
+  sigset_t wanted;
+  sigset_t before;
+  sigemptyset(&wanted);
+  sigaddset(&wanted, SIGUSR1);
+  Receiver receiver;
+  const PtyLine line(receiver);
+  ASSERT_EQ(pthread_sigmask(SIG_BLOCK, &wanted, &before), 0);
+  // Any thread of the program that does not block the signal would now die of it.
+  ASSERT_EQ(::kill(::getpid(), SIGUSR1), 0);
+  int taken = 0;
+  EXPECT_EQ(sigwait(&wanted, &taken), 0);
+  EXPECT_EQ(taken, SIGUSR1);
+  pthread_sigmask(SIG_SETMASK, &before, nullptr);
+}
+
+TEST(PtyLine, CanBeUsedFromSeveralThreadsAtOnce) {
+  Receiver receiver;
+  Script script(receiver);
+  PtyLine line(script);
+  std::atomic<bool> over{false};
+  const auto whileItRuns = [&](auto action) {
+    return std::thread([&over, action] {
+      while (!over) {
+        action();
+        std::this_thread::sleep_for(100us);
+      }
+    });
+  };
+  std::thread threads[] = {
+      whileItRuns([&] { line.send({'x'}); }),
+      whileItRuns([&] {
+        line.startChatter(1ms);
+        line.stopChatter();
+      }),
+      whileItRuns([&] {
+        script.on(0x7000).nothing();
+        script.clear();
+      }),
+      whileItRuns([&] {
+        receiver.change([](State& state) { ++state.navigation.satellites; });
+        EXPECT_LE(receiver.state().updateRate, 200);
+      }),
+      whileItRuns([&] { EXPECT_LE(line.receivedPackets().size(), 200U); }),
+  };
+  TtyClient client(line.path());
+  for (std::uint8_t rate = 1; rate <= 200; ++rate) {
+    client.write(frame(0x0E00, {rate, 0}));
+    EXPECT_TRUE(line.waitForPacket(frame(0x0E00, {rate, 0})));
+    client.readSome(0ms);
+  }
+  over = true;
+  for (std::thread& thread : threads) {
+    thread.join();
+  }
+  EXPECT_EQ(receiver.state().updateRate, 200);
+}
+
+}  // namespace
+}  // namespace orb::sim::test

@@ -1,0 +1,168 @@
+#include "orb-sim/script.h"
+
+#include <gtest/gtest.h>
+
+#include "hex.h"
+#include "orb-sim/receiver.h"
+
+namespace orb::sim::test {
+namespace {
+
+using namespace std::chrono_literals;
+
+const Bytes kRateQuery = frame(0x1000);
+const Bytes kRateAnswer = acknowledge(0x1000) + frame(0x8600, {1});
+const Bytes kPowerQuery = frame(0x1500);
+const Bytes kPowerAnswer = acknowledge(0x1500) + frame(0xB900, {0});
+const Bytes kGarbage = hex("DE AD A0 BE EF");
+
+class ScriptedReceiver : public testing::Test {
+ protected:
+  // Without output of the receiver's own, what ticks bring is the script's.
+  ScriptedReceiver() {
+    receiver_.change([](State& state) { state.outputType = OutputType::None; });
+  }
+
+  Receiver receiver_;
+  Script script_{receiver_};
+};
+
+TEST_F(ScriptedReceiver, AnswersWhereThereIsNoRule) {
+  script_.on(0x0200).answer(kGarbage);
+  EXPECT_EQ(script_.receive(kRateQuery), kRateAnswer);
+}
+
+TEST_F(ScriptedReceiver, GivesWayToTheBytesOfARule) {
+  script_.on(0x1000).answer(kGarbage);
+  EXPECT_EQ(script_.receive(kRateQuery), kGarbage);
+  EXPECT_EQ(script_.receive(kPowerQuery), kPowerAnswer);
+}
+
+TEST_F(ScriptedReceiver, DoesNotSeeASettingThatARuleAnswers) {
+  script_.on(0x0E00).answer(acknowledge(0x0E00));
+  EXPECT_EQ(script_.receive(frame(0x0E00, {20, 0})), acknowledge(0x0E00));
+  EXPECT_EQ(receiver_.state().updateRate, 1);
+}
+
+TEST_F(ScriptedReceiver, SeesASettingWhoseAnswerIsAltered) {
+  script_.on(0x0E00).altered([](Bytes) { return Bytes{}; });
+  EXPECT_EQ(script_.receive(frame(0x0E00, {20, 0})), Bytes{});
+  EXPECT_EQ(receiver_.state().updateRate, 20);
+}
+
+TEST_F(ScriptedReceiver, IsAlteredByAFunctionOfItsAnswer) {
+  script_.on(0x1000).altered([](Bytes answer) {
+    answer[15] ^= 0x01;
+    return answer;
+  });
+  EXPECT_EQ(script_.receive(kRateQuery),
+            hex("A0 A1 00 02 83 10 93 0D 0A A0 A1 00 02 86 01 86 0D 0A"));
+}
+
+TEST_F(ScriptedReceiver, KeepsSilentOrRefusesByRule) {
+  script_.on(0x1000).nothing();
+  script_.on(0x6418).refusal();
+  script_.on(0x6420).answer([](const Frame& packet) { return packet.payload; });
+  EXPECT_EQ(script_.receive(kRateQuery), Bytes{});
+  EXPECT_EQ(script_.receive(frame(0x6418)), hex("A0 A1 00 02 84 64 E0 0D 0A"));
+  EXPECT_EQ(script_.receive(frame(0x6420)), hex("64 20"));
+}
+
+TEST_F(ScriptedReceiver, IsAnsweredForByTheNewestRuleThatApplies) {
+  script_.onAny().refusal();
+  script_.on(0x1000).answer(hex("01"));
+  script_.on(0x1000).nth(2).answer(hex("02"));
+  EXPECT_EQ(script_.receive(kRateQuery), hex("01"));
+  EXPECT_EQ(script_.receive(kRateQuery), hex("02"));
+  EXPECT_EQ(script_.receive(kRateQuery), hex("01"));
+  EXPECT_EQ(script_.receive(kPowerQuery), refuse(0x1500));
+}
+
+TEST_F(ScriptedReceiver, IsReplacedInSomeOccurrencesOnly) {
+  script_.on(0x1000).first(2).nothing();
+  script_.on(0x1500).nth(2).nothing();
+  EXPECT_EQ(script_.receive(kRateQuery + kRateQuery + kRateQuery), kRateAnswer);
+  EXPECT_EQ(script_.receive(kPowerQuery + kPowerQuery + kPowerQuery), kPowerAnswer + kPowerAnswer);
+}
+
+TEST_F(ScriptedReceiver, IsReplacedForOneExactPacket) {
+  script_.on(frame(0x0E00, {20, 0})).nothing();
+  EXPECT_EQ(script_.receive(frame(0x0E00, {20, 0})), Bytes{});
+  EXPECT_EQ(script_.receive(frame(0x0E00, {21, 0})), acknowledge(0x0E00));
+  EXPECT_EQ(receiver_.state().updateRate, 21);
+}
+
+TEST_F(ScriptedReceiver, IsItselfAgainWhenTheRulesAreCleared) {
+  script_.onAny().nothing();
+  script_.clear();
+  EXPECT_EQ(script_.receive(kRateQuery), kRateAnswer);
+}
+
+TEST_F(ScriptedReceiver, AnswersPacketsThatComeInPieces) {
+  Bytes answer;
+  for (const std::uint8_t byte : hex("00 A0") + kRateQuery) {
+    answer = answer + script_.receive({byte});
+  }
+  EXPECT_EQ(answer, kRateAnswer);
+}
+
+TEST_F(ScriptedReceiver, IsDelayed) {
+  script_.on(0x1000).after(50ms);
+  EXPECT_EQ(script_.receive(kRateQuery), Bytes{});
+  EXPECT_EQ(script_.untilNextOutput(), 50ms);
+  EXPECT_EQ(script_.tick(49ms), Bytes{});
+  EXPECT_EQ(script_.untilNextOutput(), 1ms);
+  EXPECT_EQ(script_.tick(1ms), kRateAnswer);
+  EXPECT_EQ(script_.tick(1000ms), Bytes{});
+}
+
+TEST_F(ScriptedReceiver, IsOvertakenWhileItIsDelayed) {
+  script_.on(0x1000).after(50ms);
+  EXPECT_EQ(script_.receive(kRateQuery + kPowerQuery), kPowerAnswer);
+  EXPECT_EQ(script_.tick(50ms), kRateAnswer);
+}
+
+TEST_F(ScriptedReceiver, IsCutIntoPieces) {
+  script_.on(0x1000).answer(hex("01 02 03 04 05")).inPieces(2, 10ms);
+  EXPECT_EQ(script_.receive(kRateQuery), hex("01 02"));
+  EXPECT_EQ(script_.tick(10ms), hex("03 04"));
+  EXPECT_EQ(script_.tick(9ms), Bytes{});
+  EXPECT_EQ(script_.tick(1ms), hex("05"));
+  EXPECT_EQ(script_.tick(1000ms), Bytes{});
+}
+
+TEST_F(ScriptedReceiver, IsDelayedAndCutIntoPieces) {
+  script_.on(0x1000).answer(hex("01 02 03")).after(5ms).inPieces(1, 10ms);
+  EXPECT_EQ(script_.receive(kRateQuery), Bytes{});
+  EXPECT_EQ(script_.tick(5ms), hex("01"));
+  EXPECT_EQ(script_.tick(25ms), hex("02 03"));
+}
+
+TEST_F(ScriptedReceiver, StillSendsItsOwnOutput) {
+  receiver_.change([](State& state) { state.outputType = OutputType::Binary; });
+  receiver_.talkFromTheStart();
+  EXPECT_EQ(script_.untilNextOutput(), 1000ms);
+  EXPECT_EQ(script_.tick(1000ms).size(), 66U);
+}
+
+TEST(Script, IsSilentWithNothingBehindIt) {
+  Script script;
+  EXPECT_EQ(script.receive(kRateQuery), Bytes{});
+  EXPECT_EQ(script.tick(10000ms), Bytes{});
+  EXPECT_EQ(script.untilNextOutput(), Device::kNever);
+  script.on(0x1000).answer(kGarbage);
+  EXPECT_EQ(script.receive(kRateQuery), kGarbage);
+}
+
+TEST(Script, TakesARuleIntoForceWhenItIsWhole) {
+  Script script;
+  {
+    Script::Rule rule = script.on(0x1000);
+    rule.answer(kGarbage);
+    EXPECT_EQ(script.receive(kRateQuery), Bytes{});
+  }
+  EXPECT_EQ(script.receive(kRateQuery), kGarbage);
+}
+
+}  // namespace
+}  // namespace orb::sim::test

@@ -1,0 +1,57 @@
+#include "stable_link.h"
+
+#include <gtest/gtest.h>
+
+#include <fstream>
+
+#include "orb-sim/pty_line.h"
+#include "orb-sim/receiver.h"
+#include "temporary_folder.h"
+
+namespace orb::sim::test {
+namespace {
+
+namespace fs = std::filesystem;
+
+class StableLinkTo : public testing::Test {
+ protected:
+  TemporaryFolder folder_;
+  const fs::path link_ = folder_.path() / "tty_gps";
+};
+
+TEST_F(StableLinkTo, ThePtyLivesAsLongAsTheLine) {
+  Receiver receiver;
+  {
+    const PtyLine line(receiver, link_);
+    EXPECT_EQ(fs::read_symlink(link_), line.path());
+  }
+  EXPECT_TRUE(fs::is_empty(folder_.path()));
+}
+
+TEST_F(StableLinkTo, SomethingElseIsReplaced) {
+  fs::create_symlink("/nonexistent", link_);
+  const StableLink link(link_, "/dev/null");
+  EXPECT_EQ(fs::read_symlink(link_), "/dev/null");
+}
+
+TEST_F(StableLinkTo, AFileIsNeverReplaced) {
+  std::ofstream(link_) << "precious";
+  EXPECT_THROW(StableLink(link_, "/dev/null"), fs::filesystem_error);
+  EXPECT_TRUE(fs::is_regular_file(link_));
+}
+
+TEST_F(StableLinkTo, NoWhereIsMadeInAFolderThatIsMissing) {
+  EXPECT_THROW(StableLink(folder_.path() / "missing" / "link", "/dev/null"), fs::filesystem_error);
+}
+
+TEST_F(StableLinkTo, AnothersTargetIsLeftAlone) {
+  {
+    const StableLink link(link_, "/dev/null");
+    fs::remove(link_);
+    fs::create_symlink("/dev/zero", link_);
+  }
+  EXPECT_EQ(fs::read_symlink(link_), "/dev/zero");
+}
+
+}  // namespace
+}  // namespace orb::sim::test

@@ -1,0 +1,28 @@
+#ifndef ORB_TESTS_SIMULATOR_HEX_H
+#define ORB_TESTS_SIMULATOR_HEX_H
+
+#include <sstream>
+#include <string>
+
+#include "orb-sim/bytes.h"
+
+namespace orb::sim::test {
+
+/// The bytes that a text like "A0 A1 00 02" names.
+inline Bytes hex(const std::string& text) {
+  std::istringstream stream(text);
+  Bytes bytes;
+  for (unsigned int byte = 0; stream >> std::hex >> byte;) {
+    bytes.push_back(static_cast<std::uint8_t>(byte));
+  }
+  return bytes;
+}
+
+inline Bytes operator+(Bytes left, const Bytes& right) {
+  left.insert(left.end(), right.begin(), right.end());
+  return left;
+}
+
+}  // namespace orb::sim::test
+
+#endif  // ORB_TESTS_SIMULATOR_HEX_H

@@ -1,0 +1,185 @@
+#include "navigation.h"
+
+#include <gtest/gtest.h>
+
+#include "hex.h"
+#include "orb-sim/receiver.h"
+
+namespace orb::sim::test {
+namespace {
+
+using std::chrono::milliseconds;
+using std::chrono::seconds;
+
+const char* const kGga =
+    "$GNGGA,000100.000,4822.2740,N,01134.0734,E,1,09,0.9,475.9,M,44.2,M,,*44\r\n";
+const char* const kRmc =
+    "$GNRMC,000100.000,A,4822.2740,N,01134.0734,E,000.0,000.0,080224,,,A*77\r\n";
+
+const Bytes kIntervalQuery = hex("A0 A1 00 02 64 30 54 0D 0A");
+const Bytes kIntervalAnswer = hex("A0 A1 00 02 83 64 E7 0D 0A A0 A1 00 03 64 98 01 FD 0D 0A");
+
+/// On the equator, on the prime meridian, on the ellipsoid.
+State atTheOrigin() {
+  State state;
+  state.navigation.latitude = 0;
+  state.navigation.longitude = 0;
+  state.navigation.ellipsoidAltitude = 0;
+  return state;
+}
+
+const Bytes kAtTheOrigin = hex(
+    "A0 A1 00 3B A8 02 09 08 FC 02 0F 76 78 00 00 00 00 00 00 00 00 00 00 00 00 00 00 B9 E6 00 B4 "
+    "00 A0 00 5A 00 82 00 55 26 04 43 C4 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 "
+    "00 37 0D 0A");
+
+std::string text(const Bytes& bytes) { return {bytes.begin(), bytes.end()}; }
+
+/// A receiver that has been spoken to.
+class TalkingReceiver : public testing::Test {
+ protected:
+  void choose(OutputType type) {
+    receiver_.receive(frame(0x0900, {static_cast<std::uint8_t>(type), 0}));
+  }
+
+  /// Its output over so many milliseconds, one tick each, one entry for each tick with output.
+  std::vector<Bytes> outputOver(int ticks) {
+    std::vector<Bytes> output;
+    for (; ticks > 0; --ticks) {
+      if (Bytes bytes = receiver_.tick(milliseconds(1)); !bytes.empty()) {
+        output.push_back(std::move(bytes));
+      }
+    }
+    return output;
+  }
+
+  Receiver receiver_{atTheOrigin()};
+};
+
+TEST(NavigationData, ReportsTheSolution) { EXPECT_EQ(navigationData(atTheOrigin()), kAtTheOrigin); }
+
+TEST(NavigationData, ReportsNegativeValuesAsTwosComplement) {
+  State state;
+  state.time = {0, milliseconds(0), 18, 7};
+  state.navigation = {0, 0, -900000000, 0, -100, -200, {1, 2, 3, 4, 5}};
+  // The south pole, one metre under the ellipsoid.
+  EXPECT_EQ(navigationData(state),
+            hex("A0 A1 00 3B A8 00 00 00 00 00 00 00 00 CA 5B 17 00 00 00 00 00 FF FF FF 9C FF FF "
+                "FF 38 00 01 00 02 00 03 00 04 00 05 00 00 00 00 00 00 00 00 DA 1C 5E 05 00 00 00 "
+                "00 00 00 00 00 00 00 00 00 16 0D 0A"));
+}
+
+TEST(NmeaSentence, EndsWithItsChecksum) {
+  EXPECT_EQ(nmeaSentence("GPGLL"), "$GPGLL*50\r\n");
+  EXPECT_EQ(nmeaSentence(""), "$*00\r\n");
+}
+
+TEST(NmeaSentences, ReportTheSolution) {
+  EXPECT_EQ(nmeaSentences(State{}, 1), std::string(kGga) + kRmc);
+}
+
+TEST(NmeaSentences, ReportSouthWestAndNoFix) {
+  State state;
+  state.time = {1042, milliseconds(518412500), 13, 7};
+  state.navigation = {0, 0, -101, -1799999999, -1000, -1200, {0, 0, 9990, 0, 0}};
+  state.constellations = 0x01;
+  EXPECT_EQ(nmeaSentences(state, 1),
+            "$GPGGA,235959.500,0000.0006,S,17959.9999,W,0,00,99.9,-12.0,M,2.0,M,,*46\r\n"
+            "$GPRMC,235959.500,V,0000.0006,S,17959.9999,W,000.0,000.0,311299,,,N*79\r\n");
+}
+
+TEST(NmeaSentences, NameTheConstellationInUse) {
+  const auto talker = [](std::uint16_t constellations) {
+    State state;
+    state.constellations = constellations;
+    return nmeaSentences(state, 1).substr(1, 2);
+  };
+  EXPECT_EQ(talker(0x01), "GP");
+  EXPECT_EQ(talker(0x02), "GL");
+  EXPECT_EQ(talker(0x04), "GA");
+  EXPECT_EQ(talker(0x08), "GB");
+  EXPECT_EQ(talker(0x0F), "GN");
+}
+
+TEST(NmeaSentences, FollowTheirIntervals) {
+  State state;
+  state.nmeaIntervals = {2, 0, 0, 0, 3};
+  EXPECT_EQ(nmeaSentences(state, 1), "");
+  EXPECT_EQ(nmeaSentences(state, 2), kGga);
+  EXPECT_EQ(nmeaSentences(state, 3), kRmc);
+  EXPECT_EQ(nmeaSentences(state, 6), std::string(kGga) + kRmc);
+  state.nmeaIntervals = {};
+  EXPECT_EQ(nmeaSentences(state, 6), "");
+}
+
+TEST(Receiver, IsSilentUntilItHasAnsweredSomething) {
+  Receiver receiver;
+  EXPECT_EQ(receiver.untilNextOutput(), Device::kNever);
+  EXPECT_EQ(receiver.tick(seconds(60)), Bytes{});
+  receiver.receive(hex("12 34"));
+  EXPECT_EQ(receiver.tick(seconds(60)), Bytes{});
+  receiver.receive(kIntervalQuery);
+  EXPECT_EQ(receiver.untilNextOutput(), milliseconds(1000));
+  EXPECT_NE(receiver.tick(seconds(1)), Bytes{});
+}
+
+TEST(Receiver, TalksFromTheStartWhenTold) {
+  State state;
+  state.time.timeOfWeek -= seconds(1);
+  Receiver receiver(state);
+  receiver.talkFromTheStart();
+  EXPECT_EQ(text(receiver.tick(seconds(1))), std::string(kGga) + kRmc);
+}
+
+TEST_F(TalkingReceiver, SendsNavigationDataWhileTheOutputIsBinary) {
+  choose(OutputType::Binary);
+  EXPECT_EQ(outputOver(999), std::vector<Bytes>{});
+  const Bytes data = receiver_.tick(milliseconds(1));
+  EXPECT_EQ(data, navigationData(receiver_.state()));
+  EXPECT_EQ(data.size(), 66U);
+}
+
+TEST_F(TalkingReceiver, SendsNothingWhileTheOutputIsNone) {
+  choose(OutputType::None);
+  EXPECT_EQ(outputOver(3000), std::vector<Bytes>{});
+  choose(OutputType{7});
+  EXPECT_EQ(outputOver(3000), std::vector<Bytes>{});
+}
+
+TEST_F(TalkingReceiver, SendsAtTheUpdateRate) {
+  choose(OutputType::Binary);
+  receiver_.receive(frame(0x0E00, {20, 0}));
+  EXPECT_EQ(receiver_.untilNextOutput(), milliseconds(50));
+  EXPECT_EQ(outputOver(1000).size(), 20U);
+  receiver_.receive(frame(0x0E00, {0, 0}));
+  EXPECT_EQ(receiver_.untilNextOutput(), Device::kNever);
+  EXPECT_EQ(outputOver(3000).size(), 0U);
+}
+
+TEST_F(TalkingReceiver, SendsEveryEpochOfALongTick) {
+  choose(OutputType::Binary);
+  const std::vector<Frame> frames = FrameReader().push(receiver_.tick(seconds(5)));
+  ASSERT_EQ(frames.size(), 5U);
+  // Time of week in hundredths of a second.
+  EXPECT_EQ(frames[0].packet()[9 + 3], 0x78 + 100);
+  EXPECT_EQ(frames[4].packet()[9 + 3], (0x78 + 500) & 0xFF);
+}
+
+TEST_F(TalkingReceiver, SendsNavigationDataAtTheirInterval) {
+  choose(OutputType::Binary);
+  receiver_.receive(frame(0x642F, {3, 0}));
+  EXPECT_EQ(outputOver(9000).size(), 3U);
+  receiver_.receive(frame(0x642F, {0, 0}));
+  EXPECT_EQ(outputOver(9000).size(), 0U);
+}
+
+TEST_F(TalkingReceiver, SendsNavigationDataPromptlyWhenTheirIntervalIsQueried) {
+  EXPECT_EQ(receiver_.receive(kIntervalQuery), kIntervalAnswer);
+  choose(OutputType::Binary);
+  EXPECT_EQ(receiver_.receive(kIntervalQuery), kIntervalAnswer + kAtTheOrigin);
+  choose(OutputType::None);
+  EXPECT_EQ(receiver_.receive(kIntervalQuery), kIntervalAnswer);
+}
+
+}  // namespace
+}  // namespace orb::sim::test
