@@ -5,7 +5,8 @@ ORB_BUILD_PACKAGES="g++ cmake ninja-build pkg-config libsystemd-dev libtomlplusp
   libcli11-dev dbus-daemon"
 
 # What testing it takes besides.
-ORB_TEST_PACKAGES="clang binutils diffutils libgtest-dev libgmock-dev libtinyxml2-dev python3"
+ORB_TEST_PACKAGES="bash binutils clang dbus-bin diffutils libclang-rt-dev libgmock-dev libgtest-dev
+  libtinyxml2-dev procps python3"
 
 is_installed() {
   [ "$(dpkg-query --show --showformat='${db:Status-Status}' "$1" 2>/dev/null)" = installed ]
