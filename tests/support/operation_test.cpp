@@ -3,6 +3,7 @@
 #include <dlfcn.h>
 #include <termios.h>
 
+#include <cerrno>
 #include <chrono>
 #include <cstdio>
 #include <ctime>
@@ -23,63 +24,58 @@ constexpr int kLooksAWait = 10;
 constexpr int kWaits = 50;  // more than any operation has
 constexpr std::chrono::milliseconds kChatterInterval = 2ms;
 
-/// The serial line's events of one call, as they come.
-class LineTrace {
- public:
-  explicit LineTrace(ReceiverOnTty& gps) : gps_(gps) { current = this; }
-  LineTrace(const LineTrace&) = delete;
-  LineTrace& operator=(const LineTrace&) = delete;
-  ~LineTrace() { current = nullptr; }
-
-  void note(const std::string& event) {
-    notePackets();
-    events_.push_back(event);
-  }
-
-  std::vector<std::string> events() {
-    notePackets();
-    return std::exchange(events_, {});
-  }
-
-  // Of the thread that calls the driver: the line's own thread is not watched.
-  static thread_local LineTrace* current;
-
- private:
-  void notePackets() {
-    if (const std::string sent = gps_.sent(); !sent.empty()) {
-      events_.push_back(sent);
-    }
-  }
-
-  ReceiverOnTty& gps_;
-  std::vector<std::string> events_;
-};
-
-thread_local LineTrace* LineTrace::current = nullptr;
-
 std::ptrdiff_t openFiles() {
   const std::filesystem::directory_iterator descriptors("/proc/self/fd");
   return std::distance(begin(descriptors), end(descriptors));
 }
 
-void noteOpen() {
-  if (LineTrace::current != nullptr) {
-    LineTrace::current->note("open");
-  }
-}
-
-bool noteWait(const timespec& duration) {
-  if (LineTrace::current == nullptr) {
-    return false;
-  }
+std::string waitEvent(const timespec& duration) {
   const auto time =
       std::chrono::seconds(duration.tv_sec) + std::chrono::nanoseconds(duration.tv_nsec);
-  LineTrace::current->note(time % 1ms == 0ms ? "wait " + std::to_string(time / 1ms) + " ms"
-                                             : "wait " + std::to_string(time / 1ns) + " ns");
-  return true;
+  return time % 1ms == 0ms ? "wait " + std::to_string(time / 1ms) + " ms"
+                           : "wait " + std::to_string(time / 1ns) + " ns";
 }
 
+// Takes down an event of the thread that calls the driver; the line's own thread is not watched.
+thread_local std::function<void(const std::string&)> noteEvent;
+
 }  // namespace
+
+/// The serial line's events of one call, as they come.
+class OperationTest::LineTrace {
+ public:
+  explicit LineTrace(OperationTest& test) : test_(test) {
+    noteEvent = [this](const std::string& event) { note(event); };
+  }
+  LineTrace(const LineTrace&) = delete;
+  LineTrace& operator=(const LineTrace&) = delete;
+  ~LineTrace() { noteEvent = nullptr; }
+
+  std::vector<std::string> events() {
+    notePackets();
+    return events_;
+  }
+
+ private:
+  void note(const std::string& event) {
+    notePackets();
+    events_.push_back(event);
+    for (Trigger& trigger : test_.triggers_) {
+      if (trigger.event == event && --trigger.countdown == 0) {
+        trigger.action();
+      }
+    }
+  }
+
+  void notePackets() {
+    if (const std::string sent = test_.sent(); !sent.empty()) {
+      events_.push_back(sent);
+    }
+  }
+
+  OperationTest& test_;
+  std::vector<std::string> events_;
+};
 
 std::ostream& operator<<(std::ostream& out, const Observed& observed) {
   out << "\n  result " << observed.result << "\n  outputs {" << observed.outputs
@@ -91,16 +87,16 @@ std::ostream& operator<<(std::ostream& out, const Observed& observed) {
   return out;
 }
 
-Observed OperationTest::observe(const Call& call) {
+Observed OperationTest::observe(orbController_QN4470T01& driver, const Call& call) {
   const std::size_t logged = contentOf(files_.errorLog).size();
   const std::ptrdiff_t openBefore = openFiles();
   std::fflush(stdout);
   CapturedOutput standardOutput(1);
   CapturedOutput standardError(2);
-  LineTrace trace(gps_);
+  LineTrace trace(*this);
   const std::ptrdiff_t openOwn = openFiles() - openBefore;
 
-  const Outcome outcome = call(driver_);
+  const Outcome outcome = call(driver);
 
   std::fflush(stdout);
   EXPECT_EQ(openFiles() - openOwn, openBefore) << "a file is left open";
@@ -112,7 +108,13 @@ Observed OperationTest::observe(const Call& call) {
           trace.events()};
 }
 
-void OperationTest::unplug() { std::filesystem::remove(files_.tty); }
+void OperationTest::when(std::string event, int nth, std::function<void()> action) {
+  triggers_.push_back({std::move(event), nth, std::move(action)});
+}
+
+void OperationTest::unplug() { std::filesystem::rename(files_.tty, unplugged_); }
+
+void OperationTest::plugIn() { std::filesystem::rename(unplugged_, files_.tty); }
 
 void OperationTest::letWaitsEnd() {
   std::vector<int> looks;
@@ -145,14 +147,18 @@ void OperationTest::stayWithinTheLimit() {
 #define ORB_TEST_REPLACEMENT extern "C" __attribute__((visibility("default")))
 
 ORB_TEST_REPLACEMENT int tcsetattr(int descriptor, int when, const termios* settings) noexcept {
-  orb::test::noteOpen();
+  if (orb::test::noteEvent) {
+    orb::test::noteEvent("open");
+  }
   static auto* const real = reinterpret_cast<decltype(&::tcsetattr)>(dlsym(RTLD_NEXT, "tcsetattr"));
   return real(descriptor, when, settings);
 }
 
 ORB_TEST_REPLACEMENT int nanosleep(const timespec* duration, timespec* rest) {
-  if (orb::test::noteWait(*duration)) {
+  if (orb::test::noteEvent) {
+    orb::test::noteEvent(orb::test::waitEvent(*duration));
     return 0;
   }
-  return ::clock_nanosleep(CLOCK_MONOTONIC, 0, duration, rest) == 0 ? 0 : -1;
+  errno = ::clock_nanosleep(CLOCK_MONOTONIC, 0, duration, rest);
+  return errno == 0 ? 0 : -1;
 }

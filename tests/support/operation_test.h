@@ -1,5 +1,6 @@
 #pragma once
 
+#include <filesystem>
 #include <functional>
 #include <ostream>
 #include <sstream>
@@ -66,8 +67,12 @@ class OperationTest : public ReceiverTest {
  protected:
   OperationTest() { gps_.script.onAny().nothing(); }
 
-  /// Calls the driver and watches it. Fails the test if the call leaves a file open.
-  Observed observe(const Call& call);
+  /// Calls a driver and watches it. Fails the test if the call leaves a file open.
+  Observed observe(orbController_QN4470T01& driver, const Call& call);
+  Observed observe(const Call& call) { return observe(driver_, call); }
+
+  /// As soon as `event` has been noted for the n-th time of a call, `action` is done.
+  void when(std::string event, int nth, std::function<void()> action);
 
   /// The answer to this packet.
   sim::Script::Rule onPacket(const std::string& packet) { return gps_.script.on(bytes(packet)); }
@@ -75,8 +80,9 @@ class OperationTest : public ReceiverTest {
   /// From now on the receiver model answers what the script has no rule for.
   void connectReceiver() { gps_.script.clear(); }
 
-  /// The device is gone.
+  /// The device is gone, or there again.
   void unplug();
+  void plugIn();
 
   /// Harmless bytes flow, and each wait for a reply that does not come is taken to its limit of
   /// five seconds by the clock, which stays below the limit for a while before.
@@ -89,6 +95,18 @@ class OperationTest : public ReceiverTest {
   void stayWithinTheLimit();
 
   StampedDriver driver_;
+
+ private:
+  struct Trigger {
+    std::string event;
+    int countdown;
+    std::function<void()> action;
+  };
+
+  class LineTrace;
+
+  const std::filesystem::path unplugged_ = files_.folder / "tty_unplugged";
+  std::vector<Trigger> triggers_;
 };
 
 }  // namespace orb::test
