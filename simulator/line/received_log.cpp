@@ -7,7 +7,7 @@ namespace orb::sim {
 void ReceivedLog::add(const Bytes& bytes, PtyLine::Clock::time_point at) {
   {
     const std::lock_guard lock(mutex_);
-    bytes_.insert(bytes_.end(), bytes.begin(), bytes.end());
+    append(bytes_, bytes);
     for (Frame& frame : reader_.push(bytes)) {
       packets_.push_back({std::move(frame), at});
     }

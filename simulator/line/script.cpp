@@ -4,15 +4,7 @@
 #include <utility>
 
 namespace orb::sim {
-namespace {
-
 using std::chrono::milliseconds;
-
-void append(Bytes& bytes, const Bytes& more) {
-  bytes.insert(bytes.end(), more.begin(), more.end());
-}
-
-}  // namespace
 
 Script::Rule Script::on(std::uint16_t id) {
   return Rule(*this, [id](const Frame& frame) { return frame.id() == id; });

@@ -50,7 +50,7 @@ PtyLine::Server::~Server() {
 void PtyLine::Server::send(const Bytes& bytes) {
   {
     const std::lock_guard lock(mutex_);
-    outgoing_.insert(outgoing_.end(), bytes.begin(), bytes.end());
+    append(outgoing_, bytes);
   }
   wake();
 }
@@ -131,7 +131,7 @@ void PtyLine::Server::serveClient() {
   const Bytes answer = device_.receive(bytes);
   log_.add(bytes, now);
   const std::lock_guard lock(mutex_);
-  outgoing_.insert(outgoing_.end(), answer.begin(), answer.end());
+  append(outgoing_, answer);
 }
 
 void PtyLine::Server::chatter() {
@@ -149,7 +149,7 @@ void PtyLine::Server::chatter() {
 void PtyLine::Server::offer(const Bytes& bytes) {
   const std::lock_guard lock(mutex_);
   if (!full_) {
-    outgoing_.insert(outgoing_.end(), bytes.begin(), bytes.end());
+    append(outgoing_, bytes);
   }
 }
 

@@ -54,7 +54,7 @@ Bytes Frame::packet() const {
   }
   const auto length = static_cast<std::uint16_t>(payload.size());
   Bytes packet{kStart1, kStart2, highByte(length), lowByte(length)};
-  packet.insert(packet.end(), payload.begin(), payload.end());
+  append(packet, payload);
   packet.insert(packet.end(), {checksum(payload.begin(), payload.end()), kEnd1, kEnd2});
   return packet;
 }
@@ -64,7 +64,7 @@ Bytes frame(std::uint16_t id, const Bytes& body) {
   if (hasSubId(highByte(id))) {
     frame.payload.push_back(lowByte(id));
   }
-  frame.payload.insert(frame.payload.end(), body.begin(), body.end());
+  append(frame.payload, body);
   return frame.packet();
 }
 
@@ -73,7 +73,7 @@ Bytes acknowledge(std::uint16_t id) { return Frame{{kAcknowledged, highByte(id)}
 Bytes refuse(std::uint16_t id) { return Frame{{kRefused, highByte(id)}}.packet(); }
 
 std::vector<Frame> FrameReader::push(const Bytes& bytes) {
-  pending_.insert(pending_.end(), bytes.begin(), bytes.end());
+  append(pending_, bytes);
   return scan(0);
 }
 

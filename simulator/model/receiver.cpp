@@ -13,10 +13,6 @@ using std::chrono::milliseconds;
 
 constexpr milliseconds kWeek = std::chrono::hours{7 * 24};
 
-void append(Bytes& bytes, const Bytes& more) {
-  bytes.insert(bytes.end(), more.begin(), more.end());
-}
-
 /// Keeps the setting and its attribute byte, the last of the body.
 void store(State& state, const Setting& setting, const Bytes& body) {
   BodyReader reader(body);

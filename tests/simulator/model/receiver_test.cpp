@@ -2,6 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <array>
+#include <random>
+
 #include "hex.h"
 
 namespace orb::sim::test {
@@ -182,6 +186,36 @@ TEST(Receiver, DoesNotSurveyInOtherTimingModes) {
   EXPECT_EQ(receiver.state().surveyed, milliseconds(0));
   EXPECT_EQ(receiver.state().runningTimingMode(), TimingMode::Dynamic);
 }
+
+class ReceiverOnRandomBytes : public testing::TestWithParam<unsigned int> {};
+
+TEST_P(ReceiverOnRandomBytes, StillAnswers) {
+  std::mt19937 random(GetParam());
+  const auto byte = [&] { return static_cast<std::uint8_t>(random()); };
+  Receiver receiver;
+  constexpr std::array<std::uint16_t, 8> kKnown{0x0100, 0x0400, 0x2A00, 0x5400,
+                                                0x6201, 0x6402, 0x6419, 0x6501};
+  for (int i = 0; i < 20000; ++i) {
+    // Known and unknown messages with bodies of any length, a third of them damaged.
+    const auto id =
+        random() % 2 == 0 ? kKnown[random() % kKnown.size()] : static_cast<std::uint16_t>(random());
+    Bytes body(random() % 40);
+    std::generate(body.begin(), body.end(), byte);
+    Bytes packet = frame(id, body);
+    if (random() % 3 == 0) {
+      packet[random() % packet.size()] = byte();
+    }
+    receiver.receive(packet);
+  }
+  receiver.tick(Receiver::kFrameTimeout);
+  receiver.change([](State& state) { state.updateRate = 1; });
+  const Bytes answer = receiver.receive(kRateQuery);
+  EXPECT_EQ(Bytes(answer.end() - static_cast<std::ptrdiff_t>(kRateAnswer.size()), answer.end()),
+            kRateAnswer);
+  EXPECT_GT(receiver.readerCounts().frames, 10000U);
+}
+
+INSTANTIATE_TEST_SUITE_P(Seeds, ReceiverOnRandomBytes, testing::Range(1U, 5U));
 
 }  // namespace
 }  // namespace orb::sim::test
