@@ -4,6 +4,7 @@
 #include <utility>
 
 namespace orb::sim {
+
 using std::chrono::milliseconds;
 
 Script::Rule Script::on(std::uint16_t id) {
