@@ -58,12 +58,12 @@ class ORB_GNSS_EXPORT ORBControlInterface {
   virtual unsigned int forceRestart(unsigned short mode) = 0;
   /// Applies the configuration of a timing receiver in seven steps, each also after a failure:
   /// setAntennaDelay(28), setGnssSystem(0x4D), setMinCNo(0), setElevationLimit(10),
-  /// setDynamicModel(1, 1), setSurveyAuto() and configureSBAS(). Returns their results OR-ed, after
-  /// at least 1.6 s.
+  /// setDynamicModel(1, 1), setSurveyAuto() and configureSBAS(). Returns their results OR-ed. The
+  /// waits alone take 1.6 s.
   virtual unsigned int setDefaultConfiguration() = 0;
   /// Applies the application's settings in four steps, each also after a failure: configureSBAS(),
   /// setDynamicModel(8, 2), setUtcStandardAuto() and gpsObtSetMsgType("NMEA"). Returns their
-  /// results OR-ed, after at least 0.3 s.
+  /// results OR-ed. The waits alone take 0.3 s.
   virtual unsigned int setApplicationDefaults() = 0;
   /// Does nothing and returns 0; orbController::setAntennaPower() switches the antenna's supply.
   virtual unsigned int turnOff() = 0;
