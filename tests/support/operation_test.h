@@ -71,7 +71,7 @@ class OperationTest : public ReceiverTest {
   Observed observe(orbController_QN4470T01& driver, const Call& call);
   Observed observe(const Call& call) { return observe(driver_, call); }
 
-  /// As soon as `event` has been noted for the n-th time of a call, `action` is done.
+  /// As soon as `event` has been noted for the n-th time from now on, `action` is done.
   void when(std::string event, int nth, std::function<void()> action);
 
   /// The answer to this packet.
