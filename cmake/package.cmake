@@ -15,6 +15,8 @@ install(EXPORT orb-gnss-targets
   NAMESPACE orb-gnss::
   DESTINATION ${ORB_CMAKE_DIR} COMPONENT development)
 
+# The prefix is found from the file's own place, so that an installed tree can be moved.
+file(RELATIVE_PATH PC_PREFIX ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})
 configure_file(cmake/orb-gnss.pc.in ${PROJECT_BINARY_DIR}/orb-gnss.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/orb-gnss.pc
   DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT development)

@@ -6,7 +6,7 @@ using orb::Command;
 using orb::CommandExchange;
 using orb::Reply;
 namespace message_id = orb::message_id;
-using namespace std::chrono_literals;
+using std::chrono::milliseconds;
 
 namespace {
 
@@ -40,8 +40,9 @@ unsigned int orbController_QN4470T01::gpsObtGnssConfigure(unsigned short mask) {
   const unsigned short wanted = toReceiverMask(mask);
   unsigned short kept = 0;
   return exchange().configure(
-      Command(message_id::kConfigureConstellations, 5).u16(wanted).u8(attribute_), 100ms,
-      [&] { return gpsObtGetGnssConfigure(kept); }, [&] { return kept == wanted; });
+      Command(message_id::kConfigureConstellations, 5).u16(wanted).u8(attribute_),
+      milliseconds(100), [&] { return gpsObtGetGnssConfigure(kept); },
+      [&] { return kept == wanted; });
 }
 
 // Adds to what the caller's mask holds.
@@ -81,7 +82,8 @@ unsigned int orbController_QN4470T01::gpsObtSbasConfigure(bool enable) {
           .u8(3)
           .u8(7)
           .u8(attribute_),
-      100ms, [&] { return gpsObtGetSbasConfigure(kept); }, [&] { return kept == enable; });
+      milliseconds(100), [&] { return gpsObtGetSbasConfigure(kept); },
+      [&] { return kept == enable; });
 }
 
 unsigned int orbController_QN4470T01::configureSBAS() { return gpsObtSbasConfigure(false); }
@@ -94,7 +96,7 @@ unsigned int orbController_QN4470T01::gpsObtGetQzssConfigure(bool& enabled) {
 unsigned int orbController_QN4470T01::gpsObtQzssConfigure(bool enable) {
   bool kept = false;
   return exchange().configure(
-      Command(message_id::kConfigureQzss, 5).u8(enable).u8(3).u8(attribute_), 100ms,
+      Command(message_id::kConfigureQzss, 5).u8(enable).u8(3).u8(attribute_), milliseconds(100),
       [&] { return gpsObtGetQzssConfigure(kept); }, [&] { return kept == enable; });
 }
 
@@ -109,6 +111,6 @@ unsigned int orbController_QN4470T01::gpsObtL2BandConfigure(bool enable) {
   }
   bool kept = false;
   return exchange().configure(
-      Command(message_id::kConfigureSecondBand, 4).u8(enable).u8(attribute_), 50ms,
+      Command(message_id::kConfigureSecondBand, 4).u8(enable).u8(attribute_), milliseconds(50),
       [&] { return gpsObtGetL2BandConfigure(kept); }, [&] { return kept == enable; });
 }

@@ -6,7 +6,6 @@ using orb::Command;
 using orb::CommandExchange;
 using orb::Reply;
 namespace message_id = orb::message_id;
-using namespace std::chrono_literals;
 
 namespace {
 

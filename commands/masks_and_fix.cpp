@@ -9,7 +9,7 @@ using orb::Command;
 using orb::CommandExchange;
 using orb::Reply;
 namespace message_id = orb::message_id;
-using namespace std::chrono_literals;
+using std::chrono::milliseconds;
 
 namespace {
 
@@ -153,7 +153,7 @@ unsigned int orbController_QN4470T01::updateCnrMask(unsigned char cnr) {
     return query;
   }
   unsigned int result = gpsObtElevConfigure(kElevationCnrMaskMode, elevation, cnr);
-  wait(800ms);
+  wait(milliseconds(800));
   unsigned int keptCnr = 0;
   result |= gpsOrbGetElevConfigure(mode, elevation, keptCnr);
   // A mismatch outweighs whatever else went wrong.
@@ -184,6 +184,6 @@ unsigned int orbController_QN4470T01::updateElevationMask(unsigned char limit) {
   if (query != orb::kSucceeded) {
     return query;
   }
-  wait(100ms);
+  wait(milliseconds(100));
   return gpsObtElevConfigure(kElevationCnrMaskMode, limit, cnr);
 }

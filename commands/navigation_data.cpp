@@ -52,7 +52,7 @@ unsigned int orbController_QN4470T01::getNavsolution(std::string /*key*/, std::s
   return gpsObtGetMsgUserNavDataBinary(solution);
 }
 
-// Its failures are reported in a way of its own, on which clients rely.
+// Reports its failures in a way of its own: a failed send not at all, a missing reply as one.
 unsigned int orbController_QN4470T01::getNofSatellitesInNavSol(unsigned char& count) {
   Command prompt = promptNavigationData();
   orbIO channel;

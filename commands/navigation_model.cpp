@@ -10,7 +10,7 @@ using orb::Command;
 using orb::CommandExchange;
 using orb::Reply;
 namespace message_id = orb::message_id;
-using namespace std::chrono_literals;
+using std::chrono::milliseconds;
 
 namespace {
 
@@ -70,7 +70,7 @@ unsigned int orbController_QN4470T01::gpsObtChangeDynamicMode(obt_DynamicState_t
   const unsigned char wanted = navigationMode(model);
   obt_DynamicState_t kept = 0;
   return exchange().configure(
-      Command(message_id::kConfigureNavigationMode, 4).u8(wanted).u8(attribute_), 100ms,
+      Command(message_id::kConfigureNavigationMode, 4).u8(wanted).u8(attribute_), milliseconds(100),
       [&] { return gpsObtGetChangeDynamicMode(kept); }, [&] { return kept == wanted; });
 }
 
@@ -103,7 +103,7 @@ unsigned int orbController_QN4470T01::setDynamicModel(unsigned char model, unsig
   if (fixMode > kFixAuto) {
     return orb::kNotSupported;
   }
-  wait(100ms);
+  wait(milliseconds(100));
   const char* first = fixMode == kFix2d ? "2D" : "3D";
   const char* second = fixMode == kFix3d ? "3D" : "2D";
   return result | gpsObtFixNavConfigure(first, second);

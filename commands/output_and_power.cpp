@@ -9,7 +9,7 @@ using orb::Command;
 using orb::CommandExchange;
 using orb::Reply;
 namespace message_id = orb::message_id;
-using namespace std::chrono_literals;
+using std::chrono::milliseconds;
 
 namespace {
 
@@ -72,7 +72,7 @@ unsigned int orbController_QN4470T01::gpsOrbGetCfgRate(unsigned char& rate) {
 unsigned int orbController_QN4470T01::gpsObtSetCfgRate(unsigned char rate) {
   unsigned char kept = 0;
   const unsigned int result = exchange().configure(
-      Command(message_id::kConfigureUpdateRate, 3).u8(rate).u8(attribute_), 800ms,
+      Command(message_id::kConfigureUpdateRate, 3).u8(rate).u8(attribute_), milliseconds(800),
       [&] { return gpsOrbGetCfgRate(kept); }, [&] { return kept == rate; });
   std::printf("applyUpdateRate:%d nUpdateRate:%d\n", rate, kept);
   return result;

@@ -9,7 +9,7 @@ using orb::Command;
 using orb::CommandExchange;
 using orb::Reply;
 namespace message_id = orb::message_id;
-using namespace std::chrono_literals;
+using std::chrono::milliseconds;
 
 namespace {
 
@@ -36,7 +36,7 @@ unsigned int orbController_QN4470T01::gpsOrb1ppsOutputMode(unsigned int mode,
   unsigned int keptSource = 0;
   const unsigned int result = exchange().configure(
       Command(message_id::kConfigurePpsOutputMode, 4).u8(mode).u8(alignSource).u8(attribute_),
-      100ms, [&] { return gpsOrbGet1ppsOutputMode(keptMode, keptSource); });
+      milliseconds(100), [&] { return gpsOrbGet1ppsOutputMode(keptMode, keptSource); });
   if (result != orb::kSucceeded) {
     return result;
   }

@@ -12,7 +12,7 @@ using orb::Command;
 using orb::CommandExchange;
 using orb::Reply;
 namespace message_id = orb::message_id;
-using namespace std::chrono_literals;
+using std::chrono::milliseconds;
 
 namespace {
 
@@ -99,7 +99,7 @@ unsigned int orbController_QN4470T01::setSurveyStatic(double latitude, double lo
   timing.altitude = static_cast<float>(altitude);
   std::string kept;
   return exchange().configure(
-      configureTiming(timing, attribute_), 100ms, [&] { return getSurveyMode(kept); },
+      configureTiming(timing, attribute_), milliseconds(100), [&] { return getSurveyMode(kept); },
       [&] { return kept == surveyModeName(kStatic); });
 }
 
@@ -115,7 +115,7 @@ unsigned int orbController_QN4470T01::setSurveyAuto(unsigned int surveyLength, f
   timing.surveyLength = surveyLength;
   std::string kept;
   return exchange().configure(
-      configureTiming(timing, attribute_), 100ms, [&] { return getSurveyMode(kept); },
+      configureTiming(timing, attribute_), milliseconds(100), [&] { return getSurveyMode(kept); },
       [&] { return kept == surveyModeName(kAutoSurvey); });
 }
 
@@ -132,7 +132,7 @@ unsigned int orbController_QN4470T01::setSurveyDynamic() {
   timing.mode = kDynamic;
   std::string kept;
   const unsigned int result = exchange().configure(
-      configureTiming(timing, attribute_), 800ms, [&] { return getSurveyMode(kept); },
+      configureTiming(timing, attribute_), milliseconds(800), [&] { return getSurveyMode(kept); },
       [&] { return kept == surveyModeName(kDynamic); });
   orb::standardOutput() << "Survey Mode: " << kept << std::endl;
   return result;

@@ -12,6 +12,7 @@ CommandExchange::CommandExchange(orbController_QN4470T01& driver)
 
 CommandExchange&& CommandExchange::on(std::string device) && {
   device_ = std::move(device);
+  isDefaultDevice_ = false;
   return std::move(*this);
 }
 
@@ -27,7 +28,7 @@ unsigned int CommandExchange::send(ORBMessage& message) {
 
 unsigned int CommandExchange::ask(ORBMessage& message, ORBMessageMsgValue reply,
                                   std::unique_ptr<ORBMessage>& received) {
-  if (driver_.lentChannel_ != nullptr) {
+  if (driver_.lentChannel_ != nullptr && isDefaultDevice_) {
     return ask(*driver_.lentChannel_, message, reply, received);
   }
   orbIO channel(device_);

@@ -79,15 +79,16 @@ class CommandExchange {
   /// Lends a channel, if it is open, to the queries that the driver makes meanwhile.
   class ChannelLoan {
    public:
-    ChannelLoan(orbController_QN4470T01& driver, orbIO& channel) : driver_(driver) {
-      driver_.lentChannel_ = channel.isOpen() ? &channel : nullptr;
-    }
+    ChannelLoan(orbController_QN4470T01& driver, orbIO& channel)
+        : driver_(driver),
+          previous_(std::exchange(driver.lentChannel_, channel.isOpen() ? &channel : nullptr)) {}
     ChannelLoan(const ChannelLoan&) = delete;
     ChannelLoan& operator=(const ChannelLoan&) = delete;
-    ~ChannelLoan() { driver_.lentChannel_ = nullptr; }
+    ~ChannelLoan() { driver_.lentChannel_ = previous_; }
 
    private:
     orbController_QN4470T01& driver_;
+    orbIO* previous_;
   };
 
   unsigned int ask(ORBMessage& message, ORBMessageMsgValue reply,
@@ -99,6 +100,7 @@ class CommandExchange {
 
   orbController_QN4470T01& driver_;
   std::string device_;
+  bool isDefaultDevice_ = true;
   int timeoutSeconds_;
 };
 

@@ -14,27 +14,38 @@ namespace {
 // A receiver that is there acknowledges at once.
 constexpr int kDetectionTimeoutSeconds = 1;
 
-constexpr unsigned char kColdRestart = 1;
+constexpr unsigned char kRestartAtGpsEpoch = 1;
 constexpr unsigned char kRestartWithoutTime = 3;
 constexpr unsigned char kEmptyRestart = 4;
 
+constexpr unsigned char kSoftwareRevision = 1;
+constexpr unsigned char kResetAndRestart = 1;
 constexpr unsigned char kStoreSetting = 1;
 
+// The date and time 1980-01-06 00:00:10, then three bytes that the receiver expects.
+Command restartAtGpsEpoch() {
+  return Command(message_id::kRestartSystem, 15)
+      .u8(kRestartAtGpsEpoch)
+      .u16(1980)
+      .u8(1)
+      .u8(6)
+      .u8(0)
+      .u8(0)
+      .u8(10)
+      .u8(0x0E)
+      .u8(0xA3)
+      .u8(0x31);
+}
+
 Command restartCommand(unsigned char mode) {
-  Command command(message_id::kRestartSystem, 15);
   switch (mode) {
-    case kColdRestart:
-      // Date and time 1980-01-06 00:00:10, then three bytes that the receiver expects.
-      std::move(command).u8(mode).u16(1980).u8(1).u8(6).u8(0).u8(0).u8(10).u8(0x0E).u8(0xA3).u8(
-          0x31);
-      break;
+    case kRestartAtGpsEpoch:
+      return restartAtGpsEpoch();
     case kRestartWithoutTime:
-      std::move(command).u8(mode);
-      break;
+      return Command(message_id::kRestartSystem, 15).u8(mode);
     default:
-      break;  // The body stays all zero, without the mode.
+      return Command(message_id::kRestartSystem, 15);  // without the mode
   }
-  return command;
 }
 
 unsigned char baudCode(unsigned int baud) {
@@ -66,7 +77,8 @@ unsigned int orbController_QN4470T01::gpsObtChipDetect(std::string device) {
   exchange()
       .on(std::move(device))
       .within(kDetectionTimeoutSeconds)
-      .query(Command(message_id::kQueryRevision, 2).u8(1), message_id::kAcknowledged,
+      .query(Command(message_id::kQueryRevision, 2).u8(kSoftwareRevision),
+             message_id::kAcknowledged,
              [&](const Reply& reply) { present = reply.u8(1) == kQueryRevisionId; });
   return present ? 1 : 0;
 }
@@ -95,7 +107,7 @@ unsigned int orbController_QN4470T01::gpsObtSetUartPort(unsigned char port, unsi
 }
 
 unsigned int orbController_QN4470T01::gpsObtSetFactoryDefaults() {
-  return exchange().send(Command(message_id::kSetFactoryDefaults, 2).u8(1));
+  return exchange().send(Command(message_id::kSetFactoryDefaults, 2).u8(kResetAndRestart));
 }
 
 unsigned int orbController_QN4470T01::resetorbitekDefaults() { return gpsObtSetFactoryDefaults(); }

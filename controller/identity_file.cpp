@@ -1,6 +1,8 @@
 #include <sys/stat.h>
 
 #include <ostream>
+#include <string>
+#include <utility>
 
 #include "orb-gnss/controller.h"
 #include "orb-gnss/module_driver.h"

@@ -1,6 +1,7 @@
 #include "orb-gnss/catalogue.h"
 
 #include "protocol/catalogue_index.h"
+#include "protocol/packet_layout.h"
 
 // clang-format off
 constexpr ORBMessageInfo ORBMessages[141] = {
@@ -162,6 +163,15 @@ bool lengthFits(const ORBMessageInfo& row, unsigned short length) {
   return length == 0 || (row.minLength <= length && length <= row.maxLength) ||
          row.msgId.id == kAnyLengthId;
 }
+
+constexpr bool isLongestPayloadRight() {
+  unsigned long longest = 0;
+  for (const ORBMessageInfo& row : ORBMessages) {
+    longest = row.maxLength > longest ? row.maxLength : longest;
+  }
+  return longest == orb::kLongestPayload;
+}
+static_assert(isLongestPayloadRight());
 
 }  // namespace
 

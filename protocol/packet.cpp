@@ -7,7 +7,7 @@
 
 namespace {
 
-// Folds eight bytes at a time: checksums are most of the work on a line full of long packets.
+// Folds eight bytes at a time.
 unsigned char exclusiveOr(const unsigned char* data, std::uint32_t length) {
   std::uint64_t words = 0;
   const unsigned char* const end = data + length;

@@ -15,6 +15,9 @@ constexpr unsigned long kPayloadOffset = 4;
 /// Bytes of a packet that are not payload: start bytes, length, checksum and end bytes.
 constexpr unsigned long kPacketOverhead = 7;
 
+/// The largest payload length in the catalogue.
+constexpr unsigned long kLongestPayload = 261;
+
 /// Where the body of a packet with this message id starts.
 constexpr unsigned long bodyOffset(unsigned char id) { return kPayloadOffset + idLength(id); }
 

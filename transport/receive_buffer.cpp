@@ -3,13 +3,15 @@
 #include <algorithm>
 #include <cstring>
 
+#include "protocol/packet_layout.h"
+
 namespace orb {
 
 namespace {
 
 constexpr unsigned kBytesPerSecondShift = 10;
 constexpr int kSmallestCapacity = 1024;
-constexpr unsigned long kLongestPacket = 268;
+constexpr unsigned long kLongestPacket = kLongestPayload + kPacketOverhead;
 
 // The shift is one of 32 bits: a time-out of many days wraps, and gets the smallest buffer when
 // nothing positive is left.

@@ -6,8 +6,8 @@ namespace orb {
 
 /// The bytes received in one wait for a reply, oldest first.
 ///
-/// When the buffer is full the oldest bytes go; the newest ones stay, enough of them for the
-/// longest packet, so that a packet that is just coming in is never torn.
+/// When the buffer is full the oldest bytes go; the newest ones stay, as many as the catalogue's
+/// longest packet has, so that none of its packets is torn while it comes in.
 class ReceiveBuffer {
  public:
   /// A buffer for `timeoutSeconds` of traffic: 1024 bytes a second, and no less than 1024.
@@ -16,13 +16,12 @@ class ReceiveBuffer {
   const unsigned char* data() const { return bytes_.get(); }
   unsigned long size() const { return size_; }
 
-  /// Where the next bytes go. There is always room for one at least.
+  /// Where the next bytes go. After makeRoom() there is room for one at least.
   unsigned char* end() { return bytes_.get() + size_; }
   /// Room at end().
   unsigned long space() const { return capacity_ - size_; }
 
-  /// Takes in `count` bytes that were written at end(), at most space(); makes room when that
-  /// fills the buffer, but only at the next makeRoom().
+  /// Takes in `count` bytes that were written at end(), at most space().
   void append(unsigned long count) { size_ += count; }
 
   /// Drops the oldest bytes if the buffer is full.

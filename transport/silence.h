@@ -13,13 +13,15 @@ class Silence {
  public:
   /// How long to sleep before the next look.
   constexpr std::chrono::nanoseconds nextSleep() const {
-    using namespace std::chrono_literals;
-    constexpr std::chrono::nanoseconds kShortest = 50us;
-    constexpr std::chrono::nanoseconds kLongest = 4ms;
-    constexpr std::chrono::nanoseconds kLongestWhenIdle = 12ms;
+    using std::chrono::microseconds;
+    using std::chrono::milliseconds;
+    constexpr microseconds kShortest(50);
+    constexpr milliseconds kLongest(4);
+    constexpr milliseconds kLongestWhenIdle(12);
     constexpr int kShare = 8;
 
-    const std::chrono::nanoseconds longest = slept_ < 1s ? kLongest : kLongestWhenIdle;
+    const std::chrono::nanoseconds longest =
+        slept_ < std::chrono::seconds(1) ? kLongest : kLongestWhenIdle;
     const std::chrono::nanoseconds share = slept_ / kShare;
     return share < kShortest ? kShortest : share < longest ? share : longest;
   }

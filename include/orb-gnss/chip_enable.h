@@ -12,7 +12,8 @@ class ORB_GNSS_EXPORT OrbChipEnableInterface {
   /// Resets the chip. Returns 0.
   virtual int resetOrbChip() = 0;
 
-  /// Switches the antenna's supply: "ON" or "OFF", in any case. Returns 0, or 1 for another word.
+  /// Switches the antenna's supply: "ON" or "OFF", in any case. Returns 0, or 1 for a word that the
+  /// board does not take.
   virtual int antennaPowerEnable(std::string state) = 0;
 };
 
@@ -25,8 +26,8 @@ class ORB_GNSS_EXPORT BrdOrbChipInterface : public OrbChipEnableInterface {
   int resetOrbChip() override;
 
   /// Makes the supply's pin an output, for any `state`, and drives it for "ON" and "OFF". Other
-  /// pins keep their state. Returns 0, also where the bus cannot be opened or does not take part;
-  /// 1 for another word. What the platform classes throw is passed on.
+  /// pins keep their state. Returns 0, also where the bus cannot be opened or the expander does not
+  /// answer; 1 for another word. What the platform classes throw is passed on.
   int antennaPowerEnable(std::string state) override;
 };
 

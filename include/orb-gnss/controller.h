@@ -12,7 +12,8 @@
 /// Construction asks the device's inventory which module is fitted. Where it is the expected one
 /// and the receiver answers on the serial line, the chip is reset once and every operation goes to
 /// the module's driver. Otherwise every operation goes to a null controller, which accepts every
-/// call and does nothing: construction does not fail for lack of a receiver.
+/// call and does nothing: construction does not fail for lack of a receiver. It waits for ever,
+/// though, on a line that carries no byte at all (see orbIO::ReceiveMessage).
 class ORB_GNSS_EXPORT orbController : public ORBControlInterface {
  public:
   /// Looks for the receiver on /dev/tty_gps. What the platform classes throw is passed on.
@@ -93,10 +94,10 @@ class ORB_GNSS_EXPORT orbController : public ORBControlInterface {
   virtual ~orbController();
 
   /// Switches the antenna's supply: "ON" or "OFF", in any case. Returns 0, also where the board
-  /// cannot be reached; 1 for another word.
+  /// cannot be reached; 1 for another word. Without a receiver it does nothing and returns 0.
   int setAntennaPower(std::string state);
 
-  /// Whether the module was found and the receiver answered at construction.
+  /// Whether the module was found and the receiver answered when the controller was chosen.
   bool IsOrbitek() const;
 
   /// The same as IsOrbitek(); the argument is ignored.
@@ -108,7 +109,8 @@ class ORB_GNSS_EXPORT orbController : public ORBControlInterface {
   /// Does nothing and returns 0.
   unsigned int configuraProtocolsDefault();
 
-  /// Chooses the controller, as construction does, and replaces the one in use.
+  /// Chooses the controller, as construction does, and replaces the one in use. Waits for ever on a
+  /// line that carries no byte at all.
   void CreateOrbitek(std::string device);
 
   /// Writes /tmp/orbitekChip-info.txt unless it exists: whether a receiver was found, and what

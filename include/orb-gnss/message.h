@@ -64,7 +64,7 @@ class ORB_GNSS_EXPORT ORBMessage {
   /// flushes it. std::cout is left in decimal with the fill character '0'.
   void showPacket() const;
 
-  /// Construction in steps, used by the constructors: allocates a packet of zero bytes for
+  /// Construction in steps, used by the constructor: allocates a packet filled with zeros for
   /// `payloadLength`, then writes the fields and, unless `data` is null, the body.
   void buildMessage(const unsigned char* data, unsigned long payloadLength);
   void allocatePacketDataBuffer(unsigned long payloadLength);

@@ -7,8 +7,8 @@
 
 #include "orb-gnss/control_interface.h"
 #include "orb-gnss/message.h"
-#include "orb-gnss/serial_channel.h"
 
+class orbIO;
 namespace orb {
 class CommandExchange;
 }
