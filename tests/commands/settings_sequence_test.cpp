@@ -54,7 +54,10 @@ void SettingsSequence::setPowerMode() {
   const std::vector<std::string> modes = {"NORMAL", "POWERSAVE", "powersave"};
   const int mode = number(0, 2);
   expect(
-      "power mode", [&](auto& driver) { return Outcome(driver.setRxMode(modes.at(mode))); },
+      "power mode",
+      [&](auto& driver) {
+        return Outcome(driver.setRxMode(modes.at(static_cast<std::size_t>(mode))));
+      },
       mode == 2 ? 1 : 0);
   kept_["power"] = mode == 2 ? kept_["power"] : mode;
 }
@@ -70,7 +73,11 @@ void SettingsSequence::setOutputType() {
   const std::vector<std::string> types = {"NO", "NMEA", "BINARY"};
   const int type = number(0, 2);
   expect(
-      "type", [&](auto& driver) { return Outcome(driver.gpsObtSetMsgType(types.at(type))); }, 0);
+      "type",
+      [&](auto& driver) {
+        return Outcome(driver.gpsObtSetMsgType(types.at(static_cast<std::size_t>(type))));
+      },
+      0);
   kept_["type"] = type;
 }
 
