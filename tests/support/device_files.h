@@ -1,0 +1,38 @@
+#pragma once
+
+#include <filesystem>
+#include <string>
+
+namespace orb::test {
+
+/// The content of a file; "(no file)" when there is none.
+std::string contentOf(const std::filesystem::path& file);
+
+/// Gives a file this content.
+void fill(const std::filesystem::path& file, const std::string& content);
+
+/// How many descriptors this process has open on a file. Links are followed.
+int descriptorsOf(const std::filesystem::path& file);
+
+/// The device's fixed paths, mapped for this process to a temporary folder, which goes with the
+/// object. At first the folder is empty: no receiver is plugged in.
+class DeviceFiles {
+ public:
+  DeviceFiles();
+  DeviceFiles(const DeviceFiles&) = delete;
+  DeviceFiles& operator=(const DeviceFiles&) = delete;
+  ~DeviceFiles();
+
+  const std::filesystem::path folder;
+  const std::filesystem::path tty = folder / "tty_gps";             ///< /dev/tty_gps
+  const std::filesystem::path otherTty = folder / "tty_other";      ///< /dev/tty_other
+  const std::filesystem::path errorLog = folder / "errors.log";     ///< /var/log/orbset-errors.log
+  const std::filesystem::path generalLog = folder / "general.log";  ///< /var/log/orbset.log
+  const std::filesystem::path identityFile =
+      folder / "identity.txt";  ///< /tmp/orbitekChip-info.txt
+
+  /// From now on this file cannot be opened or made: the folder that it is to be in is missing.
+  void makeUnusable(const std::string& devicePath);
+};
+
+}  // namespace orb::test
