@@ -1,0 +1,243 @@
+#include "orb-gnss/hardware_discovery.h"
+
+#include <gtest/gtest.h>
+
+#include <iostream>
+#include <new>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "support/captured_stream.h"
+#include "support/fake_board.h"
+
+namespace {
+
+using Calls = std::vector<std::string>;
+
+const Calls kInventoryAlone = {"inventory client", "locations", "end of inventory client"};
+
+class HardwareDiscovery : public testing::Test {
+ protected:
+  HardwareDiscovery() {
+    board_.modules[3] = {
+        {{"HardwareSetId", "47205318-001"}, {"PcieEndpoints", "2"}}, 2, "i2c-7", "spidev1.0"};
+  }
+
+  orb::test::FakeBoard board_;
+};
+
+// Locations.
+
+TEST_F(HardwareDiscovery, KnowsWhichLocationsArePopulated) {
+  board_.modules[1];
+  EXPECT_TRUE(checkAddress(1));
+  EXPECT_FALSE(checkAddress(2));
+  EXPECT_TRUE(checkAddress(3));
+  EXPECT_FALSE(checkAddress(0));
+}
+
+TEST_F(HardwareDiscovery, FindsNoLocationInAnEmptyInventory) {
+  board_.modules.clear();
+  EXPECT_FALSE(checkAddress(0));
+  EXPECT_FALSE(checkAddress(3));
+}
+
+TEST_F(HardwareDiscovery, ComparesLocationsAs32Bits) {
+  board_.modules[0xFFFFFFFF];
+  EXPECT_TRUE(checkAddress(-1));
+  EXPECT_FALSE(checkAddress(-3));
+}
+
+TEST_F(HardwareDiscovery, AsksTheInventoryAloneForALocation) {
+  checkAddress(3);
+  EXPECT_EQ(board_.calls, kInventoryAlone);
+}
+
+// An empty location.
+
+TEST_F(HardwareDiscovery, AnswersNothingForAnEmptyLocationAndAsksForNothing) {
+  EXPECT_EQ(getModuleHardwareID(1), "");
+  EXPECT_EQ(board_.calls, kInventoryAlone);
+  board_.calls.clear();
+  EXPECT_EQ(getSolutionI2C(1), "");
+  EXPECT_EQ(board_.calls, kInventoryAlone);
+  board_.calls.clear();
+  EXPECT_EQ(getSolutionSpiDev(1), "");
+  EXPECT_EQ(board_.calls, kInventoryAlone);
+  board_.calls.clear();
+  orb::test::CapturedStream output(std::cout);
+  EXPECT_FALSE(checkForEndpointInEEPROM(1));
+  EXPECT_EQ(output.text(), "");
+  EXPECT_EQ(board_.calls, kInventoryAlone);
+}
+
+// The hardware set id.
+
+TEST_F(HardwareDiscovery, ReadsTheHardwareSetId) {
+  EXPECT_EQ(getModuleHardwareID(3), "47205318-001");
+  EXPECT_EQ(board_.calls,
+            (Calls{"inventory client", "locations", "end of inventory client", "resources client",
+                   "address 3", "record HardwareSetId", "end of resources client"}));
+}
+
+TEST_F(HardwareDiscovery, HasNoHardwareSetIdWithoutItsRecord) {
+  board_.modules[3].records.erase("HardwareSetId");
+  EXPECT_EQ(getModuleHardwareID(3), "");
+}
+
+TEST_F(HardwareDiscovery, PassesAnyHardwareSetIdOn) {
+  board_.modules[3].records["HardwareSetId"] = " two\nlines ";
+  EXPECT_EQ(getModuleHardwareID(3), " two\nlines ");
+}
+
+// Bus and device.
+
+TEST_F(HardwareDiscovery, ReadsTheI2cBus) {
+  EXPECT_EQ(getSolutionI2C(3), "i2c-7");
+  EXPECT_EQ(board_.calls,
+            (Calls{"inventory client", "locations", "end of inventory client", "resources client",
+                   "address 3", "I2C bus", "end of resources client"}));
+}
+
+TEST_F(HardwareDiscovery, ReadsTheSpiDevice) {
+  EXPECT_EQ(getSolutionSpiDev(3), "spidev1.0");
+  EXPECT_EQ(board_.calls,
+            (Calls{"inventory client", "locations", "end of inventory client", "resources client",
+                   "address 3", "SPI device", "end of resources client"}));
+}
+
+TEST_F(HardwareDiscovery, HasNeitherWhereTheModuleHasNone) {
+  board_.modules[4];
+  EXPECT_EQ(getSolutionI2C(4), "");
+  EXPECT_EQ(getSolutionSpiDev(4), "");
+}
+
+// The PCIe endpoint.
+
+class PcieEndpoint : public HardwareDiscovery {
+ protected:
+  void describe(const std::string& record, std::size_t barCount) {
+    board_.modules[3].records["PcieEndpoints"] = record;
+    board_.modules[3].barCount = barCount;
+  }
+
+  /// That the record does not agree with the BARs, and what is said about it, without a flush.
+  void expectMismatch(const std::string& text) {
+    orb::test::CapturedStream output(std::cout);
+    EXPECT_FALSE(checkForEndpointInEEPROM(3));
+    EXPECT_EQ(output.text(), text);
+    EXPECT_EQ(output.flushes(), 0);
+  }
+
+  void expectMatch() {
+    orb::test::CapturedStream output(std::cout);
+    EXPECT_TRUE(checkForEndpointInEEPROM(3));
+    EXPECT_EQ(output.text(), "");
+    EXPECT_EQ(output.flushes(), 0);
+  }
+};
+
+TEST_F(PcieEndpoint, AgreesWithItsRecord) {
+  expectMatch();
+  EXPECT_EQ(board_.calls,
+            (Calls{"inventory client", "locations", "end of inventory client", "resources client",
+                   "address 3", "record PcieEndpoints", "BARs", "end of resources client"}));
+}
+
+TEST_F(PcieEndpoint, DiffersFromItsRecord) {
+  describe("3", 2);
+  expectMismatch("BAR size in eeprom record 3 does not match actual BAR size 2");
+}
+
+TEST_F(PcieEndpoint, MayHaveNoBars) {
+  describe("0", 0);
+  expectMatch();
+  describe("0", 1);
+  expectMismatch("BAR size in eeprom record 0 does not match actual BAR size 1");
+}
+
+TEST_F(PcieEndpoint, IsComparedByTheNumberThatTheRecordStartsWith) {
+  describe(" \t\n2 BARs of 4", 2);
+  expectMatch();
+  describe("2.9", 2);
+  expectMatch();
+  describe("0x2", 0);
+  expectMatch();
+  describe("+2", 2);
+  expectMatch();
+}
+
+TEST_F(PcieEndpoint, IsComparedByTheLow32Bits) {
+  describe("4294967298", 2);  // 2^32 + 2
+  expectMatch();
+  describe("18446744069414584322", 2);  // 2^64 - 2^32 + 2
+  expectMatch();
+}
+
+TEST_F(PcieEndpoint, IsShownAsSignedNumber) {
+  describe("4294967295", 2);
+  expectMismatch("BAR size in eeprom record -1 does not match actual BAR size 2");
+  describe("2147483648", 0);
+  expectMismatch("BAR size in eeprom record -2147483648 does not match actual BAR size 0");
+  describe("-3", 1);
+  expectMismatch("BAR size in eeprom record -3 does not match actual BAR size 1");
+}
+
+TEST_F(PcieEndpoint, WithoutRecordIsReportedAndThenCannotBeRead) {
+  board_.modules[3].records.erase("PcieEndpoints");
+  orb::test::CapturedStream output(std::cout);
+  EXPECT_THROW(checkForEndpointInEEPROM(3), std::invalid_argument);
+  EXPECT_EQ(output.text(), "Could not find PcieEndpoints record\n");
+  EXPECT_EQ(output.flushedText(), "Could not find PcieEndpoints record\n");
+  EXPECT_EQ(board_.calls,
+            (Calls{"inventory client", "locations", "end of inventory client", "resources client",
+                   "address 3", "record PcieEndpoints", "BARs", "end of resources client"}));
+}
+
+TEST_F(PcieEndpoint, CannotBeReadFromARecordThatDoesNotStartWithANumber) {
+  for (const char* record : {"", "two", "BAR 2", ".2"}) {
+    describe(record, 2);
+    orb::test::CapturedStream output(std::cout);
+    EXPECT_THROW(checkForEndpointInEEPROM(3), std::invalid_argument) << record;
+    EXPECT_EQ(output.text(), "") << record;
+  }
+}
+
+TEST_F(PcieEndpoint, CannotBeReadFromANumberThatIsTooLarge) {
+  describe("18446744073709551616", 2);  // 2^64
+  orb::test::CapturedStream output(std::cout);
+  EXPECT_THROW(checkForEndpointInEEPROM(3), std::out_of_range);
+  EXPECT_EQ(output.text(), "");
+}
+
+// Exceptions of the platform classes.
+
+class FailingDiscovery : public HardwareDiscovery,
+                         public testing::WithParamInterface<const char*> {};
+
+TEST_P(FailingDiscovery, PassesTheExceptionOnAndReleasesTheClients) {
+  board_.failingCall = GetParam();
+  const auto ask = [] {
+    getModuleHardwareID(3);
+    getSolutionI2C(3);
+    getSolutionSpiDev(3);
+    checkForEndpointInEEPROM(3);
+  };
+  EXPECT_THROW(ask(), orb::test::BoardFailure);
+  int open = 0;
+  for (const std::string& call : board_.calls) {
+    const bool isClient = call.find(" client") != std::string::npos;
+    const bool isEnd = call.rfind("end of", 0) == 0;
+    const bool isFailed = call == board_.failingCall;
+    open += !isClient || isFailed ? 0 : isEnd ? -1 : 1;
+  }
+  EXPECT_EQ(open, 0);
+}
+
+INSTANTIATE_TEST_SUITE_P(, FailingDiscovery,
+                         testing::Values("inventory client", "locations", "resources client",
+                                         "address 3", "record HardwareSetId", "I2C bus",
+                                         "SPI device", "record PcieEndpoints", "BARs"));
+
+}  // namespace
