@@ -1,0 +1,217 @@
+#include "orb-gnss/module_driver.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <type_traits>
+#include <vector>
+
+#include "support/receiver_test.h"
+
+namespace {
+
+using orb::test::contentOf;
+using orb::test::kNoDevice;
+using orb::test::StampedDriver;
+using orb::test::standardErrorOf;
+using orb::test::standardOutputOf;
+
+class ModuleDriver : public orb::test::ReceiverTest {
+ protected:
+  StampedDriver driver_;
+};
+
+class ModuleDriverWithoutReceiver : public orb::test::NoReceiverTest {};
+
+// Operations that send nothing.
+
+TEST_F(ModuleDriver, HasNoUseForSomeOperations) {
+  bool on = true;
+  const std::string error = standardErrorOf([&] {
+    EXPECT_EQ(standardOutputOf([&] {
+                driver_.Init();
+                EXPECT_EQ(driver_.save(), 0u);
+                EXPECT_EQ(driver_.load(), 0u);
+                EXPECT_EQ(driver_.turnOff(), 0u);
+                EXPECT_EQ(driver_.turnOn(), 0u);
+                EXPECT_EQ(driver_.isOn(on), 0u);
+                EXPECT_EQ(driver_.setUtcStandardAuto(), 0u);
+                EXPECT_EQ(driver_.setUtsStandardTime(-3), 0u);
+                EXPECT_EQ(driver_.configureProtocols(), 0u);
+                EXPECT_EQ(driver_.configExtendedPowerManagment(), 0u);
+                EXPECT_EQ(driver_.getUtcGrid(7), 0u);
+                EXPECT_EQ(driver_.programGroupDelayCal(-7), 0u);
+                driver_.gpsObtGetTimeMode();
+              }),
+              "");
+  });
+  EXPECT_EQ(error, "");
+  EXPECT_TRUE(on);
+  EXPECT_EQ(sent(), "");
+  EXPECT_EQ(contentOf(files_.errorLog), "");
+}
+
+TEST_F(ModuleDriver, SupportsNoAntennaType) {
+  std::string type = "before";
+  EXPECT_EQ(driver_.setAntennaType("active"), 256u);
+  EXPECT_EQ(driver_.getAntennaType(type), 256u);
+  EXPECT_EQ(type, "before");
+  EXPECT_EQ(sent(), "");
+  EXPECT_EQ(contentOf(files_.errorLog), "");
+}
+
+TEST_F(ModuleDriver, SurveysForThreeHoursToOneMetreWhenNotToldOtherwise) {
+  struct SurveyArguments : StampedDriver {
+    using StampedDriver::setSurveyAuto;
+    unsigned int setSurveyAuto(unsigned int surveyLength, float stdDev) override {
+      length = surveyLength;
+      deviation = stdDev;
+      return 5;
+    }
+    unsigned int length = 0;
+    float deviation = 0;
+  };
+  SurveyArguments driver;
+  EXPECT_EQ(driver.setSurveyAuto(), 5u);
+  EXPECT_EQ(driver.length, 10800u);
+  EXPECT_EQ(driver.deviation, 1.0F);
+}
+
+TEST_F(ModuleDriver, StartsWithoutVersion) {
+  EXPECT_EQ(driver_.kernelVersion, "");
+  EXPECT_EQ(driver_.odmVersion, "");
+  EXPECT_EQ(driver_.revision, "");
+  EXPECT_EQ(driver_.revisionNumber, 0);
+}
+
+TEST_F(ModuleDriver, IsNeitherCopiedNorFinal) {
+  EXPECT_FALSE(std::is_copy_constructible_v<orbController_QN4470T01>);
+  EXPECT_FALSE(std::is_final_v<orbController_QN4470T01>);
+}
+
+// Sending a message of the caller's.
+
+TEST_F(ModuleDriver, SendsAnyMessage) {
+  ORBMessage message(0x6502, 2, nullptr);
+  EXPECT_EQ(driver_.sendORBMessage(message), 0u);
+  EXPECT_EQ(sent(), "A0 A1 00 02 65 02 67 0D 0A");
+}
+
+TEST_F(ModuleDriver, WaitsForNoAcknowledgement) {
+  gps_.script.onAny().nothing();
+  EXPECT_EQ(driver_.sendORBMessage(ORBMessage(0x6502, 2, nullptr)), 0u);
+  EXPECT_EQ(driver_.restart(false), 0u);
+}
+
+TEST_F(ModuleDriverWithoutReceiver, AnswersZeroToAMessageThatItCannotSendAndLogsIt) {
+  StampedDriver driver;
+  EXPECT_EQ(standardErrorOf(
+                [&] { EXPECT_EQ(driver.sendORBMessage(ORBMessage(0x6502, 2, nullptr)), 0u); }),
+            kNoDevice);
+  EXPECT_EQ(contentOf(files_.errorLog),
+            "STAMP:  Could not send : 65 02: Query 1PPS pulse width of GNSS receiver \n");
+}
+
+// The device.
+
+// The line holds one descriptor of its own.
+TEST_F(ModuleDriver, HoldsTheDeviceOpenDuringAnExchangeOnly) {
+  struct DriverThatLooks : StampedDriver {
+    explicit DriverThatLooks(const std::filesystem::path& tty) : tty_(tty) {}
+    std::string timeStamp() override {
+      descriptors = orb::test::descriptorsOf(tty_);
+      return StampedDriver::timeStamp();
+    }
+    int descriptors = 0;
+    const std::filesystem::path& tty_;
+  };
+  DriverThatLooks driver(files_.tty);
+  EXPECT_EQ(orb::test::descriptorsOf(files_.tty), 1);
+  gps_.script.on(0x0200).nothing();
+  letPass(1);
+  standardErrorOf([&] { driver.gpsObtChipDetect(); });
+  EXPECT_EQ(driver.descriptors, 2);
+  EXPECT_EQ(orb::test::descriptorsOf(files_.tty), 1);
+}
+
+TEST_F(ModuleDriverWithoutReceiver, WaitsForNoReplyToAQueryThatItCouldNotSend) {
+  StampedDriver driver;
+  std::string info;
+  EXPECT_EQ(standardErrorOf([&] { EXPECT_EQ(driver.getInfo(info), 8u); }), kNoDevice);
+}
+
+// The error log.
+
+TEST_F(ModuleDriverWithoutReceiver, MakesTheErrorLogWhenItIsConstructed) {
+  {
+    orbController_QN4470T01 driver;
+    EXPECT_EQ(orb::test::descriptorsOf(files_.errorLog), 1);
+  }
+  EXPECT_EQ(orb::test::descriptorsOf(files_.errorLog), 0);
+  EXPECT_EQ(contentOf(files_.errorLog), "");
+}
+
+TEST_F(ModuleDriverWithoutReceiver, AddsToWhatTheErrorLogHolds) {
+  orb::test::fill(files_.errorLog, "earlier line\n");
+  StampedDriver driver;
+  standardErrorOf([&] { EXPECT_EQ(driver.restart(true), 8u); });
+  EXPECT_EQ(contentOf(files_.errorLog),
+            "earlier line\n"
+            "STAMP:  Could not send : 64 3F: Unknown message type\n");
+}
+
+// The driver lives on while the log is read.
+TEST_F(ModuleDriverWithoutReceiver, FlushesEachLineOfTheErrorLog) {
+  StampedDriver driver;
+  standardErrorOf([&] { driver.restart(true); });
+  EXPECT_EQ(contentOf(files_.errorLog), "STAMP:  Could not send : 64 3F: Unknown message type\n");
+  standardErrorOf([&] { driver.gpsObtSetFactoryDefaults(); });
+  EXPECT_EQ(contentOf(files_.errorLog),
+            "STAMP:  Could not send : 64 3F: Unknown message type\n"
+            "STAMP:  Could not send : 04 00: Set system to factory default values \n");
+}
+
+TEST_F(ModuleDriverWithoutReceiver, StampsTheErrorLogWithItsOwnTime) {
+  orbController_QN4470T01 driver;
+  standardErrorOf([&] { driver.restart(true); });
+  EXPECT_EQ(contentOf(files_.errorLog),
+            "14:03:27_042:  Could not send : 64 3F: Unknown message type\n");
+}
+
+TEST_F(ModuleDriver, NamesTheMessageSentWhenNoReplyComes) {
+  gps_.script.on(0x647D).nothing();
+  letPass(5);
+  standardErrorOf([&] { EXPECT_EQ(driver_.gpsObtGetFwVersionString(""), 4u); });
+  EXPECT_EQ(contentOf(files_.errorLog),
+            "STAMP:  Did not receive : "
+            "64 7D: Query version extension string of GNSS receiver \n");
+}
+
+TEST_F(ModuleDriver, LogsNothingWhenAllIsWell) {
+  std::string info;
+  standardOutputOf([&] { EXPECT_EQ(driver_.getInfo(info), 0u); });
+  EXPECT_EQ(driver_.restart(true), 0u);
+  EXPECT_EQ(contentOf(files_.errorLog), "");
+}
+
+TEST_F(ModuleDriverWithoutReceiver, ReportsAFailureWithoutErrorLogToo) {
+  files_.makeUnusable("/var/log/orbset-errors.log");
+  StampedDriver driver;
+  EXPECT_EQ(standardErrorOf([&] {
+              EXPECT_NO_THROW(EXPECT_EQ(driver.restart(true), 8u));
+              EXPECT_NO_THROW(EXPECT_EQ(driver.restart(true), 8u));
+            }),
+            std::string(kNoDevice) + kNoDevice);
+}
+
+// A device that opens and takes nothing.
+TEST_F(ModuleDriverWithoutReceiver, ReportsADeviceThatIsNoTty) {
+  orb::test::fill(files_.tty, "");
+  StampedDriver driver;
+  EXPECT_EQ(standardErrorOf([&] { EXPECT_EQ(driver.restart(true), 8u); }),
+            "Can't get gps_tty settings\n"
+            "Cannot send message to the orbitek, the device is not open!\n");
+  EXPECT_EQ(contentOf(files_.tty), "");
+}
+
+}  // namespace
