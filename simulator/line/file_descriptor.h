@@ -1,5 +1,4 @@
-#ifndef ORB_SIM_LINE_FILE_DESCRIPTOR_H
-#define ORB_SIM_LINE_FILE_DESCRIPTOR_H
+#pragma once
 
 #include <unistd.h>
 
@@ -28,5 +27,3 @@ class FileDescriptor {
 };
 
 }  // namespace orb::sim
-
-#endif  // ORB_SIM_LINE_FILE_DESCRIPTOR_H

@@ -1,5 +1,4 @@
-#ifndef ORB_SIM_LINE_PTY_H
-#define ORB_SIM_LINE_PTY_H
+#pragma once
 
 #include <string>
 
@@ -35,5 +34,3 @@ class Pty {
 };
 
 }  // namespace orb::sim
-
-#endif  // ORB_SIM_LINE_PTY_H

@@ -1,5 +1,4 @@
-#ifndef ORB_SIM_LINE_RECEIVED_LOG_H
-#define ORB_SIM_LINE_RECEIVED_LOG_H
+#pragma once
 
 #include <chrono>
 #include <condition_variable>
@@ -38,5 +37,3 @@ class ReceivedLog {
 };
 
 }  // namespace orb::sim
-
-#endif  // ORB_SIM_LINE_RECEIVED_LOG_H

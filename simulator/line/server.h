@@ -1,5 +1,4 @@
-#ifndef ORB_SIM_LINE_SERVER_H
-#define ORB_SIM_LINE_SERVER_H
+#pragma once
 
 #include <chrono>
 #include <mutex>
@@ -59,5 +58,3 @@ class PtyLine::Server {
 };
 
 }  // namespace orb::sim
-
-#endif  // ORB_SIM_LINE_SERVER_H

@@ -1,5 +1,4 @@
-#ifndef ORB_SIM_LINE_STABLE_LINK_H
-#define ORB_SIM_LINE_STABLE_LINK_H
+#pragma once
 
 #include <filesystem>
 
@@ -23,5 +22,3 @@ class StableLink {
 };
 
 }  // namespace orb::sim
-
-#endif  // ORB_SIM_LINE_STABLE_LINK_H

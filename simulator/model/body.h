@@ -1,5 +1,4 @@
-#ifndef ORB_SIM_MODEL_BODY_H
-#define ORB_SIM_MODEL_BODY_H
+#pragma once
 
 #include <array>
 #include <bit>
@@ -82,5 +81,3 @@ class BodyWriter {
 };
 
 }  // namespace orb::sim
-
-#endif  // ORB_SIM_MODEL_BODY_H

@@ -1,5 +1,4 @@
-#ifndef ORB_SIM_MODEL_MESSAGE_IDS_H
-#define ORB_SIM_MODEL_MESSAGE_IDS_H
+#pragma once
 
 #include <cstdint>
 
@@ -104,5 +103,3 @@ constexpr Id kRestart = 0x643F;
 constexpr Id kNavigationData = 0xA800;
 
 }  // namespace orb::sim::message
-
-#endif  // ORB_SIM_MODEL_MESSAGE_IDS_H

@@ -1,5 +1,4 @@
-#ifndef ORB_SIM_MODEL_MESSAGES_H
-#define ORB_SIM_MODEL_MESSAGES_H
+#pragma once
 
 #include <cstddef>
 #include <cstdint>
@@ -38,5 +37,3 @@ const Query* findQuery(std::uint16_t id);
 const Order* findOrder(std::uint16_t id);
 
 }  // namespace orb::sim
-
-#endif  // ORB_SIM_MODEL_MESSAGES_H

@@ -1,5 +1,4 @@
-#ifndef ORB_SIM_MODEL_NAVIGATION_H
-#define ORB_SIM_MODEL_NAVIGATION_H
+#pragma once
 
 #include <string>
 
@@ -18,5 +17,3 @@ std::string nmeaSentences(const State& state, unsigned int epoch);
 std::string nmeaSentence(const std::string& fields);
 
 }  // namespace orb::sim
-
-#endif  // ORB_SIM_MODEL_NAVIGATION_H

@@ -1,5 +1,4 @@
-#ifndef ORB_SIM_BYTES_H
-#define ORB_SIM_BYTES_H
+#pragma once
 
 #include <cstdint>
 #include <vector>
@@ -13,5 +12,3 @@ inline void append(Bytes& bytes, const Bytes& more) {
 }
 
 }  // namespace orb::sim
-
-#endif  // ORB_SIM_BYTES_H

@@ -1,5 +1,4 @@
-#ifndef ORB_SIM_DEVICE_H
-#define ORB_SIM_DEVICE_H
+#pragma once
 
 #include <chrono>
 
@@ -37,5 +36,3 @@ class Device {
 };
 
 }  // namespace orb::sim
-
-#endif  // ORB_SIM_DEVICE_H

@@ -1,5 +1,4 @@
-#ifndef ORB_SIM_FRAME_H
-#define ORB_SIM_FRAME_H
+#pragma once
 
 #include <cstddef>
 #include <cstdint>
@@ -74,5 +73,3 @@ class FrameReader {
 };
 
 }  // namespace orb::sim
-
-#endif  // ORB_SIM_FRAME_H

@@ -1,5 +1,4 @@
-#ifndef ORB_SIM_PTY_LINE_H
-#define ORB_SIM_PTY_LINE_H
+#pragma once
 
 #include <chrono>
 #include <cstddef>
@@ -82,5 +81,3 @@ class PtyLine {
 };
 
 }  // namespace orb::sim
-
-#endif  // ORB_SIM_PTY_LINE_H

@@ -1,5 +1,4 @@
-#ifndef ORB_SIM_RECEIVER_H
-#define ORB_SIM_RECEIVER_H
+#pragma once
 
 #include <chrono>
 #include <functional>
@@ -59,5 +58,3 @@ class Receiver : public Device {
 };
 
 }  // namespace orb::sim
-
-#endif  // ORB_SIM_RECEIVER_H

@@ -1,5 +1,4 @@
-#ifndef ORB_SIM_SCRIPT_H
-#define ORB_SIM_SCRIPT_H
+#pragma once
 
 #include <chrono>
 #include <cstddef>
@@ -119,5 +118,3 @@ class Script::Rule {
 };
 
 }  // namespace orb::sim
-
-#endif  // ORB_SIM_SCRIPT_H

@@ -1,5 +1,4 @@
-#ifndef ORB_SIM_STATE_H
-#define ORB_SIM_STATE_H
+#pragma once
 
 #include <array>
 #include <chrono>
@@ -135,5 +134,3 @@ struct State : Settings {
 };
 
 }  // namespace orb::sim
-
-#endif  // ORB_SIM_STATE_H

@@ -1,5 +1,4 @@
-#ifndef ORB_TESTS_SIMULATOR_TEMPORARY_FOLDER_H
-#define ORB_TESTS_SIMULATOR_TEMPORARY_FOLDER_H
+#pragma once
 
 #include <stdlib.h>
 
@@ -33,5 +32,3 @@ class TemporaryFolder {
 };
 
 }  // namespace orb::sim::test
-
-#endif  // ORB_TESTS_SIMULATOR_TEMPORARY_FOLDER_H

@@ -1,5 +1,4 @@
-#ifndef ORB_TESTS_SIMULATOR_TTY_CLIENT_H
-#define ORB_TESTS_SIMULATOR_TTY_CLIENT_H
+#pragma once
 
 #include <fcntl.h>
 #include <poll.h>
@@ -65,5 +64,3 @@ class TtyClient {
 };
 
 }  // namespace orb::sim::test
-
-#endif  // ORB_TESTS_SIMULATOR_TTY_CLIENT_H

@@ -1,5 +1,4 @@
-#ifndef ORB_TESTS_SIMULATOR_HEX_H
-#define ORB_TESTS_SIMULATOR_HEX_H
+#pragma once
 
 #include <sstream>
 #include <string>
@@ -24,5 +23,3 @@ inline Bytes operator+(Bytes left, const Bytes& right) {
 }
 
 }  // namespace orb::sim::test
-
-#endif  // ORB_TESTS_SIMULATOR_HEX_H
