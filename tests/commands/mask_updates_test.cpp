@@ -85,6 +85,7 @@ TEST_F(MinCNo, IsAtMostForty) {
 }
 
 TEST_F(MinCNo, IsRejectedOutsideOfTheRange) {
+  letWaitsEnd();  // of what is sent by mistake
   for (const int minimum : {41, 42, 127, -1, -40, -128}) {
     EXPECT_EQ(observe(set(minimum)), kRejected) << minimum;
   }
@@ -221,6 +222,7 @@ TEST_F(ElevationLimit, IsAtMostEightyFive) {
 }
 
 TEST_F(ElevationLimit, IsRejectedOutsideOfTheRange) {
+  letWaitsEnd();  // of what is sent by mistake
   constexpr unsigned char kOutside[] = {0, 1, 2, 86, 87, 128, 255};
   for (const unsigned char limit : kOutside) {
     EXPECT_EQ(observe(set(limit)), kRejected) << unsigned{limit};

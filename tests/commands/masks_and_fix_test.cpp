@@ -226,6 +226,7 @@ const Observed kNotSupported{.result = 256};
 // Position fix.
 
 TEST_F(MasksAndFix, FixIsRejectedUnlessBothAreNamedExactly) {
+  letWaitsEnd();  // of what is sent by mistake
   for (const char* wrong : {"2d", "3d", "", "2D ", " 2D", "2", "D", "4D", "2D3D"}) {
     EXPECT_EQ(observe(setFix(wrong, "2D")), kRejected) << wrong;
     EXPECT_EQ(observe(setFix("3D", wrong)), kRejected) << wrong;
@@ -234,6 +235,7 @@ TEST_F(MasksAndFix, FixIsRejectedUnlessBothAreNamedExactly) {
 }
 
 TEST_F(MasksAndFix, FixModeAboveTwoIsNotSupported) {
+  letWaitsEnd();  // of what is sent by mistake
   for (int mode = 3; mode <= 255; ++mode) {
     EXPECT_EQ(observe(setFixMode(static_cast<unsigned char>(mode))), kNotSupported) << mode;
   }

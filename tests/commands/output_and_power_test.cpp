@@ -285,6 +285,7 @@ TEST_F(OutputAndPower, RxModeHasNoNameForAnyOtherPowerMode) {
 }
 
 TEST_F(OutputAndPower, RxModeIsRefusedUnlessNamedExactly) {
+  letWaitsEnd();  // of what is sent by mistake
   for (const char* mode : {"powersave", "normal", "PowerSave", "", "NORMAL ", " NORMAL", "NORMA",
                            "POWERSAVE1", "0", "1"}) {
     EXPECT_EQ(observe([&](auto& driver) { return Outcome(driver.setRxMode(mode)); }),
