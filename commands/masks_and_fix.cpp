@@ -25,6 +25,16 @@ bool isFixName(const std::string& name) { return name == "2D" || name == "3D"; }
 
 unsigned char fixByte(const std::string& name) { return name == "2D" ? 1 : 0; }
 
+struct ElevationCnrMasks {
+  unsigned int mode = 0;
+  unsigned int elevation = 0;
+  unsigned int cnr = 0;
+};
+
+unsigned int query(orbController_QN4470T01& driver, ElevationCnrMasks& masks) {
+  return driver.gpsOrbGetElevConfigure(masks.mode, masks.elevation, masks.cnr);
+}
+
 const char* fixName(unsigned char fix) { return fix == 1 ? "2D" : fix == 0 ? "3D" : ""; }
 
 }  // namespace
@@ -114,27 +124,22 @@ unsigned int orbController_QN4470T01::gpsOrbGetElevConfigure(unsigned int& mode,
 
 unsigned int orbController_QN4470T01::gpsObtElevConfigure(unsigned int mode, unsigned int elevation,
                                                           unsigned int cnr) {
-  unsigned int keptMode = 0;
-  unsigned int keptElevation = 0;
-  unsigned int keptCnr = 0;
+  ElevationCnrMasks kept;
   return exchange().configure(
       Command(message_id::kConfigureElevationCnrMask, 5)
           .u8(mode)
           .u8(elevation)
           .u8(cnr)
           .u8(attribute_),
-      CommandExchange::kAtOnce,
-      [&] { return gpsOrbGetElevConfigure(keptMode, keptElevation, keptCnr); },
-      [&] { return keptMode == mode && keptElevation == elevation && keptCnr == cnr; });
+      CommandExchange::kAtOnce, [&] { return query(*this, kept); },
+      [&] { return kept.mode == mode && kept.elevation == elevation && kept.cnr == cnr; });
 }
 
 unsigned int orbController_QN4470T01::getMinCNo(signed char& minimum) {
-  unsigned int mode = 0;
-  unsigned int elevation = 0;
-  unsigned int cnr = 0;
-  const unsigned int result = gpsOrbGetElevConfigure(mode, elevation, cnr);
+  ElevationCnrMasks masks;
+  const unsigned int result = query(*this, masks);
   if (result == orb::kSucceeded) {
-    minimum = static_cast<signed char>(cnr);
+    minimum = static_cast<signed char>(masks.cnr);
   }
   return result;
 }
@@ -145,28 +150,23 @@ unsigned int orbController_QN4470T01::setMinCNo(signed char minimum) {
 }
 
 unsigned int orbController_QN4470T01::updateCnrMask(unsigned char cnr) {
-  unsigned int mode = 0;
-  unsigned int elevation = 0;
-  unsigned int previousCnr = 0;
-  const unsigned int query = gpsOrbGetElevConfigure(mode, elevation, previousCnr);
-  if (query != orb::kSucceeded) {
-    return query;
+  ElevationCnrMasks present;
+  if (const unsigned int failure = query(*this, present); failure != orb::kSucceeded) {
+    return failure;
   }
-  unsigned int result = gpsObtElevConfigure(kElevationCnrMaskMode, elevation, cnr);
+  unsigned int result = gpsObtElevConfigure(kElevationCnrMaskMode, present.elevation, cnr);
   wait(milliseconds(800));
-  unsigned int keptCnr = 0;
-  result |= gpsOrbGetElevConfigure(mode, elevation, keptCnr);
+  ElevationCnrMasks kept;
+  result |= query(*this, kept);
   // A mismatch outweighs whatever else went wrong.
-  return keptCnr == cnr ? result : orb::kRejected;
+  return kept.cnr == cnr ? result : orb::kRejected;
 }
 
 unsigned int orbController_QN4470T01::getElevationLimit(unsigned char& limit) {
-  unsigned int mode = 0;
-  unsigned int elevation = 0;
-  unsigned int cnr = 0;
-  const unsigned int result = gpsOrbGetElevConfigure(mode, elevation, cnr);
+  ElevationCnrMasks masks;
+  const unsigned int result = query(*this, masks);
   if (result == orb::kSucceeded) {
-    limit = static_cast<unsigned char>(elevation);
+    limit = static_cast<unsigned char>(masks.elevation);
   }
   return result;
 }
@@ -177,13 +177,10 @@ unsigned int orbController_QN4470T01::setElevationLimit(unsigned char limit) {
 }
 
 unsigned int orbController_QN4470T01::updateElevationMask(unsigned char limit) {
-  unsigned int mode = 0;
-  unsigned int previousElevation = 0;
-  unsigned int cnr = 0;
-  const unsigned int query = gpsOrbGetElevConfigure(mode, previousElevation, cnr);
-  if (query != orb::kSucceeded) {
-    return query;
+  ElevationCnrMasks present;
+  if (const unsigned int failure = query(*this, present); failure != orb::kSucceeded) {
+    return failure;
   }
   wait(milliseconds(100));
-  return gpsObtElevConfigure(kElevationCnrMaskMode, limit, cnr);
+  return gpsObtElevConfigure(kElevationCnrMaskMode, limit, present.cnr);
 }

@@ -14,11 +14,7 @@ using orb::Reply;
 namespace message_id = orb::message_id;
 using std::chrono::milliseconds;
 
-namespace {
-
-enum TimingMode : unsigned int { kDynamic = 0, kAutoSurvey = 1, kStatic = 2 };
-
-constexpr unsigned int kLongestSurvey = 1209600;  // seconds: 14 days
+namespace orb {
 
 /// The receiver's timing configuration, which is always written whole.
 struct Timing {
@@ -29,6 +25,16 @@ struct Timing {
   double longitude = 0;           ///< degrees
   float altitude = 0;             ///< metres
 };
+
+}  // namespace orb
+
+using orb::Timing;
+
+namespace {
+
+enum TimingMode : unsigned int { kDynamic = 0, kAutoSurvey = 1, kStatic = 2 };
+
+constexpr unsigned int kLongestSurvey = 1209600;  // seconds: 14 days
 
 Command configureTiming(const Timing& timing, unsigned char attribute) {
   return Command(message_id::kConfigureTiming, 31)
@@ -82,6 +88,14 @@ unsigned int orbController_QN4470T01::gpsObtGetTimeMode(unsigned int& mode,
   });
 }
 
+unsigned int orbController_QN4470T01::writeTiming(const Timing& timing,
+                                                  std::chrono::nanoseconds settle,
+                                                  std::string& keptMode) {
+  return exchange().configure(
+      configureTiming(timing, attribute_), settle, [&] { return getSurveyMode(keptMode); },
+      [&] { return keptMode == surveyModeName(timing.mode); });
+}
+
 // The standard deviation is only checked: the receiver keeps the one it has.
 unsigned int orbController_QN4470T01::setSurveyStatic(double latitude, double longitude,
                                                       double altitude, double stdDev) {
@@ -98,9 +112,7 @@ unsigned int orbController_QN4470T01::setSurveyStatic(double latitude, double lo
   timing.longitude = longitude;
   timing.altitude = static_cast<float>(altitude);
   std::string kept;
-  return exchange().configure(
-      configureTiming(timing, attribute_), milliseconds(100), [&] { return getSurveyMode(kept); },
-      [&] { return kept == surveyModeName(kStatic); });
+  return writeTiming(timing, milliseconds(100), kept);
 }
 
 unsigned int orbController_QN4470T01::setSurveyAuto(unsigned int surveyLength, float stdDev) {
@@ -114,9 +126,7 @@ unsigned int orbController_QN4470T01::setSurveyAuto(unsigned int surveyLength, f
   timing.mode = kAutoSurvey;
   timing.surveyLength = surveyLength;
   std::string kept;
-  return exchange().configure(
-      configureTiming(timing, attribute_), milliseconds(100), [&] { return getSurveyMode(kept); },
-      [&] { return kept == surveyModeName(kAutoSurvey); });
+  return writeTiming(timing, milliseconds(100), kept);
 }
 
 unsigned int orbController_QN4470T01::setSurveyAuto() {
@@ -131,9 +141,7 @@ unsigned int orbController_QN4470T01::setSurveyDynamic() {
   }
   timing.mode = kDynamic;
   std::string kept;
-  const unsigned int result = exchange().configure(
-      configureTiming(timing, attribute_), milliseconds(800), [&] { return getSurveyMode(kept); },
-      [&] { return kept == surveyModeName(kDynamic); });
+  const unsigned int result = writeTiming(timing, milliseconds(800), kept);
   orb::standardOutput() << "Survey Mode: " << kept << std::endl;
   return result;
 }

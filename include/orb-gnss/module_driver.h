@@ -11,7 +11,8 @@
 class orbIO;
 namespace orb {
 class CommandExchange;
-}
+struct Timing;
+}  // namespace orb
 
 /// A navigation model, 0 to 8 (see orbController_QN4470T01::gpsObtChangeDynamicMode()), or the
 /// receiver's navigation mode where one is read.
@@ -318,6 +319,8 @@ class ORB_GNSS_EXPORT orbController_QN4470T01 : public ORBControlInterface {
   ORB_GNSS_HIDDEN orb::CommandExchange exchange();
   ORB_GNSS_HIDDEN unsigned int updateCnrMask(unsigned char cnr);
   ORB_GNSS_HIDDEN unsigned int updateElevationMask(unsigned char limit);
+  ORB_GNSS_HIDDEN unsigned int writeTiming(const orb::Timing& timing,
+                                           std::chrono::nanoseconds settle, std::string& keptMode);
 
   int replyTimeoutSeconds_ = 5;
   std::ofstream errorLog_;
