@@ -1,4 +1,4 @@
-#include "pty.h"
+#include "line/pty.h"
 
 #include <fcntl.h>
 #include <stdlib.h>
@@ -16,7 +16,7 @@ void check(int result, const char* call) {
   }
 }
 
-std::string ttyOf(const FileDescriptor& master) {
+std::string ttyOf(const OwnedDescriptor& master) {
   check(::grantpt(master.get()), "grantpt");
   check(::unlockpt(master.get()), "unlockpt");
   std::array<char, 64> path{};
@@ -24,7 +24,7 @@ std::string ttyOf(const FileDescriptor& master) {
   return path.data();
 }
 
-void makeRaw(const FileDescriptor& tty) {
+void makeRaw(const OwnedDescriptor& tty) {
   termios settings{};
   check(::tcgetattr(tty.get(), &settings), "tcgetattr");
   ::cfmakeraw(&settings);

@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "file_descriptor.h"
+#include "line/owned_descriptor.h"
 #include "orb-sim/bytes.h"
 
 namespace orb::sim {
@@ -28,9 +28,9 @@ class Pty {
   void write(Bytes& bytes);
 
  private:
-  FileDescriptor master_;
+  OwnedDescriptor master_;
   std::string path_;
-  FileDescriptor tty_;
+  OwnedDescriptor tty_;
 };
 
 }  // namespace orb::sim

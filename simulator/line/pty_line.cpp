@@ -1,6 +1,6 @@
 #include "orb-sim/pty_line.h"
 
-#include "server.h"
+#include "line/server.h"
 
 namespace orb::sim {
 

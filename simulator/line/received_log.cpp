@@ -1,4 +1,4 @@
-#include "received_log.h"
+#include "line/received_log.h"
 
 #include <algorithm>
 

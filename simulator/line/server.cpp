@@ -1,4 +1,4 @@
-#include "server.h"
+#include "line/server.h"
 
 #include <poll.h>
 #include <signal.h>

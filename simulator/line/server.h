@@ -5,11 +5,11 @@
 #include <optional>
 #include <thread>
 
-#include "file_descriptor.h"
+#include "line/owned_descriptor.h"
+#include "line/pty.h"
+#include "line/received_log.h"
+#include "line/stable_link.h"
 #include "orb-sim/pty_line.h"
-#include "pty.h"
-#include "received_log.h"
-#include "stable_link.h"
 
 namespace orb::sim {
 
@@ -43,7 +43,7 @@ class PtyLine::Server {
   Device& device_;
   Pty pty_;
   StableLink link_;
-  FileDescriptor wake_;
+  OwnedDescriptor wake_;
   ReceivedLog log_;
   Clock::time_point deviceTime_ = Clock::now();  ///< the line's thread alone uses it
 

@@ -1,4 +1,4 @@
-#include "stable_link.h"
+#include "line/stable_link.h"
 
 #include <system_error>
 

@@ -3,7 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "body.h"
+#include "model/body.h"
 #include "orb-sim/state.h"
 
 namespace orb::sim {

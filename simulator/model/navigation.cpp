@@ -1,11 +1,11 @@
-#include "navigation.h"
+#include "model/navigation.h"
 
 #include <array>
 #include <cmath>
 #include <numbers>
 
-#include "body.h"
-#include "message_ids.h"
+#include "model/body.h"
+#include "model/message_ids.h"
 #include "orb-sim/frame.h"
 
 namespace orb::sim {

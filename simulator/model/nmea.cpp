@@ -3,7 +3,7 @@
 #include <cstdlib>
 #include <numeric>
 
-#include "navigation.h"
+#include "model/navigation.h"
 
 namespace orb::sim {
 namespace {

@@ -1,5 +1,5 @@
-#include "message_ids.h"
-#include "messages.h"
+#include "model/message_ids.h"
+#include "model/messages.h"
 
 namespace orb::sim {
 namespace {

@@ -2,9 +2,9 @@
 
 #include <algorithm>
 
-#include "message_ids.h"
-#include "messages.h"
-#include "navigation.h"
+#include "model/message_ids.h"
+#include "model/messages.h"
+#include "model/navigation.h"
 
 namespace orb::sim {
 namespace {

@@ -3,7 +3,7 @@
 #include <csignal>
 #include <filesystem>
 
-#include "program/owned_descriptor.h"
+#include "line/owned_descriptor.h"
 #include "program/private_folder.h"
 #include "program/run_options.h"
 

@@ -10,7 +10,7 @@
 #include <cerrno>
 #include <system_error>
 
-#include "program/owned_descriptor.h"
+#include "line/owned_descriptor.h"
 
 namespace orb::sim {
 namespace {

@@ -14,9 +14,9 @@
 #include <iterator>
 #include <system_error>
 
+#include "line/owned_descriptor.h"
 #include "program/failure.h"
 #include "program/installation.h"
-#include "program/owned_descriptor.h"
 #include "program/process.h"
 
 namespace orb::sim {

@@ -5,7 +5,7 @@
 #include <csignal>
 #include <initializer_list>
 
-#include "program/owned_descriptor.h"
+#include "line/owned_descriptor.h"
 
 namespace orb::sim {
 
