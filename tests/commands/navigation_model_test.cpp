@@ -1,5 +1,9 @@
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <poll.h>
+#include <unistd.h>
 
+#include <filesystem>
 #include <string>
 #include <utility>
 #include <vector>
@@ -234,6 +238,23 @@ TEST_F(NavigationMode, OfAnyOtherModelIsZero) {
   EXPECT_EQ(
       observe([](auto& driver) { return Outcome(driver.setDynamicModel(255)); }),
       (Observed{.line = {"open", kSetMode0.packet, "wait 100 ms", "open", kQueryMode.packet}}));
+}
+
+/// Waits until bytes lie ready at the tty; false when none come.
+bool hasInput(const std::filesystem::path& tty) {
+  constexpr int kLimitMilliseconds = 5000;
+  pollfd descriptor{::open(tty.c_str(), O_RDONLY | O_NOCTTY | O_NONBLOCK), POLLIN, 0};
+  const bool ready = ::poll(&descriptor, 1, kLimitMilliseconds) == 1;
+  ::close(descriptor.fd);
+  return ready;
+}
+
+TEST_F(NavigationMode, IsNotReadFromWhatCameBeforeTheReadBack) {
+  onPacket(kSetMode3.packet).answer(bytes("A0 A1 00 03 64 8B 07 E8 0D 0A"));
+  onPacket(kQueryMode.packet).answer(bytes("A0 A1 00 03 64 8B 03 EC 0D 0A")).after(20ms);
+  when("wait 100 ms", 1, [&] { EXPECT_TRUE(hasInput(files_.tty)); });
+  EXPECT_EQ(observe([](auto& driver) { return Outcome(driver.gpsObtChangeDynamicMode(4)); }).result,
+            0u);
 }
 
 TEST_F(NavigationMode, AddsUpAFailedSettingAndAMissingReadBack) {
