@@ -1,9 +1,11 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <iostream>
 #include <string>
 
 #include "orb-gnss/module_driver.h"
+#include "support/captured_stream.h"
 #include "support/receiver_test.h"
 
 namespace {
@@ -59,6 +61,15 @@ TEST_F(FirmwareVersion, IsOneLineOfText) {
   EXPECT_EQ(infoPrinting(kPrint), kInfo);
   EXPECT_EQ(sent(), kQuery);
   EXPECT_EQ(contentOf(files_.errorLog), "");
+}
+
+TEST_F(FirmwareVersion, IsPrintedWithAFlush) {
+  answer(kRevision);
+  std::string info;
+  orb::test::CapturedStream output(std::cout);
+  EXPECT_EQ(driver_.getInfo(info), 0u);
+  EXPECT_EQ(output.text(), kPrint);
+  EXPECT_EQ(output.flushedText(), kPrint);
 }
 
 TEST_F(FirmwareVersion, StaysInTheDriver) {

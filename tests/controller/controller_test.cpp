@@ -183,6 +183,12 @@ TEST_F(Facade, FallsBackToTheNullControllerWhenNoAcknowledgementComes) {
             "14:03:28_042:  Did not receive : 02 00: Query revision information of software\n");
 }
 
+TEST_F(Facade, ReleasesTheDriverThatDetectedNothing) {
+  gps_.script.on(0x0200).answer(bytes("A0 A1 00 02 83 03 80 0D 0A"));
+  orbController facade;
+  EXPECT_EQ(orb::test::descriptorsOf(files_.errorLog), 0);
+}
+
 TEST_F(Facade, FallsBackToTheNullControllerWhenTheReceiverRefuses) {
   gps_.script.on(0x0200).refusal();
   letPass(1);

@@ -9,17 +9,17 @@ namespace orb::test {
 /// What `action` writes to standard output.
 template <typename Action>
 std::string standardOutputOf(Action action) {
-  testing::internal::CaptureStdout();
+  ::testing::internal::CaptureStdout();
   action();
-  return testing::internal::GetCapturedStdout();
+  return ::testing::internal::GetCapturedStdout();
 }
 
 /// What `action` writes to standard error.
 template <typename Action>
 std::string standardErrorOf(Action action) {
-  testing::internal::CaptureStderr();
+  ::testing::internal::CaptureStderr();
   action();
-  return testing::internal::GetCapturedStderr();
+  return ::testing::internal::GetCapturedStderr();
 }
 
 }  // namespace orb::test

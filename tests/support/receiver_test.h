@@ -34,7 +34,7 @@ struct ReceiverOnTty {
 };
 
 /// A test of a driver that finds a receiver on its serial line.
-class ReceiverTest : public testing::Test {
+class ReceiverTest : public ::testing::Test {
  protected:
   /// Lets a wait of `seconds` seconds end: harmless bytes flow, and the clock shows the start, for
   /// a few looks a second less than the limit, and from then on the limit.
@@ -51,7 +51,7 @@ class ReceiverTest : public testing::Test {
 };
 
 /// A test of a driver whose serial line is not there.
-class NoReceiverTest : public testing::Test {
+class NoReceiverTest : public ::testing::Test {
  protected:
   DeviceFiles files_;
   WallClock clock_;
