@@ -122,7 +122,7 @@ TEST_F(Facade, LooksOnTheNamedDeviceAndThenUsesTheDefaultOne) {
 TEST_F(Facade, SendsNothingWhenAnotherModuleIsFitted) {
   board_.modules[1].records["HardwareSetId"] = "47205318-002";
   const std::string error = standardErrorOf([this] {
-    EXPECT_EQ(standardOutputOf([this] {
+    EXPECT_EQ(standardOutputOf([] {
                 orbController facade;
                 EXPECT_FALSE(facade.IsOrbitek());
                 EXPECT_EQ(partsOf(facade), "null controller, no board");
@@ -170,7 +170,7 @@ TEST_F(Facade, FallsBackToTheNullControllerWhenNoAcknowledgementComes) {
   gps_.script.on(0x0200).nothing();
   letPass(1);
   const std::string error = standardErrorOf([this] {
-    EXPECT_EQ(standardOutputOf([this] {
+    EXPECT_EQ(standardOutputOf([] {
                 orbController facade;
                 EXPECT_FALSE(facade.IsOrbitek());
                 EXPECT_EQ(partsOf(facade), "null controller, no board");
@@ -192,7 +192,7 @@ TEST_F(Facade, ReleasesTheDriverThatDetectedNothing) {
 TEST_F(Facade, FallsBackToTheNullControllerWhenTheReceiverRefuses) {
   gps_.script.on(0x0200).refusal();
   letPass(1);
-  const std::string error = standardErrorOf([this] {
+  const std::string error = standardErrorOf([] {
     orbController facade;
     EXPECT_FALSE(facade.IsOrbitek());
     EXPECT_EQ(partsOf(facade), "null controller, no board");
@@ -212,7 +212,7 @@ TEST_F(Facade, FallsBackToTheNullControllerWhenAnotherMessageIsAcknowledged) {
 
 TEST_F(FacadeWithoutReceiver, FallsBackToTheNullControllerWhenTheDeviceIsMissing) {
   const std::string error = standardErrorOf([this] {
-    EXPECT_EQ(standardOutputOf([this] {
+    EXPECT_EQ(standardOutputOf([] {
                 orbController facade;
                 EXPECT_FALSE(facade.IsOrbitek());
                 EXPECT_EQ(partsOf(facade), "null controller, no board");

@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include <memory>
+#include <ostream>
 #include <string>
 
 #include "orb-gnss/module_driver.h"
@@ -192,6 +192,10 @@ struct PortSetUp {
   unsigned int baud;
   const char* packet;
 };
+
+std::ostream& operator<<(std::ostream& out, const PortSetUp& setUp) {
+  return out << "port " << int{setUp.port} << ", " << setUp.baud << " baud";
+}
 
 class SerialPortSetUp : public Orders, public testing::WithParamInterface<PortSetUp> {};
 
