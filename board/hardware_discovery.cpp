@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <ostream>
+#include <string>
 #include <utility>
 #include <vector>
 
@@ -35,7 +36,8 @@ bool isBarCountRecorded(GDBusModuleResourcesClient& module) {
   const int found = asSigned32(module.GetBars().size());
   const int recorded = asSigned32(std::stoul(record.GetRecordData()));
   if (recorded != found) {
-    out << "BAR size in eeprom record " << recorded << " does not match actual BAR size " << found;
+    out << "BAR size in eeprom record " << std::to_string(recorded)
+        << " does not match actual BAR size " << std::to_string(found);
   }
   return recorded == found;
 }

@@ -9,20 +9,8 @@ namespace message_id = orb::message_id;
 
 namespace {
 
-constexpr int kSentences = 7;
-constexpr int kUnusedIntervals = 5;
-
-Command configureExtendedNmea(unsigned int interval, unsigned char attribute) {
-  Command command(message_id::kConfigureExtendedNmea, 15);
-  for (int i = 0; i < kSentences; ++i) {
-    std::move(command).u8(interval);
-  }
-  for (int i = 0; i < kUnusedIntervals; ++i) {
-    std::move(command).u8(0);
-  }
-  std::move(command).u8(attribute);
-  return command;
-}
+constexpr unsigned int kSentences = 7;
+constexpr unsigned int kUnusedIntervals = 5;
 
 }  // namespace
 
@@ -34,8 +22,12 @@ unsigned int orbController_QN4470T01::gpsObtGetNmeaExtendedConfigure(unsigned in
 unsigned int orbController_QN4470T01::gpsObtNmeaExtendedConfigure(unsigned int interval) {
   unsigned int kept = 0;
   return exchange().configure(
-      configureExtendedNmea(interval, attribute_), CommandExchange::kAtOnce,
-      [&] { return gpsObtGetNmeaExtendedConfigure(kept); }, [&] { return kept == interval; });
+      Command(message_id::kConfigureExtendedNmea, 15)
+          .repeated(kSentences, interval)
+          .repeated(kUnusedIntervals, 0)
+          .u8(attribute_),
+      CommandExchange::kAtOnce, [&] { return gpsObtGetNmeaExtendedConfigure(kept); },
+      [&] { return kept == interval; });
 }
 
 unsigned int orbController_QN4470T01::configurNmeaPollingPartial(unsigned char interval) {

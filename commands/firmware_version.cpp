@@ -48,7 +48,8 @@ unsigned int orbController_QN4470T01::gpsObtGetFwVersion(std::string& info) {
     revisionNumber = revisionDigits(reply);
     info +=
         "KernelVersion " + kernelVersion + ": ODMVersion " + odmVersion + ": Revision " + revision;
-    orb::standardOutput() << "nOrbRevision " << revisionNumber << std::endl;
+    // As text: the stream may be set to another base or to a locale that groups digits.
+    orb::standardOutput() << "nOrbRevision " << std::to_string(revisionNumber) << std::endl;
   });
 }
 

@@ -1,6 +1,7 @@
 #include <cstdio>
 #include <string>
 
+#include "commands/fix_modes.h"
 #include "controller/command_exchange.h"
 #include "orb-gnss/module_driver.h"
 #include "protocol/message_ids.h"
@@ -25,6 +26,17 @@ bool isFixName(const std::string& name) { return name == "2D" || name == "3D"; }
 
 unsigned char fixByte(const std::string& name) { return name == "2D" ? 1 : 0; }
 
+const char* fixName(unsigned char fix) {
+  switch (fix) {
+    case 0:
+      return "3D";
+    case 1:
+      return "2D";
+    default:
+      return "";
+  }
+}
+
 struct ElevationCnrMasks {
   unsigned int mode = 0;
   unsigned int elevation = 0;
@@ -34,8 +46,6 @@ struct ElevationCnrMasks {
 unsigned int query(orbController_QN4470T01& driver, ElevationCnrMasks& masks) {
   return driver.gpsOrbGetElevConfigure(masks.mode, masks.elevation, masks.cnr);
 }
-
-const char* fixName(unsigned char fix) { return fix == 1 ? "2D" : fix == 0 ? "3D" : ""; }
 
 }  // namespace
 
@@ -64,16 +74,11 @@ unsigned int orbController_QN4470T01::gpsObtFixNavConfigure(std::string first, s
 }
 
 unsigned int orbController_QN4470T01::setFixMode(unsigned char fixMode) {
-  switch (fixMode) {
-    case 0:
-      return gpsObtFixNavConfigure("2D", "2D");
-    case 1:
-      return gpsObtFixNavConfigure("3D", "3D");
-    case 2:
-      return gpsObtFixNavConfigure("3D", "2D");
-    default:
-      return orb::kNotSupported;
+  if (fixMode >= orb::kFixModes.size()) {
+    return orb::kNotSupported;
   }
+  const orb::FixMode& mask = orb::kFixModes[fixMode];
+  return gpsObtFixNavConfigure(mask.first, mask.second);
 }
 
 unsigned int orbController_QN4470T01::gpsObtGetDopConfigure(unsigned int& mode, unsigned int& first,

@@ -19,8 +19,8 @@ constexpr double kUnitsPerSecond = 100.0;
 constexpr double kUnitsPerDegree = 1e7;
 constexpr double kUnitsPerMetre = 100.0;
 
-// The answer to this query is not awaited: it prompts a receiver that sends binary navigation data.
-Command promptNavigationData() { return Command(message_id::kQueryNavigationInterval, 2); }
+// Its own answer is not awaited: the next navigation data message is.
+Command queryNavigationInterval() { return Command(message_id::kQueryNavigationInterval, 2); }
 
 const char* fixModeName(unsigned char mode) {
   constexpr std::array<const char*, 4> kNames = {"NO-FIX", "2D", "3D", "3D+DGNSS"};
@@ -44,7 +44,7 @@ std::string navigationReport(const Reply& reply) {
 }  // namespace
 
 unsigned int orbController_QN4470T01::gpsObtGetMsgUserNavDataBinary(std::string& report) {
-  return exchange().query(promptNavigationData(), message_id::kNavigationData,
+  return exchange().query(queryNavigationInterval(), message_id::kNavigationData,
                           [&](const Reply& reply) { report = navigationReport(reply); });
 }
 
@@ -54,15 +54,15 @@ unsigned int orbController_QN4470T01::getNavsolution(std::string /*key*/, std::s
 
 // Reports its failures in a way of its own: a failed send not at all, a missing reply as one.
 unsigned int orbController_QN4470T01::getNofSatellitesInNavSol(unsigned char& count) {
-  Command prompt = promptNavigationData();
+  Command query = queryNavigationInterval();
   orbIO channel;
-  if (channel.SendMessage(&prompt.message()) != 0) {
+  if (channel.SendMessage(&query.message()) != 0) {
     return orb::kSucceeded;
   }
   const std::unique_ptr<ORBMessage> reply(
       channel.ReceiveMessage(message_id::kNavigationData, replyTimeoutSeconds_));
   if (reply == nullptr) {
-    exchange().logNotSent(prompt.message());
+    exchange().logNotSent(query.message());
     return orb::kNotSent;
   }
   count = Reply(*reply).u8(kSatelliteCount);

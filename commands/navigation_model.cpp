@@ -2,6 +2,7 @@
 #include <cstdio>
 #include <string>
 
+#include "commands/fix_modes.h"
 #include "controller/command_exchange.h"
 #include "orb-gnss/module_driver.h"
 #include "protocol/message_ids.h"
@@ -20,9 +21,16 @@ unsigned char navigationMode(obt_DynamicState_t model) {
   return model < kModes.size() ? kModes[model] : 0;
 }
 
-constexpr unsigned char kFix2d = 0;
-constexpr unsigned char kFix3d = 1;
-constexpr unsigned char kFixAuto = 2;
+// The fix mode that is reported, which is not the number that it was set by.
+unsigned char reportedFixMode(const std::string& first, const std::string& second) {
+  if (first == "2D" && second == "2D") {
+    return 1;
+  }
+  if (first == "3D" && second == "3D") {
+    return 0;
+  }
+  return 2;
+}
 
 }  // namespace
 
@@ -89,7 +97,7 @@ unsigned int orbController_QN4470T01::getDynamicModel(unsigned char& model,
   if (result != orb::kSucceeded) {
     return result;
   }
-  fixMode = first == "2D" && second == "2D" ? 1 : first == "3D" && second == "3D" ? 0 : 2;
+  fixMode = reportedFixMode(first, second);
   model = static_cast<unsigned char>(mode);
   return orb::kSucceeded;
 }
@@ -100,11 +108,10 @@ unsigned int orbController_QN4470T01::setDynamicModel(unsigned char model) {
 
 unsigned int orbController_QN4470T01::setDynamicModel(unsigned char model, unsigned char fixMode) {
   const unsigned int result = gpsObtChangeDynamicMode(model);
-  if (fixMode > kFixAuto) {
+  if (fixMode >= orb::kFixModes.size()) {
     return orb::kNotSupported;
   }
   wait(milliseconds(100));
-  const char* first = fixMode == kFix2d ? "2D" : "3D";
-  const char* second = fixMode == kFix3d ? "3D" : "2D";
-  return result | gpsObtFixNavConfigure(first, second);
+  const orb::FixMode& mask = orb::kFixModes[fixMode];
+  return result | gpsObtFixNavConfigure(mask.first, mask.second);
 }

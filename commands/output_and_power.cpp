@@ -29,7 +29,13 @@ const char* powerModeName(unsigned int mode) {
 
 // An unknown type switches the output off.
 unsigned char outputTypeByte(const std::string& type) {
-  return type == "NMEA" ? 1 : type == "BINARY" ? 2 : 0;
+  if (type == "NMEA") {
+    return 1;
+  }
+  if (type == "BINARY") {
+    return 2;
+  }
+  return 0;
 }
 
 }  // namespace

@@ -28,4 +28,11 @@ Command&& Command::f64(double value) && {
       .u32(static_cast<std::uint32_t>(bits));
 }
 
+Command&& Command::repeated(unsigned int count, unsigned int value) && {
+  for (; count > 0; --count) {
+    std::move(*this).u8(value);
+  }
+  return std::move(*this);
+}
+
 }  // namespace orb

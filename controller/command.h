@@ -6,7 +6,7 @@ namespace orb {
 
 /// A message to the receiver, written down the way its table row reads:
 ///
-///     Command(message_id::kSetUpSerialPort, 4).u8(port).u8(baudCode).u8(kStore)
+///     Command(message_id::kSetUpSerialPort, 4).u8(port).u8(baudCode).u8(1)
 ///
 /// Each call appends to the body, multi-byte values with their high byte first and floating-point
 /// values as their IEEE 754 bits. Bytes that are not given stay 0. A value too wide for its place
@@ -22,6 +22,8 @@ class Command {
   Command&& u32(unsigned int value) &&;
   Command&& f32(float value) &&;
   Command&& f64(double value) &&;
+  /// `count` bytes of one value.
+  Command&& repeated(unsigned int count, unsigned int value) &&;
 
   ORBMessage& message() { return message_; }
 

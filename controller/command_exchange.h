@@ -50,8 +50,9 @@ class CommandExchange {
   /// returns the query's result: in every case, also when the setting could not be sent. Returns
   /// both results OR-ed.
   ///
-  /// Read back at once, the setting may still be on its way out, and opening the device anew would
-  /// destroy it: the query goes over the setting's own channel.
+  /// After some time, the read-back opens a channel of its own and with it drops what piled up
+  /// meanwhile. Read back at once, the setting may still be on its way out, and opening the device
+  /// anew would destroy it: the query goes over the setting's own channel.
   template <typename ReadBack>
   unsigned int configure(Command&& command, std::chrono::nanoseconds settle, ReadBack readBack) {
     orbIO channel(device_);

@@ -18,11 +18,11 @@ constexpr unsigned char kRestartAtGpsEpoch = 1;
 constexpr unsigned char kRestartWithoutTime = 3;
 constexpr unsigned char kEmptyRestart = 4;
 
-constexpr unsigned char kSoftwareRevision = 1;
-constexpr unsigned char kResetAndRestart = 1;
-constexpr unsigned char kStoreSetting = 1;
+// Bytes that these commands carry as they stand.
+constexpr unsigned char kFixedByte = 1;
+constexpr unsigned char kFixedAttribute = 1;
 
-// The date and time 1980-01-06 00:00:10, then three bytes that the receiver expects.
+// The date and time 1980-01-06 00:00:10, then three bytes that are sent as they stand.
 Command restartAtGpsEpoch() {
   return Command(message_id::kRestartSystem, 15)
       .u8(kRestartAtGpsEpoch)
@@ -77,8 +77,7 @@ unsigned int orbController_QN4470T01::gpsObtChipDetect(std::string device) {
   exchange()
       .on(std::move(device))
       .within(kDetectionTimeoutSeconds)
-      .query(Command(message_id::kQueryRevision, 2).u8(kSoftwareRevision),
-             message_id::kAcknowledged,
+      .query(Command(message_id::kQueryRevision, 2).u8(kFixedByte), message_id::kAcknowledged,
              [&](const Reply& reply) { present = reply.u8(1) == kQueryRevisionId; });
   return present ? 1 : 0;
 }
@@ -103,11 +102,11 @@ unsigned int orbController_QN4470T01::getResetInfo() {
 unsigned int orbController_QN4470T01::gpsObtSetUartPort(unsigned char port, unsigned int baud) {
   scratch_.fill(0);
   return exchange().send(
-      Command(message_id::kSetUpSerialPort, 4).u8(port).u8(baudCode(baud)).u8(kStoreSetting));
+      Command(message_id::kSetUpSerialPort, 4).u8(port).u8(baudCode(baud)).u8(kFixedAttribute));
 }
 
 unsigned int orbController_QN4470T01::gpsObtSetFactoryDefaults() {
-  return exchange().send(Command(message_id::kSetFactoryDefaults, 2).u8(kResetAndRestart));
+  return exchange().send(Command(message_id::kSetFactoryDefaults, 2).u8(kFixedByte));
 }
 
 unsigned int orbController_QN4470T01::resetorbitekDefaults() { return gpsObtSetFactoryDefaults(); }

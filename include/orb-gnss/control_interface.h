@@ -149,13 +149,13 @@ class ORB_GNSS_EXPORT ORBControlInterface {
   /// sent. On failure `count` is untouched: preset it, or call getNavsolution().
   virtual unsigned int getNofSatellitesInNavSol(unsigned char& count) = 0;
   /// Setting: the carrier-to-noise ratio mask, 0 .. 40 dB-Hz, read back at once and again after
-  /// 800 ms. The masks are read first; 4 or 8, with nothing sent, when that fails. When the last
+  /// 800 ms. The masks are read first; 4 or 8, with nothing set, when that fails. When the last
   /// reading differs, or does not come and `minimum` is not 0, the result is exactly 1.
   virtual unsigned int setMinCNo(signed char minimum) = 0;
   /// Query: the carrier-to-noise ratio mask, in dB-Hz.
   virtual unsigned int getMinCNo(signed char& minimum) = 0;
   /// Setting: the elevation mask, 3 .. 85 degrees, read back at once. The masks are read 100 ms
-  /// before; 4 or 8, with nothing sent, when that fails.
+  /// before; 4 or 8, with nothing set, when that fails.
   virtual unsigned int setElevationLimit(unsigned char limit) = 0;
   /// Query: the elevation mask, in degrees.
   virtual unsigned int getElevationLimit(unsigned char& limit) = 0;

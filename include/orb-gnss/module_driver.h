@@ -20,13 +20,19 @@ using obt_DynamicState_t = unsigned int;
 
 /// Drives a receiver module QN4470T01 on /dev/tty_gps.
 ///
-/// Every command is one exchange: the device is opened, one message is sent, a query's reply is
-/// awaited for up to five seconds, and the device is closed. On a line that stays silent a query
-/// does not return (see orbIO::ReceiveMessage). A failed exchange adds one line to
-/// /var/log/orbset-errors.log; a log that cannot be opened is silent and no error.
+/// Commands are of three kinds, with the results of ORBControlInterface. Unless said otherwise
 ///
-/// Settings are sent without waiting for the receiver's acknowledgement; those that are verified
-/// are read back. Results are those of ORBControlInterface.
+/// - a query sends one message and awaits its reply for up to five seconds. It returns 0, 4 or 8,
+///   and on failure leaves its arguments untouched and prints nothing.
+/// - a setting sends one message, without waiting for the receiver's acknowledgement, and reads the
+///   setting back: at once, or after the time named. It adds 1 to the results of both when the
+///   value read back differs.
+/// - an order sends one message and awaits nothing. It returns 0 or 8.
+///
+/// The device is opened for each command and closed behind it. On a line that stays silent a query
+/// does not return (see orbIO::ReceiveMessage). A failed exchange adds one line to
+/// /var/log/orbset-errors.log; a log that cannot be opened is silent and no error. "Prints" means
+/// to standard output.
 class ORB_GNSS_EXPORT orbController_QN4470T01 : public ORBControlInterface {
  public:
   orbController_QN4470T01();
@@ -101,49 +107,44 @@ class ORB_GNSS_EXPORT orbController_QN4470T01 : public ORBControlInterface {
 
   virtual ~orbController_QN4470T01();
 
-  /// Resets the receiver to factory values; no reply is awaited. Returns 0 or 8.
+  /// Resets the receiver to factory values: an order.
   virtual unsigned int gpsObtSetFactoryDefaults();
 
   /// Reads the timing mode (0 dynamic, 1 auto survey, 2 static), the survey's length (s), the
-  /// standard deviation as the receiver holds it, and the saved position (degrees, m). Returns 0, 4
-  /// or 8; on failure the arguments are untouched.
+  /// standard deviation as the receiver holds it, and the saved position (degrees, m).
   virtual unsigned int gpsObtGetTimeMode(unsigned int& mode, unsigned int& surveyLength,
                                          unsigned int& stdDev, double& latitude, double& longitude,
                                          float& altitude);
 
-  /// Reads the 1PPS output mode and what it is aligned to (0 GNSS time, 1 UTC), and prints both to
-  /// standard output. Returns 0, 4 or 8; on failure the arguments are untouched.
+  /// Reads the 1PPS output mode and what it is aligned to (0 GNSS time, 1 UTC), and prints both.
   virtual unsigned int gpsOrbGet1ppsOutputMode(unsigned int& mode, unsigned int& alignSource);
 
   /// Sets the 1PPS output mode and what it is aligned to, and reads both back after 100 ms. The low
-  /// bytes are sent and the whole values compared, so one above 255 gives 1.
+  /// bytes are sent and the whole values compared, so one above 255 gives 1; but nothing is
+  /// compared, and 1 not added, when either message failed.
   virtual unsigned int gpsOrb1ppsOutputMode(unsigned int mode, unsigned int alignSource);
 
   // Detection, restart and serial port.
 
-  /// Requests a restart. Mode 1 sets the time to 1980-01-06 00:00:10, mode 3 is sent without a
-  /// time, and any other mode sends an empty request, without the mode. No reply is awaited.
-  /// Returns 0 or 8.
+  /// Requests a restart: an order. Mode 1 is sent with the date and time 1980-01-06 00:00:10, mode
+  /// 3 without; any other mode sends an empty request, without the mode.
   unsigned int gpsObtSendSoftReset(unsigned char mode);
 
-  /// Sets up the receiver's serial port `port` for `baud` bits a second: 4800, 9600, 19200, 38400,
-  /// 57600 or 115200. Any other rate selects 9600, without a word. No reply is awaited. Returns 0
-  /// or 8.
+  /// Orders the receiver to set up its serial port `port` for `baud` bits a second: 4800, 9600,
+  /// 19200, 38400, 57600 or 115200. Any other rate selects 9600, without a word.
   unsigned int gpsObtSetUartPort(unsigned char port, unsigned int baud);
 
   // Firmware version.
 
-  /// Reads the firmware version into the members below, and appends it to `info` as getInfo()
-  /// does. Prints "nOrbRevision " and revisionNumber to standard output. Returns 0, 4 or 8; on
-  /// failure `info` and the members are untouched.
+  /// Reads the firmware version into the members below, and appends it to `info` as getInfo() does.
+  /// Prints "nOrbRevision " and revisionNumber.
   unsigned int gpsObtGetFwVersion(std::string& info);
 
   /// Reads the firmware version as three texts, "KernelVersion: 1.0.12", "ODMVersion: 1.2.0" and
-  /// "Revision: 2024.3.15". Returns 0, 4 or 8; on failure they are untouched.
+  /// "Revision: 2024.3.15".
   unsigned int gpsOrbGetFwVersion(std::string& kernel, std::string& odm, std::string& rev);
 
-  /// Asks whether the receiver answers the version extension query: 0, 4 or 8. The argument is not
-  /// used.
+  /// Asks whether the receiver answers the version extension query. The argument is not used.
   unsigned int gpsObtGetFwVersionString(std::string version);
 
   // Navigation data and GPS time.
@@ -152,60 +153,52 @@ class ORB_GNSS_EXPORT orbController_QN4470T01 : public ORBControlInterface {
   /// satellites in the fix, GPS week, time of week (s), latitude and longitude (degrees), ellipsoid
   /// and sea level altitude (m). Awaits the next navigation data message, which comes only while
   /// the output type is "BINARY". Signs are lost: southern, western and negative values come out
-  /// large. Returns 0, 4 or 8; on failure `report` is untouched.
+  /// large.
   unsigned int gpsObtGetMsgUserNavDataBinary(std::string& report);
 
-  /// Reads the GPS time in the receiver's own units, and prints the fields and the reply's bytes to
-  /// standard output. Returns 0, 4 or 8; on failure nothing is printed and the arguments are
-  /// untouched.
+  /// Reads the GPS time in the receiver's own units, and prints the fields and the reply's bytes.
   unsigned int gpsObtGetGpsTime(unsigned int& Tow, unsigned int& sTow, unsigned int& week,
                                 unsigned int& nCurrentLeap, unsigned int& valid);
 
   // Output rate, message type and power mode.
 
-  /// Reads the power mode: 0 normal, 1 power saving. Returns 0, 4 or 8; on failure `mode` is
-  /// untouched.
+  /// Reads the power mode: 0 normal, 1 power saving.
   unsigned int gpsObtGetPowerMode(unsigned int& mode);
 
   /// Sets the power mode, "POWERSAVE" or normal for any other text, and reads it back at once.
   /// setRxMode() checks the text.
   unsigned int gpsObtSetPowerMode(std::string mode);
 
-  /// Reads the position update rate and prints it to standard output. Returns 0, 4 or 8; on failure
-  /// `rate` is untouched and nothing is printed.
+  /// Reads the position update rate and prints it.
   unsigned int gpsOrbGetCfgRate(unsigned char& rate);
 
   /// Sets the position update rate, whatever its value, and reads it back after 0.8 s. Prints the
-  /// requested and the kept rate to standard output.
+  /// requested and the kept rate.
   unsigned int gpsObtSetCfgRate(unsigned char rate);
 
-  /// Reads the interval of the navigation data message. Returns 0, 4 or 8; on failure `interval` is
-  /// untouched.
+  /// Reads the interval of the navigation data message.
   unsigned int gpsObtGetNavMsg(unsigned char& interval);
 
-  /// Sets the interval of the navigation data message; it is not read back. Returns 0 or 8.
+  /// Sets the interval of the navigation data message: an order, since it is not read back.
   unsigned int gpsObtNavMsgConfigure(unsigned char interval);
 
   // Masks and fix settings.
 
-  /// Reads the position fix mask: "2D", "3D", or an empty text for anything else. Returns 0, 4 or
-  /// 8; on failure both are untouched.
+  /// Reads the position fix mask: "2D", "3D", or an empty text for anything else.
   unsigned int gpsObtGetFixNavConfigure(std::string& first, std::string& second);
 
   /// Sets the position fix mask and reads it back at once. Each is "2D" or "3D"; otherwise the
   /// result is 1 and nothing is sent.
   unsigned int gpsObtFixNavConfigure(std::string first, std::string second);
 
-  /// Reads the DOP mask and prints it to standard output. Returns 0, 4 or 8; on failure the
-  /// arguments are untouched.
+  /// Reads the DOP mask and prints it.
   unsigned int gpsObtGetDopConfigure(unsigned int& mode, unsigned int& first, unsigned int& second,
                                      unsigned int& third);
 
   /// Sets the DOP mask to mode 1 and three limits of 250, and reads it back at once.
   unsigned int gpsObtDopConfigure();
 
-  /// Reads the elevation mask (degrees) and the carrier-to-noise ratio mask (dB-Hz). Returns 0, 4
-  /// or 8; on failure the arguments are untouched.
+  /// Reads the elevation mask (degrees) and the carrier-to-noise ratio mask (dB-Hz).
   unsigned int gpsOrbGetElevConfigure(unsigned int& mode, unsigned int& elevation,
                                       unsigned int& cnr);
 
@@ -215,15 +208,15 @@ class ORB_GNSS_EXPORT orbController_QN4470T01 : public ORBControlInterface {
 
   // Navigation model and interference detection.
 
-  /// Reads whether interference detection is on, and its status; prints both to standard output.
-  /// Returns 0, 4 or 8; on failure the arguments are false and 0.
+  /// Reads whether interference detection is on, and its status; prints both. On failure the
+  /// arguments are false and 0.
   unsigned int gpsOrbGetJamDetectConfig(bool& control, unsigned char& status);
 
   /// Switches interference detection and reads it back at once.
   unsigned int gpsObtJamDetectConfig(bool enable);
 
   /// Reads the receiver's navigation mode, which is not the number that was set: see
-  /// gpsObtChangeDynamicMode(). Returns 0, 4 or 8; on failure `mode` is untouched.
+  /// gpsObtChangeDynamicMode().
   unsigned int gpsObtGetChangeDynamicMode(obt_DynamicState_t& mode);
 
   /// Sets the navigation mode for a model, and reads it back after 100 ms. Models 0 to 8 become the
@@ -232,23 +225,21 @@ class ORB_GNSS_EXPORT orbController_QN4470T01 : public ORBControlInterface {
 
   // Timing pulse outputs. A query sets its argument to 0 first, and leaves it so on failure.
 
-  /// Reads the width of the 1PPS pulse, in microseconds, and prints it to standard output. Returns
-  /// 0, 4 or 8.
+  /// Reads the width of the 1PPS pulse, in microseconds, and prints it.
   unsigned int gpsObtGetTimePulse(unsigned int& width);
 
   /// Sets the width of the 1PPS pulse, 1 .. 100000 microseconds, and reads it back at once. Another
   /// width gives 1, with nothing sent.
   unsigned int gpsObtTimePulseConfigure(unsigned int width);
 
-  /// Reads the frequency of the second pulse output, in hertz, and prints it to standard output.
-  /// Returns 0, 4 or 8.
+  /// Reads the frequency of the second pulse output, in hertz, and prints it.
   unsigned int gpsObtGetFreqOutput(unsigned int& frequency);
 
   /// Sets the frequency of the second pulse output, 0 .. 19200000 hertz, and reads it back at once.
   /// Another frequency gives 1, with nothing sent.
   unsigned int gpsObtFreqOutputConfigure(unsigned int frequency);
 
-  /// Reads the cable delay, in nanoseconds; hundredths are cut off. Returns 0, 4 or 8.
+  /// Reads the cable delay, in nanoseconds; hundredths are cut off.
   unsigned int gpsObtGetCableDelayConfig(int& delay);
 
   /// Sets the cable delay, -5000 .. 5000 nanoseconds, and reads it back at once. Another delay
@@ -259,35 +250,33 @@ class ORB_GNSS_EXPORT orbController_QN4470T01 : public ORBControlInterface {
   // Constellations and augmentation.
 
   /// Reads the constellations in the receiver's numbering: bit 0 GPS, 1 GLONASS, 2 Galileo, 3
-  /// BeiDou. Returns 0, 4 or 8; on failure `mask` is untouched.
+  /// BeiDou.
   unsigned int gpsObtGetGnssConfigure(unsigned short& mask);
 
   /// Sets the constellations, in the interface's numbering (a bit for each index of `gnssNames`;
   /// SBAS, IMES and QZSS are dropped), and reads them back after 100 ms.
   unsigned int gpsObtGnssConfigure(unsigned short mask);
 
-  /// Reads whether SBAS is on. Returns 0, 4 or 8; on failure `enabled` is untouched.
+  /// Reads whether SBAS is on.
   unsigned int gpsObtGetSbasConfigure(bool& enabled);
 
   /// Switches SBAS and reads it back after 100 ms.
   unsigned int gpsObtSbasConfigure(bool enable);
 
-  /// Reads whether QZSS is on. Returns 0, 4 or 8; on failure `enabled` is untouched.
+  /// Reads whether QZSS is on.
   unsigned int gpsObtGetQzssConfigure(bool& enabled);
 
   /// Switches QZSS and reads it back after 100 ms.
   unsigned int gpsObtQzssConfigure(bool enable);
 
-  /// Reads whether the second frequency band is on. Returns 0, 4 or 8; on failure `enabled` is
-  /// untouched.
+  /// Reads whether the second frequency band is on.
   unsigned int gpsObtGetL2BandConfigure(bool& enabled);
 
   /// Switches the second frequency band and reads it back after 50 ms. Does nothing and returns 0
   /// once `revisionNumber` is above 2024612.
   unsigned int gpsObtL2BandConfigure(bool enable);
 
-  /// Reads the interval of the first extended NMEA sentence. Returns 0, 4 or 8; on failure
-  /// `interval` is untouched.
+  /// Reads the interval of the first extended NMEA sentence.
   unsigned int gpsObtGetNmeaExtendedConfigure(unsigned int& interval);
 
   /// Sets the interval of all extended NMEA sentences and reads it back at once. The low byte is
@@ -339,7 +328,7 @@ class ORB_GNSS_EXPORT orbController_QN4470T01 : public ORBControlInterface {
   int revisionNumber = 0;
 
  private:
-  /// Room for a further text of the firmware; nothing uses it yet.
+  /// Nothing uses it yet.
   [[maybe_unused]] std::string spareText_;
   std::array<unsigned char, 300> scratch_{};
   /// The receiver's storage attribute for new settings: the last byte of configuration messages.

@@ -16,6 +16,8 @@ class BodyReader {
  public:
   explicit BodyReader(const Bytes& body) : body_(body) {}
 
+  bool atEnd() const { return position_ >= body_.size(); }
+
   std::uint8_t u8() { return body_.at(position_++); }
   std::uint16_t u16() { return static_cast<std::uint16_t>(number(2)); }
   std::uint32_t u32() { return static_cast<std::uint32_t>(number(4)); }

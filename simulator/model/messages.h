@@ -8,8 +8,8 @@
 
 namespace orb::sim {
 
-/// A command that changes a setting. Its body ends with the attribute byte, which `store` does not
-/// read.
+/// A command that changes a setting. `store` reads its body up to the attribute byte, which most
+/// settings end with.
 struct Setting {
   std::uint16_t id;
   std::size_t length;  ///< of the payload, id bytes included

@@ -13,22 +13,19 @@ using std::chrono::milliseconds;
 
 constexpr milliseconds kWeek = std::chrono::hours{7 * 24};
 
-/// Keeps the setting and its attribute byte, the last of the body.
+/// Keeps the setting and, where one follows it, its attribute byte.
 void store(State& state, const Setting& setting, const Bytes& body) {
   BodyReader reader(body);
   setting.store(state, reader);
-  state.attributes[setting.id] = body.back();
+  if (!reader.atEnd()) {
+    state.attributes[setting.id] = body.back();
+  }
 }
 
 Bytes reply(const State& state, const Query& query) {
   BodyWriter body;
   query.report(state, body);
-  Bytes reply = frame(query.replyId, body.body());
-  const bool flowing = state.outputType == OutputType::Binary;
-  if (query.id == message::kQueryNavMessageInterval && flowing) {
-    append(reply, navigationData(state));
-  }
-  return reply;
+  return frame(query.replyId, body.body());
 }
 
 Bytes answer(State& state, const Frame& command) {

@@ -61,7 +61,10 @@ constexpr Setting kSettings[] = {
     {message::kSetNmeaIntervals, 15,
      [](State& state, BodyReader& body) { body.bytes(state.nmeaIntervals); }},
     {message::kSetInterferenceDetection, 4,
-     [](State& state, BodyReader& body) { state.interferenceDetection = body.u8(); }},
+     [](State& state, BodyReader& body) {
+       state.interferenceDetection = body.u8();
+       body.u8();  // means nothing
+     }},
     {message::kSetFixNavMask, 5, storeFixNavMask},
     {message::kSetNavigationMode, 4,
      [](State& state, BodyReader& body) { state.navigationMode = body.u8(); }},
