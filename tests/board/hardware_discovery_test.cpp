@@ -184,6 +184,14 @@ TEST_F(PcieEndpoint, IsShownAsSignedNumber) {
   expectMismatch("BAR size in eeprom record -3 does not match actual BAR size 1");
 }
 
+TEST_F(PcieEndpoint, IsShownInDecimalWhateverTheStreamIsSetTo) {
+  describe("30", 20);
+  orb::test::CapturedStream output(std::cout);
+  std::cout << std::hex << std::showbase << std::showpos;
+  EXPECT_FALSE(checkForEndpointInEEPROM(3));
+  EXPECT_EQ(output.text(), "BAR size in eeprom record 30 does not match actual BAR size 20");
+}
+
 TEST_F(PcieEndpoint, WithoutRecordIsReportedAndThenCannotBeRead) {
   board_.modules[3].records.erase("PcieEndpoints");
   orb::test::CapturedStream output(std::cout);

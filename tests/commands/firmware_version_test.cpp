@@ -72,6 +72,15 @@ TEST_F(FirmwareVersion, IsPrintedWithAFlush) {
   EXPECT_EQ(output.flushedText(), kPrint);
 }
 
+TEST_F(FirmwareVersion, IsPrintedInDecimalWhateverTheStreamIsSetTo) {
+  answer(kRevision);
+  std::string info;
+  orb::test::CapturedStream output(std::cout);
+  std::cout << std::hex << std::showbase;
+  EXPECT_EQ(driver_.getInfo(info), 0u);
+  EXPECT_EQ(output.text(), kPrint);
+}
+
 TEST_F(FirmwareVersion, StaysInTheDriver) {
   answer(kRevision);
   infoPrinting(kPrint);

@@ -121,7 +121,7 @@ TEST_F(Facade, LooksOnTheNamedDeviceAndThenUsesTheDefaultOne) {
 
 TEST_F(Facade, SendsNothingWhenAnotherModuleIsFitted) {
   board_.modules[1].records["HardwareSetId"] = "47205318-002";
-  const std::string error = standardErrorOf([this] {
+  const std::string error = standardErrorOf([] {
     EXPECT_EQ(standardOutputOf([] {
                 orbController facade;
                 EXPECT_FALSE(facade.IsOrbitek());
@@ -169,7 +169,7 @@ TEST_F(Facade, HasNoTimeStampWithoutModule) {
 TEST_F(Facade, FallsBackToTheNullControllerWhenNoAcknowledgementComes) {
   gps_.script.on(0x0200).nothing();
   letPass(1);
-  const std::string error = standardErrorOf([this] {
+  const std::string error = standardErrorOf([] {
     EXPECT_EQ(standardOutputOf([] {
                 orbController facade;
                 EXPECT_FALSE(facade.IsOrbitek());
@@ -211,7 +211,7 @@ TEST_F(Facade, FallsBackToTheNullControllerWhenAnotherMessageIsAcknowledged) {
 }
 
 TEST_F(FacadeWithoutReceiver, FallsBackToTheNullControllerWhenTheDeviceIsMissing) {
-  const std::string error = standardErrorOf([this] {
+  const std::string error = standardErrorOf([] {
     EXPECT_EQ(standardOutputOf([] {
                 orbController facade;
                 EXPECT_FALSE(facade.IsOrbitek());
