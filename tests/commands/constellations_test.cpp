@@ -295,7 +295,7 @@ TEST_F(Constellations, AreSetWithSbasAndQzssSwitchedOffAfterThem) {
   gps_.receiver.change([](auto& state) { state.sbas[0] = state.qzss[0] = 1; });
   for (const auto& [mask, packet] : {std::pair{0x45, "A0 A1 00 05 64 19 00 07 00 7A 0D 0A"},
                                      {0x22, "A0 A1 00 05 64 19 00 00 00 7D 0D 0A"}}) {
-    EXPECT_EQ(observe([&](auto& driver) {
+    EXPECT_EQ(observe([mask = mask](auto& driver) {
                 return Outcome(driver.setGnssSystem(static_cast<unsigned short>(mask)));
               }),
               (Observed{.line = {"open", packet, "wait 100 ms", "open",

@@ -126,7 +126,7 @@ TEST_F(ExtendedNmea, IntervalAbove255IsSentAndThenRejected) {
        {std::pair{256U, "A0 A1 00 0F 64 02 00 00 00 00 00 00 00 00 00 00 00 00 00 66 0D 0A"},
         {300U, "A0 A1 00 0F 64 02 2C 2C 2C 2C 2C 2C 2C 00 00 00 00 00 00 4A 0D 0A"},
         {0xFFFFFFFFU, "A0 A1 00 0F 64 02 FF FF FF FF FF FF FF 00 00 00 00 00 00 99 0D 0A"}}) {
-    EXPECT_EQ(observe([&](auto& driver) {
+    EXPECT_EQ(observe([interval = interval](auto& driver) {
                 return Outcome(driver.gpsObtNmeaExtendedConfigure(interval));
               }),
               (Observed{.result = 1, .line = {"open", packet + (" " + kQueryInterval.packet)}}));

@@ -230,6 +230,7 @@ TEST_F(PpsOutputMode, TakesUtcAndGpsForTheSameTimeReference) {
 
 // "GNSS" is what the reference is read as.
 TEST_F(PpsOutputMode, RejectsAnyOtherTimeReferenceWithTheDeviceLeftClosed) {
+  connectReceiver();
   for (const std::string reference :
        {"GNSS", "utc", "gps", "Utc", "", " UTC", "UTC ", "UTC1", "GP", "GLONASS"}) {
     EXPECT_EQ(observe([&](auto& driver) { return Outcome(driver.setTimeReference(reference)); }),

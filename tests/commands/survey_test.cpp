@@ -153,7 +153,10 @@ class Survey : public OperationTest {
     return {"open", kQueryTiming.packet, "open", setting, wait, "open", kQueryTiming.packet};
   }
 
-  void expectRejectedUnsent(const Call& call) { EXPECT_EQ(observe(call), (Observed{.result = 1})); }
+  void expectRejectedUnsent(const Call& call) {
+    connectReceiver();
+    EXPECT_EQ(observe(call), (Observed{.result = 1}));
+  }
 
   const std::vector<std::string> queryOnly_{"open", kQueryTiming.packet};
 };
@@ -460,7 +463,7 @@ TEST_F(Survey, AutoTakesItsLimits) {
   answer(kSurveyTiming);
   for (const auto& [surveyLength, stdDev] :
        {std::pair{1U, 0.01F}, {1U, 50.0F}, {1209600U, 50.0F}, {1209600U, 0.01F}}) {
-    EXPECT_EQ(observe([&](auto& driver) {
+    EXPECT_EQ(observe([surveyLength = surveyLength, stdDev = stdDev](auto& driver) {
                 return Outcome(driver.setSurveyAuto(surveyLength, stdDev));
               }).result,
               0u);
@@ -479,8 +482,9 @@ TEST_F(Survey, AutoIsRejectedBeyondItsLimitsWithTheDeviceLeftClosed) {
                                              {3600U, std::nextafter(50.0F, 51.0F)},
                                              {3600U, std::numeric_limits<float>::quiet_NaN()},
                                              {3600U, std::numeric_limits<float>::infinity()}}) {
-    expectRejectedUnsent(
-        [&](auto& driver) { return Outcome(driver.setSurveyAuto(surveyLength, stdDev)); });
+    expectRejectedUnsent([surveyLength = surveyLength, stdDev = stdDev](auto& driver) {
+      return Outcome(driver.setSurveyAuto(surveyLength, stdDev));
+    });
   }
 }
 

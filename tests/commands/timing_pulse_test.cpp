@@ -177,6 +177,7 @@ class TimingPulse : public OperationTest {
   }
 
   void expectRejectedUnsent(const orb::test::Call& call) {
+    connectReceiver();
     EXPECT_EQ(observe(call), (Observed{.result = 1}));
   }
 };
@@ -202,10 +203,11 @@ TEST_F(TimingPulse, WidthReachesFromOneToAHundredThousand) {
                                       {256U, "A0 A1 00 07 65 01 00 00 01 00 00 65 0D 0A"},
                                       {99999U, "A0 A1 00 07 65 01 00 01 86 9F 00 7C 0D 0A"},
                                       {100000U, "A0 A1 00 07 65 01 00 01 86 A0 00 43 0D 0A"}}) {
-    EXPECT_EQ(
-        observe([&](auto& driver) { return Outcome(driver.gpsObtTimePulseConfigure(width)); }),
-        (Observed{.standardOutput = "pulse_length_us: " + std::to_string(width) + "\n",
-                  .line = {"open", packet + (" " + kQueryWidth.packet)}}));
+    EXPECT_EQ(observe([width = width](auto& driver) {
+                return Outcome(driver.gpsObtTimePulseConfigure(width));
+              }),
+              (Observed{.standardOutput = "pulse_length_us: " + std::to_string(width) + "\n",
+                        .line = {"open", packet + (" " + kQueryWidth.packet)}}));
     EXPECT_EQ(gps_.receiver.state().ppsPulseWidth, width);
   }
 }
@@ -284,10 +286,11 @@ TEST_F(TimingPulse, FrequencyReachesFromZeroToItsHighest) {
         {1U, "A0 A1 00 07 65 03 00 00 00 01 00 67 0D 0A"},
         {19199999U, "A0 A1 00 07 65 03 01 24 F7 FF 00 4B 0D 0A"},
         {19200000U, "A0 A1 00 07 65 03 01 24 F8 00 00 BB 0D 0A"}}) {
-    EXPECT_EQ(
-        observe([&](auto& driver) { return Outcome(driver.gpsObtFreqOutputConfigure(frequency)); }),
-        (Observed{.standardOutput = "interval_hz: " + std::to_string(frequency) + "\n",
-                  .line = {"open", packet + (" " + kQueryFrequency.packet)}}));
+    EXPECT_EQ(observe([frequency = frequency](auto& driver) {
+                return Outcome(driver.gpsObtFreqOutputConfigure(frequency));
+              }),
+              (Observed{.standardOutput = "interval_hz: " + std::to_string(frequency) + "\n",
+                        .line = {"open", packet + (" " + kQueryFrequency.packet)}}));
     EXPECT_EQ(gps_.receiver.state().pps2Frequency, frequency);
   }
 }
