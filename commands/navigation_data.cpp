@@ -7,7 +7,6 @@
 #include "protocol/message_ids.h"
 
 using orb::Command;
-using orb::CommandExchange;
 using orb::Reply;
 namespace message_id = orb::message_id;
 

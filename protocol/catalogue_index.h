@@ -1,6 +1,7 @@
 #pragma once
 
 #include <array>
+#include <cstddef>
 #include <iterator>
 
 #include "orb-gnss/catalogue.h"
@@ -39,15 +40,15 @@ class CatalogueIndex {
   }
 
  private:
-  static constexpr unsigned kPage = 256;
+  static constexpr std::size_t kPage = 256;
   static constexpr unsigned char kFirstIdWithSubId = 0x62;
-  static constexpr unsigned kIdsWithSubId = 14;
+  static constexpr std::size_t kIdsWithSubId = 14;
 
   static constexpr bool canExist(ORBMsgId id) { return hasSubId(id.id) || id.subId == 0; }
 
   // Page 0 holds the ids without sub-id; then one page of sub-ids for each id that has them.
-  static constexpr unsigned slot(ORBMsgId id) {
-    return hasSubId(id.id) ? (id.id - kFirstIdWithSubId + 1u) * kPage + id.subId : id.id;
+  static constexpr std::size_t slot(ORBMsgId id) {
+    return hasSubId(id.id) ? (id.id - kFirstIdWithSubId + 1U) * kPage + id.subId : id.id;
   }
 
   std::array<unsigned char, (1 + kIdsWithSubId) * kPage> rows_{};

@@ -37,7 +37,7 @@ void ORBMessage::allocatePacketDataBuffer(unsigned long payloadLength) {
   }
   payloadLength_ = payloadLength;
   packetLength_ = payloadLength + orb::kPacketOverhead;
-  packet_.reset(new unsigned char[packetLength_]());
+  packet_ = std::make_unique<unsigned char[]>(packetLength_);
 }
 
 void ORBMessage::constructPacket(const unsigned char* data, unsigned long payloadLength) {

@@ -6,7 +6,7 @@ ORB_BUILD_PACKAGES="g++ cmake ninja-build pkg-config libsystemd-dev libtomlplusp
 
 # What testing it takes besides.
 ORB_TEST_PACKAGES="bash binutils clang dbus-bin diffutils libclang-rt-dev libgmock-dev libgtest-dev
-  libtinyxml2-dev procps python3"
+  libtinyxml2-dev locales procps python3"
 
 is_installed() {
   [ "$(dpkg-query --show --showformat='${db:Status-Status}' "$1" 2>/dev/null)" = installed ]
