@@ -78,6 +78,8 @@ std::ostream& operator<<(std::ostream& out, const Sequence& sequence) {
 
 class SequenceOfDefaults : public OperationTest, public testing::WithParamInterface<Sequence> {
  protected:
+  SequenceOfDefaults() { connectReceiver(); }
+
   unsigned int run(StepsTakenDown& driver) { return GetParam().run(driver); }
 };
 
@@ -134,7 +136,6 @@ TEST_P(SequenceOfDefaults, AddsUpWhatAllItsStepsCameTo) {
 }
 
 TEST_P(SequenceOfDefaults, SucceedsWithAReceiver) {
-  connectReceiver();
   const Observed observed = observe([](auto& driver) { return Outcome(GetParam().run(driver)); });
   EXPECT_EQ(observed.result, 0u);
   EXPECT_EQ(observed.standardError, "");
