@@ -52,9 +52,10 @@ int getSystemRecord(sd_bus_message* call, void* context, sd_bus_error* error) {
   const Module* module = nullptr;
   const char* name = nullptr;
   int result = findModule(call, context, error, module);
-  if (result >= 0) {
-    result = sd_bus_message_read(call, "s", &name);
+  if (module == nullptr) {
+    return result;
   }
+  result = sd_bus_message_read(call, "s", &name);
   if (result < 0) {
     return result;
   }
@@ -78,7 +79,7 @@ int appendBars(sd_bus_message* reply, const std::vector<PcieBar>& bars) {
 int getBars(sd_bus_message* call, void* context, sd_bus_error* error) {
   const Module* module = nullptr;
   int result = findModule(call, context, error, module);
-  if (result < 0) {
+  if (module == nullptr) {
     return result;
   }
   sd_bus_message* rawReply = nullptr;
@@ -94,7 +95,8 @@ int replyWithText(sd_bus_message* call, void* context, sd_bus_error* error,
                   std::string Module::*text) {
   const Module* module = nullptr;
   const int result = findModule(call, context, error, module);
-  return result < 0 ? result : sd_bus_reply_method_return(call, "s", (module->*text).c_str());
+  return module == nullptr ? result
+                           : sd_bus_reply_method_return(call, "s", (module->*text).c_str());
 }
 
 int getI2CBus(sd_bus_message* call, void* context, sd_bus_error* error) {

@@ -36,7 +36,7 @@ void makeRaw(const OwnedDescriptor& tty) {
 Pty::Pty()
     : master_(::posix_openpt(O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC), "posix_openpt"),
       path_(ttyOf(master_)),
-      tty_(::open(path_.c_str(), O_RDWR | O_NOCTTY | O_CLOEXEC), path_.c_str()) {
+      tty_(::open(path_.c_str(), O_RDWR | O_NOCTTY | O_CLOEXEC), path_) {
   makeRaw(tty_);
 }
 

@@ -39,7 +39,7 @@ Numbers threeNumbers(const std::string& text, const std::string& option) {
   Numbers numbers{};
   int length = 0;
   const int count =
-      std::sscanf(text.c_str(), "%u.%u.%u%n", &numbers[0], &numbers[1], &numbers[2], &length);
+      std::sscanf(text.c_str(), "%u.%u.%u%n", numbers.data(), &numbers[1], &numbers[2], &length);
   if (count != 3 || text.begin() + length != text.end()) {
     throw CLI::ValidationError(option, text + " is not three numbers with dots between");
   }
