@@ -6,6 +6,8 @@ cd "$(dirname "$0")/.."
 
 tool=$1 build=$2
 
+command -v "$tool" > /dev/null || { echo "$tool is not installed" >&2; exit 1; }
+
 if ! "$tool" --version | grep -q 'version 14\.'; then
   echo "skipped: this is not $tool 14 but $("$tool" --version | grep -o 'version.*')"
   exit 0
