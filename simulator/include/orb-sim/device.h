@@ -33,6 +33,10 @@ class Device {
     constexpr std::chrono::milliseconds kPollInterval{10};
     return kPollInterval;
   }
+
+  /// True once for each time that the device has dropped the line: clients that hold it open then
+  /// see a hang-up, and have to open it anew. The line asks after each receive() and tick().
+  virtual bool takeHangUp() { return false; }
 };
 
 }  // namespace orb::sim

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <map>
 #include <string>
+#include <vector>
 
 #include "orb-sim/bytes.h"
 
@@ -115,6 +116,40 @@ struct GpsTime {
   std::uint8_t valid = 7;  ///< one bit each: time of week, week, leap seconds
 };
 
+enum class Constellation : std::uint8_t { Gps, Glonass, Galileo, Beidou, Qzss, Sbas };
+
+/// A satellite above the horizon, as the antenna sees it.
+struct Satellite {
+  Constellation constellation = Constellation::Gps;
+  std::uint8_t number = 1;  ///< PRN or slot within its constellation, counted from 1
+  double elevation = 45;    ///< degrees above the horizon
+  double azimuth = 0;       ///< degrees from north through east
+  std::uint8_t cnr = 40;    ///< dB-Hz
+};
+
+struct Waypoint {
+  std::chrono::milliseconds at{0};  ///< since the simulation began
+  double latitude = 0;              ///< degrees
+  double longitude = 0;             ///< degrees
+  double altitude = 0;              ///< metres above the ellipsoid
+};
+
+/// The antenna's way, straight from waypoint to waypoint. Without waypoints it stands where
+/// Navigation says.
+struct Track {
+  std::vector<Waypoint> waypoints;  ///< in order of time
+  bool repeats = false;             ///< at the end, it begins anew; otherwise the antenna stops
+};
+
+/// How long the receiver takes after a restart.
+struct StartTimes {
+  std::chrono::milliseconds silence{0};  ///< until it hears and says anything
+  // Until it has a fix, by what it still knows.
+  std::chrono::milliseconds cold{35000};
+  std::chrono::milliseconds warm{28000};
+  std::chrono::milliseconds hot{1000};
+};
+
 /// Everything that a receiver knows: its settings, what it measures, and what happened to it.
 struct State : Settings {
   Identity identity;
@@ -122,6 +157,15 @@ struct State : Settings {
   GpsTime time;
   std::uint8_t interferenceStatus = 1;
   std::chrono::milliseconds surveyed{0};  ///< since the survey began
+
+  /// The satellites in view. With some, the receiver works its solution out of those that its
+  /// constellations and masks let it use; with none, it reports `navigation` as it stands.
+  std::vector<Satellite> sky;
+  Track track;
+  /// Seconds that pass for the receiver (its clock, surveys, the track) while one passes on the
+  /// line; 0 stops its clock. What it sends, it sends at its update rate on the line.
+  double clockRate = 1;
+  StartTimes startTimes;
 
   unsigned int softResets = 0;  ///< message 0x01
   Bytes lastSoftReset;          ///< its body

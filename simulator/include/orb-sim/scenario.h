@@ -1,0 +1,67 @@
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "orb-sim/device.h"
+#include "orb-sim/faults.h"
+#include "orb-sim/line_conditions.h"
+#include "orb-sim/state.h"
+
+namespace orb::sim {
+
+/// The hardware set identifier of the module that the library drives.
+inline constexpr char kFittedModule[] = "47205318-001";
+
+/// A whole device and all that goes wrong with it. As constructed, it is healthy.
+struct Scenario {
+  /// What there is at the far end of the serial line.
+  enum class Presence : std::uint8_t {
+    Answering,
+    Silent,  ///< the line is there, and no byte ever comes from it
+    Absent,  ///< there is no line
+  };
+
+  std::string description;  ///< one sentence
+  std::uint64_t seed = 1;
+
+  /// What the inventory says of module location 1; nothing where no module is fitted.
+  std::optional<std::string> hardwareId = kFittedModule;
+
+  Presence presence = Presence::Answering;
+  bool talksFromTheStart = false;  ///< else it is silent until it has first been spoken to
+  bool startsCold = false;         ///< else it has its fix from the start
+  State state;
+  LineConditions line;
+  std::vector<FaultRule> faults;
+};
+
+/// Reads a scenario from a TOML file (see docs/scenarios.md). Throws std::runtime_error with one
+/// line for each problem: file, line, key and what is wrong with it.
+Scenario loadScenario(const std::filesystem::path& file);
+
+/// A receiver in the circumstances of a scenario, to be plugged into a line.
+class ScenarioDevice : public Device {
+ public:
+  explicit ScenarioDevice(const Scenario& scenario);
+  ~ScenarioDevice() override;
+
+  Bytes receive(const Bytes& bytes) override;
+  Bytes tick(std::chrono::milliseconds elapsed) override;
+  std::chrono::milliseconds untilNextOutput() const override;
+  bool takeHangUp() override;
+
+  /// A copy of the receiver's state, and the faults that have happened.
+  State state() const;
+  std::vector<FaultyDevice::Event> events() const;
+
+ private:
+  class Implementation;
+  std::unique_ptr<Implementation> implementation_;
+};
+
+}  // namespace orb::sim
