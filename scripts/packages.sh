@@ -1,4 +1,4 @@
-# Sourced by ./demo and ./test: installs the Debian or Ubuntu packages that they need.
+# Sourced by ./demo, ./test and ./bench: installs the Debian or Ubuntu packages that they need.
 
 # What building and running the product takes.
 ORB_BUILD_PACKAGES="g++ cmake ninja-build pkg-config libsystemd-dev libtomlplusplus-dev
@@ -7,6 +7,9 @@ ORB_BUILD_PACKAGES="g++ cmake ninja-build pkg-config libsystemd-dev libtomlplusp
 # What testing it takes besides.
 ORB_TEST_PACKAGES="bash binutils clang dbus-bin diffutils libclang-rt-dev libgmock-dev libgtest-dev
   libtinyxml2-dev locales procps python3"
+
+# What the benchmark takes besides building the product.
+ORB_BENCH_PACKAGES="libbenchmark-dev libmodbus-dev nlohmann-json3-dev python3"
 
 is_installed() {
   [ "$(dpkg-query --show --showformat='${db:Status-Status}' "$1" 2>/dev/null)" = installed ]

@@ -1,0 +1,91 @@
+#!/usr/bin/env python3
+"""Runs the bench programs, prints one table and writes the figures as JSON.
+
+usage: report.py FOLDER [--list] [--output FILE] [WORK...]
+"""
+
+import argparse
+import json
+import pathlib
+import subprocess
+import sys
+
+COLUMNS = "{:<58} {:>11} {:>11} {:<8} {:>7} {:>15}  {}"
+
+
+def programs(folder):
+    for name in (folder / "programs.txt").read_text().split():
+        yield folder / name
+
+
+def works_of(program):
+    listing = subprocess.run([program, "--list"], check=True, stdout=subprocess.PIPE, text=True)
+    return listing.stdout.split()
+
+
+def selects(name, work):
+    return work == name or work.startswith(name + "-")
+
+
+def selected_works(program, names):
+    works = works_of(program)
+    return [work for work in works if not names or any(selects(name, work) for name in names)]
+
+
+def rows_of(program, works):
+    """The rows, each as soon as the program has printed it."""
+    with subprocess.Popen([program, *works], stdout=subprocess.PIPE, text=True) as process:
+        for line in process.stdout:
+            yield json.loads(line)
+    if process.returncode != 0:
+        sys.exit(f"{program.name} could not measure")
+
+
+def figure(number):
+    return "" if number is None else f"{number:.4g}"
+
+
+def print_row(row):
+    bound = "" if row.get("bound") is None else f"{row['sense']} {row['bound']:g}"
+    verdict = "" if row.get("bound") is None else "ok" if row["ok"] else "OUTSIDE"
+    print(COLUMNS.format(row["title"], figure(row["value"]), figure(row.get("limit")), row["unit"],
+                         figure(row.get("ratio")), bound,
+                         " ".join(filter(None, [verdict, row.get("note")]))), flush=True)
+
+
+def main():
+    parser = argparse.ArgumentParser()
+    parser.add_argument("folder", type=pathlib.Path)
+    parser.add_argument("--list", action="store_true")
+    parser.add_argument("--output", type=pathlib.Path)
+    parser.add_argument("works", nargs="*")
+    options = parser.parse_intermixed_args()
+
+    plan = [(program, selected_works(program, options.works))
+            for program in programs(options.folder)]
+    if options.list:
+        print("\n".join(work for _, works in plan for work in works))
+        return 0
+    for name in options.works:
+        if not any(selects(name, work) for _, works in plan for work in works):
+            sys.exit(f"no work is called {name}; --list names them")
+
+    rows = []
+    print(COLUMNS.format("work", "value", "limit", "unit", "ratio", "bound", ""))
+    for program, works in plan:
+        for row in rows_of(program, works) if works else ():
+            print_row(row)
+            rows.append(row)
+    if options.output:
+        options.output.write_text(json.dumps({"rows": rows}, indent=1) + "\n")
+
+    outside = [row["title"] for row in rows if not row["ok"]]
+    if outside:
+        print("\noutside the bound: " + "; ".join(outside))
+        return 1
+    print("\nevery row is within its bound")
+    return 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())
