@@ -20,3 +20,5 @@ file(RELATIVE_PATH PC_PREFIX ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INST
 configure_file(cmake/orb-gnss.pc.in ${PROJECT_BINARY_DIR}/orb-gnss.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/orb-gnss.pc
   DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT development)
+
+install(DIRECTORY docs/ DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT runtime)

@@ -49,7 +49,3 @@ endfunction()
 install_with_paths(inventoryd/orb-inventoryd.service.in lib/systemd/system orb-inventoryd.service)
 install_with_paths(dbus/org.orb_gnss.Inventory1.service.in
   ${CMAKE_INSTALL_DATADIR}/dbus-1/system-services org.orb_gnss.Inventory1.service)
-
-install(FILES ${PROJECT_SOURCE_DIR}/docs/platform.md
-  DESTINATION ${CMAKE_INSTALL_DOCDIR}
-  COMPONENT runtime)
