@@ -1,11 +1,9 @@
 #include "inventoryd/inventory_file.h"
 
-#include <cerrno>
-#include <fstream>
 #include <limits>
-#include <sstream>
-#include <system_error>
+#include <utility>
 
+#include "base/toml/text_file.h"
 #include "inventoryd/toml_fields.h"
 
 namespace orb::inventory {
@@ -19,15 +17,13 @@ std::vector<PcieBar> readBars(const toml::node& node, ProblemList& problems) {
   std::vector<PcieBar> bars;
   const toml::array* array = node.as_array();
   if (array == nullptr) {
-    problems.add(lineOf(node), "\"bars\" is " + std::string(typeName(node)) +
-                                   "; it has to be an array of { index, address, size }");
+    addWrongType(node, "\"bars\"", "an array of { index, address, size }", problems);
     return bars;
   }
   for (const toml::node& element : *array) {
     const toml::table* table = element.as_table();
     if (table == nullptr) {
-      problems.add(lineOf(element), "an element of \"bars\" is " + std::string(typeName(element)) +
-                                        "; it has to be { index, address, size }");
+      addWrongType(element, "an element of \"bars\"", "{ index, address, size }", problems);
       continue;
     }
     const TomlFields fields(*table, "the BAR", problems);
@@ -42,7 +38,7 @@ std::vector<PcieBar> readBars(const toml::node& node, ProblemList& problems) {
 ModuleRecord readRecord(const toml::node& node, std::string_view name, ProblemList& problems) {
   const toml::table* table = node.as_table();
   if (table == nullptr) {
-    return {1, textOf(node, name, problems).value_or("")};
+    return {1, busTextOf(node, quoted(name), problems).value_or("")};
   }
   const std::string what = "the record " + quoted(name);
   const TomlFields fields(*table, what, problems);
@@ -55,8 +51,7 @@ std::map<std::string, ModuleRecord> readRecords(const toml::node& node, ProblemL
   std::map<std::string, ModuleRecord> records;
   const toml::table* table = node.as_table();
   if (table == nullptr) {
-    problems.add(lineOf(node), "\"records\" is " + std::string(typeName(node)) +
-                                   "; it has to be a table [module.records]");
+    addWrongType(node, "\"records\"", "a table [module.records]", problems);
     return records;
   }
   for (const auto& [key, value] : *table) {
@@ -106,32 +101,28 @@ void readModules(const toml::table& file, Inventory& inventory, ProblemList& pro
   }
 }
 
+void readInventory(std::string_view text, Inventory& inventory, ProblemList& problems) {
+  if (const auto file = parseToml(text, problems)) {
+    readModules(*file, inventory, problems);
+  }
+}
+
 }  // namespace
 
 InventoryFile parseInventory(std::string_view text, const std::string& path) {
-  InventoryFile result;
+  Inventory inventory;
   ProblemList problems(path);
-  try {
-    readModules(toml::parse(text, path), result.inventory, problems);
-  } catch (const toml::parse_error& error) {
-    problems.add(static_cast<std::uint32_t>(error.source().begin.line),
-                 std::string(error.description()));
-  }
-  result.problems = problems.lines();
-  return result;
+  readInventory(text, inventory, problems);
+  return {std::move(inventory), problems.lines()};
 }
 
 InventoryFile readInventoryFile(const std::string& path) {
-  std::ifstream file(path, std::ios::binary);
-  std::ostringstream text;
-  if (file.is_open() && file.peek() != std::ifstream::traits_type::eof()) {
-    text << file.rdbuf();
+  Inventory inventory;
+  ProblemList problems(path);
+  if (const auto text = readTextFile(path, problems)) {
+    readInventory(*text, inventory, problems);
   }
-  if (!file.is_open() || file.bad()) {
-    const std::string reason = std::generic_category().message(errno);
-    return {{}, {path + ": cannot read it: " + reason}};
-  }
-  return parseInventory(text.str(), path);
+  return {std::move(inventory), problems.lines()};
 }
 
 }  // namespace orb::inventory

@@ -8,12 +8,10 @@
 
 #include <toml++/toml.h>
 
-#include "inventoryd/problem_list.h"
+#include "base/toml/node.h"
+#include "base/toml/problem_list.h"
 
 namespace orb::inventory {
-
-/// The line that a value, or the key of a table, stands in.
-std::uint32_t lineOf(const toml::node& node);
 
 /// Takes the fields out of one TOML table. What is missing or wrong becomes a problem, and the
 /// field empty.
@@ -47,14 +45,8 @@ class TomlFields {
   ProblemList& problems_;
 };
 
-/// The text of a node, or nothing and a problem that names it.
-std::optional<std::string> textOf(const toml::node& node, std::string_view name,
-                                  ProblemList& problems);
-
-/// "a text", "an integer" and so on.
-std::string_view typeName(const toml::node& node);
-
-/// `name` in quotes.
-std::string quoted(std::string_view name);
+/// The text of a node, or nothing and a problem that begins with `subject`.
+std::optional<std::string> busTextOf(const toml::node& node, std::string_view subject,
+                                     ProblemList& problems);
 
 }  // namespace orb::inventory

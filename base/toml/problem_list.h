@@ -7,7 +7,7 @@
 #include <utility>
 #include <vector>
 
-namespace orb::inventory {
+namespace orb {
 
 /// Collects what is wrong with a file, and lists it in the order of the lines.
 class ProblemList {
@@ -19,6 +19,11 @@ class ProblemList {
     std::replace(what.begin(), what.end(), '\n', ' ');
     problems_.emplace(line, path_ + ':' + std::to_string(line) + ": " + what);
   }
+
+  /// A problem of the file as a whole.
+  void add(const std::string& what) { problems_.emplace(0, path_ + ": " + what); }
+
+  bool empty() const { return problems_.empty(); }
 
   std::vector<std::string> lines() const {
     std::vector<std::string> lines;
@@ -33,4 +38,4 @@ class ProblemList {
   std::multimap<std::uint32_t, std::string> problems_;
 };
 
-}  // namespace orb::inventory
+}  // namespace orb

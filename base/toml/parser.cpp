@@ -1,0 +1,3 @@
+// The one place where the parser itself is compiled.
+#define TOML_IMPLEMENTATION
+#include <toml++/toml.h>
