@@ -1,6 +1,8 @@
 #include "inventoryd/inventory_service.h"
 
+#include <cerrno>
 #include <cinttypes>
+#include <stdexcept>
 #include <system_error>
 
 #include "dbus/inventory_interface.h"
@@ -132,7 +134,11 @@ InventoryService::InventoryService(sd_bus* bus, const Inventory& inventory) {
                                  const_cast<Inventory*>(&inventory)),
         "cannot offer the inventory");
   object_.reset(slot);
-  check(sd_bus_request_name(bus, kBusName, 0), "cannot take the name org.orb_gnss.Inventory1");
+  const int result = sd_bus_request_name(bus, kBusName, 0);
+  if (result == -EEXIST) {
+    throw std::runtime_error("another orb-inventoryd runs on this bus already");
+  }
+  check(result, "cannot take the name org.orb_gnss.Inventory1");
 }
 
 }  // namespace orb::inventory
