@@ -1,0 +1,72 @@
+#pragma once
+
+#include <chrono>
+#include <cstddef>
+#include <deque>
+#include <map>
+#include <mutex>
+#include <vector>
+
+#include "orb-sim/bytes.h"
+#include "orb-sim/device.h"
+#include "orb-sim/frame.h"
+#include "orb-sim/trace.h"
+
+namespace orb::sim {
+
+/// The receiver's side of a trace, as a device.
+///
+/// All that the receiver said between one packet of the client and the next is the answer to the
+/// first of them. A packet of the same bytes gets the answer that the trace has to its next
+/// occurrence; after the last one, those begin anew. A packet that the trace does not have is
+/// refused. What came before the first packet is played from the start, until a packet comes.
+///
+/// An answer comes with its recorded delays. What of the first second is still due when the next
+/// packet comes is sent then; what came later, text as a rule that nobody had asked for, is given
+/// up.
+class ReplayDevice : public Device {
+ public:
+  enum class Pace {
+    Recorded,
+    Fast,  ///< What came within a second comes at once.
+  };
+
+  static constexpr std::chrono::milliseconds kAnswerTime{1000};
+
+  explicit ReplayDevice(const std::vector<TraceRecord>& trace, Pace pace = Pace::Recorded);
+
+  Bytes receive(const Bytes& bytes) override;
+  Bytes tick(std::chrono::milliseconds elapsed) override;
+  std::chrono::milliseconds untilNextOutput() const override;
+
+  /// How many packets were refused, since the trace does not have them.
+  std::size_t refused() const;
+
+ private:
+  struct Piece {
+    std::chrono::milliseconds delay{0};
+    Bytes bytes;
+  };
+  using Answer = std::vector<Piece>;
+  struct Answers {
+    std::vector<Answer> recorded;
+    std::size_t next = 0;
+  };
+
+  Bytes takeLeftovers();
+  Bytes takeDue();
+  Bytes answerTo(const Frame& packet);
+  void schedule(const Answer& answer);
+
+  const Pace pace_;
+
+  mutable std::mutex mutex_;          ///< guards what follows
+  std::map<Bytes, Answers> answers_;  ///< by payload
+  FrameReader reader_;
+  std::chrono::milliseconds now_{0};
+  std::chrono::milliseconds answerEnd_{0};  ///< what is due before this belongs to an answer
+  std::deque<Piece> due_;                   ///< with times instead of delays, in their order
+  std::size_t refused_ = 0;
+};
+
+}  // namespace orb::sim

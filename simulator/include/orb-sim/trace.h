@@ -1,0 +1,81 @@
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "orb-sim/bytes.h"
+
+namespace orb::sim {
+
+/// A trace is the record of what went over a serial line: a file of JSON lines, one for each piece
+/// of either side, as docs/traces.md describes it.
+
+/// Who has said something.
+enum class Speaker : std::uint8_t { Client, Receiver };
+
+/// Bytes that came from one side at one moment. They are cut as they came, not at packets.
+struct TraceRecord {
+  std::chrono::microseconds at{0};  ///< since the trace began
+  Speaker from = Speaker::Client;
+  Bytes bytes;
+};
+
+/// Reads a trace piece by piece, keeping no more than one line of it.
+class TraceParser {
+ public:
+  using Sink = std::function<void(const TraceRecord&)>;
+
+  /// A longer line is an error.
+  static constexpr std::size_t kLongestLine = 1 << 20;
+
+  /// What every trace begins with.
+  static constexpr std::string_view kStart = R"({"orb-sim-trace":)";
+
+  /// `name` is what errors call the trace, as a rule its file.
+  explicit TraceParser(std::string name) : name_(std::move(name)) {}
+
+  /// Takes text, cut anywhere, and hands on the records that it completes. Throws
+  /// std::runtime_error, with name and line, where it is not a trace.
+  void push(std::string_view text, const Sink& sink);
+
+  /// Says that the text is complete; the last line need not end in a newline.
+  void finish(const Sink& sink);
+
+ private:
+  void takeLine(const Sink& sink);
+  [[noreturn]] void fail(const std::string& problem) const;
+
+  std::string name_;
+  std::string line_;  ///< the beginning of a line
+  std::size_t lineNumber_ = 1;
+  bool hasHeader_ = false;
+  std::chrono::microseconds last_{0};
+};
+
+/// The records of a trace file. Throws std::runtime_error where it cannot be read, and as
+/// TraceParser does.
+std::vector<TraceRecord> loadTrace(const std::filesystem::path& file);
+
+/// Writes a trace to a file, a line at a time, so that it is whole up to its last line whenever it
+/// is looked at. Members throw std::system_error where the file cannot be written.
+class TraceWriter {
+ public:
+  /// Replaces a file of this name. `device` is noted in the header.
+  TraceWriter(const std::filesystem::path& file, const std::string& device);
+
+  void write(const TraceRecord& record);
+
+ private:
+  void writeLine(const std::string& line);
+
+  std::filesystem::path file_;
+  std::ofstream stream_;
+};
+
+}  // namespace orb::sim

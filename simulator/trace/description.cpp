@@ -1,0 +1,126 @@
+#include "trace/description.h"
+
+#include <orb-gnss/catalogue.h>
+
+#include <algorithm>
+#include <cstring>
+#include <string_view>
+
+#include "trace/hex.h"
+
+namespace orb::sim {
+namespace {
+
+constexpr std::size_t kHeaderLength = 4;
+constexpr std::size_t kTrailerLength = 3;
+
+Frame frameOf(const StreamItem& packet) {
+  return {Bytes(packet.bytes.begin() + kHeaderLength, packet.bytes.end() - kTrailerLength)};
+}
+
+/// The catalogue's words for a message, empty for one that it does not have. Length 0: any.
+std::string_view catalogueText(const Frame& frame, std::size_t length) {
+  const ORBMsgId id{static_cast<unsigned char>(frame.id() >> 8),
+                    static_cast<unsigned char>(frame.id() & 0xFF)};
+  static const std::string_view kUnknown = orbGetMessageDescription({0xFE, 0}, 0);
+  std::string_view text = orbGetMessageDescription(id, static_cast<unsigned short>(length));
+  if (text == kUnknown) return {};
+  while (!text.empty() && text.back() == ' ') text.remove_suffix(1);
+  return text;
+}
+
+bool isKnown(const Frame& frame) { return !catalogueText(frame, frame.payload.size()).empty(); }
+
+/// One column for the id, or for what stands in its place.
+std::string labelled(std::string label, const std::string& text) {
+  constexpr std::size_t kWidth = 7;
+  label.resize(std::max(label.size() + 1, kWidth), ' ');
+  return label + text;
+}
+
+std::string describePacket(const Frame& frame) {
+  const bool hasSub = hasSubId(frame.payload[0]) && frame.payload.size() > 1;
+  const Bytes id(frame.payload.begin(), frame.payload.begin() + (hasSub ? 2 : 1));
+  std::string text(catalogueText(frame, 0));
+  if (text.empty()) {
+    text = "unknown message";
+  } else if (!isKnown(frame)) {
+    text += ", of an unknown length";
+  }
+  const std::string body = toHex(frame.body(), " ");
+  return labelled(toHex(id, "/"), body.empty() ? text : text + ": " + body);
+}
+
+bool isText(std::uint8_t byte) { return byte >= 0x20 && byte < 0x7F; }
+
+/// A line's text without its end; empty where there are other bytes in it.
+std::string lineOf(const Bytes& bytes) {
+  auto end = bytes.end();
+  while (end != bytes.begin() && (end[-1] == '\n' || end[-1] == '\r')) --end;
+  return std::all_of(bytes.begin(), end, isText) ? std::string(bytes.begin(), end) : std::string();
+}
+
+std::string describeOther(const StreamItem& item) {
+  constexpr std::size_t kFewBytes = 16;
+  const std::string line = lineOf(item.bytes);
+  if (!line.empty() && item.length == item.bytes.size()) {
+    return labelled("text", line);
+  }
+  const auto shown = static_cast<std::ptrdiff_t>(std::min(kFewBytes, item.bytes.size()));
+  std::string text = std::to_string(item.length) + (item.length == 1 ? " byte: " : " bytes: ");
+  text += toHex(Bytes(item.bytes.begin(), item.bytes.begin() + shown), " ");
+  if (item.length > kFewBytes) text += " ...";
+  return labelled("other", text);
+}
+
+std::string withTrouble(const StreamItem& item, const std::string& text) {
+  return item.trouble.empty() ? text : std::string(item.trouble) + ": " + text;
+}
+
+}  // namespace
+
+void StreamCounts::add(const StreamItem& item) {
+  switch (item.kind) {
+    case StreamItem::Kind::Packet:
+      ++(isKnown(frameOf(item)) ? messages : unknown);
+      break;
+    case StreamItem::Kind::Damaged:
+      ++damaged;
+      break;
+    case StreamItem::Kind::Sentence:
+      ++sentences;
+      badSentences += item.trouble.empty() ? 0 : 1;
+      break;
+    case StreamItem::Kind::Other:
+      otherBytes += item.length;
+      break;
+  }
+}
+
+std::string StreamCounts::text() const {
+  const auto counted = [](std::size_t count, const char* one, const char* several) {
+    return std::to_string(count) + " " + (count == 1 ? one : several);
+  };
+  std::string text = counted(messages + unknown, "good packet", "good packets") + " (" +
+                     std::to_string(unknown) + " unknown), " +
+                     counted(damaged, "bad packet", "bad packets") + ", " +
+                     counted(sentences, "sentence", "sentences");
+  if (badSentences > 0) text += " (" + std::to_string(badSentences) + " bad)";
+  return text + ", " + counted(otherBytes, "other byte", "other bytes");
+}
+
+std::string describe(const StreamItem& item) {
+  switch (item.kind) {
+    case StreamItem::Kind::Packet:
+      return describePacket(frameOf(item));
+    case StreamItem::Kind::Damaged:
+      return labelled("bad", withTrouble(item, toHex(item.bytes, " ")));
+    case StreamItem::Kind::Sentence:
+      return labelled("nmea", withTrouble(item, lineOf(item.bytes)));
+    case StreamItem::Kind::Other:
+      break;
+  }
+  return describeOther(item);
+}
+
+}  // namespace orb::sim
