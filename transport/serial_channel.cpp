@@ -19,6 +19,20 @@ constexpr unsigned long kReadSize = 1024;
 
 void complain(const char* text) { orb::standardError() << text << std::endl; }
 
+// Blocks until bytes arrive; the clock is not looked at here, so a silent line blocks for ever.
+void readSome(orbIO& channel, orb::ReceiveBuffer& buffer, orb::Silence& silence) {
+  buffer.makeRoom();
+  const auto length = static_cast<long>(std::min(buffer.space(), kReadSize));
+  for (;;) {
+    const long count = channel.ReadFromUART(buffer.end(), length);
+    if (count > 0) {
+      buffer.append(static_cast<unsigned long>(count));
+      return;
+    }
+    silence.pause();
+  }
+}
+
 }  // namespace
 
 orbIO::orbIO() : orbIO(orb::kDefaultDevice) {}
@@ -91,10 +105,10 @@ ORBMessage* orbIO::ReceiveMessage(unsigned short replyId, int timeout) {
     return nullptr;
   }
   std::unique_ptr<ORBMessage> match;
+  orb::Silence silence;
   const std::time_t start = std::time(nullptr);
   for (;;) {
-    buffer.makeRoom();
-    buffer.append(readSome(buffer.end(), buffer.space()));
+    readSome(*this, buffer, silence);
     builder_->update(static_cast<unsigned char>(replyId >> 8), buffer.data(), buffer.size());
     takeNewest(replyId, match);
     if (match != nullptr && builder_->getErroredMessageCount() == 0) {
@@ -105,19 +119,6 @@ ORBMessage* orbIO::ReceiveMessage(unsigned short replyId, int timeout) {
       return match.release();
     }
     list_->Empty();  // The next round lists again what is still in the buffer.
-  }
-}
-
-// Blocks until bytes arrive; the clock is not looked at here, so a silent line blocks for ever.
-unsigned long orbIO::readSome(unsigned char* buffer, unsigned long space) {
-  const auto length = static_cast<long>(std::min(space, kReadSize));
-  orb::Silence silence;
-  for (;;) {
-    const long count = ReadFromUART(buffer, length);
-    if (count > 0) {
-      return static_cast<unsigned long>(count);
-    }
-    silence.sleep();
   }
 }
 

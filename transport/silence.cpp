@@ -1,11 +1,18 @@
 #include "transport/silence.h"
 
+#include <sched.h>
+
 #include <ctime>
 
 namespace orb {
 
-void Silence::sleep() {
+void Silence::pause() {
   const std::chrono::nanoseconds duration = nextSleep();
+  if (duration == std::chrono::nanoseconds::zero()) {
+    ++timesGivenWay_;
+    sched_yield();
+    return;
+  }
   timespec request{};
   request.tv_nsec = static_cast<long>(duration.count());
   // Cut short by a signal, the sleep only makes the next look come earlier.

@@ -54,7 +54,6 @@ class ORB_GNSS_EXPORT orbIO final : public ORBMessagingInterface {
   struct NotOpen {};
   ORB_GNSS_HIDDEN orbIO(std::string device, NotOpen);
 
-  ORB_GNSS_HIDDEN unsigned long readSome(unsigned char* buffer, unsigned long space);
   ORB_GNSS_HIDDEN void takeNewest(unsigned short replyId, std::unique_ptr<ORBMessage>& match);
 
   int fd_ = -1;
