@@ -25,7 +25,7 @@ std::string_view typeName(const toml::node& node) {
   }
 }
 
-std::string quoted(std::string_view text) { return '"' + std::string(text) + '"'; }
+std::string inQuotes(std::string_view text) { return '"' + std::string(text) + '"'; }
 
 void addWrongType(const toml::node& node, std::string_view subject, std::string_view accepted,
                   ProblemList& problems) {

@@ -18,7 +18,7 @@ std::uint32_t lineOf(const toml::node& node);
 std::string_view typeName(const toml::node& node);
 
 /// `text` in quotes.
-std::string quoted(std::string_view text);
+std::string inQuotes(std::string_view text);
 
 /// Adds the problem that a node has another type: "SUBJECT is a text; it has to be ACCEPTED".
 void addWrongType(const toml::node& node, std::string_view subject, std::string_view accepted,

@@ -38,9 +38,9 @@ std::vector<PcieBar> readBars(const toml::node& node, ProblemList& problems) {
 ModuleRecord readRecord(const toml::node& node, std::string_view name, ProblemList& problems) {
   const toml::table* table = node.as_table();
   if (table == nullptr) {
-    return {1, busTextOf(node, quoted(name), problems).value_or("")};
+    return {1, busTextOf(node, inQuotes(name), problems).value_or("")};
   }
-  const std::string what = "the record " + quoted(name);
+  const std::string what = "the record " + inQuotes(name);
   const TomlFields fields(*table, what, problems);
   fields.allowOnly({"type", "data"});
   return {static_cast<std::int32_t>(fields.number("type", 1, kMaxInt32).value_or(1)),
