@@ -1,0 +1,197 @@
+#include <algorithm>
+#include <mutex>
+#include <utility>
+
+#include "faults/answer.h"
+#include "faults/frame_faults.h"
+#include "faults/outbox.h"
+#include "faults/rule_book.h"
+#include "orb-sim/faults.h"
+#include "orb-sim/frame.h"
+#include "orb-sim/receiver.h"
+
+namespace orb::sim {
+
+using std::chrono::milliseconds;
+
+class FaultyDevice::Implementation {
+ public:
+  Implementation(Device& behind, std::vector<FaultRule> rules, std::uint64_t seed)
+      : behind_(behind), rules_(std::move(rules), seed) {}
+
+  Bytes receive(const Bytes& bytes);
+  Bytes tick(milliseconds elapsed);
+  milliseconds untilNextOutput() const;
+  bool takeHangUp();
+  std::vector<Event> events() const;
+
+ private:
+  using Hits = std::vector<RuleBook::Hit>;
+
+  void answer(const std::vector<Frame>& packets);
+  void answer(const Frame& packet);
+  Answer answerFromBehind(const Frame& packet, Hits& hits);
+  void carryOut(RuleBook::Hit& hit, Answer& answer);
+  void letPass(milliseconds elapsed);
+  milliseconds nextEvent() const;
+  bool isDeaf() const { return now_ < deafUntil_; }
+
+  mutable std::mutex mutex_;
+  Device& behind_;
+  RuleBook rules_;
+  std::vector<Event> events_;
+  FrameReader reader_;
+  Outbox outbox_;
+  milliseconds now_{0};
+  milliseconds lastByteAt_{0};
+  milliseconds deafUntil_{0};  ///< until then, nothing goes through either way
+  bool hangUp_ = false;        ///< the line has not been told yet, and carries nothing until then
+};
+
+Bytes FaultyDevice::Implementation::receive(const Bytes& bytes) {
+  const std::lock_guard lock(mutex_);
+  if (hangUp_) {
+    return {};
+  }
+  lastByteAt_ = now_;
+  answer(reader_.push(bytes));
+  return outbox_.take(now_);
+}
+
+void FaultyDevice::Implementation::answer(const std::vector<Frame>& packets) {
+  for (const Frame& packet : packets) {
+    answer(packet);
+    if (hangUp_) {
+      reader_ = {};
+      return;
+    }
+  }
+}
+
+void FaultyDevice::Implementation::answer(const Frame& packet) {
+  Hits hits = rules_.hitsOn(packet);
+  Answer answer = isDeaf() ? Answer{} : answerFromBehind(packet, hits);
+  for (RuleBook::Hit& hit : hits) {
+    events_.push_back({hit.index, packet.id()});
+    carryOut(hit, answer);
+  }
+  for (AnswerPart& part : answer) {
+    outbox_.add(now_ + part.delay, {std::move(part.bytes), part.pieceLength, part.gap});
+  }
+}
+
+Answer FaultyDevice::Implementation::answerFromBehind(const Frame& packet, Hits& hits) {
+  Bytes body = packet.body();
+  for (RuleBook::Hit& hit : hits) {
+    if (hit.rule.kind == FaultKind::Refusal) {
+      return splitAnswer(refuse(packet.id()));
+    }
+    if (hit.rule.kind == FaultKind::WrongValue) {
+      body = withOneBitTurned(body, hit.draw);
+    }
+  }
+  return splitAnswer(behind_.receive(frame(packet.id(), body)));
+}
+
+void FaultyDevice::Implementation::carryOut(RuleBook::Hit& hit, Answer& answer) {
+  switch (hit.rule.kind) {
+    case FaultKind::Silence:
+      answer.clear();
+      deafUntil_ = kNever;
+      break;
+    case FaultKind::HangUp:
+      answer.clear();
+      hangUp_ = true;
+      break;
+    case FaultKind::SlowRestart:
+      if (!answer.empty()) {
+        deafUntil_ = std::max(deafUntil_, now_ + hit.rule.delay);
+      }
+      break;
+    default:
+      spoil(answer, hit.rule, hit.draw);
+      break;
+  }
+}
+
+// Time passes from one event to the next, so that the order of what is said does not depend on how
+// often the line calls.
+Bytes FaultyDevice::Implementation::tick(milliseconds elapsed) {
+  const std::lock_guard lock(mutex_);
+  Bytes output;
+  const milliseconds end = now_ + elapsed;
+  do {
+    const bool lineIsDown = hangUp_;
+    letPass(std::min(end, nextEvent()) - now_);
+    if (!lineIsDown) {
+      append(output, outbox_.take(now_));
+    }
+  } while (now_ < end);
+  return output;
+}
+
+void FaultyDevice::Implementation::letPass(milliseconds elapsed) {
+  Bytes output = behind_.tick(elapsed);
+  if (!isDeaf()) {
+    outbox_.add(now_ + elapsed, {std::move(output)});
+  }
+  now_ += elapsed;
+  if (reader_.midFrame() && now_ - lastByteAt_ >= Receiver::kFrameTimeout) {
+    lastByteAt_ = now_;
+    answer(reader_.abandon());
+  }
+}
+
+/// The next time after now at which something changes here; kNever when only the client or the
+/// device behind can change anything.
+milliseconds FaultyDevice::Implementation::nextEvent() const {
+  milliseconds next = kNever;
+  const auto consider = [&](milliseconds time) {
+    if (time > now_) {
+      next = std::min(next, time);
+    }
+  };
+  consider(outbox_.next());
+  consider(deafUntil_);
+  if (reader_.midFrame()) {
+    consider(lastByteAt_ + Receiver::kFrameTimeout);
+  }
+  return next;
+}
+
+milliseconds FaultyDevice::Implementation::untilNextOutput() const {
+  const std::lock_guard lock(mutex_);
+  if (outbox_.next() <= now_) {
+    return milliseconds{0};
+  }
+  const milliseconds next = nextEvent();
+  return std::min(behind_.untilNextOutput(), next == kNever ? kNever : next - now_);
+}
+
+bool FaultyDevice::Implementation::takeHangUp() {
+  const std::lock_guard lock(mutex_);
+  const bool fromBehind = behind_.takeHangUp();
+  return std::exchange(hangUp_, false) || fromBehind;
+}
+
+std::vector<FaultyDevice::Event> FaultyDevice::Implementation::events() const {
+  const std::lock_guard lock(mutex_);
+  return events_;
+}
+
+FaultyDevice::FaultyDevice(Device& behind, std::vector<FaultRule> rules, std::uint64_t seed)
+    : implementation_(std::make_unique<Implementation>(behind, std::move(rules), seed)) {}
+
+FaultyDevice::~FaultyDevice() = default;
+
+Bytes FaultyDevice::receive(const Bytes& bytes) { return implementation_->receive(bytes); }
+
+Bytes FaultyDevice::tick(milliseconds elapsed) { return implementation_->tick(elapsed); }
+
+milliseconds FaultyDevice::untilNextOutput() const { return implementation_->untilNextOutput(); }
+
+bool FaultyDevice::takeHangUp() { return implementation_->takeHangUp(); }
+
+std::vector<FaultyDevice::Event> FaultyDevice::events() const { return implementation_->events(); }
+
+}  // namespace orb::sim

@@ -1,0 +1,174 @@
+#include <algorithm>
+#include <utility>
+
+#include "faults/draw.h"
+#include "faults/outbox.h"
+#include "faults/pacer.h"
+#include "orb-sim/frame.h"
+#include "orb-sim/line_conditions.h"
+
+namespace orb::sim {
+
+using std::chrono::milliseconds;
+
+class LineShaper::Implementation {
+ public:
+  Implementation(Device& behind, LineConditions conditions, std::uint64_t seed)
+      : behind_(behind),
+        conditions_(std::move(conditions)),
+        seed_(seed),
+        fromClient_(conditions_.baud),
+        toClient_(conditions_.baud),
+        nextChatter_(chatters() ? conditions_.chatterInterval : kNever) {}
+
+  Bytes receive(const Bytes& bytes);
+  Bytes tick(milliseconds elapsed);
+  milliseconds untilNextOutput() const;
+  bool takeHangUp() { return std::exchange(hangUp_, false); }
+
+ private:
+  // More than this does not wait for its turn on the line; a receiver has no endless memory either.
+  static constexpr std::size_t kLongestBacklog = 4096;
+
+  bool chatters() const { return conditions_.chatterInterval > milliseconds{0}; }
+  Bytes letPass(milliseconds elapsed);
+  void arrive(const Bytes& bytes);
+  void delay(Bytes bytes);
+  void hear();
+  void chatter();
+  void askForHangUp();
+  Bytes takeOutput();
+
+  Device& behind_;
+  const LineConditions conditions_;
+  const std::uint64_t seed_;
+  milliseconds now_{0};
+
+  Pacer fromClient_;
+  FrameReader reader_;          ///< tells where the messages that arrive end
+  std::uint64_t messages_ = 0;  ///< that have arrived
+  milliseconds lastDue_{0};
+  Outbox heardLater_;
+
+  Pacer toClient_;
+  milliseconds nextChatter_;
+  bool hangUp_ = false;  ///< the line has not been told yet, and carries nothing until then
+};
+
+Bytes LineShaper::Implementation::receive(const Bytes& bytes) {
+  if (hangUp_) {
+    return {};
+  }
+  fromClient_.add(bytes);
+  arrive(fromClient_.take(milliseconds{0}));
+  hear();
+  return takeOutput();
+}
+
+Bytes LineShaper::Implementation::tick(milliseconds elapsed) {
+  constexpr milliseconds kShortestStep{1};
+  Bytes output;
+  do {
+    const milliseconds step = std::min(elapsed, std::max(untilNextOutput(), kShortestStep));
+    append(output, letPass(step));
+    elapsed -= step;
+  } while (elapsed > milliseconds{0});
+  return output;
+}
+
+Bytes LineShaper::Implementation::letPass(milliseconds elapsed) {
+  const bool lineIsDown = hangUp_;
+  now_ += elapsed;
+  Bytes output = lineIsDown ? Bytes{} : toClient_.take(elapsed);
+  const Bytes unasked = behind_.tick(elapsed);
+  if (toClient_.waiting() <= kLongestBacklog) {
+    toClient_.add(unasked);
+  }
+  askForHangUp();
+  chatter();
+  arrive(fromClient_.take(elapsed));
+  hear();
+  if (!lineIsDown) {
+    append(output, takeOutput());
+  }
+  return output;
+}
+
+void LineShaper::Implementation::arrive(const Bytes& bytes) {
+  Bytes message;
+  for (const std::uint8_t byte : bytes) {
+    message.push_back(byte);
+    if (!reader_.push({byte}).empty()) {
+      delay(std::exchange(message, {}));
+      ++messages_;
+    }
+  }
+  delay(std::move(message));
+}
+
+/// A message whose latency comes out shorter than that of the one before it does not overtake it.
+void LineShaper::Implementation::delay(Bytes bytes) {
+  constexpr std::uint64_t kStream = 0;
+  Draw draw(seed_, kStream, messages_);
+  const auto choices = static_cast<std::uint64_t>(conditions_.spread.count()) + 1;
+  const milliseconds drawn{draw.below(choices)};
+  lastDue_ = std::max(lastDue_, now_ + conditions_.latency + drawn);
+  heardLater_.add(lastDue_, {std::move(bytes)});
+}
+
+void LineShaper::Implementation::hear() {
+  const Bytes heard = heardLater_.take(now_);
+  if (!heard.empty()) {
+    toClient_.add(behind_.receive(heard));
+    askForHangUp();
+  }
+}
+
+void LineShaper::Implementation::chatter() {
+  if (now_ < nextChatter_) {
+    return;
+  }
+  nextChatter_ = now_ + conditions_.chatterInterval;
+  if (toClient_.waiting() == 0) {
+    toClient_.add(Bytes(conditions_.chatter.begin(), conditions_.chatter.end()));
+  }
+}
+
+void LineShaper::Implementation::askForHangUp() {
+  if (behind_.takeHangUp()) {
+    hangUp_ = true;
+    fromClient_.clear();
+    heardLater_ = {};
+    reader_ = {};
+  }
+}
+
+/// What is still on its way to the client when the line is dropped is lost.
+Bytes LineShaper::Implementation::takeOutput() {
+  Bytes output = toClient_.take(milliseconds{0});
+  if (hangUp_) {
+    toClient_.clear();
+  }
+  return output;
+}
+
+milliseconds LineShaper::Implementation::untilNextOutput() const {
+  const auto until = [&](milliseconds time) { return time == kNever ? kNever : time - now_; };
+  return std::min({fromClient_.untilNext(), toClient_.untilNext(), until(heardLater_.next()),
+                   until(nextChatter_), behind_.untilNextOutput()});
+}
+
+LineShaper::LineShaper(Device& behind, const LineConditions& conditions, std::uint64_t seed)
+    : implementation_(std::make_unique<Implementation>(behind, conditions, seed)) {}
+
+LineShaper::~LineShaper() = default;
+
+Bytes LineShaper::receive(const Bytes& bytes) { return implementation_->receive(bytes); }
+
+Bytes LineShaper::tick(milliseconds elapsed) { return implementation_->tick(elapsed); }
+
+milliseconds LineShaper::untilNextOutput() const { return implementation_->untilNextOutput(); }
+
+bool LineShaper::takeHangUp() { return implementation_->takeHangUp(); }
+
+}  // namespace orb::sim

@@ -1,0 +1,48 @@
+#include "faults/outbox.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace orb::sim {
+namespace {
+
+Bytes takeFirst(Bytes& bytes, std::size_t count) {
+  const auto end = bytes.begin() + static_cast<std::ptrdiff_t>(std::min(count, bytes.size()));
+  Bytes first(bytes.begin(), end);
+  bytes.erase(bytes.begin(), end);
+  return first;
+}
+
+}  // namespace
+
+void Outbox::add(Milliseconds due, Item item) {
+  if (item.bytes.empty()) {
+    return;
+  }
+  if (item.length == 0) {
+    item.length = item.bytes.size();
+  }
+  waiting_.emplace(due, std::move(item));
+}
+
+Bytes Outbox::take(Milliseconds now) {
+  Bytes output;
+  while (next() <= now) {
+    if (begun_.bytes.empty()) {
+      begun_ = std::move(waiting_.begin()->second);
+      waiting_.erase(waiting_.begin());
+    }
+    append(output, takeFirst(begun_.bytes, begun_.length));
+    nextPiece_ = now + begun_.gap;
+  }
+  return output;
+}
+
+Outbox::Milliseconds Outbox::next() const {
+  if (!begun_.bytes.empty()) {
+    return nextPiece_;
+  }
+  return waiting_.empty() ? Device::kNever : waiting_.begin()->first;
+}
+
+}  // namespace orb::sim
