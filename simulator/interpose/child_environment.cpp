@@ -21,7 +21,8 @@ struct KeptVariable {
   char text[65536];
 };
 
-KeptVariable keptVariables[] = {{"ORB_SIM_PATHS=", ""}, {"DBUS_SYSTEM_BUS_ADDRESS=", ""}};
+KeptVariable keptVariables[] = {
+    {"ORB_SIM_PATHS=", ""}, {"ORB_SIM_I2C=", ""}, {"DBUS_SYSTEM_BUS_ADDRESS=", ""}};
 char keptLibrary[PATH_MAX];
 PreloadEntry ownPreload;
 
@@ -99,7 +100,7 @@ void keepEnvironment(const char* library) noexcept {
   for (KeptVariable& kept : keptVariables) {
     const char* const variable = find(environ, kept.name);
     if (variable == nullptr) continue;
-    if (std::strlen(variable) >= sizeof kept.text) endProcess("ORB_SIM_PATHS is too long");
+    if (std::strlen(variable) >= sizeof kept.text) endProcess("a variable of orb-sim is too long");
     std::strcpy(kept.text, variable);
   }
   makePreload(ownPreload, "", givenLibraries(environ));

@@ -7,7 +7,7 @@
 namespace orb::sim {
 
 /// Keeps this process's own settings for its children: the place of the preloaded library, the
-/// path map and the bus address. To be called once, before main.
+/// path map, the I2C bus and the system bus's address. To be called once, before main.
 ///
 /// In the process itself, LD_PRELOAD then names no sanitizer runtime any more: this one has its
 /// runtime already, and a child that needs one is given it by name.

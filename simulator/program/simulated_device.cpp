@@ -1,8 +1,10 @@
 #include "program/simulated_device.h"
 
 #include <cstdlib>
+#include <fstream>
 #include <system_error>
 
+#include "i2c/register_text.h"
 #include "interpose/program_file.h"
 #include "orb-sim/receiver.h"
 #include "program/failure.h"
@@ -60,6 +62,15 @@ fs::path linkLibrary(const fs::path& folder) {
   return link;
 }
 
+/// The registers of the port expander on the I2C bus, as when its supply comes on.
+fs::path makeI2cRegisters(const fs::path& files) {
+  const fs::path registers = files / "i2c-registers.txt";
+  std::ofstream stream(registers, std::ios::binary);
+  stream << RegisterText(PortExpander()).view();
+  if (!stream.flush()) throw Failure("cannot write " + registers.string());
+  return registers;
+}
+
 std::string escaped(const std::string& path) {
   std::string result;
   for (const char c : path) {
@@ -74,6 +85,7 @@ std::string escaped(const std::string& path) {
 SimulatedDevice::SimulatedDevice(const RunOptions& options, const fs::path& folder)
     : folder_(folder),
       files_(makeFilesFolder(options, folder)),
+      i2cRegisters_(makeI2cRegisters(files_)),
       library_(linkLibrary(folder)),
       receiver_(makeReceiver(options)),
       busAddress_(startBus(folder)) {
@@ -86,7 +98,7 @@ SimulatedDevice::~SimulatedDevice() = default;
 std::string SimulatedDevice::pathMap() const {
   // What is not simulated is not there: a mapped path with nothing behind it.
   std::string map = "/dev/tty_gps=" + escaped(folder_ / kLineName);
-  map += std::string(":/dev/") + kI2cBus + "=" + escaped(folder_ / kI2cBus);
+  map += std::string(":/dev/") + kI2cBus + "=" + escaped(i2cRegisters_);
   for (const fs::path file : kWrittenFiles) {
     map += ":" + file.string() + "=" + escaped(files_ / file.filename());
   }
@@ -99,7 +111,7 @@ std::vector<std::string> SimulatedDevice::variablesFor(const fs::path& file) con
   const char* const others = std::getenv("LD_PRELOAD");
   if (others != nullptr && *others != '\0') libraries += std::string(":") + others;
   return {"LD_PRELOAD=" + libraries, "ORB_SIM_PATHS=" + pathMap(),
-          "DBUS_SYSTEM_BUS_ADDRESS=" + busAddress_};
+          "ORB_SIM_I2C=" + i2cRegisters_.string(), "DBUS_SYSTEM_BUS_ADDRESS=" + busAddress_};
 }
 
 }  // namespace orb::sim

@@ -10,8 +10,8 @@
 
 namespace orb::sim {
 
-/// The device that a COMMAND sees: the receiver on its line, the inventory on the bus, and private
-/// files in the places of the real ones.
+/// The device that a COMMAND sees: the receiver on its line, the inventory on the system bus, the
+/// port expander on the I2C bus, and private files in the places of the real ones.
 class SimulatedDevice {
  public:
   /// Sets everything up in `folder`; everything answers when this returns. Throws Failure.
@@ -19,14 +19,15 @@ class SimulatedDevice {
   ~SimulatedDevice();
 
   /// The variables that make a program see the device: LD_PRELOAD for the program `file`, the path
-  /// map and the bus address.
+  /// map, the I2C bus and the system bus's address.
   std::vector<std::string> variablesFor(const std::filesystem::path& file) const;
 
  private:
   std::string pathMap() const;
 
   const std::filesystem::path folder_;
-  const std::filesystem::path files_;    ///< where the log and identity files are
+  const std::filesystem::path files_;  ///< where the log and identity files are
+  const std::filesystem::path i2cRegisters_;
   const std::filesystem::path library_;  ///< a link, whose path LD_PRELOAD can take
   std::unique_ptr<Device> receiver_;
   std::unique_ptr<PtyLine> line_;

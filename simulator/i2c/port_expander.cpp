@@ -1,0 +1,41 @@
+#include "i2c/port_expander.h"
+
+namespace orb::sim {
+namespace {
+
+// What is connected to the pins pulls them up, and nothing pulls them down.
+constexpr unsigned int kOutsideLevel = 0xFF;
+
+}  // namespace
+
+std::uint8_t PortExpander::get(unsigned int number) const noexcept {
+  return number < kOutput ? input(number) : registers_[number];
+}
+
+void PortExpander::set(unsigned int number, std::uint8_t value) noexcept {
+  if (number >= kOutput) registers_[number] = value;
+}
+
+std::uint8_t PortExpander::input(unsigned int port) const noexcept {
+  const unsigned int direction = registers_[kDirection + port];
+  const unsigned int level =
+      (registers_[kOutput + port] & ~direction) | (kOutsideLevel & direction);
+  return static_cast<std::uint8_t>(level ^ registers_[kPolarity + port]);
+}
+
+void PortExpander::receive(const std::uint8_t* bytes, std::size_t count) noexcept {
+  if (count > 0) select(bytes[0]);
+  for (std::size_t i = 1; i < count; ++i) {
+    set(selected_, bytes[i]);
+    moveOn();
+  }
+}
+
+void PortExpander::send(std::uint8_t* bytes, std::size_t count) noexcept {
+  for (std::size_t i = 0; i < count; ++i) {
+    bytes[i] = get(selected_);
+    moveOn();
+  }
+}
+
+}  // namespace orb::sim
