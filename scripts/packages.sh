@@ -2,11 +2,11 @@
 
 # What building and running the product takes.
 ORB_BUILD_PACKAGES="g++ cmake ninja-build pkg-config libsystemd-dev libtomlplusplus-dev
-  libcli11-dev nlohmann-json3-dev dbus-daemon"
+  libcli11-dev libeigen3-dev nlohmann-json3-dev dbus-daemon"
 
 # What testing it takes besides.
 ORB_TEST_PACKAGES="bash binutils clang dbus-bin diffutils libclang-rt-dev libgmock-dev libgtest-dev
-  libtinyxml2-dev locales procps python3"
+  libtinyxml2-dev locales procps python3 python3-nmea2"
 
 # What the benchmark takes besides building the product.
 ORB_BENCH_PACKAGES="libbenchmark-dev libmodbus-dev nlohmann-json3-dev python3"
