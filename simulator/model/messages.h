@@ -13,7 +13,7 @@ namespace orb::sim {
 struct Setting {
   std::uint16_t id;
   std::size_t length;  ///< of the payload, id bytes included
-  void (*store)(State& state, BodyReader& body);
+  void (*store)(Settings& settings, BodyReader& body);
 };
 
 /// A command that is answered with a reply of its own.
@@ -24,11 +24,11 @@ struct Query {
   void (*report)(const State& state, BodyWriter& body);
 };
 
-/// A command that makes the receiver do something.
+/// A command that makes the receiver do something. `saved` are the settings that outlive a restart.
 struct Order {
   std::uint16_t id;
   std::size_t length;
-  void (*obey)(State& state, const Bytes& body);
+  void (*obey)(State& state, Settings& saved, const Bytes& body);
 };
 
 /// The row of a message, or null where the receiver knows none.

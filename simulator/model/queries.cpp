@@ -1,5 +1,7 @@
 #include "model/message_ids.h"
 #include "model/messages.h"
+#include "model/pulses.h"
+#include "model/solution.h"
 
 namespace orb::sim {
 namespace {
@@ -43,10 +45,9 @@ void reportTiming(const State& state, BodyWriter& body) {
 }
 
 void reportGpsTime(const State& state, BodyWriter& body) {
-  constexpr std::uint32_t kNanosecondsIntoMillisecond = 0;
-  const GpsTime& time = state.time;
+  const GpsTime time = reportedTime(state);
   body.u32(static_cast<std::uint32_t>(time.timeOfWeek.count()))
-      .u32(kNanosecondsIntoMillisecond)
+      .u32(alignment(state))
       .u16(time.week)
       .u8(time.leapSeconds)
       .u8(time.leapSeconds)  // to come into force; no change is announced
@@ -76,7 +77,9 @@ constexpr Query kQueries[] = {
      [](const State& state, BodyWriter& body) { body.bytes(state.nmeaIntervals); }},
     {message::kQueryInterferenceDetection, 2, message::kInterferenceDetection,
      [](const State& state, BodyWriter& body) {
-       body.u8(state.interferenceDetection).u8(state.interferenceStatus);
+       constexpr std::uint8_t kUnknown = 0;
+       const bool detects = state.interferenceDetection != 0;
+       body.u8(state.interferenceDetection).u8(detects ? state.interferenceStatus : kUnknown);
      }},
     {message::kQueryFixNavMask, 2, message::kFixNavMask,
      [](const State& state, BodyWriter& body) {

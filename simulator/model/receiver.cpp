@@ -1,10 +1,15 @@
 #include "orb-sim/receiver.h"
 
 #include <algorithm>
+#include <cmath>
 
 #include "model/message_ids.h"
 #include "model/messages.h"
 #include "model/navigation.h"
+#include "model/nmea_sentences.h"
+#include "model/solution.h"
+#include "model/starts.h"
+#include "model/survey.h"
 
 namespace orb::sim {
 namespace {
@@ -13,12 +18,25 @@ using std::chrono::milliseconds;
 
 constexpr milliseconds kWeek = std::chrono::hours{7 * 24};
 
-/// Keeps the setting and, where one follows it, its attribute byte.
-void store(State& state, const Setting& setting, const Bytes& body) {
+/// Keeps the setting and, where one follows it, its attribute byte. Returns whether that asks for
+/// the setting to outlive a restart.
+bool store(Settings& settings, const Setting& setting, const Bytes& body) {
+  constexpr std::uint8_t kKeep = 1;
   BodyReader reader(body);
-  setting.store(state, reader);
-  if (!reader.atEnd()) {
-    state.attributes[setting.id] = body.back();
+  setting.store(settings, reader);
+  if (reader.atEnd()) {
+    return false;
+  }
+  settings.attributes[setting.id] = body.back();
+  return body.back() == kKeep;
+}
+
+void obey(State& state, Settings& saved, const Setting& setting, const Bytes& body) {
+  if (store(state, setting, body)) {
+    store(saved, setting, body);
+  }
+  if (setting.id == message::kSetTiming) {
+    beginSurvey(state);
   }
 }
 
@@ -28,18 +46,18 @@ Bytes reply(const State& state, const Query& query) {
   return frame(query.replyId, body.body());
 }
 
-Bytes answer(State& state, const Frame& command) {
+Bytes answer(State& state, Settings& saved, const Frame& command) {
   const std::uint16_t id = command.id();
   const auto fits = [&](const auto* row) {
     return row != nullptr && row->length == command.payload.size();
   };
   Bytes answer = acknowledge(id);
   if (const Setting* setting = findSetting(id); fits(setting)) {
-    store(state, *setting, command.body());
+    obey(state, saved, *setting, command.body());
   } else if (const Query* query = findQuery(id); fits(query)) {
     append(answer, reply(state, *query));
   } else if (const Order* order = findOrder(id); fits(order)) {
-    order->obey(state, command.body());
+    order->obey(state, saved, command.body());
   } else {
     return refuse(id);
   }
@@ -48,30 +66,31 @@ Bytes answer(State& state, const Frame& command) {
 
 Bytes epochOutput(const State& state, unsigned int epoch) {
   if (state.outputType == OutputType::Nmea) {
-    const std::string sentences = nmeaSentences(state, epoch);
+    const std::string sentences = nmeaSentences(state, solve(state), epoch);
     return Bytes(sentences.begin(), sentences.end());
   }
   const bool due = state.navMessageInterval != 0 && epoch % state.navMessageInterval == 0;
-  return state.outputType == OutputType::Binary && due ? navigationData(state) : Bytes{};
+  return state.outputType == OutputType::Binary && due ? navigationData(state, solve(state))
+                                                       : Bytes{};
 }
 
 }  // namespace
 
-TimingMode State::runningTimingMode() const {
-  const bool over = surveyed >= std::chrono::seconds{timing.surveyLength};
-  return timing.mode == TimingMode::AutoSurvey && over ? TimingMode::Static : timing.mode;
-}
-
 Bytes Receiver::receive(const Bytes& bytes) {
   const std::lock_guard lock(mutex_);
   sinceByte_ = milliseconds{0};
-  return answer(reader_.push(bytes));
+  return isSilent() ? Bytes{} : answer(reader_.push(bytes));
 }
 
 Bytes Receiver::answer(const std::vector<Frame>& frames) {
   Bytes answers;
   for (const Frame& command : frames) {
-    append(answers, sim::answer(state_, command));
+    append(answers, sim::answer(state_, saved_, command));
+    if (isSilent()) {
+      reader_.abandon();  // what stands behind a restart is not heard
+      sinceEpoch_ = milliseconds{0};
+      break;
+    }
   }
   talking_ = talking_ || !answers.empty();
   return answers;
@@ -79,6 +98,15 @@ Bytes Receiver::answer(const std::vector<Frame>& frames) {
 
 Bytes Receiver::tick(milliseconds elapsed) {
   const std::lock_guard lock(mutex_);
+  const milliseconds silent = std::min(state_.startup.silence, elapsed);
+  if (isSilent()) {
+    advance(silent);
+    sinceEpoch_ = milliseconds{0};
+  }
+  return isSilent() ? Bytes{} : speak(elapsed - silent);
+}
+
+Bytes Receiver::speak(milliseconds elapsed) {
   Bytes output;
   sinceByte_ += elapsed;
   while (epoch() - sinceEpoch_ <= elapsed) {
@@ -98,24 +126,49 @@ Bytes Receiver::tick(milliseconds elapsed) {
 
 void Receiver::advance(milliseconds elapsed) {
   sinceEpoch_ = talking_ ? sinceEpoch_ + elapsed : milliseconds{0};
-  state_.time.timeOfWeek += elapsed;
+  // A survey, for one, goes on from the very moment of the first fix.
+  const milliseconds withoutFix = std::min(state_.startup.untilFix, elapsed);
+  pass(withoutFix);
+  pass(elapsed - withoutFix);
+}
+
+void Receiver::pass(milliseconds elapsed) {
+  const milliseconds time = receiverTime(elapsed);
+  continueSurvey(state_, time);
+  continueStart(state_, elapsed);
+  state_.sinceBeginning += time;
+  state_.time.timeOfWeek += time;
   while (state_.time.timeOfWeek >= kWeek) {
     state_.time.timeOfWeek -= kWeek;
     ++state_.time.week;
   }
-  if (state_.runningTimingMode() == TimingMode::AutoSurvey) {
-    const milliseconds length = std::chrono::seconds{state_.timing.surveyLength};
-    state_.surveyed = std::min(state_.surveyed + elapsed, length);
-  }
 }
+
+milliseconds Receiver::receiverTime(milliseconds elapsed) {
+  constexpr double kFastest = 1e6;
+  const double rate = state_.clockRate > 0 ? std::min(state_.clockRate, kFastest) : 0;
+  const double time = static_cast<double>(elapsed.count()) * rate + clockRemainder_;
+  const double whole = std::floor(time);
+  clockRemainder_ = time - whole;
+  return milliseconds(static_cast<milliseconds::rep>(whole));
+}
+
+bool Receiver::isSilent() const { return state_.startup.silence > milliseconds{0}; }
 
 milliseconds Receiver::epoch() const {
   constexpr milliseconds kSecond{1000};
-  return talking_ && state_.updateRate != 0 ? kSecond / state_.updateRate : kNever;
+  constexpr std::uint8_t kPowerSaving = 1;
+  if (!talking_ || state_.updateRate == 0) {
+    return kNever;
+  }
+  return state_.powerMode == kPowerSaving ? kSecond : kSecond / state_.updateRate;
 }
 
 milliseconds Receiver::untilNextOutput() const {
   const std::lock_guard lock(mutex_);
+  if (isSilent()) {
+    return state_.startup.silence;
+  }
   const milliseconds untilEpoch =
       epoch() == kNever ? kNever : std::max(epoch() - sinceEpoch_, milliseconds{0});
   return reader_.midFrame() ? std::min(untilEpoch, kFrameTimeout - sinceByte_) : untilEpoch;
@@ -129,6 +182,16 @@ State Receiver::state() const {
 void Receiver::change(const std::function<void(State&)>& edit) {
   const std::lock_guard lock(mutex_);
   edit(state_);
+}
+
+Settings Receiver::savedSettings() const {
+  const std::lock_guard lock(mutex_);
+  return saved_;
+}
+
+void Receiver::startCold() {
+  const std::lock_guard lock(mutex_);
+  startAnew(state_, saved_, Start::Cold);
 }
 
 FrameReader::Counts Receiver::readerCounts() const {

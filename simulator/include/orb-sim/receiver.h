@@ -13,18 +13,27 @@ namespace orb::sim {
 
 /// The model of a GNSS timing receiver.
 ///
+///     State state;
+///     state.sky = ordinarySky();
+///     Receiver receiver(state);
+///     Bytes answer = receiver.receive(frame(0x1000));     // the update rate is queried
+///     Bytes output = receiver.tick(std::chrono::seconds(1));  // a second passes
+///
 /// A command that it knows, of the right length, is acknowledged; any other is refused. A query is
 /// acknowledged and then answered. Settings are kept as they come, whatever their values, and
 /// reported by their queries.
 ///
 /// It stays silent until it has first answered something (see talkFromTheStart()); from then on it
 /// sends, once an epoch, NMEA sentences or binary navigation data, as its output type says.
+///
+/// A setting whose attribute byte is 1 outlives a restart, any other is lost by it. The settings
+/// that the receiver is constructed with outlive it, too.
 class Receiver : public Device {
  public:
   /// A frame that stays incomplete for so long without another byte is given up.
   static constexpr std::chrono::milliseconds kFrameTimeout{1000};
 
-  explicit Receiver(State state = {}) : state_(std::move(state)) {}
+  explicit Receiver(State state = {}) : state_(std::move(state)), saved_(state_) {}
 
   Bytes receive(const Bytes& bytes) override;
   Bytes tick(std::chrono::milliseconds elapsed) override;
@@ -34,8 +43,15 @@ class Receiver : public Device {
   State state() const;
 
   /// Changes the state in place, as in `change([](State& state) { state.powerMode = 1; })`. The
-  /// function must not call the receiver.
+  /// function must not call the receiver. A restart forgets the settings that are changed so.
   void change(const std::function<void(State&)>& edit);
+
+  /// The settings that it will have after a restart.
+  Settings savedSettings() const;
+
+  /// Switches it on as one that has been off for long: it knows neither time nor place, and has
+  /// its first fix after state().startTimes.cold.
+  void startCold();
 
   /// What the receiver made of the bytes that reached it.
   FrameReader::Counts readerCounts() const;
@@ -45,14 +61,20 @@ class Receiver : public Device {
 
  private:
   Bytes answer(const std::vector<Frame>& frames);
+  Bytes speak(std::chrono::milliseconds elapsed);
   void advance(std::chrono::milliseconds elapsed);
+  void pass(std::chrono::milliseconds elapsed);
+  std::chrono::milliseconds receiverTime(std::chrono::milliseconds elapsed);
+  bool isSilent() const;
   std::chrono::milliseconds epoch() const;
 
   mutable std::mutex mutex_;
   State state_;
+  Settings saved_;
   FrameReader reader_;
   std::chrono::milliseconds sinceEpoch_{0};
   std::chrono::milliseconds sinceByte_{0};
+  double clockRemainder_ = 0;  // of a millisecond
   unsigned int epochs_ = 0;
   bool talking_ = false;
 };

@@ -1,4 +1,4 @@
-#include "navigation.h"
+#include "model/navigation.h"
 
 #include <gtest/gtest.h>
 
@@ -10,11 +10,6 @@ namespace {
 
 using std::chrono::milliseconds;
 using std::chrono::seconds;
-
-const char* const kGga =
-    "$GNGGA,000100.000,4822.2740,N,01134.0734,E,1,09,0.9,475.9,M,44.2,M,,*44\r\n";
-const char* const kRmc =
-    "$GNRMC,000100.000,A,4822.2740,N,01134.0734,E,000.0,000.0,080224,,,A*77\r\n";
 
 const Bytes kIntervalQuery = hex("A0 A1 00 02 64 30 54 0D 0A");
 const Bytes kIntervalAnswer = hex("A0 A1 00 02 83 64 E7 0D 0A A0 A1 00 03 64 98 01 FD 0D 0A");
@@ -33,7 +28,7 @@ const Bytes kAtTheOrigin = hex(
     "00 A0 00 5A 00 82 00 55 26 04 43 C4 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 "
     "00 37 0D 0A");
 
-std::string text(const Bytes& bytes) { return {bytes.begin(), bytes.end()}; }
+Bytes navigationData(const State& state) { return sim::navigationData(state, solve(state)); }
 
 /// A receiver that has been spoken to.
 class TalkingReceiver : public testing::Test {
@@ -69,49 +64,6 @@ TEST(NavigationData, ReportsNegativeValuesAsTwosComplement) {
                 "00 00 00 00 00 00 00 00 00 16 0D 0A"));
 }
 
-TEST(NmeaSentence, EndsWithItsChecksum) {
-  EXPECT_EQ(nmeaSentence("GPGLL"), "$GPGLL*50\r\n");
-  EXPECT_EQ(nmeaSentence(""), "$*00\r\n");
-}
-
-TEST(NmeaSentences, ReportTheSolution) {
-  EXPECT_EQ(nmeaSentences(State{}, 1), std::string(kGga) + kRmc);
-}
-
-TEST(NmeaSentences, ReportSouthWestAndNoFix) {
-  State state;
-  state.time = {1042, milliseconds(518412500), 13, 7};
-  state.navigation = {0, 0, -101, -1799999999, -1000, -1200, {0, 0, 9990, 0, 0}};
-  state.constellations = 0x01;
-  EXPECT_EQ(nmeaSentences(state, 1),
-            "$GPGGA,235959.500,0000.0006,S,17959.9999,W,0,00,99.9,-12.0,M,2.0,M,,*46\r\n"
-            "$GPRMC,235959.500,V,0000.0006,S,17959.9999,W,000.0,000.0,311299,,,N*79\r\n");
-}
-
-TEST(NmeaSentences, NameTheConstellationInUse) {
-  const auto talker = [](std::uint16_t constellations) {
-    State state;
-    state.constellations = constellations;
-    return nmeaSentences(state, 1).substr(1, 2);
-  };
-  EXPECT_EQ(talker(0x01), "GP");
-  EXPECT_EQ(talker(0x02), "GL");
-  EXPECT_EQ(talker(0x04), "GA");
-  EXPECT_EQ(talker(0x08), "GB");
-  EXPECT_EQ(talker(0x0F), "GN");
-}
-
-TEST(NmeaSentences, FollowTheirIntervals) {
-  State state;
-  state.nmeaIntervals = {2, 0, 0, 0, 3};
-  EXPECT_EQ(nmeaSentences(state, 1), "");
-  EXPECT_EQ(nmeaSentences(state, 2), kGga);
-  EXPECT_EQ(nmeaSentences(state, 3), kRmc);
-  EXPECT_EQ(nmeaSentences(state, 6), std::string(kGga) + kRmc);
-  state.nmeaIntervals = {};
-  EXPECT_EQ(nmeaSentences(state, 6), "");
-}
-
 TEST(Receiver, IsSilentUntilItHasAnsweredSomething) {
   Receiver receiver;
   EXPECT_EQ(receiver.untilNextOutput(), Device::kNever);
@@ -124,11 +76,10 @@ TEST(Receiver, IsSilentUntilItHasAnsweredSomething) {
 }
 
 TEST(Receiver, TalksFromTheStartWhenTold) {
-  State state;
-  state.time.timeOfWeek -= seconds(1);
-  Receiver receiver(state);
+  Receiver receiver;
   receiver.talkFromTheStart();
-  EXPECT_EQ(text(receiver.tick(seconds(1))), std::string(kGga) + kRmc);
+  EXPECT_EQ(receiver.tick(milliseconds(999)), Bytes{});
+  EXPECT_NE(receiver.tick(milliseconds(1)), Bytes{});
 }
 
 TEST_F(TalkingReceiver, SendsNavigationDataWhileTheOutputIsBinary) {
@@ -153,6 +104,19 @@ TEST_F(TalkingReceiver, SendsAtTheUpdateRate) {
   EXPECT_EQ(outputOver(1000).size(), 20U);
   receiver_.receive(frame(0x0E00, {0, 0}));
   EXPECT_EQ(receiver_.untilNextOutput(), Device::kNever);
+  EXPECT_EQ(outputOver(3000).size(), 0U);
+}
+
+TEST_F(TalkingReceiver, SendsOnceASecondAtMostWhileItSavesPower) {
+  choose(OutputType::Binary);
+  receiver_.receive(frame(0x0E00, {20, 0}));
+  receiver_.receive(frame(0x0C00, {1, 0}));
+  EXPECT_EQ(receiver_.untilNextOutput(), milliseconds(1000));
+  EXPECT_EQ(outputOver(3000).size(), 3U);
+  receiver_.receive(frame(0x0C00, {0, 0}));
+  EXPECT_EQ(outputOver(1000).size(), 20U);
+  receiver_.receive(frame(0x0C00, {1, 0}));
+  receiver_.receive(frame(0x0E00, {0, 0}));
   EXPECT_EQ(outputOver(3000).size(), 0U);
 }
 

@@ -1,0 +1,122 @@
+#include "model/nmea_sentences.h"
+
+#include <cmath>
+
+#include "model/nmea_format.h"
+#include "model/nmea_satellites.h"
+
+namespace orb::sim {
+namespace {
+
+// Kinds of fix.
+constexpr std::uint8_t kNoFix = 0;
+constexpr std::uint8_t kDifferentialFix = 3;
+
+/// What a sentence is made from.
+struct Report {
+  const State& state;
+  const Solution& solution;
+  const Navigation& navigation;
+  const GpsTime time;
+  const std::string talker;  ///< the prefix of the constellation in use, or of several together
+
+  bool hasFix() const { return navigation.fixMode != kNoFix; }
+  const char* status() const { return hasFix() ? "A" : "V"; }
+  const char* mode() const {
+    return navigation.fixMode == kDifferentialFix ? "D" : hasFix() ? "A" : "N";
+  }
+};
+
+std::string talkerOf(std::uint16_t constellations) {
+  switch (constellations) {
+    case 0x01:
+      return "GP";
+    case 0x02:
+      return "GL";
+    case 0x04:
+      return "GA";
+    case 0x08:
+      return "GB";
+    default:
+      return "GN";
+  }
+}
+
+double metresPerSecond(const EastNorthUp& velocity) {
+  return std::hypot(velocity.east, velocity.north);
+}
+
+double knots(const EastNorthUp& velocity) {
+  constexpr double kKnotsPerMetrePerSecond = 3600.0 / 1852;
+  return metresPerSecond(velocity) * kKnotsPerMetrePerSecond;
+}
+
+double kilometresPerHour(const EastNorthUp& velocity) { return metresPerSecond(velocity) * 3.6; }
+
+/// The course over ground, in tenths of a degree from north through east.
+std::string course(const EastNorthUp& velocity) {
+  const double degrees = std::atan2(velocity.east, velocity.north) / kRadiansPerDegree;
+  const int tenths = static_cast<int>(std::lround(degrees * 10) + 3600) % 3600;
+  return format("%03d.%d", tenths / 10, tenths % 10);
+}
+
+std::string gga(const Report& report) {
+  const Navigation& navigation = report.navigation;
+  const int quality = !report.hasFix() ? 0 : navigation.fixMode == kDifferentialFix ? 2 : 1;
+  const std::int64_t geoid =
+      std::int64_t{navigation.ellipsoidAltitude} - navigation.meanSeaLevelAltitude;
+  return nmeaSentence(report.talker + "GGA," + nmeaTimeOfDay(report.time) + "," +
+                      nmeaPosition(navigation) +
+                      format(",%d,%02d,%.1f,%.1f,M,%.1f,M,,", quality, navigation.satellites,
+                             navigation.dops[2] / 100.0, navigation.meanSeaLevelAltitude / 100.0,
+                             static_cast<double>(geoid) / 100.0));
+}
+
+std::string gsa(const Report& report) { return gsaSentences(report.solution, report.talker); }
+
+std::string gsv(const Report& report) { return gsvSentences(report.state); }
+
+std::string gll(const Report& report) {
+  return nmeaSentence(report.talker + "GLL," + nmeaPosition(report.navigation) + "," +
+                      nmeaTimeOfDay(report.time) + "," + report.status() + "," + report.mode());
+}
+
+std::string rmc(const Report& report) {
+  const EastNorthUp& velocity = report.solution.velocity;
+  return nmeaSentence(report.talker + "RMC," + nmeaTimeOfDay(report.time) + "," + report.status() +
+                      "," + nmeaPosition(report.navigation) + format(",%05.1f,", knots(velocity)) +
+                      course(velocity) + "," + nmeaDate(report.time) + ",,," + report.mode());
+}
+
+std::string vtg(const Report& report) {
+  const EastNorthUp& velocity = report.solution.velocity;
+  return nmeaSentence(
+      report.talker + "VTG," + course(velocity) +
+      format(",T,,M,%05.1f,N,%05.1f,K,", knots(velocity), kilometresPerHour(velocity)) +
+      report.mode());
+}
+
+std::string zda(const Report& report) {
+  return nmeaSentence(report.talker + "ZDA," + nmeaTimeOfDay(report.time) + "," +
+                      nmeaLongDate(report.time) + ",00,00");
+}
+
+// In the order of Settings::nmeaIntervals.
+constexpr std::string (*kSentences[])(const Report&) = {gga, gsa, gsv, gll, rmc, vtg, zda};
+
+}  // namespace
+
+std::string nmeaSentences(const State& state, const Solution& solution, unsigned int epoch) {
+  const Report report{state, solution, solution.navigation, reportedTime(state),
+                      talkerOf(state.constellations)};
+  std::string sentences;
+  for (std::size_t kind = 0; kind < std::size(kSentences); ++kind) {
+    const std::uint8_t interval = state.nmeaIntervals[kind];
+    if (interval != 0 && epoch % interval == 0) {
+      sentences += kSentences[kind](report);
+    }
+  }
+  return sentences;
+}
+
+}  // namespace orb::sim

@@ -1,0 +1,23 @@
+#include "model/pulses.h"
+
+namespace orb::sim {
+
+std::uint32_t alignment(const State& state) {
+  constexpr std::uint8_t kUtc = 1;
+  return state.ppsOutput.alignSource == kUtc ? state.utcOffset : 0;
+}
+
+std::optional<Pulses> State::pulses() const {
+  constexpr std::uint8_t kWithFix = 1;
+  constexpr std::uint8_t kWithSatellite = 2;
+  constexpr double kCableDelaysPerNanosecond = 100;
+  const Navigation now = solution();
+  const bool held = (ppsOutput.mode == kWithFix && now.fixMode == 0) ||
+                    (ppsOutput.mode == kWithSatellite && now.satellites == 0);
+  if (held || startup.silence > std::chrono::milliseconds{0}) {
+    return std::nullopt;
+  }
+  return Pulses{ppsPulseWidth, alignment(*this) - cableDelay / kCableDelaysPerNanosecond};
+}
+
+}  // namespace orb::sim

@@ -1,0 +1,65 @@
+#include "model/satellites.h"
+
+#include <algorithm>
+#include <iterator>
+
+namespace orb::sim {
+namespace {
+
+bool isEnabled(const Settings& settings, Constellation constellation) {
+  switch (constellation) {
+    case Constellation::Gps:
+      return (settings.constellations & 0x01) != 0;
+    case Constellation::Glonass:
+      return (settings.constellations & 0x02) != 0;
+    case Constellation::Galileo:
+      return (settings.constellations & 0x04) != 0;
+    case Constellation::Beidou:
+      return (settings.constellations & 0x08) != 0;
+    case Constellation::Qzss:
+      return settings.qzss[0] != 0;
+    case Constellation::Sbas:
+      return settings.sbas[0] != 0;
+  }
+  return false;
+}
+
+/// What interference takes from every satellite, in dB-Hz.
+std::uint8_t interferenceLoss(std::uint8_t status) {
+  constexpr std::uint8_t kSome = 2;
+  constexpr std::uint8_t kCritical = 3;
+  return status == kSome ? 6 : status == kCritical ? 20 : 0;
+}
+
+bool passes(const ElevationCnrMask& mask, const Satellite& satellite) {
+  return mask.mode == 0 || (satellite.elevation >= mask.elevation && satellite.cnr >= mask.cnr);
+}
+
+}  // namespace
+
+std::vector<Satellite> satellitesInView(const State& state) {
+  std::vector<Satellite> inView;
+  if (state.startup.untilFix > std::chrono::milliseconds{0}) {
+    return inView;
+  }
+  const std::uint8_t loss = interferenceLoss(state.interferenceStatus);
+  for (Satellite satellite : state.sky) {
+    if (satellite.elevation >= 0 && isEnabled(state, satellite.constellation)) {
+      satellite.cnr = static_cast<std::uint8_t>(satellite.cnr - std::min(loss, satellite.cnr));
+      inView.push_back(satellite);
+    }
+  }
+  return inView;
+}
+
+std::vector<Satellite> satellitesHeard(const State& state) {
+  std::vector<Satellite> heard;
+  const std::vector<Satellite> inView = satellitesInView(state);
+  std::copy_if(inView.begin(), inView.end(), std::back_inserter(heard),
+               [&](const Satellite& satellite) {
+                 return satellite.cnr != 0 && passes(state.elevationCnrMask, satellite);
+               });
+  return heard;
+}
+
+}  // namespace orb::sim

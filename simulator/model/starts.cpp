@@ -1,0 +1,46 @@
+#include "model/starts.h"
+
+#include <algorithm>
+
+#include "model/survey.h"
+
+namespace orb::sim {
+namespace {
+
+using std::chrono::milliseconds;
+
+milliseconds timeToFix(const StartTimes& times, Start start) {
+  switch (start) {
+    case Start::Hot:
+      return times.hot;
+    case Start::Warm:
+      return times.warm;
+    case Start::Cold:
+      return times.cold;
+  }
+  return times.cold;
+}
+
+}  // namespace
+
+void startAnew(State& state, const Settings& saved, Start start) {
+  if (state.startup.cold) {
+    start = Start::Cold;  // it has learnt nothing since
+  }
+  static_cast<Settings&>(state) = saved;
+  state.startup = {state.startTimes.silence, timeToFix(state.startTimes, start), false,
+                   start == Start::Cold};
+  beginSurvey(state);
+}
+
+void continueStart(State& state, milliseconds elapsed) {
+  Startup& startup = state.startup;
+  startup.silence -= std::min(startup.silence, elapsed);
+  startup.untilFix -= std::min(startup.untilFix, elapsed);
+  if (state.solution().fixMode != 0) {
+    startup.hasHadFix = true;
+    startup.cold = false;
+  }
+}
+
+}  // namespace orb::sim
