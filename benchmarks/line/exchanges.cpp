@@ -1,0 +1,119 @@
+// Whole exchanges with a far end that answers at once: against the least that one can cost, and
+// against libmodbus RTU.
+
+#include <modbus/modbus.h>
+
+#include <cerrno>
+#include <memory>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "line/far_end.h"
+#include "line/latency.h"
+#include "line/query.h"
+#include "support/turns.h"
+#include "support/work.h"
+
+namespace {
+
+using orb::bench::Blocks;
+using orb::bench::Bytes;
+using orb::bench::FarEnd;
+using orb::bench::Row;
+
+constexpr int kBlocks = 31;
+constexpr int kPairsPerBlock = 200;
+constexpr double kMedian = 0.5;
+
+Row rowOf(const Blocks& times, double share, Row row) {
+  const std::vector<double> ratios = times.ratios(share);
+  row.unit = "us";
+  row.value = Blocks::medianQuantile(times.work, share);
+  row.limit = Blocks::medianQuantile(times.limit, share);
+  row.ratio = orb::bench::median(ratios);
+  row.samples = ratios;
+  return row;
+}
+
+std::vector<Row> queryAtOnce() {
+  const FarEnd farEnd(orb::bench::kMasksReply);
+  const Blocks times = orb::bench::compare([&] { orb::bench::queryByLibrary(farEnd.tty()); },
+                                           [&] { orb::bench::queryByBareLoop(farEnd.tty()); },
+                                           kBlocks, kPairsPerBlock);
+  return {
+      rowOf(
+          times, kMedian,
+          {.work = "query-p50", .title = "query over a pty, answered at once, p50", .bound = 1.3}),
+      rowOf(times, 0.99,
+            {.work = "query-p99", .title = "query over a pty, answered at once, p99", .bound = 2})};
+}
+
+// The registers 0 to 2 of slave 1 hold 1, 2 and 3. Query and answer are as long as those of the
+// receiver's masks.
+const Bytes kRegistersReply{0x01, 0x03, 0x06, 0x00, 0x01, 0x00, 0x02, 0x00, 0x03, 0xFD, 0x74};
+
+/// A client of libmodbus.
+class Modbus {
+ public:
+  explicit Modbus(const std::string& tty)
+      : context_(modbus_new_rtu(tty.c_str(), 115200, 'N', 8, 1), modbus_free) {
+    check(context_ == nullptr ? -1 : modbus_set_slave(context_.get(), 1));
+  }
+
+  void connect() { check(modbus_connect(context_.get())); }
+  void close() { modbus_close(context_.get()); }
+  void read() {
+    uint16_t registers[3];
+    check(modbus_read_registers(context_.get(), 0, 3, registers));
+    if (registers[2] != 3) {
+      throw std::runtime_error("libmodbus read another value");
+    }
+  }
+
+ private:
+  static void check(int result) {
+    if (result < 0) {
+      throw std::runtime_error(std::string("libmodbus: ") + modbus_strerror(errno));
+    }
+  }
+
+  std::unique_ptr<modbus_t, decltype(&modbus_free)> context_;
+};
+
+std::vector<Row> againstModbus() {
+  const FarEnd receiver(orb::bench::kMasksReply);
+  const FarEnd slave(kRegistersReply);
+  const auto query = [&] { orb::bench::queryByLibrary(receiver.tty()); };
+
+  Modbus connecting(slave.tty());
+  const Blocks whole = orb::bench::compare(
+      query,
+      [&] {
+        connecting.connect();
+        connecting.read();
+        connecting.close();
+      },
+      kBlocks, kPairsPerBlock);
+
+  Modbus open(slave.tty());
+  open.connect();
+  const Blocks kept = orb::bench::compare(
+      query, [&] { open.read(); }, kBlocks, kPairsPerBlock);
+  open.close();
+
+  return {rowOf(whole, kMedian,
+                {.work = "modbus-connecting",
+                 .title = "libmodbus RTU, connecting each time, p50",
+                 .bound = 1}),
+          rowOf(kept, kMedian,
+                {.work = "modbus-open",
+                 .title = "libmodbus RTU, keeping the port open, p50",
+                 .bound = 1})};
+}
+
+const orb::bench::Work kWorks[] = {{"query", queryAtOnce}, {"modbus", againstModbus}};
+
+}  // namespace
+
+int main(int argc, char** argv) { return orb::bench::runWorks(argc, argv, kWorks); }

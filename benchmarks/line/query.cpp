@@ -1,0 +1,62 @@
+#include "line/query.h"
+
+#include <fcntl.h>
+#include <termios.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <memory>
+#include <stdexcept>
+
+#include "orb-gnss/serial_channel.h"
+
+namespace orb::bench {
+
+namespace {
+
+constexpr ORBMessageMsgValue kQueryMasks = 0x2F00;
+constexpr ORBMessageMsgValue kMasks = 0xB000;
+constexpr int kTimeoutSeconds = 5;
+
+constexpr unsigned char kQueryMasksPacket[] = {0xA0, 0xA1, 0x00, 0x01, 0x2F, 0x2F, 0x0D, 0x0A};
+static_assert(sizeof kQueryMasksPacket == FarEnd::kQueryLength);
+
+void expectAnswer(bool isRight) {
+  if (!isRight) {
+    throw std::runtime_error("a query was not answered as it should be");
+  }
+}
+
+}  // namespace
+
+const Bytes kMasksReply{0xA0, 0xA1, 0x00, 0x04, 0xB0, 0x01, 0x05, 0x14, 0xA0, 0x0D, 0x0A};
+
+void queryByLibrary(const std::string& tty) {
+  orbIO channel(tty);
+  ORBMessage query(kQueryMasks, 1, nullptr);
+  expectAnswer(channel.SendMessage(&query) == 0);
+  const std::unique_ptr<ORBMessage> reply(channel.ReceiveMessage(kMasks, kTimeoutSeconds));
+  expectAnswer(reply != nullptr && reply->getPayloadData()[3] == 0x14);
+}
+
+void queryByBareLoop(const std::string& tty) {
+  const int fd = open(tty.c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK | O_SYNC);
+  termios settings;
+  tcgetattr(fd, &settings);
+  cfmakeraw(&settings);
+  settings.c_cflag &= ~static_cast<tcflag_t>(CRTSCTS | CSTOPB);
+  tcflush(fd, TCIOFLUSH);
+  tcsetattr(fd, TCSANOW, &settings);
+  ssize_t written = write(fd, kQueryMasksPacket, sizeof kQueryMasksPacket);
+  fsync(fd);
+  unsigned char reply[1024];
+  unsigned long received = 0;
+  while (written > 0 && received < kMasksReply.size()) {
+    const ssize_t count = read(fd, reply + received, sizeof reply - received);
+    received += count > 0 ? static_cast<unsigned long>(count) : 0;
+  }
+  close(fd);
+  expectAnswer(written > 0 && std::equal(kMasksReply.begin(), kMasksReply.end(), reply));
+}
+
+}  // namespace orb::bench
