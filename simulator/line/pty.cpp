@@ -1,11 +1,13 @@
 #include "line/pty.h"
 
 #include <fcntl.h>
+#include <poll.h>
 #include <stdlib.h>
 #include <termios.h>
 
 #include <array>
 #include <cstddef>
+#include <thread>
 
 namespace orb::sim {
 namespace {
@@ -51,6 +53,15 @@ void Pty::write(Bytes& bytes) {
   const ssize_t count = ::write(master_.get(), bytes.data(), bytes.size());
   if (count > 0) {
     bytes.erase(bytes.begin(), bytes.begin() + count);
+  }
+}
+
+// The tty is readable here exactly while clients have something left to read.
+void Pty::waitUntilRead(std::chrono::milliseconds limit) const {
+  const auto end = std::chrono::steady_clock::now() + limit;
+  pollfd polled{tty_.get(), POLLIN, 0};
+  while (::poll(&polled, 1, 0) == 1 && std::chrono::steady_clock::now() < end) {
+    std::this_thread::sleep_for(std::chrono::milliseconds{1});
   }
 }
 

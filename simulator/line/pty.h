@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <string>
 
 #include "line/owned_descriptor.h"
@@ -8,7 +9,8 @@
 namespace orb::sim {
 
 /// A pseudo-terminal, seen from the device's end. Its tty is raw and stays open, so that a client
-/// that closes it is not felt as a hang-up, which would make every poll return at once.
+/// that closes it is not felt as a hang-up, which would make every poll return at once. Clients
+/// that have it open when it goes see a hang-up: reads end, writes fail with EIO.
 class Pty {
  public:
   /// Throws std::system_error where there is none to be had.
@@ -26,6 +28,9 @@ class Pty {
   /// Hands the client as many of the bytes, from the first on, as the tty has room for, and takes
   /// them out of `bytes`.
   void write(Bytes& bytes);
+
+  /// Sleeps until clients have read all that was written, at most for `limit`.
+  void waitUntilRead(std::chrono::milliseconds limit) const;
 
  private:
   OwnedDescriptor master_;

@@ -3,14 +3,27 @@
 #include <algorithm>
 
 namespace orb::sim {
+namespace {
+
+template <typename Element>
+void keepNewest(std::deque<Element>& elements, std::size_t count) {
+  if (elements.size() > count) {
+    const auto surplus = static_cast<std::ptrdiff_t>(elements.size() - count);
+    elements.erase(elements.begin(), elements.begin() + surplus);
+  }
+}
+
+}  // namespace
 
 void ReceivedLog::add(const Bytes& bytes, PtyLine::Clock::time_point at) {
   {
     const std::lock_guard lock(mutex_);
-    append(bytes_, bytes);
+    bytes_.insert(bytes_.end(), bytes.begin(), bytes.end());
     for (Frame& frame : reader_.push(bytes)) {
       packets_.push_back({std::move(frame), at});
     }
+    keepNewest(bytes_, PtyLine::kMostReceivedBytes);
+    keepNewest(packets_, PtyLine::kMostReceivedPackets);
   }
   grown_.notify_all();
 }
@@ -23,12 +36,12 @@ void ReceivedLog::forget() {
 
 Bytes ReceivedLog::bytes() const {
   const std::lock_guard lock(mutex_);
-  return bytes_;
+  return Bytes(bytes_.begin(), bytes_.end());
 }
 
 std::vector<ReceivedLog::Received> ReceivedLog::packets() const {
   const std::lock_guard lock(mutex_);
-  return packets_;
+  return {packets_.begin(), packets_.end()};
 }
 
 bool ReceivedLog::waitForBytes(std::size_t count, std::chrono::milliseconds limit) {

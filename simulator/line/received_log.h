@@ -2,6 +2,8 @@
 
 #include <chrono>
 #include <condition_variable>
+#include <cstdint>
+#include <deque>
 #include <functional>
 #include <mutex>
 #include <vector>
@@ -11,7 +13,8 @@
 
 namespace orb::sim {
 
-/// What clients have written, as bytes and as packets, for any thread to read and to wait for.
+/// What clients have written, as bytes and as packets, for any thread to read and to wait for. The
+/// oldest goes when there is more than PtyLine keeps.
 class ReceivedLog {
  public:
   using Received = PtyLine::Received;
@@ -32,8 +35,8 @@ class ReceivedLog {
   mutable std::mutex mutex_;
   std::condition_variable grown_;
   FrameReader reader_;
-  Bytes bytes_;
-  std::vector<Received> packets_;
+  std::deque<std::uint8_t> bytes_;
+  std::deque<Received> packets_;
 };
 
 }  // namespace orb::sim

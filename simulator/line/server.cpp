@@ -8,6 +8,8 @@
 #include <array>
 #include <cstdint>
 
+#include "orb-sim/pty_line.h"
+
 namespace orb::sim {
 namespace {
 
@@ -32,13 +34,13 @@ std::thread startWithoutSignals(Function function) {
 
 }  // namespace
 
-PtyLine::Server::Server(Device& device, const std::filesystem::path& link)
+Server::Server(Device& device, Port& port)
     : device_(device),
-      link_(link, pty_.path()),
+      port_(port),
       wake_(::eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC), "eventfd"),
       thread_(startWithoutSignals([this] { run(); })) {}
 
-PtyLine::Server::~Server() {
+Server::~Server() {
   {
     const std::lock_guard lock(mutex_);
     stopping_ = true;
@@ -47,7 +49,7 @@ PtyLine::Server::~Server() {
   thread_.join();
 }
 
-void PtyLine::Server::send(const Bytes& bytes) {
+void Server::send(const Bytes& bytes) {
   {
     const std::lock_guard lock(mutex_);
     append(outgoing_, bytes);
@@ -55,7 +57,7 @@ void PtyLine::Server::send(const Bytes& bytes) {
   wake();
 }
 
-void PtyLine::Server::startChatter(milliseconds interval) {
+void Server::startChatter(milliseconds interval) {
   {
     const std::lock_guard lock(mutex_);
     chatterInterval_ = interval;
@@ -64,19 +66,19 @@ void PtyLine::Server::startChatter(milliseconds interval) {
   wake();
 }
 
-void PtyLine::Server::stopChatter() {
+void Server::stopChatter() {
   const std::lock_guard lock(mutex_);
   chatterInterval_.reset();
 }
 
-void PtyLine::Server::wake() {
+void Server::wake() {
   const std::uint64_t one = 1;
   [[maybe_unused]] const ssize_t written = ::write(wake_.get(), &one, sizeof one);
 }
 
-void PtyLine::Server::run() {
+void Server::run() {
   while (true) {
-    const bool clientWrote = sleep();
+    const bool clientStirred = sleep();
     {
       const std::lock_guard lock(mutex_);
       if (stopping_) {
@@ -84,7 +86,7 @@ void PtyLine::Server::run() {
       }
     }
     letTimePass(floor<milliseconds>(Clock::now() - deviceTime_));
-    if (clientWrote) {
+    if (clientStirred) {
       serveClient();
     }
     chatter();
@@ -92,21 +94,21 @@ void PtyLine::Server::run() {
   }
 }
 
-/// Returns whether a client has written.
-bool PtyLine::Server::sleep() {
+/// Returns whether a client has written, come or gone.
+bool Server::sleep() {
   short int events = POLLIN;
   {
     const std::lock_guard lock(mutex_);
     events = outgoing_.empty() ? POLLIN : POLLIN | POLLOUT;
   }
-  std::array<pollfd, 2> polled{{{pty_.descriptor(), events, 0}, {wake_.get(), POLLIN, 0}}};
+  std::array<pollfd, 2> polled{{{port_.descriptor(), events, 0}, {wake_.get(), POLLIN, 0}}};
   ::poll(polled.data(), polled.size(), sleepLimit());
   std::uint64_t wakes = 0;
   [[maybe_unused]] const ssize_t taken = ::read(wake_.get(), &wakes, sizeof wakes);
-  return (polled[0].revents & POLLIN) != 0;
+  return (polled[0].revents & ~POLLOUT) != 0;
 }
 
-int PtyLine::Server::sleepLimit() {
+int Server::sleepLimit() {
   milliseconds limit = std::min(kLongestSleep, device_.untilNextOutput());
   const std::lock_guard lock(mutex_);
   if (chatterInterval_) {
@@ -116,25 +118,43 @@ int PtyLine::Server::sleepLimit() {
   return static_cast<int>(std::max(limit, kShortestSleep).count());
 }
 
-void PtyLine::Server::letTimePass(milliseconds elapsed) {
+void Server::letTimePass(milliseconds elapsed) {
   elapsed = std::max(elapsed, milliseconds{0});
   deviceTime_ += elapsed;
   offer(device_.tick(elapsed));
+  hangUpIfDropped();
 }
 
 // The device's time is rounded up before it receives, so that a delay that starts with what it
 // receives never comes out short.
-void PtyLine::Server::serveClient() {
-  const Bytes bytes = pty_.read();
+void Server::serveClient() {
+  const Bytes bytes = port_.read();
+  if (bytes.empty()) {
+    return;
+  }
   const Clock::time_point now = Clock::now();
   letTimePass(ceil<milliseconds>(now - deviceTime_));
   const Bytes answer = device_.receive(bytes);
+  {
+    const std::lock_guard lock(mutex_);
+    append(outgoing_, answer);
+  }
+  hangUpIfDropped();
   log_.add(bytes, now);
-  const std::lock_guard lock(mutex_);
-  append(outgoing_, answer);
 }
 
-void PtyLine::Server::chatter() {
+void Server::hangUpIfDropped() {
+  if (!device_.takeHangUp()) {
+    return;
+  }
+  flush();
+  port_.hangUp();
+  const std::lock_guard lock(mutex_);
+  outgoing_.clear();
+  full_ = false;
+}
+
+void Server::chatter() {
   {
     const std::lock_guard lock(mutex_);
     if (!chatterInterval_ || Clock::now() < nextChatter_) {
@@ -145,18 +165,18 @@ void PtyLine::Server::chatter() {
   offer(PtyLine::chatter());
 }
 
-/// What nobody asked for is lost, as on a UART, while the tty is full.
-void PtyLine::Server::offer(const Bytes& bytes) {
+/// What nobody asked for is lost, as on a UART, while the port is full.
+void Server::offer(const Bytes& bytes) {
   const std::lock_guard lock(mutex_);
   if (!full_) {
     append(outgoing_, bytes);
   }
 }
 
-void PtyLine::Server::flush() {
+void Server::flush() {
   const std::lock_guard lock(mutex_);
   if (!outgoing_.empty()) {
-    pty_.write(outgoing_);
+    port_.write(outgoing_);
   }
   full_ = !outgoing_.empty();
 }

@@ -6,21 +6,21 @@
 #include <thread>
 
 #include "line/owned_descriptor.h"
-#include "line/pty.h"
+#include "line/port.h"
 #include "line/received_log.h"
-#include "line/stable_link.h"
-#include "orb-sim/pty_line.h"
+#include "orb-sim/device.h"
 
 namespace orb::sim {
 
-/// The thread that stands between a device and its pty. It sleeps in poll() until a client writes,
-/// the device or the chatter is due, or another thread wants something.
-class PtyLine::Server {
+/// The thread that stands between a device and the port that clients reach it through. It sleeps in
+/// poll() until a client writes, the device or the chatter is due, or another thread wants
+/// something.
+class Server {
  public:
-  Server(Device& device, const std::filesystem::path& link);
+  /// Both must outlive this.
+  Server(Device& device, Port& port);
   ~Server();
 
-  const std::string& path() const { return pty_.path(); }
   ReceivedLog& log() { return log_; }
 
   void send(const Bytes& bytes);
@@ -28,6 +28,7 @@ class PtyLine::Server {
   void stopChatter();
 
  private:
+  using Clock = std::chrono::steady_clock;
   using Milliseconds = std::chrono::milliseconds;
 
   void run();
@@ -36,21 +37,21 @@ class PtyLine::Server {
   void wake();
   void letTimePass(Milliseconds elapsed);
   void serveClient();
+  void hangUpIfDropped();
   void chatter();
   void offer(const Bytes& bytes);
   void flush();
 
   Device& device_;
-  Pty pty_;
-  StableLink link_;
+  Port& port_;
   OwnedDescriptor wake_;
   ReceivedLog log_;
-  Clock::time_point deviceTime_ = Clock::now();  ///< the line's thread alone uses it
+  Clock::time_point deviceTime_ = Clock::now();  ///< the server's thread alone uses it
 
   std::mutex mutex_;  ///< guards what follows; never held while the device is called
   bool stopping_ = false;
   Bytes outgoing_;     ///< what goes to the client next
-  bool full_ = false;  ///< the tty has not taken all of it
+  bool full_ = false;  ///< the port has not taken all of it
   std::optional<Milliseconds> chatterInterval_;
   Clock::time_point nextChatter_;
 

@@ -6,22 +6,26 @@ namespace orb::sim {
 
 namespace fs = std::filesystem;
 
-StableLink::StableLink(const fs::path& link, const fs::path& target)
-    : link_(link), target_(target) {
-  if (link.empty()) {
+StableLink::StableLink(const fs::path& link, const fs::path& target) : link_(link) {
+  pointTo(target);
+}
+
+void StableLink::pointTo(const fs::path& target) {
+  if (link_.empty()) {
     return;
   }
-  const fs::file_status there = fs::symlink_status(link);
+  const fs::file_status there = fs::symlink_status(link_);
   if (fs::exists(there) && !fs::is_symlink(there)) {
-    throw fs::filesystem_error("in the way of a link", link,
+    throw fs::filesystem_error("in the way of a link", link_,
                                std::make_error_code(std::errc::file_exists));
   }
   // Made beside its place and moved there, so that the link is never missing.
-  fs::path made = link;
+  fs::path made = link_;
   made += "." + target.filename().string() + ".new";
   fs::remove(made);
   fs::create_symlink(target, made);
-  fs::rename(made, link);
+  fs::rename(made, link_);
+  target_ = target;
 }
 
 StableLink::~StableLink() {

@@ -16,6 +16,9 @@ class StableLink {
   /// Removes the link, unless it has come to point elsewhere.
   ~StableLink();
 
+  /// Makes the link point to another target, in one step. Throws as the constructor does.
+  void pointTo(const std::filesystem::path& target);
+
  private:
   std::filesystem::path link_;
   std::filesystem::path target_;

@@ -24,6 +24,12 @@ namespace orb::sim {
 /// open and close it as often as they like: the line holds a descriptor of its own, so that no
 /// hang-up reaches the device and the path stays. Every member may be called from any thread.
 ///
+/// Where the device drops the line (Device::takeHangUp()), clients that hold the tty open see a
+/// hang-up: they read what has been written so far, then the end of the file, and cannot write
+/// (EIO). Another tty has then taken its place already: path() and the link lead there. What
+/// clients have written and the device has not yet seen is lost. Clients that do not read for a
+/// quarter of a second lose what they have not read.
+///
 /// What the line writes whole (an answer, one send(), one chatter) is not mixed with anything else;
 /// pieces that a device sends one after the other are, where the line has more to say meanwhile.
 class PtyLine {
@@ -40,6 +46,11 @@ class PtyLine {
   static constexpr std::chrono::milliseconds kLimit{5000};
   static constexpr std::chrono::milliseconds kChatterInterval{100};
 
+  /// What received() and receivedPackets() hold at most, so that a line may serve for ever: the
+  /// oldest goes.
+  static constexpr std::size_t kMostReceivedBytes = std::size_t{1} << 20;
+  static constexpr std::size_t kMostReceivedPackets = std::size_t{1} << 16;
+
   /// Plugs in `device`, which must outlive the line. With `link`, a symbolic link of that name
   /// points to the tty for the life of the line; a symbolic link that is already there is replaced.
   /// Throws std::system_error where the pty cannot be had or the link cannot be made.
@@ -48,8 +59,8 @@ class PtyLine {
   PtyLine& operator=(const PtyLine&) = delete;
   ~PtyLine();
 
-  /// The tty for clients to open.
-  const std::string& path() const;
+  /// The tty for clients to open: another one after each hang-up.
+  std::string path() const;
 
   /// All bytes and all packets that clients have written since the start or the last
   /// forgetReceived().
@@ -76,8 +87,8 @@ class PtyLine {
   static const Bytes& chatter();
 
  private:
-  class Server;
-  std::unique_ptr<Server> server_;
+  struct Implementation;
+  std::unique_ptr<Implementation> implementation_;
 };
 
 }  // namespace orb::sim

@@ -1,0 +1,30 @@
+#pragma once
+
+#include "orb-sim/bytes.h"
+
+namespace orb::sim {
+
+/// The device's end of a line: what a Server serves. Only the server's thread uses it.
+class Port {
+ public:
+  Port() = default;
+  Port(const Port&) = delete;
+  Port& operator=(const Port&) = delete;
+  virtual ~Port() = default;
+
+  /// To be polled before each read(). It is another one from time to time.
+  virtual int descriptor() const = 0;
+
+  /// What clients have written; empty when nothing is there. Never blocks.
+  virtual Bytes read() = 0;
+
+  /// Hands the client as many of the bytes, from the first on, as there is room for, and takes
+  /// them out of `bytes`. Never blocks.
+  virtual void write(Bytes& bytes) = 0;
+
+  /// Drops the line under clients that hold it open, and offers a new one. Clients get a moment to
+  /// read what has been written.
+  virtual void hangUp() = 0;
+};
+
+}  // namespace orb::sim
