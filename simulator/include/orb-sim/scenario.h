@@ -17,6 +17,9 @@ namespace orb::sim {
 /// The hardware set identifier of the module that the library drives.
 inline constexpr char kFittedModule[] = "47205318-001";
 
+/// A receiver under the ordinary sky, as it leaves the factory.
+State ordinaryState();
+
 /// A whole device and all that goes wrong with it. As constructed, it is healthy.
 struct Scenario {
   /// What there is at the far end of the serial line.
@@ -35,7 +38,7 @@ struct Scenario {
   Presence presence = Presence::Answering;
   bool talksFromTheStart = false;  ///< else it is silent until it has first been spoken to
   bool startsCold = false;         ///< else it has its fix from the start
-  State state;
+  State state = ordinaryState();
   LineConditions line;
   std::vector<FaultRule> faults;
 };

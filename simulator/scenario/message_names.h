@@ -1,0 +1,13 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string_view>
+
+namespace orb::sim {
+
+/// The message that a client sends and that is called `name` in scenarios ("set-update-rate");
+/// nothing where none is.
+std::optional<std::uint16_t> messageNamed(std::string_view name);
+
+}  // namespace orb::sim

@@ -1,0 +1,82 @@
+#include <chrono>
+#include <limits>
+#include <string>
+
+#include "scenario/readers.h"
+
+namespace orb::sim {
+namespace {
+
+using namespace std::chrono;
+
+constexpr Word<Scenario::Presence> kPresences[] = {
+    {"answering", Scenario::Presence::Answering},
+    {"silent", Scenario::Presence::Silent},
+    {"absent", Scenario::Presence::Absent},
+};
+
+constexpr char kNoModule[] = "none";
+constexpr std::size_t kLongestHardwareId = 100;
+constexpr hours kLongestWait{24};
+
+constexpr sys_days kGpsEpoch = 1980y / January / 6;
+constexpr sys_days kLatest = 2100y / January / 1;  // and earlier
+
+/// The time that a TOML date-time names; without an offset, it is UTC.
+sys_time<milliseconds> utcOf(const toml::date_time& time) {
+  const sys_days date = year{time.date.year} / month{time.date.month} / day{time.date.day};
+  const minutes offset{time.offset ? time.offset->minutes : 0};
+  return date + hours{time.time.hour} + minutes{time.time.minute} + seconds{time.time.second} +
+         duration_cast<milliseconds>(nanoseconds{time.time.nanosecond}) - offset;
+}
+
+void setUtc(GpsTime& time, sys_time<milliseconds> utc) {
+  const milliseconds sinceEpoch = utc - kGpsEpoch + seconds{time.leapSeconds};
+  const weeks week = floor<weeks>(sinceEpoch);
+  time.week = static_cast<std::uint16_t>(week.count());
+  time.timeOfWeek = sinceEpoch - week;
+}
+
+}  // namespace
+
+void readDevice(Section& device, Scenario& scenario) {
+  std::string module = kFittedModule;
+  device.text("module", module, kLongestHardwareId);
+  scenario.hardwareId = module == kNoModule ? std::nullopt : std::optional(module);
+  device.word("receiver", scenario.presence, kPresences);
+  device.flag("talks-from-the-start", scenario.talksFromTheStart);
+}
+
+void readTime(Section& time, State& state) {
+  time.number("rate", state.clockRate, 0, 1000);
+  time.integer("leap-seconds", state.time.leapSeconds, 0, 99);
+  const toml::node* start = time.find("start");
+  if (start == nullptr) {
+    return;
+  }
+  if (start->value_exact<std::string>() == "now") {
+    setUtc(state.time, floor<milliseconds>(system_clock::now()));
+  } else if (const auto dateTime = start->value_exact<toml::date_time>()) {
+    const auto utc = utcOf(*dateTime);
+    if (utc < kGpsEpoch || utc >= kLatest) {
+      time.refuse("start",
+                  "is outside the receiver's calendar; it has to be from 1980-01-06 to "
+                  "2099-12-31");
+      return;
+    }
+    setUtc(state.time, utc);
+  } else {
+    time.refuse("start", "has to be \"now\" or a date and time such as 2026-03-15T12:00:00Z");
+  }
+}
+
+void readStart(Section& start, Scenario& scenario) {
+  StartTimes& times = scenario.state.startTimes;
+  start.flag("cold", scenario.startsCold);
+  start.duration("silence", times.silence, 0s, kLongestWait);
+  start.duration("cold-fix", times.cold, 0s, kLongestWait);
+  start.duration("warm-fix", times.warm, 0s, kLongestWait);
+  start.duration("hot-fix", times.hot, 0s, kLongestWait);
+}
+
+}  // namespace orb::sim

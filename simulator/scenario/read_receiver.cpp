@@ -1,0 +1,184 @@
+#include <charconv>
+#include <cstdlib>
+#include <string_view>
+
+#include "scenario/readers.h"
+
+namespace orb::sim {
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr std::size_t kLongestVersionExtension = 32;
+
+constexpr Word<std::uint8_t> kPowerModes[] = {{"normal", 0}, {"power-saving", 1}};
+constexpr Word<OutputType> kOutputTypes[] = {
+    {"none", OutputType::None}, {"nmea", OutputType::Nmea}, {"binary", OutputType::Binary}};
+constexpr Word<TimingMode> kTimingModes[] = {{"dynamic", TimingMode::Dynamic},
+                                             {"survey", TimingMode::AutoSurvey},
+                                             {"static", TimingMode::Static}};
+constexpr Word<std::uint8_t> kRequiredFixes[] = {{"3d", 0}, {"2d", 1}};
+constexpr Word<std::uint8_t> kTimeReferences[] = {{"gnss", 0}, {"utc", 1}};
+constexpr Word<std::uint8_t> kPulseConditions[] = {
+    {"always", 0}, {"with-a-fix", 1}, {"with-a-satellite", 2}};
+constexpr Word<std::uint16_t> kConstellationBits[] = {
+    {"gps", 1}, {"glonass", 2}, {"galileo", 4}, {"beidou", 8}};
+constexpr Word<std::uint8_t> kInterference[] = {
+    {"unknown", 0}, {"none", 1}, {"some", 2}, {"critical", 3}};
+/// In the order of Settings::nmeaIntervals.
+constexpr std::string_view kSentences[] = {"gga", "gsa", "gsv", "gll", "rmc", "vtg", "zda"};
+
+/// The version that a text like "1.0.12" names.
+std::optional<Version> versionOf(std::string_view text) {
+  Version version;
+  for (std::uint8_t* part : {&version.x, &version.y, &version.z}) {
+    const auto [end, error] = std::from_chars(text.begin(), text.end(), *part);
+    const bool last = part == &version.z;
+    if (error != std::errc() || (last ? end != text.end() : end == text.end() || *end != '.')) {
+      return std::nullopt;
+    }
+    text.remove_prefix(static_cast<std::size_t>(end - text.begin()) + (last ? 0 : 1));
+  }
+  return version;
+}
+
+void readVersion(Section& receiver, std::string_view key, Version& version) {
+  constexpr std::size_t kLongest = 100;
+  std::string text;
+  receiver.text(key, text, kLongest);
+  if (text.empty()) {
+    return;
+  }
+  if (const auto read = versionOf(text)) {
+    version = *read;
+  } else {
+    receiver.refuse(key, "is " + inQuotes(text) +
+                             "; it has to be three numbers from 0 to 255, "
+                             "such as \"1.0.12\"");
+  }
+}
+
+void readRevisionDate(Section& receiver, Identity& identity) {
+  constexpr char kKey[] = "revision-date";
+  constexpr int kFirstYear = 2000;
+  constexpr int kLastYear = 2099;
+  const toml::node* node = receiver.find(kKey);
+  if (node == nullptr) {
+    return;
+  }
+  const auto date = node->value_exact<toml::date>();
+  if (!date || date->year < kFirstYear || date->year > kLastYear) {
+    receiver.refuse(kKey, "has to be a date from 2000-01-01 to 2099-12-31");
+    return;
+  }
+  identity.revisionYear = static_cast<std::uint8_t>(date->year - kFirstYear);
+  identity.revisionMonth = date->month;
+  identity.revisionDay = date->day;
+}
+
+void readIdentity(Section& receiver, Identity& identity) {
+  readVersion(receiver, "kernel-version", identity.kernel);
+  readVersion(receiver, "odm-version", identity.odm);
+  readRevisionDate(receiver, identity);
+  receiver.text("version-extension", identity.versionExtension, kLongestVersionExtension);
+}
+
+void readConstellations(Section& receiver, Settings& settings) {
+  constexpr char kKey[] = "constellations";
+  std::vector<std::uint16_t> bits;
+  receiver.words(kKey, bits, kConstellationBits);
+  if (receiver.has(kKey)) {
+    settings.constellations = 0;
+    for (const std::uint16_t bit : bits) {
+      settings.constellations = static_cast<std::uint16_t>(settings.constellations | bit);
+    }
+  }
+}
+
+void readEnabled(Section& receiver, std::string_view key, std::uint8_t& enabled) {
+  bool flag = enabled != 0;
+  receiver.flag(key, flag);
+  enabled = flag ? 1 : 0;
+}
+
+void readOutput(Section& receiver, Settings& settings) {
+  receiver.word("output", settings.outputType, kOutputTypes);
+  receiver.integer("update-rate", settings.updateRate, 0, 50);
+  receiver.integer("navigation-interval", settings.navMessageInterval, 0);
+  receiver.table("nmea-intervals", [&](Section& intervals) {
+    for (std::size_t i = 0; i < std::size(kSentences); ++i) {
+      intervals.integer(kSentences[i], settings.nmeaIntervals[i], 0);
+    }
+  });
+}
+
+void readSatelliteSettings(Section& receiver, Settings& settings) {
+  readConstellations(receiver, settings);
+  readEnabled(receiver, "sbas", settings.sbas[0]);
+  readEnabled(receiver, "qzss", settings.qzss[0]);
+  readEnabled(receiver, "second-band", settings.secondBand);
+  receiver.integer("elevation-mask", settings.elevationCnrMask.elevation, 0, 90);
+  receiver.integer("cnr-mask", settings.elevationCnrMask.cnr, 0, 60);
+  receiver.word("first-fix", settings.fixNavMask.first, kRequiredFixes);
+  receiver.word("later-fixes", settings.fixNavMask.second, kRequiredFixes);
+  receiver.integer("navigation-mode", settings.navigationMode, 0, 5);
+}
+
+void readDopMask(Section& receiver, DopMask& mask) {
+  constexpr double kTenths = 10;
+  receiver.table("dop-mask", [&](Section& table) {
+    mask.mode = 1;  // who gives limits means them
+    readEnabled(table, "enabled", mask.mode);
+    table.scaled("position", mask.limits[0], kTenths, 0.5, 99.9);
+    table.scaled("horizontal", mask.limits[1], kTenths, 0.5, 99.9);
+    table.scaled("geometric", mask.limits[2], kTenths, 0.5, 99.9);
+  });
+}
+
+void readPulses(Section& receiver, Settings& settings) {
+  using Microseconds = std::chrono::duration<std::uint32_t, std::micro>;
+  using CableDelay = std::chrono::duration<std::int32_t, std::ratio<1, 100'000'000'000>>;
+  Microseconds width{settings.ppsPulseWidth};
+  receiver.duration("pps-pulse-width", width, 1us, 100ms);
+  settings.ppsPulseWidth = width.count();
+  CableDelay delay{settings.cableDelay};
+  receiver.duration("cable-delay", delay, -5us, 5us);
+  settings.cableDelay = delay.count();
+  receiver.word("pps", settings.ppsOutput.mode, kPulseConditions);
+  receiver.word("time-reference", settings.ppsOutput.alignSource, kTimeReferences);
+  receiver.integer("pps2-frequency", settings.pps2Frequency, 0, 19'200'000);
+}
+
+void readTiming(Section& receiver, State& state) {
+  receiver.table("timing", [&](Section& table) {
+    using Seconds = std::chrono::duration<std::uint32_t>;
+    Timing& timing = state.timing;
+    table.word("mode", timing.mode, kTimingModes);
+    Seconds length{timing.surveyLength};
+    table.duration("survey-length", length, 1s, 14 * 24h);
+    timing.surveyLength = length.count();
+    table.duration("surveyed", state.surveyed, 0s, length);
+    table.integer("standard-deviation", timing.standardDeviation, 0);
+    table.number("latitude", timing.latitude, -90, 90);
+    table.number("longitude", timing.longitude, -180, 180);
+    double altitude = timing.altitude;
+    table.number("altitude", altitude, -1000, 10'000);
+    timing.altitude = static_cast<float>(altitude);
+  });
+}
+
+}  // namespace
+
+void readReceiver(Section& receiver, State& state) {
+  readIdentity(receiver, state.identity);
+  receiver.word("power-mode", state.powerMode, kPowerModes);
+  readOutput(receiver, state);
+  readSatelliteSettings(receiver, state);
+  readDopMask(receiver, state.dopMask);
+  readPulses(receiver, state);
+  readTiming(receiver, state);
+  readEnabled(receiver, "interference-detection", state.interferenceDetection);
+  receiver.word("interference", state.interferenceStatus, kInterference);
+}
+
+}  // namespace orb::sim
