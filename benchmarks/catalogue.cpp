@@ -13,11 +13,11 @@ namespace {
 using orb::bench::Row;
 
 Row lookup(const char* name, const char* title, ORBMsgId id) {
-  const auto find = [id]() mutable {
+  const auto find = [&id] {
     benchmark::DoNotOptimize(id);
     benchmark::DoNotOptimize(orbGetMessageDescription(id, 0));
   };
-  const auto read = [id]() mutable {
+  const auto read = [&id] {
     benchmark::DoNotOptimize(id);
     benchmark::DoNotOptimize(orb::bench::readArray(id, 0));
   };

@@ -9,36 +9,34 @@ namespace orb::bench {
 
 namespace {
 
-constexpr unsigned long kOverhead = 7;
-
-Frame* keep(const unsigned char* packet, unsigned long length, Frame* next) {
+Frame* keep(const unsigned char* packet, unsigned long payload, Frame* next) {
   auto* const frame = static_cast<Frame*>(std::malloc(sizeof(Frame)));
-  auto* const copy = static_cast<unsigned char*>(std::malloc(length));
-  std::memcpy(copy, packet, length);
-  *frame = {next, copy, length};
+  auto* const copy = static_cast<unsigned char*>(std::malloc(payload + 7));
+  std::memcpy(copy, packet, payload + 6);
+  copy[payload + 6] = 0x0A;
+  *frame = {next, copy, payload + 7};
   return frame;
 }
 
 }  // namespace
 
 Frame* assembleFrames(const unsigned char* bytes, unsigned long length, Frame* list) {
-  const unsigned char* const end = bytes + length;
-  while (end - bytes >= static_cast<long>(kOverhead)) {
-    if (bytes[0] != 0xA0) {
-      const void* found = std::memchr(bytes, 0xA0, static_cast<unsigned long>(end - bytes));
-      bytes = found != nullptr ? static_cast<const unsigned char*>(found) : end;
-      continue;
-    }
-    const unsigned long payload = static_cast<unsigned long>(bytes[2] << 8 | bytes[3]);
-    if (bytes[1] != 0xA1) {
-      ++bytes;
-    } else if (static_cast<unsigned long>(end - bytes) < payload + kOverhead) {
-      break;
+  for (unsigned long at = 0; at + 6 < length;) {
+    const unsigned char* const packet = bytes + at;
+    if (packet[0] != 0xA0) {
+      const void* found = std::memchr(packet, 0xA0, length - at);
+      at = found != nullptr ? static_cast<const unsigned char*>(found) - bytes : length;
+    } else if (packet[1] != 0xA1) {
+      ++at;
     } else {
-      if (exclusiveOr(bytes + 4, payload) == bytes[4 + payload]) {
-        list = keep(bytes, payload + kOverhead, list);
+      const auto payload = static_cast<unsigned long>(packet[2] << 8 | packet[3]);
+      if (at + payload + 5 >= length) {
+        break;
       }
-      bytes += payload + kOverhead;
+      if (exclusiveOr(packet + 4, payload) == packet[4 + payload]) {
+        list = keep(packet, payload, list);
+      }
+      at += payload + 7;
     }
   }
   return list;

@@ -19,9 +19,9 @@ struct Series {
 
 /// One row of the table; ../README.md says what each member means.
 struct Row {
-  std::string work;
-  std::string title;
-  std::string unit;
+  std::string work{};
+  std::string title{};
+  std::string unit{};
   double value = 0;
   std::optional<double> limit{};
   std::optional<double> ratio{};
