@@ -16,7 +16,7 @@ using std::chrono::milliseconds;
 
 enum FixMode : std::uint8_t { kNoFix, kFixIn2d, kFixIn3d, kDifferentialFix };
 
-constexpr std::uint16_t kUnknownDop = 9999;  // also the largest that is reported
+constexpr std::uint16_t kUnknownDop = 9990;  // also the largest that is reported
 
 void dropFix(Navigation& navigation) {
   navigation.fixMode = kNoFix;

@@ -1,0 +1,255 @@
+#include <gtest/gtest.h>
+
+#include "hex.h"
+#include "orb-sim/receiver.h"
+
+namespace orb::sim::test {
+namespace {
+
+using std::chrono::milliseconds;
+using std::chrono::seconds;
+
+const Bytes kRateQuery = frame(0x1000);
+
+Bytes softReset(std::uint8_t kind) { return frame(0x0100, Bytes{kind} + Bytes(13)); }
+Bytes restart(std::uint8_t flag) { return frame(0x643F, {flag}); }
+Bytes setUpdateRate(std::uint8_t rate, std::uint8_t attribute) {
+  return frame(0x0E00, {rate, attribute});
+}
+
+State underOrdinarySky() {
+  State state;
+  state.sky = ordinarySky();
+  return state;
+}
+
+/// Seconds until there is a fix, when a second passes at a time.
+int secondsToFix(Receiver& receiver) {
+  int passed = 0;
+  while (receiver.state().solution().fixMode == 0 && passed < 1000) {
+    receiver.tick(seconds(1));
+    ++passed;
+  }
+  return passed;
+}
+
+TEST(Start, TakesLongerTheLessTheReceiverKnows) {
+  for (const bool withSky : {false, true}) {
+    Receiver receiver(withSky ? underOrdinarySky() : State{});
+    EXPECT_EQ(secondsToFix(receiver), 0);
+    const std::pair<Bytes, int> kStarts[] = {{softReset(1), 1},
+                                             {softReset(2), 28},
+                                             {softReset(3), 35},
+                                             {restart(0), 1},
+                                             {restart(1), 35}};
+    for (const auto& [command, time] : kStarts) {
+      receiver.receive(command);
+      EXPECT_EQ(secondsToFix(receiver), time);
+    }
+  }
+}
+
+TEST(Start, DoesNotHappenForASoftResetOfAnotherKind) {
+  Receiver receiver(underOrdinarySky());
+  receiver.receive(setUpdateRate(5, 0));
+  for (const std::uint8_t kind : Bytes{0, 4, 255}) {
+    EXPECT_EQ(receiver.receive(softReset(kind)), acknowledge(0x0100));
+    EXPECT_EQ(secondsToFix(receiver), 0);
+  }
+  EXPECT_EQ(receiver.state().softResets, 3U);
+  EXPECT_EQ(receiver.state().updateRate, 5);
+}
+
+TEST(Start, TakesTheTimesOfTheScenario) {
+  State state = underOrdinarySky();
+  state.startTimes = {seconds(2), seconds(9), seconds(6), seconds(3)};
+  Receiver receiver(state);
+  receiver.receive(softReset(1));
+  EXPECT_EQ(secondsToFix(receiver), 3);
+  receiver.receive(softReset(2));
+  EXPECT_EQ(secondsToFix(receiver), 6);
+  receiver.receive(softReset(3));
+  EXPECT_EQ(secondsToFix(receiver), 9);
+}
+
+TEST(Start, ReportsNoFixUntilThereIsOne) {
+  Receiver receiver(underOrdinarySky());
+  receiver.receive(frame(0x0900, {2, 1}));
+  receiver.receive(softReset(2));
+  const auto fixModeAndSatellites = [&] {
+    const Bytes body = FrameReader().push(receiver.tick(seconds(1))).at(0).body();
+    return Bytes(body.begin(), body.begin() + 2);
+  };
+  for (int second = 1; second < 28; ++second) {
+    EXPECT_EQ(fixModeAndSatellites(), hex("00 00"));
+  }
+  EXPECT_EQ(fixModeAndSatellites(), hex("03 0B"));
+}
+
+TEST(Start, KnowsNeitherTimeNorPlaceWhenCold) {
+  Receiver receiver(underOrdinarySky());
+  receiver.receive(frame(0x0900, {2, 1}));
+  receiver.receive(softReset(3));
+  EXPECT_EQ(FrameReader().push(receiver.receive(frame(0x6420))).at(1).body(),
+            hex("00 00 00 00 00 00 00 00 00 00 12 12 00"));
+  const Bytes body = FrameReader().push(receiver.tick(seconds(1))).at(0).body();
+  EXPECT_EQ(Bytes(body.begin(), body.begin() + 24), Bytes(24));
+  receiver.tick(seconds(34));
+  EXPECT_EQ(receiver.state().solution().latitude, 483712345);
+  // 35 seconds later than at the beginning.
+  EXPECT_EQ(FrameReader().push(receiver.receive(frame(0x6420))).at(1).body(),
+            hex("14 9B 29 68 00 00 00 00 08 FC 12 12 07"));
+}
+
+TEST(Start, KeepsTimeAndPlaceWhenWarmOrHot) {
+  for (const std::uint8_t kind : Bytes{1, 2}) {
+    Receiver receiver(underOrdinarySky());
+    receiver.receive(softReset(kind));
+    EXPECT_EQ(receiver.state().solution().latitude, 483712345);
+    EXPECT_EQ(FrameReader().push(receiver.receive(frame(0x6420))).at(1).body(),
+              hex("14 9A A0 B0 00 00 00 00 08 FC 12 12 07"));
+  }
+}
+
+TEST(Start, StaysColdWhenItIsInterruptedByAHotOne) {
+  Receiver receiver(underOrdinarySky());
+  receiver.receive(softReset(3));
+  receiver.tick(seconds(10));
+  receiver.receive(softReset(1));
+  EXPECT_EQ(secondsToFix(receiver), 35);
+}
+
+TEST(Start, IsDeafAndDumbForItsSilence) {
+  State state;
+  state.startTimes.silence = seconds(5);
+  Receiver receiver(state);
+  const Bytes answer = receiver.receive(kRateQuery);
+  EXPECT_EQ(receiver.receive(restart(0) + kRateQuery), acknowledge(0x643F));
+  EXPECT_EQ(receiver.receive(kRateQuery), Bytes{});
+  EXPECT_EQ(receiver.untilNextOutput(), seconds(5));
+  EXPECT_EQ(receiver.tick(milliseconds(4999)), Bytes{});
+  EXPECT_EQ(receiver.receive(kRateQuery), Bytes{});
+  EXPECT_EQ(receiver.untilNextOutput(), milliseconds(1));
+  EXPECT_EQ(receiver.tick(milliseconds(1)), Bytes{});
+  EXPECT_EQ(receiver.receive(kRateQuery), answer);
+  EXPECT_EQ(receiver.untilNextOutput(), seconds(1));
+}
+
+TEST(Start, SendsAgainASecondAfterItsSilence) {
+  State state;
+  state.startTimes.silence = seconds(5);
+  Receiver receiver(state);
+  receiver.receive(kRateQuery);
+  receiver.tick(milliseconds(700));
+  receiver.receive(restart(0));
+  EXPECT_EQ(receiver.tick(milliseconds(5999)), Bytes{});
+  EXPECT_NE(receiver.tick(milliseconds(1)), Bytes{});
+}
+
+TEST(Start, ForgetsAFrameThatHadBegun) {
+  Receiver receiver;
+  receiver.change([](State& state) { state.startTimes.silence = seconds(1); });
+  receiver.receive(restart(0) + Bytes(kRateQuery.begin(), kRateQuery.begin() + 4));
+  receiver.tick(seconds(1));
+  EXPECT_EQ(receiver.receive(Bytes(kRateQuery.begin() + 4, kRateQuery.end())), Bytes{});
+}
+
+TEST(Start, LosesSettingsThatWereNotToBeKept) {
+  for (const Bytes& command : {softReset(1), softReset(2), softReset(3), restart(0), restart(1)}) {
+    for (const std::uint8_t attribute : Bytes{0, 2, 255}) {
+      Receiver receiver;
+      receiver.receive(setUpdateRate(20, attribute));
+      receiver.receive(command);
+      EXPECT_EQ(receiver.state().updateRate, 1);
+      EXPECT_TRUE(receiver.state().attributes.empty());
+    }
+  }
+}
+
+TEST(Start, FindsSettingsThatWereToBeKept) {
+  Receiver receiver;
+  receiver.receive(setUpdateRate(20, 1));
+  receiver.receive(setUpdateRate(10, 0));
+  receiver.receive(frame(0x0C00, {1, 0}));
+  EXPECT_EQ(receiver.state().updateRate, 10);
+  EXPECT_EQ(receiver.savedSettings().updateRate, 20);
+  receiver.receive(restart(0));
+  EXPECT_EQ(receiver.state().updateRate, 20);
+  EXPECT_EQ(receiver.state().powerMode, 0);
+  EXPECT_EQ(receiver.state().attributes, (std::map<std::uint16_t, std::uint8_t>{{0x0E00, 1}}));
+}
+
+TEST(Start, FindsTheSettingsThatTheReceiverBeganWith) {
+  State state;
+  state.updateRate = 4;
+  state.outputType = OutputType::Binary;
+  Receiver receiver(state);
+  receiver.receive(setUpdateRate(20, 0));
+  receiver.change([](State& now) { now.outputType = OutputType::None; });
+  receiver.receive(restart(0));
+  EXPECT_EQ(receiver.state().updateRate, 4);
+  EXPECT_EQ(receiver.state().outputType, OutputType::Binary);
+}
+
+TEST(Start, FindsTheFactoryDefaultsAfterThose) {
+  State state;
+  state.updateRate = 4;
+  Receiver receiver(state);
+  receiver.receive(setUpdateRate(20, 1));
+  receiver.receive(frame(0x0400, {1}));
+  EXPECT_EQ(receiver.state().updateRate, 1);
+  receiver.receive(restart(0));
+  EXPECT_EQ(receiver.state().updateRate, 1);
+}
+
+TEST(Start, LeavesTheCountsAndTheIdentity) {
+  Receiver receiver;
+  receiver.change([](State& state) { state.identity.kernel = {7, 7, 7}; });
+  receiver.receive(softReset(3));
+  receiver.receive(restart(1));
+  receiver.receive(softReset(3));
+  EXPECT_EQ(receiver.state().softResets, 2U);
+  EXPECT_EQ(receiver.state().restarts, 1U);
+  EXPECT_EQ(receiver.state().identity.kernel.x, 7);
+}
+
+TEST(Start, BeginsASavedSurveyAnewAtTheFirstFix) {
+  Receiver receiver(underOrdinarySky());
+  receiver.receive(frame(0x5400, Bytes{1, 0, 0, 0, 60} + Bytes(24) + Bytes{1}));
+  receiver.tick(seconds(50));
+  EXPECT_EQ(receiver.state().surveyed, seconds(50));
+  receiver.receive(softReset(2));
+  EXPECT_EQ(receiver.state().surveyed, seconds(0));
+  receiver.tick(seconds(27 + 60));
+  EXPECT_EQ(receiver.state().surveyed, seconds(59));
+  receiver.tick(seconds(1));
+  EXPECT_EQ(receiver.state().runningTimingMode(), TimingMode::Static);
+}
+
+TEST(Start, IsColdWhenTheReceiverWasOff) {
+  State state = underOrdinarySky();
+  state.startTimes.silence = seconds(2);
+  Receiver receiver(state);
+  receiver.startCold();
+  EXPECT_EQ(receiver.receive(kRateQuery), Bytes{});
+  EXPECT_TRUE(receiver.state().startup.cold);
+  EXPECT_EQ(secondsToFix(receiver), 35);
+  EXPECT_FALSE(receiver.state().startup.cold);
+  EXPECT_EQ(receiver.state().softResets + receiver.state().restarts, 0U);
+}
+
+TEST(Start, FindsNoFixWhereThereAreNoSatellites) {
+  Receiver receiver(underOrdinarySky());
+  receiver.change([](State& state) { state.sky.resize(2); });
+  receiver.receive(softReset(3));
+  receiver.tick(seconds(1000));
+  EXPECT_EQ(receiver.state().solution().fixMode, 0);
+  EXPECT_TRUE(receiver.state().startup.cold);
+  receiver.change([](State& state) { state.sky = ordinarySky(); });
+  receiver.tick(seconds(1));
+  EXPECT_EQ(receiver.state().solution().fixMode, 3);
+  EXPECT_FALSE(receiver.state().startup.cold);
+}
+
+}  // namespace
+}  // namespace orb::sim::test
