@@ -132,6 +132,8 @@ void completeEnvironment(const char* program, char* const* given, PreloadEntry& 
   const bool isValgrind = find(given, "VALGRIND_LAUNCHER=") != nullptr;
   if (file.obstacle != nullptr && !isValgrind) {
     say({program, " ", file.obstacle, ": it does not see the simulated device"});
+  } else if (file.gap != nullptr) {
+    say({program, " ", file.gap});
   }
   makePreload(entry, file.runtimes, givenLibraries(given));
   *out++ = entry.text;

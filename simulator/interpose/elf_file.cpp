@@ -3,6 +3,10 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <algorithm>
+
+#include "interpose/machine_code.h"
+
 // The start of the program or library that this file is part of, set by the linker.
 extern "C" const Elf64_Ehdr __ehdr_start __attribute__((visibility("hidden")));
 
@@ -27,6 +31,7 @@ ElfFile::ElfFile(const ProgramBytes& bytes) noexcept : bytes_(bytes) {
   Elf64_Dyn entry;
   for (unsigned i = 0; dynamicEntry(i, entry); ++i) {
     if (entry.d_tag == DT_STRTAB && !fileOffset(entry.d_un.d_ptr, texts_)) texts_ = 0;
+    if (entry.d_tag == DT_STRSZ) textsSize_ = entry.d_un.d_val;
   }
 }
 
@@ -40,20 +45,63 @@ bool ElfFile::isDynamic() const noexcept {
   return segment(PT_INTERP, loader);
 }
 
-bool ElfFile::segment(Elf64_Word type, Elf64_Phdr& found) const noexcept {
-  for (unsigned i = 0; i < header_.e_phnum; ++i) {
-    if (!bytes_.read(header_.e_phoff + i * sizeof found, found)) return false;
+bool ElfFile::hasNoteOf(std::string_view owner) const noexcept {
+  Elf64_Phdr notes;
+  for (unsigned i = 0; segment(PT_NOTE, notes, i);) {
+    Elf64_Nhdr note;
+    char name[32];
+    const auto padded = [&](std::uint64_t size) {
+      const std::uint64_t unit = notes.p_align == 8 ? 8 : 4;
+      return (size + unit - 1) / unit * unit;
+    };
+    for (std::uint64_t at = 0; at < notes.p_filesz && bytes_.read(notes.p_offset + at, note);
+         at += sizeof note + padded(note.n_namesz) + padded(note.n_descsz)) {
+      if (bytes_.readText(notes.p_offset + at + sizeof note, name) && name == owner) return true;
+    }
+  }
+  return false;
+}
+
+bool ElfFile::hasNameWith(std::string_view text) const noexcept {
+  char piece[4096];
+  if (texts_ == 0) return false;
+  for (std::uint64_t done = 0; done < textsSize_; done += sizeof piece - text.size()) {
+    const std::size_t length =
+        bytes_.read(texts_ + done, piece, std::min<std::uint64_t>(textsSize_ - done, sizeof piece));
+    if (std::string_view(piece, length).find(text) != std::string_view::npos) return true;
+    if (length < sizeof piece) return false;
+  }
+  return false;
+}
+
+bool ElfFile::makesSystemCalls() const noexcept {
+  Elf64_Phdr loaded;
+  for (unsigned i = 0; segment(PT_LOAD, loaded, i);) {
+    if ((loaded.p_flags & PF_X) != 0 &&
+        sim::makesSystemCalls(bytes_, loaded.p_offset, loaded.p_filesz)) {
+      return true;
+    }
+  }
+  return false;
+}
+
+bool ElfFile::segment(Elf64_Word type, Elf64_Phdr& found, unsigned& index) const noexcept {
+  while (index < header_.e_phnum) {
+    if (!bytes_.read(header_.e_phoff + index++ * sizeof found, found)) return false;
     if (found.p_type == type) return true;
   }
   return false;
 }
 
+bool ElfFile::segment(Elf64_Word type, Elf64_Phdr& found) const noexcept {
+  unsigned index = 0;
+  return segment(type, found, index);
+}
+
 bool ElfFile::fileOffset(Elf64_Addr address, std::uint64_t& offset) const noexcept {
   Elf64_Phdr loaded;
-  for (unsigned i = 0; i < header_.e_phnum; ++i) {
-    if (!bytes_.read(header_.e_phoff + i * sizeof loaded, loaded)) return false;
-    if (loaded.p_type == PT_LOAD && address >= loaded.p_vaddr &&
-        address - loaded.p_vaddr < loaded.p_filesz) {
+  for (unsigned i = 0; segment(PT_LOAD, loaded, i);) {
+    if (address >= loaded.p_vaddr && address - loaded.p_vaddr < loaded.p_filesz) {
       offset = address - loaded.p_vaddr + loaded.p_offset;
       return true;
     }

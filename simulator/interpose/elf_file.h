@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <string_view>
 
 namespace orb::sim {
 
@@ -47,6 +48,15 @@ class ElfFile {
   /// Whether the program asks for a dynamic loader.
   bool isDynamic() const noexcept;
 
+  /// Whether one of the program's notes is of this owner.
+  bool hasNoteOf(std::string_view owner) const noexcept;
+
+  /// Whether the names that the dynamic loader sees, of functions for instance, contain `text`.
+  bool hasNameWith(std::string_view text) const noexcept;
+
+  /// Whether a part of the program that is to be executed makes system calls itself.
+  bool makesSystemCalls() const noexcept;
+
   /// Calls `use(name)` for each library that the program needs, in the program's order.
   template <typename Use>
   void forEachLibrary(Use use) const noexcept {
@@ -57,6 +67,8 @@ class ElfFile {
   }
 
  private:
+  /// Finds a segment of the type, the first from `index` on, and moves `index` behind it.
+  bool segment(Elf64_Word type, Elf64_Phdr& found, unsigned& index) const noexcept;
   bool segment(Elf64_Word type, Elf64_Phdr& found) const noexcept;
   bool dynamicEntry(unsigned index, Elf64_Dyn& entry) const noexcept;
   bool fileOffset(Elf64_Addr address, std::uint64_t& offset) const noexcept;
@@ -67,6 +79,7 @@ class ElfFile {
   Elf64_Ehdr header_{};
   Elf64_Phdr dynamic_{};
   std::uint64_t texts_ = 0;  // the file offset of the dynamic section's texts
+  std::uint64_t textsSize_ = 0;
 };
 
 }  // namespace orb::sim

@@ -49,6 +49,12 @@ void addRuntime(ProgramFile& program, const char* name) noexcept {
                 used != 0 ? ":" : "", name);
 }
 
+/// Whether a sanitizer's runtime is part of the program. It makes system calls of its own, which
+/// hide those of the program; none of them is for a file that is mapped.
+bool hasRuntimeWithin(const ElfFile& elf, const ProgramFile& program) noexcept {
+  return program.runtimes[0] == '\0' && elf.hasNameWith("__sanitizer_");
+}
+
 ProgramFile inspectElf(const ProgramBytes& bytes) noexcept {
   const ElfFile elf(bytes);
   ProgramFile program;
@@ -56,10 +62,15 @@ ProgramFile inspectElf(const ProgramBytes& bytes) noexcept {
     program.obstacle = "is built for another machine or word size";
   } else if (!elf.isDynamic()) {
     program.obstacle = "is statically linked";
+  } else if (elf.hasNoteOf("Go")) {
+    program.obstacle = "is a Go program, which makes system calls without the C library";
   } else {
     elf.forEachLibrary([&](const char* name) {
       if (isSanitizerRuntime(name)) addRuntime(program, name);
     });
+    if (!hasRuntimeWithin(elf, program) && elf.makesSystemCalls()) {
+      program.gap = "makes system calls without the C library: they reach the real machine";
+    }
   }
   return program;
 }

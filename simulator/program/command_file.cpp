@@ -5,6 +5,7 @@
 #include <cerrno>
 #include <climits>
 #include <cstring>
+#include <iostream>
 
 #include "interpose/program_file.h"
 #include "program/failure.h"
@@ -26,10 +27,13 @@ std::filesystem::path commandFile(const std::string& name) {
   if (access(file.c_str(), X_OK) != 0) {
     throw Failure(name + " is not executable", kExitNotStartable);
   }
-  if (const char* const obstacle = inspectProgram(file.c_str()).obstacle) {
-    throw Failure(name + " " + obstacle + ": it would use the real device, so it is not started",
-                  kExitNotStartable);
+  const ProgramFile program = inspectProgram(file.c_str());
+  if (program.obstacle != nullptr) {
+    throw Failure(
+        name + " " + program.obstacle + ": it would use the real device, so it is not started",
+        kExitNotStartable);
   }
+  if (program.gap != nullptr) std::cerr << "orb-sim: " << name << ' ' << program.gap << '\n';
   return file;
 }
 
