@@ -12,17 +12,23 @@ namespace orb::sim {
 
 /// What every byte between a receiver and its client has to go through.
 struct LineConditions {
-  std::chrono::milliseconds latency{0};  ///< between a message and its answer
-  std::chrono::milliseconds spread{0};   ///< up to so much is added, drawn for each answer
-  unsigned int baud = 0;                 ///< paces both directions, 10 bits a byte; 0: at once
+  /// Between a message and its answer: the receiver hears it so much later. What the receiver says
+  /// of its own accord is not held up.
+  std::chrono::milliseconds latency{0};
+  std::chrono::milliseconds spread{0};  ///< up to so much is added, drawn for each message
+  unsigned int baud = 0;                ///< paces both directions, 10 bits a byte; 0: at once
   std::chrono::milliseconds chatterInterval{0};  ///< 0: no chatter
-  std::string chatter = "chatter\r\n";
+  std::string chatter = "chatter\r\n";           ///< is left out while the line carries an answer
 };
 
 /// A device that stands in front of another one and makes its line slow or noisy.
+///
+/// On a paced line, some 4096 bytes wait for their turn. Beyond them, what the device says of its
+/// own accord is lost, as in a receiver that is set to say more than its line carries; answers are
+/// not. Where the device drops the line, everything that is on its way is lost.
 class LineShaper : public Device {
  public:
-  /// `behind` must outlive this. The seed decides what is drawn.
+  /// `behind` must outlive this. The seed decides what is drawn. No duration may be negative.
   LineShaper(Device& behind, const LineConditions& conditions, std::uint64_t seed);
   ~LineShaper() override;
 

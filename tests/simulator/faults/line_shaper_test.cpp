@@ -1,0 +1,247 @@
+#include "orb-sim/line_conditions.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "hex.h"
+#include "orb-sim/faults.h"
+#include "orb-sim/frame.h"
+#include "orb-sim/receiver.h"
+
+namespace orb::sim::test {
+namespace {
+
+using namespace std::chrono_literals;
+using std::chrono::milliseconds;
+
+const Bytes kRateQuery = frame(0x1000);                              // 8 bytes
+const Bytes kRateAnswer = acknowledge(0x1000) + frame(0x8600, {1});  // 18 bytes
+const Bytes kPowerModeQuery = frame(0x1500);
+const Bytes kPowerModeAnswer = acknowledge(0x1500) + frame(0xB900, {0});
+
+/// Keeps what it hears, and says what it is told to, at once or with the next tick.
+class Recorder : public Device {
+ public:
+  Bytes receive(const Bytes& bytes) override {
+    append(heard, bytes);
+    return std::exchange(answer, {});
+  }
+  Bytes tick(milliseconds) override { return std::exchange(output, {}); }
+  milliseconds untilNextOutput() const override { return output.empty() ? kNever : 0ms; }
+  bool takeHangUp() override { return std::exchange(hangUp, false); }
+
+  Bytes heard;
+  Bytes answer;
+  Bytes output;
+  bool hangUp = false;
+};
+
+/// What comes out of a line, by the millisecond in which it does.
+std::vector<std::pair<int, Bytes>> outputByTime(Device& line, int count) {
+  std::vector<std::pair<int, Bytes>> output;
+  for (int ms = 1; ms <= count; ++ms) {
+    if (Bytes bytes = line.tick(1ms); !bytes.empty()) {
+      output.emplace_back(ms, std::move(bytes));
+    }
+  }
+  return output;
+}
+
+class LineShaperBefore : public testing::Test {
+ protected:
+  LineShaperBefore() {
+    receiver_.change([](State& state) { state.outputType = OutputType::None; });
+  }
+
+  Receiver receiver_;
+  Recorder recorder_;
+  LineConditions conditions_;
+};
+
+TEST_F(LineShaperBefore, AReceiverChangesNothingUnlessToldTo) {
+  LineShaper line(receiver_, conditions_, 1);
+  EXPECT_EQ(line.receive(kRateQuery), kRateAnswer);
+  EXPECT_EQ(line.tick(10s), Bytes{});
+  EXPECT_EQ(line.untilNextOutput(), receiver_.untilNextOutput());
+}
+
+TEST_F(LineShaperBefore, AReceiverDelaysAnAnswerByTheLatency) {
+  conditions_.latency = 30ms;
+  LineShaper line(receiver_, conditions_, 1);
+  EXPECT_EQ(line.receive(kRateQuery), Bytes{});
+  EXPECT_EQ(line.untilNextOutput(), 30ms);
+  EXPECT_EQ(line.tick(29ms), Bytes{});
+  EXPECT_EQ(line.tick(1ms), kRateAnswer);
+}
+
+TEST_F(LineShaperBefore, AReceiverDelaysEachAnswerFromItsOwnMessage) {
+  conditions_.latency = 30ms;
+  LineShaper line(receiver_, conditions_, 1);
+  line.receive(kRateQuery);
+  line.tick(20ms);
+  line.receive(kPowerModeQuery);
+  EXPECT_EQ(line.tick(10ms), kRateAnswer);
+  EXPECT_EQ(line.tick(19ms), Bytes{});
+  EXPECT_EQ(line.tick(1ms), kPowerModeAnswer);
+}
+
+// Seed 5 draws 13, 8, 19 and 17 ms for the first four messages. The second does not overtake.
+TEST_F(LineShaperBefore, AReceiverDrawsASpreadForEachMessage) {
+  conditions_.latency = 100ms;
+  conditions_.spread = 20ms;
+  LineShaper line(receiver_, conditions_, 5);
+  EXPECT_EQ(line.receive(kRateQuery + kPowerModeQuery + kRateQuery), Bytes{});
+  EXPECT_EQ(line.tick(112ms), Bytes{});
+  EXPECT_EQ(line.tick(1ms), kRateAnswer + kPowerModeAnswer);
+  EXPECT_EQ(line.tick(5ms), Bytes{});
+  EXPECT_EQ(line.tick(1ms), kRateAnswer);
+  line.receive(kPowerModeQuery);
+  EXPECT_EQ(line.tick(116ms), Bytes{});
+  EXPECT_EQ(line.tick(1ms), kPowerModeAnswer);
+}
+
+TEST_F(LineShaperBefore, ATalkerDoesNotDelayWhatIsSaidUnasked) {
+  conditions_.latency = 1000ms;
+  LineShaper line(recorder_, conditions_, 1);
+  line.receive(hex("01"));
+  recorder_.output = hex("02");
+  EXPECT_EQ(line.untilNextOutput(), 0ms);
+  EXPECT_EQ(line.tick(0ms), hex("02"));
+}
+
+TEST_F(LineShaperBefore, AListenerPacesWhatTheClientWrites) {
+  conditions_.baud = 9600;  // 0.96 bytes a millisecond
+  LineShaper line(recorder_, conditions_, 1);
+  const Bytes written(100, 0x55);
+  line.receive(written);
+  EXPECT_EQ(recorder_.heard, Bytes{});
+  EXPECT_EQ(line.untilNextOutput(), 2ms);
+  line.tick(50ms);
+  EXPECT_EQ(recorder_.heard.size(), 48U);
+  line.tick(54ms);
+  EXPECT_EQ(recorder_.heard.size(), 99U);
+  line.tick(1ms);
+  EXPECT_EQ(recorder_.heard, written);
+}
+
+TEST_F(LineShaperBefore, ATalkerPacesWhatTheDeviceSays) {
+  conditions_.baud = 9600;
+  LineShaper line(recorder_, conditions_, 1);
+  recorder_.output = hex("01 02 03 04");
+  EXPECT_EQ(line.tick(0ms), Bytes{});
+  const std::vector<std::pair<int, Bytes>> expected{
+      {2, hex("01")}, {3, hex("02")}, {4, hex("03")}, {5, hex("04")}};
+  EXPECT_EQ(outputByTime(line, 100), expected);
+}
+
+TEST_F(LineShaperBefore, AnyDeviceIsNeverFasterThanItsRate) {
+  for (const unsigned int baud : {4800U, 38400U, 115200U, 921600U}) {
+    conditions_.baud = baud;
+    Recorder recorder;
+    LineShaper line(recorder, conditions_, 1);
+    recorder.output = Bytes(4000, 0x11);
+    line.tick(0ms);
+    std::size_t said = 0;
+    for (std::size_t ms = 1; said < 4000; ++ms) {
+      said += line.tick(1ms).size();
+      EXPECT_LE(said * 10 * 1000, baud * ms) << "after " << ms << " ms at " << baud << " baud";
+      EXPECT_GE((said + 1) * 10 * 1000, said < 4000 ? baud * ms : 0);
+    }
+  }
+}
+
+TEST_F(LineShaperBefore, AReceiverPacesAnExchangeFromFirstBitToLast) {
+  conditions_.baud = 9600;
+  conditions_.latency = 50ms;
+  LineShaper line(receiver_, conditions_, 1);
+  EXPECT_EQ(line.receive(kRateQuery), Bytes{});
+  // 8 bytes take 8.3 ms, and are heard after 9 and 50 more; the answer's 18 bytes take 18.75 ms.
+  const auto output = outputByTime(line, 200);
+  ASSERT_EQ(output.size(), 18U);
+  EXPECT_EQ(output.front().first, 9 + 50 + 2);
+  EXPECT_EQ(output.back().first, 9 + 50 + 19);
+}
+
+TEST_F(LineShaperBefore, ATalkerLosesWhatIsSaidUnaskedWhenTooMuchWaits) {
+  conditions_.baud = 4800;
+  LineShaper line(recorder_, conditions_, 1);
+  for (int i = 0; i < 3; ++i) {
+    recorder_.output = Bytes(3000, 0x11);
+    line.tick(0ms);
+  }
+  recorder_.answer = hex("22");
+  line.receive(hex("01"));
+  const Bytes said = line.tick(60s);
+  EXPECT_EQ(said.size(), 6001U);
+  EXPECT_EQ(said.back(), 0x22) << "an answer is never lost";
+}
+
+TEST_F(LineShaperBefore, AReceiverChatters) {
+  conditions_.chatterInterval = 100ms;
+  conditions_.chatter = "hm\n";
+  LineShaper line(receiver_, conditions_, 1);
+  EXPECT_EQ(line.untilNextOutput(), 100ms);
+  EXPECT_EQ(line.tick(99ms), Bytes{});
+  EXPECT_EQ(line.tick(1ms), hex("68 6D 0A"));
+  EXPECT_EQ(line.tick(250ms), hex("68 6D 0A 68 6D 0A"));
+  EXPECT_EQ(line.untilNextOutput(), 50ms);
+}
+
+TEST_F(LineShaperBefore, ATalkerDoesNotChatterIntoABusyLine) {
+  conditions_.baud = 9600;
+  conditions_.chatterInterval = 10ms;
+  LineShaper line(recorder_, conditions_, 1);
+  recorder_.output = Bytes(100, 0x11);
+  line.tick(0ms);
+  EXPECT_EQ(line.tick(105ms), Bytes(100, 0x11));
+  EXPECT_EQ(line.tick(100ms).at(0), 'c');
+}
+
+TEST_F(LineShaperBefore, ADeviceThatDropsTheLineHandsTheHangUpOn) {
+  LineShaper line(recorder_, conditions_, 1);
+  EXPECT_FALSE(line.takeHangUp());
+  recorder_.answer = hex("01");
+  recorder_.hangUp = true;
+  EXPECT_EQ(line.receive(hex("00")), hex("01")) << "what is due comes first";
+  EXPECT_EQ(line.receive(hex("FF")), Bytes{});
+  EXPECT_EQ(recorder_.heard, hex("00")) << "the line is down";
+  recorder_.output = hex("02");
+  EXPECT_EQ(line.tick(1ms), Bytes{});
+  EXPECT_TRUE(line.takeHangUp());
+  EXPECT_FALSE(line.takeHangUp());
+  EXPECT_EQ(line.tick(1ms), hex("02")) << "the new line carries what was said meanwhile";
+}
+
+TEST_F(LineShaperBefore, ADeviceThatDropsTheLineLosesWhatIsOnItsWay) {
+  conditions_.baud = 9600;
+  conditions_.latency = 10ms;
+  LineShaper line(recorder_, conditions_, 1);
+  recorder_.output = Bytes(50, 0x11);
+  line.receive(Bytes(50, 0x22));
+  line.tick(30ms);
+  const std::size_t heard = recorder_.heard.size();
+  recorder_.hangUp = true;
+  line.tick(1ms);
+  EXPECT_TRUE(line.takeHangUp());
+  EXPECT_EQ(line.tick(1s), Bytes{});
+  EXPECT_LE(recorder_.heard.size(), heard + 1);
+}
+
+TEST_F(LineShaperBefore, AFaultyDeviceKeepsThePiecesOfALateAnswerApart) {
+  FaultRule rule{FaultKind::Pieces};
+  rule.length = 8;
+  rule.delay = 5ms;
+  FaultyDevice faulty(receiver_, {rule}, 1);
+  conditions_.latency = 100ms;
+  LineShaper line(faulty, conditions_, 1);
+  line.receive(kRateQuery);
+  const Bytes first(kRateAnswer.begin(), kRateAnswer.end() - 1);
+  const std::vector<std::pair<int, Bytes>> expected{{100, first}, {105, hex("0A")}};
+  EXPECT_EQ(outputByTime(line, 200), expected);
+}
+
+}  // namespace
+}  // namespace orb::sim::test
