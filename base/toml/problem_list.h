@@ -23,8 +23,6 @@ class ProblemList {
   /// A problem of the file as a whole.
   void add(const std::string& what) { problems_.emplace(0, path_ + ": " + what); }
 
-  bool empty() const { return problems_.empty(); }
-
   std::vector<std::string> lines() const {
     std::vector<std::string> lines;
     for (const auto& [line, text] : problems_) {

@@ -48,6 +48,9 @@ std::optional<std::int64_t> wholeUnits(double seconds, double unit) {
 }
 
 std::string durationText(double seconds) {
+  if (seconds == 0) {
+    return "0s";
+  }
   for (const Unit& unit : kUnits) {
     const auto units = wholeUnits(seconds, unit.seconds);
     if (units && *units != 0) {

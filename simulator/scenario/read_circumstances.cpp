@@ -42,31 +42,36 @@ void setUtc(GpsTime& time, sys_time<milliseconds> utc) {
 void readDevice(Section& device, Scenario& scenario) {
   std::string module = kFittedModule;
   device.text("module", module, kLongestHardwareId);
+  if (module.empty()) {
+    device.refuse("module", "is \"\"; it has to be the module's identifier, or \"none\"");
+  }
   scenario.hardwareId = module == kNoModule ? std::nullopt : std::optional(module);
   device.word("receiver", scenario.presence, kPresences);
   device.flag("talks-from-the-start", scenario.talksFromTheStart);
 }
 
 void readTime(Section& time, State& state) {
+  constexpr char kKey[] = "start";
   time.number("rate", state.clockRate, 0, 1000);
   time.integer("leap-seconds", state.time.leapSeconds, 0, 99);
-  const toml::node* start = time.find("start");
+  const toml::node* start = time.find(kKey);
   if (start == nullptr) {
     return;
   }
-  if (start->value_exact<std::string>() == "now") {
+  const auto text = start->value_exact<std::string>();
+  const auto dateTime = start->value_exact<toml::date_time>();
+  if (text == "now") {
     setUtc(state.time, floor<milliseconds>(system_clock::now()));
-  } else if (const auto dateTime = start->value_exact<toml::date_time>()) {
-    const auto utc = utcOf(*dateTime);
-    if (utc < kGpsEpoch || utc >= kLatest) {
-      time.refuse("start",
-                  "is outside the receiver's calendar; it has to be from 1980-01-06 to "
-                  "2099-12-31");
-      return;
-    }
+  } else if (!dateTime) {
+    time.refuse(kKey, "is " + (text ? inQuotes(*text) : std::string(typeName(*start))) +
+                          "; it has to be \"now\" or a date and time such as "
+                          "2026-03-15T12:00:00Z");
+  } else if (const auto utc = utcOf(*dateTime); utc >= kGpsEpoch && utc < kLatest) {
     setUtc(state.time, utc);
   } else {
-    time.refuse("start", "has to be \"now\" or a date and time such as 2026-03-15T12:00:00Z");
+    time.refuse(kKey,
+                "is outside the receiver's calendar; it has to be from 1980-01-06 to "
+                "2099-12-31");
   }
 }
 

@@ -55,8 +55,10 @@ void readBaud(Section& line, unsigned int& baud) {
   constexpr std::int64_t kRates[] = {4800,    9600,    19'200,  38'400, 57'600,
                                      115'200, 230'400, 460'800, 921'600};
   constexpr char kKey[] = "baud";
-  line.integer(kKey, baud, kRates[0], std::end(kRates)[-1]);
-  if (baud != 0 && std::find(std::begin(kRates), std::end(kRates), baud) == std::end(kRates)) {
+  const auto isUsual = [&] {
+    return std::find(std::begin(kRates), std::end(kRates), baud) != std::end(kRates);
+  };
+  if (line.integer(kKey, baud, 0) && !isUsual()) {
     std::vector<std::string> rates;
     for (const std::int64_t rate : kRates) {
       rates.push_back(std::to_string(rate));
@@ -79,28 +81,25 @@ bool isMessage(std::int64_t number) {
 
 void readMessage(Section& fault, FaultRule& rule) {
   constexpr char kKey[] = "message";
+  constexpr char kAccepted[] =
+      "; it has to be a number such as 0x6501 or 0x1000, or a name such as \"query-update-rate\"";
   const toml::node* node = fault.find(kKey);
   if (node == nullptr) {
     return;
   }
   if (const auto number = node->value_exact<std::int64_t>()) {
-    rule.message = static_cast<std::uint16_t>(*number);
-    if (!isMessage(*number)) {
-      fault.refuse(kKey, "is " + hexText(*number) +
-                             ", which is no message; it has to be the id and the sub-id byte, such "
-                             "as 0x6501, or the id byte and 00, such as 0x1000");
+    if (isMessage(*number)) {
+      rule.message = static_cast<std::uint16_t>(*number);
+    } else {
+      fault.refuse(kKey, "is " + hexText(*number) + ", which is no message" + kAccepted);
     }
   } else if (const auto name = node->value_exact<std::string>()) {
     rule.message = messageNamed(*name);
     if (!rule.message) {
-      fault.refuse(kKey, "is " + inQuotes(*name) +
-                             ", which is no message; it has to be a number such as 0x1000 or a "
-                             "name such as \"query-update-rate\"");
+      fault.refuse(kKey, "is " + inQuotes(*name) + ", which is no message" + kAccepted);
     }
   } else {
-    fault.refuse(kKey, "is " + std::string(typeName(*node)) +
-                           "; it has to be a number such as 0x1000 or a name such as "
-                           "\"query-update-rate\"");
+    fault.refuse(kKey, "is " + std::string(typeName(*node)) + kAccepted);
   }
 }
 
@@ -131,7 +130,7 @@ void readDeed(Section& fault, FaultRule& rule) {
     checkUse(fault, "target", false);
   }
   if (rule.kind == FaultKind::WrongValue && rule.message && findSetting(*rule.message) == nullptr) {
-    fault.refuse("message", "sets nothing; a wrong value can only be kept of a setting");
+    fault.refuse("message", "sets nothing; it has to be a setting for this kind of fault");
   }
 }
 

@@ -1,5 +1,5 @@
 #include <charconv>
-#include <cstdlib>
+#include <sstream>
 #include <string_view>
 
 #include "scenario/readers.h"
@@ -45,16 +45,14 @@ std::optional<Version> versionOf(std::string_view text) {
 void readVersion(Section& receiver, std::string_view key, Version& version) {
   constexpr std::size_t kLongest = 100;
   std::string text;
-  receiver.text(key, text, kLongest);
-  if (text.empty()) {
+  if (!receiver.text(key, text, kLongest)) {
     return;
   }
   if (const auto read = versionOf(text)) {
     version = *read;
   } else {
     receiver.refuse(key, "is " + inQuotes(text) +
-                             "; it has to be three numbers from 0 to 255, "
-                             "such as \"1.0.12\"");
+                             "; it has to be three numbers from 0 to 255, such as \"1.0.12\"");
   }
 }
 
@@ -68,7 +66,10 @@ void readRevisionDate(Section& receiver, Identity& identity) {
   }
   const auto date = node->value_exact<toml::date>();
   if (!date || date->year < kFirstYear || date->year > kLastYear) {
-    receiver.refuse(kKey, "has to be a date from 2000-01-01 to 2099-12-31");
+    std::ostringstream found;
+    date ? found << *date : found << typeName(*node);
+    receiver.refuse(kKey,
+                    "is " + found.str() + "; it has to be a date from 2000-01-01 to 2099-12-31");
     return;
   }
   identity.revisionYear = static_cast<std::uint8_t>(date->year - kFirstYear);

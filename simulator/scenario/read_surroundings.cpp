@@ -43,15 +43,29 @@ void readPosition(Section& position, Navigation& navigation) {
       static_cast<std::int32_t>(std::lround(separation * kCentimetresPerMetre));
 }
 
-void readWaypoint(Section& waypoint, std::vector<Waypoint>& waypoints) {
-  Waypoint point = waypoints.empty() ? Waypoint{} : waypoints.back();
+/// A track says where the antenna is.
+void refusePlace(Section& position) {
+  for (const char* key : {"latitude", "longitude"}) {
+    if (position.has(key)) {
+      position.refuse(key,
+                      "stands beside [track], which says where the antenna is; it has to be "
+                      "left out");
+    }
+  }
+}
+
+/// What a waypoint leaves out is as at the one before.
+void readWaypoint(Section& waypoint, const Navigation& start, std::vector<Waypoint>& waypoints) {
+  Waypoint point;
+  point.altitude = waypoints.empty() ? start.ellipsoidAltitude / kCentimetresPerMetre
+                                     : waypoints.back().altitude;
   waypoint.require({"at", "latitude", "longitude"});
   waypoint.duration("at", point.at, 0s, 24h * 366);
   waypoint.number("latitude", point.latitude, -90, 90);
   waypoint.number("longitude", point.longitude, -180, 180);
   waypoint.number("altitude", point.altitude, kLowest, kHighest);
   if (!waypoints.empty() && point.at <= waypoints.back().at) {
-    waypoint.refuse("at", "is not after the waypoint before; waypoints stand in order of time");
+    waypoint.refuse("at", "is not after the waypoint before; it has to be");
   }
   waypoints.push_back(point);
 }
@@ -59,8 +73,9 @@ void readWaypoint(Section& waypoint, std::vector<Waypoint>& waypoints) {
 void readTrack(Section& file, State& state) {
   file.table("track", [&](Section& track) {
     track.flag("repeats", state.track.repeats);
-    track.eachTable("waypoint",
-                    [&](Section& waypoint) { readWaypoint(waypoint, state.track.waypoints); });
+    track.eachTable("waypoint", [&](Section& waypoint) {
+      readWaypoint(waypoint, state.navigation, state.track.waypoints);
+    });
     track.require({"waypoint"});
   });
 }
@@ -107,9 +122,7 @@ void readSky(Section& file, State& state) {
   }
   if (file.has("solution")) {
     if (file.has("satellite")) {
-      file.refuse("solution",
-                  "stands beside [[satellite]]; only one of them can decide what the "
-                  "receiver reports");
+      file.refuse("solution", "stands beside [[satellite]]; one of them has to be left out");
     }
     state.sky.clear();
     file.table("solution", [&](Section& table) { readSolution(table, state.navigation); });
@@ -119,7 +132,12 @@ void readSky(Section& file, State& state) {
 }  // namespace
 
 void readSurroundings(Section& file, State& state) {
-  file.table("position", [&](Section& table) { readPosition(table, state.navigation); });
+  file.table("position", [&](Section& table) {
+    readPosition(table, state.navigation);
+    if (file.has("track")) {
+      refusePlace(table);
+    }
+  });
   readTrack(file, state);
   readSky(file, state);
 }

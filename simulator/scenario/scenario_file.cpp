@@ -24,28 +24,34 @@ void readScenario(const toml::table& table, Scenario& scenario, ProblemList& pro
   file.refuseUnknownKeys();
 }
 
-std::string joined(const std::vector<std::string>& lines) {
+/// Throws the problems, if there are any.
+void check(const ProblemList& problems) {
   std::string text;
-  for (const std::string& line : lines) {
+  for (const std::string& line : problems.lines()) {
     text += (text.empty() ? "" : "\n") + line;
   }
-  return text;
+  if (!text.empty()) {
+    throw std::runtime_error(text);
+  }
 }
 
 }  // namespace
 
-Scenario loadScenario(const std::filesystem::path& file) {
+Scenario parseScenario(std::string_view text, const std::string& name) {
   Scenario scenario;
-  ProblemList problems(file.string());
-  if (const auto text = readTextFile(file.string(), problems)) {
-    if (const auto table = parseToml(*text, problems)) {
-      readScenario(*table, scenario, problems);
-    }
+  ProblemList problems(name);
+  if (const auto table = parseToml(text, problems)) {
+    readScenario(*table, scenario, problems);
   }
-  if (!problems.empty()) {
-    throw std::runtime_error(joined(problems.lines()));
-  }
+  check(problems);
   return scenario;
+}
+
+Scenario loadScenario(const std::filesystem::path& file) {
+  ProblemList problems(file.string());
+  const auto text = readTextFile(file.string(), problems);
+  check(problems);
+  return parseScenario(text.value_or(""), file.string());
 }
 
 }  // namespace orb::sim

@@ -55,14 +55,17 @@ void Section::flag(std::string_view key, bool& value) {
   }
 }
 
-void Section::text(std::string_view key, std::string& value, std::size_t longest) {
+bool Section::text(std::string_view key, std::string& value, std::size_t longest) {
   auto text = textAt(key);
   if (text && text->size() > longest) {
     refuse(key, "has " + std::to_string(text->size()) + " bytes; it has to be a text of at most " +
                     std::to_string(longest));
-  } else if (text) {
+    return false;
+  }
+  if (text) {
     value = *std::move(text);
   }
+  return text.has_value();
 }
 
 void Section::number(std::string_view key, double& value, double least, double most) {
@@ -149,8 +152,8 @@ std::optional<std::int64_t> Section::durationAt(std::string_view key, double uni
   }
   const std::optional<double> seconds = secondsOf(*text);
   if (!seconds) {
-    refuse(key, "is " + inQuotes(*text) + "; it has to be a number with its unit, one of " +
-                    kDurationUnits + ", such as \"250ms\"");
+    refuse(key, "is " + inQuotes(*text) + "; it has to be a number and its unit (" +
+                    kDurationUnits + "), such as \"250ms\"");
     return std::nullopt;
   }
   const double from = std::chrono::duration<double>(least).count();

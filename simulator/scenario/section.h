@@ -40,14 +40,19 @@ class Section {
   void require(std::initializer_list<std::string_view> keys);
 
   void flag(std::string_view key, bool& value);
-  void text(std::string_view key, std::string& value, std::size_t longest);
 
+  /// True where there is a text that is not too long.
+  bool text(std::string_view key, std::string& value, std::size_t longest);
+
+  /// True where there is an integer from `least` to `most`.
   template <typename Integer>
-  void integer(std::string_view key, Integer& value, std::int64_t least,
+  bool integer(std::string_view key, Integer& value, std::int64_t least,
                std::int64_t most = std::numeric_limits<Integer>::max()) {
-    if (const auto number = integerAt(key, least, most)) {
+    const auto number = integerAt(key, least, most);
+    if (number) {
       value = static_cast<Integer>(*number);
     }
+    return number.has_value();
   }
 
   /// A number with or without a fraction.

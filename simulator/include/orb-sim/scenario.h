@@ -5,6 +5,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "orb-sim/device.h"
@@ -46,6 +47,9 @@ struct Scenario {
 /// Reads a scenario from a TOML file (see docs/scenarios.md). Throws std::runtime_error with one
 /// line for each problem: file, line, key and what is wrong with it.
 Scenario loadScenario(const std::filesystem::path& file);
+
+/// Reads a scenario from TOML text; `name` stands for the file in the problems.
+Scenario parseScenario(std::string_view text, const std::string& name);
 
 /// A receiver in the circumstances of a scenario, to be plugged into a line.
 class ScenarioDevice : public Device {

@@ -1,0 +1,139 @@
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <string>
+#include <vector>
+
+#include "orb-sim/scenario.h"
+#include "simulated_client.h"
+
+namespace orb::sim {
+namespace {
+
+using namespace std::chrono_literals;
+using test::SimulatedClient;
+
+constexpr std::uint16_t kQueryUpdateRate = 0x1000;
+constexpr std::uint16_t kUpdateRate = 0x8600;
+constexpr std::uint16_t kQueryGpsTime = 0x6420;
+constexpr std::uint16_t kGpsTime = 0x648E;
+
+Scenario parse(const std::string& text) { return parseScenario(text, "f"); }
+
+/// A line on which everything that is drawn from the seed shows.
+constexpr char kRandomLine[] = R"(
+[line]
+latency = "5ms"
+spread = "40ms"
+[[fault]]
+kind = "noise-before"
+length = 8
+chance = 0.5
+[[fault]]
+kind = "no-reply"
+chance = 0.3
+)";
+
+struct Said {
+  std::chrono::milliseconds at;
+  Bytes bytes;
+
+  bool operator==(const Said&) const = default;
+};
+
+/// What a device says, and when, to a client that asks it a few things for ten seconds.
+std::vector<Said> conversation(const Scenario& scenario) {
+  ScenarioDevice device(scenario);
+  std::vector<Said> said;
+  for (std::chrono::milliseconds now{0}; now < 10s; now += 1ms) {
+    Bytes bytes = device.tick(1ms);
+    if (now % 100ms == 0ms) {
+      append(bytes, device.receive(frame(now % 200ms == 0ms ? kQueryUpdateRate : kQueryGpsTime)));
+    }
+    if (!bytes.empty()) {
+      said.push_back({now, bytes});
+    }
+  }
+  return said;
+}
+
+TEST(ScenarioDevice, SaysTheSameInEveryRun) {
+  const std::vector<Said> first = conversation(parse(kRandomLine));
+  EXPECT_GT(first.size(), 50) << "too little to say anything";
+  EXPECT_EQ(first, conversation(parse(kRandomLine)));
+}
+
+TEST(ScenarioDevice, SaysSomethingElseWithAnotherSeed) {
+  EXPECT_NE(conversation(parse(kRandomLine)),
+            conversation(parse("seed = 2\n" + std::string(kRandomLine))));
+}
+
+TEST(ScenarioDevice, DrawsFromTheSeedForTheLineToo) {
+  const std::string line = "line.latency = '5ms'\nline.spread = '40ms'\n";
+  EXPECT_NE(conversation(parse(line)), conversation(parse("seed = 2\n" + line)));
+}
+
+TEST(ScenarioDevice, SaysNothingWhereItIsSilentOrAbsent) {
+  for (const char* presence : {"silent", "absent"}) {
+    Scenario scenario = parse(
+        "[device]\ntalks-from-the-start = true\n[line]\n"
+        "chatter-interval = '1s'\n");
+    scenario.presence =
+        presence == std::string("silent") ? Scenario::Presence::Silent : Scenario::Presence::Absent;
+    ScenarioDevice device(scenario);
+    EXPECT_EQ(device.receive(frame(kQueryUpdateRate)), Bytes{}) << presence;
+    EXPECT_EQ(device.untilNextOutput(), Device::kNever) << presence;
+    EXPECT_EQ(device.tick(1h), Bytes{}) << presence;
+    EXPECT_FALSE(device.takeHangUp()) << presence;
+  }
+}
+
+TEST(ScenarioDevice, TalksFromTheStartWhereItIsToldTo) {
+  ScenarioDevice silent(parse(""));
+  EXPECT_EQ(silent.tick(3s), Bytes{});
+  ScenarioDevice talking(parse("device.talks-from-the-start = true"));
+  EXPECT_NE(talking.tick(3s), Bytes{});
+}
+
+TEST(ScenarioDevice, KnowsTheTimeThatItWasGiven) {
+  ScenarioDevice device(parse("[time]\nstart = 2024-02-10T23:59:42Z\nrate = 60\n"));
+  SimulatedClient client(device);
+  client.listen(1s);
+  const auto reply = client.ask(kQueryGpsTime, kGpsTime);
+  ASSERT_TRUE(reply);
+  const Bytes body = reply->body();
+  EXPECT_EQ(Bytes(body.begin(), body.begin() + 4), (Bytes{0, 0, 0xEA, 0x60})) << "60 s";
+  EXPECT_EQ(Bytes(body.begin() + 8, body.begin() + 10), (Bytes{0x08, 0xFD})) << "week 2301";
+}
+
+TEST(ScenarioDevice, HasTheSettingsThatItWasGiven) {
+  ScenarioDevice device(parse("receiver.update-rate = 20"));
+  SimulatedClient client(device);
+  const auto reply = client.ask(kQueryUpdateRate, kUpdateRate);
+  ASSERT_TRUE(reply);
+  EXPECT_EQ(reply->body(), Bytes{20});
+  EXPECT_EQ(device.state().updateRate, 20);
+}
+
+TEST(ScenarioDevice, TellsTheFaultsThatHaveHappened) {
+  ScenarioDevice device(
+      parse("[[fault]]\nkind = 'no-reply'\nmessage = 0x6420\n"
+            "[[fault]]\nkind = 'no-reply'\nmessage = 0x1000\nfirst = 2\n"));
+  SimulatedClient client(device);
+  EXPECT_TRUE(client.ask(kQueryUpdateRate, kUpdateRate));
+  EXPECT_FALSE(client.ask(kQueryUpdateRate, kUpdateRate));
+  const std::vector<FaultyDevice::Event> events = device.events();
+  ASSERT_EQ(events.size(), 1);
+  EXPECT_EQ(events[0].rule, 1);
+  EXPECT_EQ(events[0].message, kQueryUpdateRate);
+}
+
+TEST(ScenarioDevice, DropsTheLineWhereAFaultSaysSo) {
+  ScenarioDevice device(parse("[[fault]]\nkind = 'hang-up'\ntimes = 1\n"));
+  device.receive(frame(kQueryUpdateRate));
+  EXPECT_TRUE(device.takeHangUp());
+  EXPECT_FALSE(device.takeHangUp());
+}
+
+}  // namespace
+}  // namespace orb::sim

@@ -1,0 +1,66 @@
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <optional>
+
+#include "orb-sim/device.h"
+#include "orb-sim/frame.h"
+
+namespace orb::sim::test {
+
+/// A client of a device, in simulated time.
+class SimulatedClient {
+ public:
+  using Milliseconds = std::chrono::milliseconds;
+
+  explicit SimulatedClient(Device& device) : device_(device) {}
+
+  /// Sends the query and waits for its reply, at most so long.
+  std::optional<Frame> ask(std::uint16_t query, std::uint16_t reply,
+                           Milliseconds limit = Milliseconds(1000)) {
+    return await(reply, device_.receive(frame(query, bodyOf(query))), limit);
+  }
+
+  /// Waits for a message that comes unasked.
+  std::optional<Frame> await(std::uint16_t message, Milliseconds limit) {
+    return await(message, {}, limit);
+  }
+
+  /// Takes what the device says in this time.
+  Bytes listen(Milliseconds time) {
+    Bytes heard;
+    for (; time > Milliseconds(0); time -= kStep) {
+      append(heard, device_.tick(kStep));
+      now_ += kStep;
+    }
+    return heard;
+  }
+
+  Milliseconds now() const { return now_; }
+
+ private:
+  static constexpr Milliseconds kStep{1};
+
+  // One query has a byte besides its id.
+  static Bytes bodyOf(std::uint16_t query) { return query == 0x0200 ? Bytes{0} : Bytes{}; }
+
+  std::optional<Frame> await(std::uint16_t message, Bytes heard, Milliseconds limit) {
+    FrameReader reader;
+    for (const Milliseconds end = now_ + limit;; heard = listen(kStep)) {
+      for (const Frame& frame : reader.push(heard)) {
+        if (frame.id() == message) {
+          return frame;
+        }
+      }
+      if (now_ >= end) {
+        return std::nullopt;
+      }
+    }
+  }
+
+  Device& device_;
+  Milliseconds now_{0};
+};
+
+}  // namespace orb::sim::test
