@@ -7,7 +7,6 @@
 
 #include <cerrno>
 #include <exception>
-#include <iostream>
 #include <system_error>
 
 #include "program/failure.h"
@@ -101,11 +100,8 @@ int runDevice(const RunOptions& options, const Front& front) noexcept {
   int status = kExitOwnFailure;
   try {
     status = runCommand(options, front);
-  } catch (const Failure& failure) {
-    std::cerr << "orb-sim: " << failure.what() << '\n';
-    status = failure.status();
   } catch (const std::exception& error) {
-    std::cerr << "orb-sim: " << error.what() << '\n';
+    status = report(error);
   }
   endAllChildren();
   front.folder.remove();

@@ -1,11 +1,12 @@
 #pragma once
 
+#include <exception>
 #include <stdexcept>
 #include <string>
 
 namespace orb::sim {
 
-/// The exit statuses of orb-sim run where COMMAND has none, as env(1) and timeout(1) have them.
+/// The exit statuses of orb-sim where there is no COMMAND's, as env(1) and timeout(1) have them.
 inline constexpr int kExitOwnFailure = 125;
 inline constexpr int kExitNotStartable = 126;
 inline constexpr int kExitNotFound = 127;
@@ -21,5 +22,9 @@ class Failure : public std::runtime_error {
  private:
   int status_;
 };
+
+/// Says on standard error why orb-sim gives up, each line with the program's name in front.
+/// Returns the exit status.
+int report(const std::exception& error);
 
 }  // namespace orb::sim

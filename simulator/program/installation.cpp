@@ -32,6 +32,8 @@ fs::path preloadLibrary() {
 
 fs::path inventoryService() { return find({"orb-inventoryd"}); }
 
+fs::path scenarioFolder() { return find({"../" ORB_SIM_DATA_FOLDER "/orb-gnss/scenarios"}); }
+
 fs::path busDaemon() {
   char found[PATH_MAX];
   for (const char* const name : {"dbus-daemon", "/usr/bin/dbus-daemon"}) {

@@ -10,6 +10,9 @@ std::filesystem::path preloadLibrary();
 /// The inventory service. Throws Failure where it is missing.
 std::filesystem::path inventoryService();
 
+/// The folder of the ready scenarios. Throws Failure where it is missing.
+std::filesystem::path scenarioFolder();
+
 /// The D-Bus daemon, as PATH has it. Throws Failure where there is none.
 std::filesystem::path busDaemon();
 

@@ -79,6 +79,9 @@ struct ClearUp {
 
 int run(const RunOptions& options) {
   const std::filesystem::path command = commandFile(options.command.front());
+  if (!options.tty.empty() && !std::filesystem::exists(options.tty)) {
+    throw Failure("--tty: " + options.tty.string() + " does not exist");
+  }
   sigset_t watched = passedOnSignals();
   sigaddset(&watched, SIGCHLD);
   const sigset_t before = blockSignals(watched);

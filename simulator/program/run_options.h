@@ -5,27 +5,27 @@
 #include <string>
 #include <vector>
 
-#include "orb-sim/state.h"
+#include "orb-sim/replay.h"
+#include "orb-sim/scenario.h"
+#include "orb-sim/trace.h"
 
 namespace orb::sim {
 
-/// The hardware set identifier of the module that the library drives.
-inline constexpr char kFittedModule[] = "47205318-001";
+/// A trace to be played back.
+struct Replay {
+  std::vector<TraceRecord> trace;
+  ReplayDevice::Pace pace = ReplayDevice::Pace::Recorded;
+};
 
-/// What a user asks of `orb-sim run`.
+/// How a COMMAND is to be run.
 struct RunOptions {
-  /// What the inventory says of module location 1; nothing where no module is fitted.
-  std::optional<std::string> hardwareId = kFittedModule;
+  Scenario scenario;
 
-  enum class Receiver {
-    kAnswering,
-    kSilent,  ///< The line is there, and no byte ever comes from it.
-    kAbsent,  ///< There is no line.
-  };
-  Receiver receiver = Receiver::kAnswering;
+  /// What answers in the place of the scenario's receiver.
+  std::optional<Replay> replay;
 
-  /// What the receiver says of itself.
-  Identity identity;
+  /// The line that COMMAND finds at /dev/tty_gps instead of one with a simulated receiver.
+  std::filesystem::path tty;
 
   /// Where the log and identity files are left; empty: they go with the run.
   std::filesystem::path keep;

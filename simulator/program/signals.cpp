@@ -33,4 +33,17 @@ signalfd_siginfo takeSignal(const OwnedDescriptor& source) {
   return taken;
 }
 
+EndSignals::EndSignals()
+    : signals_(signalSet({SIGINT, SIGTERM, SIGHUP})),
+      before_(blockSignals(signals_)),
+      source_(signalSource(signals_)) {}
+
+EndSignals::~EndSignals() {
+  // One that has come twice must not end the program before it has cleared up.
+  const timespec atOnce{0, 0};
+  while (sigtimedwait(&signals_, nullptr, &atOnce) > 0) {
+  }
+  sigprocmask(SIG_SETMASK, &before_, nullptr);
+}
+
 }  // namespace orb::sim

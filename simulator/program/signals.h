@@ -25,4 +25,25 @@ OwnedDescriptor signalSource(const sigset_t& signals);
 /// Takes one signal from a source.
 signalfd_siginfo takeSignal(const OwnedDescriptor& source);
 
+/// Waits for the signals by which a user or a service manager ends a program that would go on for
+/// ever. As long as this exists, they do nothing else; threads that are started meanwhile never see
+/// them.
+class EndSignals {
+ public:
+  EndSignals();
+  EndSignals(const EndSignals&) = delete;
+  EndSignals& operator=(const EndSignals&) = delete;
+  ~EndSignals();
+
+  /// Can be read when one of them has come.
+  int descriptor() const { return source_.get(); }
+
+  void wait() const { takeSignal(source_); }
+
+ private:
+  sigset_t signals_;
+  sigset_t before_;
+  OwnedDescriptor source_;
+};
+
 }  // namespace orb::sim

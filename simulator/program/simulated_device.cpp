@@ -6,7 +6,8 @@
 
 #include "i2c/register_text.h"
 #include "interpose/program_file.h"
-#include "orb-sim/receiver.h"
+#include "orb-sim/replay.h"
+#include "orb-sim/scenario.h"
 #include "program/failure.h"
 #include "program/installation.h"
 #include "program/services.h"
@@ -25,27 +26,14 @@ constexpr const char* kWrittenFiles[] = {
     "/tmp/orbitekChip-info.txt",
 };
 
-/// A receiver that has nothing to say.
-class SilentReceiver : public Device {
- public:
-  Bytes receive(const Bytes&) override { return {}; }
-  Bytes tick(std::chrono::milliseconds) override { return {}; }
-  std::chrono::milliseconds untilNextOutput() const override { return kNever; }
-};
-
+/// What COMMAND finds at the far end of its line; none where there is no line or it is another's.
 std::unique_ptr<Device> makeReceiver(const RunOptions& options) {
-  switch (options.receiver) {
-    case RunOptions::Receiver::kAnswering: {
-      State state;
-      state.identity = options.identity;
-      return std::make_unique<Receiver>(state);
-    }
-    case RunOptions::Receiver::kSilent:
-      return std::make_unique<SilentReceiver>();
-    case RunOptions::Receiver::kAbsent:
-      break;
+  if (!options.tty.empty()) return nullptr;
+  if (options.replay) {
+    return std::make_unique<ReplayDevice>(options.replay->trace, options.replay->pace);
   }
-  return nullptr;
+  if (options.scenario.presence == Scenario::Presence::Absent) return nullptr;
+  return std::make_unique<ScenarioDevice>(options.scenario);
 }
 
 fs::path makeFilesFolder(const RunOptions& options, const fs::path& folder) {
@@ -87,17 +75,18 @@ SimulatedDevice::SimulatedDevice(const RunOptions& options, const fs::path& fold
       files_(makeFilesFolder(options, folder)),
       i2cRegisters_(makeI2cRegisters(files_)),
       library_(linkLibrary(folder)),
+      tty_(options.tty.empty() ? folder / kLineName : fs::absolute(options.tty)),
       receiver_(makeReceiver(options)),
       busAddress_(startBus(folder)) {
-  startInventory(folder, busAddress_, options.hardwareId);
-  if (receiver_) line_ = std::make_unique<PtyLine>(*receiver_, folder / kLineName);
+  startInventory(folder, busAddress_, options.scenario.hardwareId);
+  if (receiver_) line_ = std::make_unique<PtyLine>(*receiver_, tty_);
 }
 
 SimulatedDevice::~SimulatedDevice() = default;
 
 std::string SimulatedDevice::pathMap() const {
   // What is not simulated is not there: a mapped path with nothing behind it.
-  std::string map = "/dev/tty_gps=" + escaped(folder_ / kLineName);
+  std::string map = "/dev/tty_gps=" + escaped(tty_);
   map += std::string(":/dev/") + kI2cBus + "=" + escaped(i2cRegisters_);
   for (const fs::path file : kWrittenFiles) {
     map += ":" + file.string() + "=" + escaped(files_ / file.filename());

@@ -29,6 +29,7 @@ class SimulatedDevice {
   const std::filesystem::path files_;  ///< where the log and identity files are
   const std::filesystem::path i2cRegisters_;
   const std::filesystem::path library_;  ///< a link, whose path LD_PRELOAD can take
+  const std::filesystem::path tty_;      ///< what COMMAND finds at /dev/tty_gps
   std::unique_ptr<Device> receiver_;
   std::unique_ptr<PtyLine> line_;
   const std::string busAddress_;

@@ -138,14 +138,17 @@ void StreamDecoder::skip(std::size_t position, const Verdict& verdict) {
     rest_.offset = offset;
     rest_.trouble = verdict.trouble;
     restEnd_ = offset + verdict.length;
+    restIsText_ = !isDamaged;
   }
   if (isDamaged || rest_.kind == StreamItem::Kind::Damaged ||
       rest_.length < StreamItem::kShownBytes) {
     rest_.bytes.push_back(pending_[position]);
   }
   ++rest_.length;
+  const std::uint8_t byte = pending_[position];
+  restIsText_ = restIsText_ && (isText(byte) || byte == '\r' || byte == '\n');
   // Text is handed on by lines.
-  if (rest_.kind == StreamItem::Kind::Other && pending_[position] == '\n') handRest();
+  if (restIsText_ && byte == '\n') handRest();
 }
 
 /// Whether a skipped byte at this offset does not belong to the skipped ones before it.

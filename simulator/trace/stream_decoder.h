@@ -12,8 +12,9 @@ namespace orb::sim {
 /// Something that was found in a stream of bytes.
 struct StreamItem {
   enum class Kind : std::uint8_t {
-    Packet,    ///< a whole packet with the right checksum
-    Damaged,   ///< the start of a packet that is none, with what follows up to its claimed end
+    Packet,   ///< a whole packet with the right checksum
+    Damaged,  ///< the start of a packet that is none, with what follows up to its claimed end
+    bool restIsText_ = false;
     Sentence,  ///< an NMEA sentence, from $ to its line's end
     Other,     ///< anything else
   };
@@ -73,6 +74,7 @@ class StreamDecoder {
 
   StreamItem rest_;            ///< skipped bytes that belong together so far
   std::uint64_t restEnd_ = 0;  ///< for a damaged packet, its claimed end
+  bool restIsText_ = false;
 };
 
 }  // namespace orb::sim

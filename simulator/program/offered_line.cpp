@@ -1,0 +1,27 @@
+#include "program/offered_line.h"
+
+#include <iostream>
+
+namespace orb::sim {
+
+namespace fs = std::filesystem;
+
+CLI::Option* addLinkOption(CLI::App& subcommand, fs::path& link) {
+  return subcommand
+      .add_option("--link", link,
+                  "Where clients find the line: a symbolic link, which replaces one of that name\n"
+                  "and goes at the end")
+      ->type_name("PATH");
+}
+
+void announceLine(const fs::path& link, const std::string& tty) {
+  const std::string place = fs::absolute(link).lexically_normal();
+  std::cout << "orb-sim: the line is at " << place << ", which points to " << tty << '\n'
+            << "orb-sim: for one program, without any rights: orb-sim run --tty " << place
+            << " -- COMMAND\n"
+            << "orb-sim: for all of your programs, once, as root: ln -s " << place
+            << " /dev/tty_gps\n"
+            << "orb-sim: other users' programs need rights to read and write " << tty << std::endl;
+}
+
+}  // namespace orb::sim

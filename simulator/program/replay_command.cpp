@@ -1,0 +1,68 @@
+#include <filesystem>
+#include <iostream>
+#include <memory>
+
+#include "orb-sim/pty_line.h"
+#include "orb-sim/replay.h"
+#include "orb-sim/trace.h"
+#include "program/command_line.h"
+#include "program/failure.h"
+#include "program/offered_line.h"
+#include "program/run.h"
+#include "program/run_options.h"
+#include "program/signals.h"
+
+namespace orb::sim {
+namespace {
+
+constexpr char kDescription[] =
+    "Plays the receiver's side of a trace back\n\n"
+    "A packet gets the answer that the trace has to its next occurrence; after the last one, they\n"
+    "begin anew. A packet that the trace does not have is refused. With COMMAND, runs it as\n"
+    "orb-sim run does; with --link, goes on until it is ended.";
+
+struct Options {
+  std::filesystem::path trace;
+  std::filesystem::path link;
+  bool fast = false;
+};
+
+int offer(const Replay& replay, const std::filesystem::path& link) {
+  const EndSignals end;
+  ReplayDevice receiver(replay.trace, replay.pace);
+  const PtyLine line(receiver, link);
+  announceLine(link, line.path());
+  end.wait();
+  std::cout << "orb-sim: packets that the trace does not have: " << receiver.refused() << '\n';
+  return 0;
+}
+
+int replay(const Options& options, const std::vector<std::string>& command) {
+  if (options.link.empty() == command.empty()) {
+    throw Failure("give either --link PATH or COMMAND, behind --");
+  }
+  Replay replay{loadTrace(options.trace),
+                options.fast ? ReplayDevice::Pace::Fast : ReplayDevice::Pace::Recorded};
+  if (command.empty()) return offer(replay, options.link);
+  RunOptions run;
+  run.replay = std::move(replay);
+  run.command = command;
+  return sim::run(run);
+}
+
+}  // namespace
+
+void addReplay(CLI::App& app, Invocation& invocation) {
+  CLI::App* const subcommand =
+      addSubcommand(app, "replay", "TRACE (--link PATH | -- COMMAND [ARG...])", kDescription);
+  const auto options = std::make_shared<Options>();
+  subcommand->add_option("TRACE", options->trace, "What orb-sim tap has recorded")->required();
+  addLinkOption(*subcommand, options->link);
+  subcommand->add_flag("--fast", options->fast,
+                       "Answers come at once, not with their recorded delays");
+  subcommand->callback([options, &invocation] {
+    invocation.action = [options, &invocation] { return replay(*options, invocation.command); };
+  });
+}
+
+}  // namespace orb::sim

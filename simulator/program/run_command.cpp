@@ -1,0 +1,50 @@
+#include <memory>
+
+#include "program/command_line.h"
+#include "program/failure.h"
+#include "program/run.h"
+#include "program/run_options.h"
+#include "program/scenario_options.h"
+
+namespace orb::sim {
+namespace {
+
+constexpr char kDescription[] =
+    "Runs a program on the simulated device\n\n"
+    "COMMAND sees the simulated receiver as /dev/tty_gps, a hardware inventory on its system bus,\n"
+    "and private copies of the log and identity files. Ends with COMMAND's exit status.";
+
+struct Options {
+  RunOptions run;
+  ScenarioOptions scenario;
+};
+
+}  // namespace
+
+void addRun(CLI::App& app, Invocation& invocation) {
+  CLI::App* const run = addSubcommand(app, "run", "[OPTIONS] -- COMMAND [ARG...]", kDescription);
+  const auto options = std::make_shared<Options>();
+  options->scenario.addReceiverOptions(*run);
+  options->scenario.addDeviceOptions(*run);
+  run->add_option("--tty", options->run.tty,
+                  "COMMAND finds this line, as of orb-sim serve or tap, at /dev/tty_gps, and no\n"
+                  "simulated receiver")
+      ->type_name("PATH")
+      ->excludes("--silent")
+      ->excludes("--no-receiver");
+  run->add_option("--keep", options->run.keep,
+                  "Leaves the log and identity files in this folder, and makes it if need be")
+      ->type_name("DIR");
+  run->callback([options, &invocation] {
+    invocation.action = [options, &invocation] {
+      if (invocation.command.empty()) {
+        throw Failure("COMMAND is missing; write it behind --, as in: orb-sim run -- ./client");
+      }
+      options->run.scenario = options->scenario.scenario();
+      options->run.command = invocation.command;
+      return sim::run(options->run);
+    };
+  });
+}
+
+}  // namespace orb::sim

@@ -1,0 +1,42 @@
+#pragma once
+
+#include <CLI/CLI.hpp>
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "orb-sim/scenario.h"
+
+namespace orb::sim {
+
+/// The options that say what the device is like: a scenario, and what differs from it.
+class ScenarioOptions {
+ public:
+  /// Adds the options of the receiver. This must outlive the parsing.
+  void addReceiverOptions(CLI::App& subcommand);
+
+  /// Adds those of what is around it.
+  void addDeviceOptions(CLI::App& subcommand);
+
+  /// What the user has asked for. Throws Failure where there is no such scenario, and as
+  /// loadScenario() does.
+  Scenario scenario() const;
+
+ private:
+  using Edit = std::function<void(Scenario&)>;
+
+  /// An option with a value, which `read` takes for an edit or rejects.
+  CLI::Option* addEdit(CLI::App& subcommand, const std::string& name, const std::string& type,
+                       const std::string& description, Edit (*read)(const std::string& value));
+  CLI::Option* addFlag(CLI::App& subcommand, const std::string& name,
+                       const std::string& description, const Edit& edit);
+
+  std::string name_;
+  std::optional<std::uint64_t> seed_;
+  CLI::Option* silent_ = nullptr;
+  std::vector<Edit> edits_;
+};
+
+}  // namespace orb::sim

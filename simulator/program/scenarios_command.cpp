@@ -1,0 +1,33 @@
+#include <algorithm>
+#include <iostream>
+
+#include "orb-sim/scenario.h"
+#include "program/command_line.h"
+#include "program/scenario_folder.h"
+
+namespace orb::sim {
+namespace {
+
+constexpr char kDescription[] =
+    "Lists the ready scenarios, with a sentence each\n\n"
+    "Each name can be given to --scenario. docs/scenarios.md tells how to write others.";
+
+int listScenarios() {
+  constexpr std::size_t kWidth = 16;
+  for (const std::filesystem::path& file : readyScenarios()) {
+    std::string name = file.stem();
+    name.resize(std::max(kWidth, name.size() + 1), ' ');
+    std::cout << name << loadScenario(file).description << '\n';
+  }
+  return 0;
+}
+
+}  // namespace
+
+void addScenarios(CLI::App& app, Invocation& invocation) {
+  addSubcommand(app, "scenarios", "", kDescription)->callback([&] {
+    invocation.action = listScenarios;
+  });
+}
+
+}  // namespace orb::sim

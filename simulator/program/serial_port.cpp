@@ -1,0 +1,57 @@
+#include "program/serial_port.h"
+
+#include <fcntl.h>
+#include <termios.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <cstring>
+#include <utility>
+
+#include "program/failure.h"
+
+namespace orb::sim {
+namespace {
+
+constexpr std::pair<unsigned int, speed_t> kSpeeds[] = {
+    {4800, B4800},     {9600, B9600},     {19200, B19200},   {38400, B38400},  {57600, B57600},
+    {115200, B115200}, {230400, B230400}, {460800, B460800}, {921600, B921600}};
+
+[[noreturn]] void fail(const std::filesystem::path& device) {
+  throw Failure(device.string() + ": " + std::strerror(errno));
+}
+
+void setSpeed(termios& settings, unsigned int baud) {
+  const auto* const found = std::find_if(std::begin(kSpeeds), std::end(kSpeeds),
+                                         [&](const auto& speed) { return speed.first == baud; });
+  if (found == std::end(kSpeeds)) {
+    std::string known;
+    for (const auto& speed : kSpeeds) known += " " + std::to_string(speed.first);
+    throw Failure("--baud: " + std::to_string(baud) + " is none of" + known);
+  }
+  cfsetispeed(&settings, found->second);
+  cfsetospeed(&settings, found->second);
+}
+
+}  // namespace
+
+OwnedDescriptor openSerialPort(const std::filesystem::path& device,
+                               std::optional<unsigned int> baud) {
+  const int descriptor = open(device.c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC);
+  if (descriptor < 0) fail(device);
+  OwnedDescriptor port(descriptor, device.string());
+  termios settings{};
+  if (tcgetattr(port.get(), &settings) != 0) {
+    if (errno == ENOTTY) throw Failure(device.string() + " is no serial port");
+    fail(device);
+  }
+  cfmakeraw(&settings);
+  settings.c_cflag |= CLOCAL | CREAD;
+  settings.c_cflag &= ~static_cast<tcflag_t>(CRTSCTS | CSTOPB);
+  if (baud) setSpeed(settings, *baud);
+  if (tcsetattr(port.get(), TCSANOW, &settings) != 0) fail(device);
+  return port;
+}
+
+}  // namespace orb::sim

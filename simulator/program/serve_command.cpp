@@ -1,0 +1,72 @@
+#include <cstdint>
+#include <filesystem>
+#include <iostream>
+#include <memory>
+#include <optional>
+
+#include "orb-sim/pty_line.h"
+#include "orb-sim/scenario.h"
+#include "orb-sim/tcp_line.h"
+#include "program/command_line.h"
+#include "program/failure.h"
+#include "program/offered_line.h"
+#include "program/scenario_options.h"
+#include "program/shared_device.h"
+#include "program/signals.h"
+
+namespace orb::sim {
+namespace {
+
+constexpr char kDescription[] =
+    "Offers the receiver alone, to programs that are started elsewhere\n\n"
+    "Clients come and go; the link stays until SIGINT, SIGTERM or SIGHUP ends it, with status 0.";
+
+struct Options {
+  ScenarioOptions scenario;
+  std::filesystem::path link;
+  std::optional<std::uint16_t> tcpPort;
+};
+
+int serve(const Options& options) {
+  if (options.link.empty() && !options.tcpPort) {
+    throw Failure("give --link PATH or --tcp PORT, or both");
+  }
+  const Scenario scenario = options.scenario.scenario();
+  if (scenario.presence == Scenario::Presence::Absent) {
+    throw Failure("the scenario has no receiver that could be served");
+  }
+  const EndSignals end;
+  ScenarioDevice receiver(scenario);
+  SharedDevice shared(receiver);
+  const bool hasBoth = !options.link.empty() && options.tcpPort;
+  std::optional<PtyLine> pty;
+  std::optional<TcpLine> tcp;
+  if (!options.link.empty()) {
+    pty.emplace(hasBoth ? shared.first() : receiver, options.link);
+    announceLine(options.link, pty->path());
+  }
+  if (options.tcpPort) {
+    tcp.emplace(hasBoth ? shared.second() : receiver, *options.tcpPort);
+    std::cout << "orb-sim: the line is at TCP port 127.0.0.1:" << tcp->port() << std::endl;
+  }
+  end.wait();
+  return 0;
+}
+
+}  // namespace
+
+void addServe(CLI::App& app, Invocation& invocation) {
+  CLI::App* const subcommand =
+      addSubcommand(app, "serve", "--link PATH [--tcp PORT] [OPTIONS]", kDescription);
+  const auto options = std::make_shared<Options>();
+  addLinkOption(*subcommand, options->link);
+  subcommand
+      ->add_option("--tcp", options->tcpPort,
+                   "Offers the line on this port of 127.0.0.1 as well, or alone; 0: any free one")
+      ->type_name("PORT");
+  options->scenario.addReceiverOptions(*subcommand);
+  subcommand->callback(
+      [options, &invocation] { invocation.action = [options] { return serve(*options); }; });
+}
+
+}  // namespace orb::sim

@@ -1,0 +1,54 @@
+#pragma once
+
+#include <chrono>
+#include <optional>
+
+#include "line/pty.h"
+#include "line/stable_link.h"
+#include "orb-sim/bytes.h"
+#include "orb-sim/trace.h"
+#include "program/signals.h"
+#include "trace/transcript.h"
+
+namespace orb::sim {
+
+/// Stands between a serial port and the clients of a pty: passes everything on, both ways, and
+/// writes it down.
+class Tap {
+ public:
+  /// `port` is an open serial port, which errors call `name`; `link` points to the pty. Bytes are
+  /// recorded where there is a `trace`.
+  Tap(OwnedDescriptor port, std::string name, const std::filesystem::path& link,
+      std::optional<TraceWriter> trace);
+
+  /// The tty for clients.
+  const std::string& tty() const { return pty_.path(); }
+
+  /// Works until a signal asks for the end. Throws Failure where the port is gone.
+  void run(const EndSignals& end);
+
+ private:
+  using Clock = std::chrono::steady_clock;
+
+  bool wait(const EndSignals& end);
+  void takeFromPort();
+  void takeFromClient();
+  void passOn();
+  void note(Speaker from, const Bytes& bytes);
+  std::chrono::microseconds now() const;
+
+  const Clock::time_point start_ = Clock::now();
+  OwnedDescriptor port_;
+  const std::string name_;
+  Pty pty_;
+  StableLink link_;
+  std::optional<TraceWriter> trace_;
+  Transcript transcript_;
+
+  Bytes toPort_;
+  Bytes toClient_;
+  bool portCanBeRead_ = false;
+  bool clientCanBeRead_ = false;
+};
+
+}  // namespace orb::sim
