@@ -46,6 +46,9 @@ target_link_libraries(orb-gnss PUBLIC orb-platform PRIVATE $<BUILD_INTERFACE:orb
 
 set(ORB_GNSS_VERSION_SCRIPT ${PROJECT_SOURCE_DIR}/cmake/orb-gnss.map)
 target_link_options(orb-gnss PRIVATE LINKER:--version-script=${ORB_GNSS_VERSION_SCRIPT})
+# The library calls its own functions without a detour. Those of the platform library are not its
+# own: whoever provides them is called.
+target_link_options(orb-gnss PRIVATE LINKER:-Bsymbolic-functions)
 if(NOT ORB_SANITIZE)
   target_link_options(orb-gnss PRIVATE LINKER:--no-undefined)
 endif()

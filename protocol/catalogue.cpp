@@ -154,8 +154,6 @@ constexpr const char* const gnssNames[7] = {"GPS",  "SBAS", "GALILEO", "BEIDOU",
 
 namespace {
 
-constexpr orb::CatalogueIndex kIndex{ORBMessages};
-
 // Messages of this id may have any length.
 constexpr unsigned char kAnyLengthId = 0x8B;
 
@@ -175,20 +173,13 @@ static_assert(isLongestPayloadRight());
 
 }  // namespace
 
-namespace orb {
-
-const ORBMessageInfo* findMessage(ORBMsgId id) {
-  const unsigned char row = kIndex.rowOf(id);
-  return row == CatalogueIndex::kNoRow ? nullptr : &ORBMessages[row];
-}
-
-bool isLastMessage(const ORBMessageInfo& message) { return &message == &ORBMessages[kLastMessage]; }
-
-}  // namespace orb
+constexpr orb::CatalogueIndex orb::kCatalogueIndex{ORBMessages};
 
 const char* orbGetMessageDescription(ORBMsgId id, unsigned short length) {
-  const ORBMessageInfo* row = orb::findMessage(id);
-  return row != nullptr && lengthFits(*row, length) ? row->description : "Unknown message type";
+  const unsigned char row = orb::kCatalogueIndex.rowOf(id);
+  return row != orb::CatalogueIndex::kNoRow && lengthFits(ORBMessages[row], length)
+             ? ORBMessages[row].description
+             : "Unknown message type";
 }
 
 const char* getGnssNameById(ORBGNSSId id) {

@@ -12,12 +12,6 @@ namespace orb {
 /// The catalogue's last message, in the row before the end marker.
 constexpr unsigned char kLastMessage = std::size(ORBMessages) - 2;
 
-/// The catalogue's row of a message, whatever its length; null when there is none.
-const ORBMessageInfo* findMessage(ORBMsgId id);
-
-/// Whether this row is the catalogue's last message.
-bool isLastMessage(const ORBMessageInfo& message);
-
 /// Row numbers by identity, worked out by the compiler, so that a lookup is one array read. Every
 /// identity has one row at most; a catalogue that breaks this does not compile.
 class CatalogueIndex {
@@ -35,6 +29,7 @@ class CatalogueIndex {
     }
   }
 
+  /// The row of a message, whatever its length; kNoRow when there is none.
   constexpr unsigned char rowOf(ORBMsgId id) const {
     return canExist(id) ? rows_[slot(id)] : kNoRow;
   }
@@ -53,5 +48,8 @@ class CatalogueIndex {
 
   std::array<unsigned char, (1 + kIdsWithSubId) * kPage> rows_{};
 };
+
+/// The index of ORBMessages.
+extern const CatalogueIndex kCatalogueIndex;
 
 }  // namespace orb

@@ -8,12 +8,23 @@
 
 #include "base/console.h"
 #include "orb-gnss/catalogue.h"
+#include "protocol/packet_fields.h"
 #include "protocol/packet_layout.h"
 
 ORBMessage::ORBMessage(ORBMessageMsgValue type, unsigned long payloadLength,
                        const unsigned char* data)
     : id_(orbConvertClassIdTypeToStruct(type)) {
   buildMessage(data, payloadLength);
+}
+
+ORBMessage::ORBMessage(const unsigned char* packet, unsigned short payloadLength)
+    : id_(orb::idAt(packet + orb::kPayloadOffset)),
+      payloadLength_(payloadLength),
+      packetLength_(payloadLength + orb::kPacketOverhead),
+      packet_(new unsigned char[packetLength_]) {
+  unsigned char* end = std::copy_n(packet, packetLength_ - orb::kEndLength, packet_.get());
+  end[0] = orb::kEndByte1;
+  end[1] = orb::kEndByte2;
 }
 
 ORBMessage::ORBMessage(const ORBMessage& other)

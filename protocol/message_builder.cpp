@@ -5,12 +5,21 @@
 
 #include "protocol/catalogue_index.h"
 #include "protocol/message_ids.h"
+#include "protocol/packet_fields.h"
 #include "protocol/packet_layout.h"
 
 namespace {
 
-// Position of the next byte that may start a packet within [from, to), else `to`.
+// Position of the next byte that may start a packet within [from, to), else `to`. Not for an empty
+// range.
 unsigned long findStartByte(const unsigned char* buffer, unsigned long from, unsigned long to) {
+  // A packet right behind another one, or behind its last end byte, needs no search.
+  if (buffer[from] == orb::kStartByte1) {
+    return from;
+  }
+  if (buffer[from + 1] == orb::kStartByte1) {
+    return from + 1;
+  }
   const void* found = std::memchr(buffer + from, orb::kStartByte1, to - from);
   return found == nullptr
              ? to
@@ -19,7 +28,7 @@ unsigned long findStartByte(const unsigned char* buffer, unsigned long from, uns
 
 bool isChecksumRight(const unsigned char* packet, unsigned short length) {
   const unsigned char* payload = packet + orb::kPayloadOffset;
-  return orbComputeChecksum(payload, length) == orbGetChecksumFromData(payload + length);
+  return orb::exclusiveOr(payload, length) == payload[length];
 }
 
 }  // namespace
@@ -48,15 +57,14 @@ unsigned long ORBMessageBuilder::update(unsigned char /*replyId*/, const unsigne
     if (position + kHeaderLength >= length) {
       return handled;
     }
-    const ORBMessageInfo* known =
-        orb::findMessage(orbGetMsgIdFromData(packet + orb::kPayloadOffset));
-    if (known == nullptr) {
+    const unsigned char row = orb::kCatalogueIndex.rowOf(orb::idAt(packet + orb::kPayloadOffset));
+    if (row == orb::CatalogueIndex::kNoRow) {
       ++unknown_;
       position += 2;
       continue;
     }
-    const unsigned int alsoUnknown = orb::isLastMessage(*known) ? 1 : 0;
-    const unsigned short payloadLength = orbGetLengthFromData(packet + orb::kLengthOffset);
+    const unsigned int alsoUnknown = row == orb::kLastMessage ? 1 : 0;
+    const unsigned short payloadLength = orb::lengthAt(packet + orb::kLengthOffset);
     const unsigned long firstEndByte = position + orb::kPayloadOffset + payloadLength + 1;
     if (firstEndByte >= length) {
       unknown_ += alsoUnknown;
@@ -76,13 +84,12 @@ unsigned long ORBMessageBuilder::update(unsigned char /*replyId*/, const unsigne
 }
 
 void ORBMessageBuilder::listMessage(const unsigned char* packet, unsigned short payloadLength) {
-  const ORBMsgId id = orbGetMsgIdFromData(packet + orb::kPayloadOffset);
-  auto message = std::make_unique<ORBMessage>(orbConvertMsgIdStructToType(id), payloadLength,
-                                              packet + orb::bodyOffset(id.id));
+  std::unique_ptr<ORBMessage> message(new ORBMessage(packet, payloadLength));
   list_->AddMessage(message.get());
-  const unsigned short type = message.release()->getMsgSidId();
+  message.release();
 
   ++good_;
+  const ORBMessageMsgValue type = orb::typeOf(orb::idAt(packet + orb::kPayloadOffset));
   if (type == orb::message_id::kAcknowledged) {
     ++acknowledged_;
   } else if (type == orb::message_id::kRefused) {

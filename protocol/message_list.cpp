@@ -1,45 +1,57 @@
 #include "orb-gnss/message_list.h"
 
 #include <algorithm>
+#include <iterator>
 
 ORBMessageList::ORBMessageList() = default;
 
 ORBMessageList::~ORBMessageList() { Empty(); }
 
-void ORBMessageList::AddMessage(ORBMessage* message) { messages_.push_front(message); }
-
-ORBMessage* ORBMessageList::getMessage() {
-  if (messages_.empty()) {
-    return nullptr;
-  }
-  ORBMessage* oldest = messages_.back();
-  messages_.pop_back();
-  return oldest;
+ORBMessageList::Position ORBMessageList::oldest() {
+  return messages_.begin() + static_cast<std::ptrdiff_t>(taken_);
 }
 
-ORBMessage* ORBMessageList::findFirstOfMessage(ORBMessageMsgValue value) {
-  const auto found =
-      std::find_if(messages_.begin(), messages_.end(),
-                   [value](const ORBMessage* message) { return message->getMsgSidId() == value; });
-  if (found == messages_.end()) {
+void ORBMessageList::AddMessage(ORBMessage* message) { messages_.push_back(message); }
+
+ORBMessage* ORBMessageList::getMessage() {
+  if (isEmpty()) {
     return nullptr;
   }
-  ORBMessage* message = *found;
-  messages_.erase(found);
+  ORBMessage* message = *oldest();
+  ++taken_;
+  // The vacant places go once they are half of all: no more messages move up than were taken.
+  if (taken_ >= messages_.size() / 2) {
+    messages_.erase(messages_.begin(), oldest());
+    taken_ = 0;
+  }
   return message;
 }
 
-bool ORBMessageList::isEmpty() const { return messages_.empty(); }
+ORBMessage* ORBMessageList::findFirstOfMessage(ORBMessageMsgValue value) {
+  const auto behindOldest = std::make_reverse_iterator(oldest());
+  const auto found =
+      std::find_if(messages_.rbegin(), behindOldest,
+                   [value](const ORBMessage* message) { return message->getMsgSidId() == value; });
+  if (found == behindOldest) {
+    return nullptr;
+  }
+  ORBMessage* message = *found;
+  messages_.erase(std::next(found).base());
+  return message;
+}
+
+bool ORBMessageList::isEmpty() const { return messages_.size() == taken_; }
 
 void ORBMessageList::Empty() {
-  for (unsigned long i = 0; i < messages_.size(); ++i) {
-    delete messages_.at(i);
+  for (std::size_t place = messages_.size(); place > taken_; --place) {
+    delete messages_[place - 1];
   }
   messages_.clear();
+  taken_ = 0;
 }
 
 void ORBMessageList::DumpMessages() const {
-  for (const ORBMessage* message : messages_) {
-    message->showPacket();
+  for (std::size_t place = messages_.size(); place > taken_; --place) {
+    messages_[place - 1]->showPacket();
   }
 }

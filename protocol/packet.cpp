@@ -3,30 +3,10 @@
 #include <cstdint>
 #include <cstring>
 
+#include "protocol/packet_fields.h"
 #include "protocol/packet_layout.h"
 
 namespace {
-
-// Folds eight bytes at a time.
-unsigned char exclusiveOr(const unsigned char* data, std::uint32_t length) {
-  std::uint64_t words = 0;
-  const unsigned char* const end = data + length;
-  for (const unsigned char* const lastWord = end - length % sizeof words; data != lastWord;
-       data += sizeof words) {
-    std::uint64_t word;
-    std::memcpy(&word, data, sizeof word);
-    words ^= word;
-  }
-  words ^= words >> 32;
-  words ^= words >> 16;
-  words ^= words >> 8;
-
-  auto result = static_cast<unsigned char>(words);
-  for (; data != end; ++data) {
-    result ^= *data;
-  }
-  return result;
-}
 
 unsigned char highByte(unsigned short value) { return static_cast<unsigned char>(value >> 8); }
 unsigned char lowByte(unsigned short value) { return static_cast<unsigned char>(value); }
@@ -34,30 +14,22 @@ unsigned char lowByte(unsigned short value) { return static_cast<unsigned char>(
 }  // namespace
 
 unsigned int orbComputeChecksum(const unsigned char* data, unsigned long length) {
-  return exclusiveOr(data, static_cast<std::uint32_t>(length));
+  return orb::exclusiveOr(data, static_cast<std::uint32_t>(length));
 }
 
 unsigned short orbGetLengthFromData(const unsigned char* lengthField) {
-  return static_cast<unsigned short>(lengthField[0] << 8 | lengthField[1]);
+  return orb::lengthAt(lengthField);
 }
 
 unsigned char orbGetChecksumFromData(const unsigned char* checksumField) { return *checksumField; }
 
-ORBMsgId orbGetMsgIdFromData(const unsigned char* idField) {
-  const unsigned char id = idField[0];
-  if (orb::hasSubId(id)) {
-    return {id, idField[1]};
-  }
-  return {id, 0};
-}
+ORBMsgId orbGetMsgIdFromData(const unsigned char* idField) { return orb::idAt(idField); }
 
 ORBMsgId orbConvertClassIdTypeToStruct(ORBMessageMsgValue type) {
   return {highByte(type), lowByte(type)};
 }
 
-ORBMessageMsgValue orbConvertMsgIdStructToType(ORBMsgId id) {
-  return static_cast<ORBMessageMsgValue>(id.id << 8 | id.subId);
-}
+ORBMessageMsgValue orbConvertMsgIdStructToType(ORBMsgId id) { return orb::typeOf(id); }
 
 void orbPutStsIntoPacket(unsigned char* packet) {
   packet[0] = orb::kStartByte1;

@@ -12,6 +12,9 @@ constexpr unsigned char kEndByte2 = 0x0A;
 constexpr unsigned long kLengthOffset = 2;
 constexpr unsigned long kPayloadOffset = 4;
 
+/// Bytes behind the checksum.
+constexpr unsigned long kEndLength = 2;
+
 /// Bytes of a packet that are not payload: start bytes, length, checksum and end bytes.
 constexpr unsigned long kPacketOverhead = 7;
 

@@ -71,6 +71,12 @@ class ORB_GNSS_EXPORT ORBMessage {
   void constructPacket(const unsigned char* data, unsigned long payloadLength);
 
  private:
+  friend class ORBMessageBuilder;
+
+  /// A received packet, copied as it stands but for its end bytes, which are not read: it has the
+  /// right checksum, and the length field says `payloadLength`.
+  ORB_GNSS_HIDDEN ORBMessage(const unsigned char* packet, unsigned short payloadLength);
+
   ORB_GNSS_HIDDEN unsigned long bodyOffset() const;
 
   ORBMsgId id_;

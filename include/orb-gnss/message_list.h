@@ -1,6 +1,7 @@
 #pragma once
 
-#include <deque>
+#include <cstddef>
+#include <vector>
 
 #include "orb-gnss/export.h"
 #include "orb-gnss/message.h"
@@ -32,5 +33,9 @@ class ORB_GNSS_EXPORT ORBMessageList {
   void DumpMessages() const;
 
  private:
-  std::deque<ORBMessage*> messages_;
+  using Position = std::vector<ORBMessage*>::iterator;
+  ORB_GNSS_HIDDEN Position oldest();
+
+  std::vector<ORBMessage*> messages_;  // oldest first
+  std::size_t taken_ = 0;              // places at the front whose message getMessage() has taken
 };
