@@ -12,9 +12,8 @@ namespace orb::sim {
 /// Something that was found in a stream of bytes.
 struct StreamItem {
   enum class Kind : std::uint8_t {
-    Packet,   ///< a whole packet with the right checksum
-    Damaged,  ///< the start of a packet that is none, with what follows up to its claimed end
-    bool restIsText_ = false;
+    Packet,    ///< a whole packet with the right checksum
+    Damaged,   ///< the start of a packet that is none, with what follows up to its claimed end
     Sentence,  ///< an NMEA sentence, from $ to its line's end
     Other,     ///< anything else
   };
