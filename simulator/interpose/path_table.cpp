@@ -13,6 +13,7 @@
 #include <cstring>
 
 #include "interpose/message.h"
+#include "interpose/system_call.h"
 #include "orb-sim/path_map.h"
 
 namespace orb::sim {
@@ -63,13 +64,13 @@ bool appendComponents(PathBuffer& out, std::string_view path) noexcept {
   return true;
 }
 
-/// Appends the directory that a relative path starts from. By a system call, since the C library's
-/// function is among those that are wrapped.
+/// Appends the directory that a relative path starts from. The C library's function for it is among
+/// those that are wrapped.
 bool appendDirectory(PathBuffer& out, int directory) noexcept {
   char link[32] = "/proc/self/cwd";
   if (directory != AT_FDCWD) std::snprintf(link, sizeof link, "/proc/self/fd/%d", directory);
   char target[PATH_MAX];
-  const long length = syscall(SYS_readlinkat, AT_FDCWD, link, target, sizeof target);
+  const long length = systemCall(SYS_readlinkat, AT_FDCWD, link, target, sizeof target);
   return length > 0 && appendComponents(out, {target, static_cast<std::size_t>(length)});
 }
 
