@@ -57,6 +57,13 @@ class TtyClient {
     return all;
   }
 
+  /// Whether the line hangs up within the limit.
+  bool waitForHangUp() {
+    pollfd polled{tty_, 0, 0};
+    return ::poll(&polled, 1, static_cast<int>(kLimit.count())) == 1 &&
+           (polled.revents & POLLHUP) != 0;
+  }
+
  private:
   static constexpr std::chrono::milliseconds kLimit{10000};
 
