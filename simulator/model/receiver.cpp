@@ -128,7 +128,9 @@ void Receiver::advance(milliseconds elapsed) {
   sinceEpoch_ = talking_ ? sinceEpoch_ + elapsed : milliseconds{0};
   // A survey, for one, goes on from the very moment of the first fix.
   const milliseconds withoutFix = std::min(state_.startup.untilFix, elapsed);
-  pass(withoutFix);
+  if (withoutFix > milliseconds{0}) {
+    pass(withoutFix);
+  }
   pass(elapsed - withoutFix);
 }
 

@@ -37,7 +37,8 @@ void continueStart(State& state, milliseconds elapsed) {
   Startup& startup = state.startup;
   startup.silence -= std::min(startup.silence, elapsed);
   startup.untilFix -= std::min(startup.untilFix, elapsed);
-  if (state.solution().fixMode != 0) {
+  const bool waitsForFix = !startup.hasHadFix || startup.cold;
+  if (waitsForFix && state.solution().fixMode != 0) {
     startup.hasHadFix = true;
     startup.cold = false;
   }

@@ -26,8 +26,11 @@ TimingMode State::runningTimingMode() const {
 void beginSurvey(State& state) { state.surveyed = milliseconds{0}; }
 
 void continueSurvey(State& state, milliseconds elapsed) {
+  if (state.runningTimingMode() != TimingMode::AutoSurvey) {
+    return;
+  }
   const Navigation fix = state.solution();
-  if (state.runningTimingMode() != TimingMode::AutoSurvey || fix.fixMode == 0) {
+  if (fix.fixMode == 0) {
     return;
   }
   const milliseconds length = std::chrono::seconds{state.timing.surveyLength};
