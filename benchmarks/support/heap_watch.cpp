@@ -3,8 +3,8 @@
 #include <malloc.h>
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdlib>
-#include <cstring>
 
 // The C library's own allocator, under the names by which it can be reached behind a replacement.
 extern "C" {
@@ -16,29 +16,23 @@ void __libc_free(void* block);
 
 namespace {
 
-struct Count {
-  bool on = false;
-  long held = 0;
-  long peak = 0;
-  long requests = 0;
-};
-
-thread_local constinit Count count;
+thread_local constinit bool watching = false;
+thread_local constinit orb::bench::HeapUse heapUse;
 
 long sizeOf(void* block) { return static_cast<long>(malloc_usable_size(block)); }
 
 void* counted(void* block) {
-  if (count.on && block != nullptr) {
-    ++count.requests;
-    count.held += sizeOf(block);
-    count.peak = std::max(count.peak, count.held);
+  if (watching && block != nullptr) {
+    ++heapUse.requests;
+    heapUse.held += sizeOf(block);
+    heapUse.peak = std::max(heapUse.peak, heapUse.held);
   }
   return block;
 }
 
 void countRelease(void* block) {
-  if (count.on && block != nullptr) {
-    count.held -= sizeOf(block);
+  if (watching && block != nullptr) {
+    heapUse.held -= sizeOf(block);
   }
 }
 
@@ -63,11 +57,12 @@ void free(void* block) {
 
 namespace orb::bench {
 
-HeapWatch::HeapWatch() { count = {.on = true}; }
-HeapWatch::~HeapWatch() { count.on = false; }
+HeapWatch::HeapWatch() {
+  heapUse = {};
+  watching = true;
+}
+HeapWatch::~HeapWatch() { watching = false; }
 
-long HeapWatch::peak() const { return count.peak; }
-long HeapWatch::kept() const { return count.held; }
-long HeapWatch::requests() const { return count.requests; }
+HeapUse HeapWatch::use() const { return heapUse; }
 
 }  // namespace orb::bench

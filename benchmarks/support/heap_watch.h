@@ -1,11 +1,16 @@
 #pragma once
 
-#include <cstddef>
-
 namespace orb::bench {
 
-/// Counts what the calling thread allocates while the object lives, in bytes that malloc has set
-/// aside. Replaces malloc and its kin in the program that links it. One at a time.
+/// What a piece of work asked of the heap, in bytes that malloc has set aside.
+struct HeapUse {
+  long peak = 0;      ///< the most that was held at a time
+  long held = 0;      ///< what was allocated and is still held
+  long requests = 0;  ///< how often memory was asked for
+};
+
+/// Counts what the calling thread allocates while the object lives. Replaces malloc and its kin in
+/// the program that links it. One at a time.
 class HeapWatch {
  public:
   HeapWatch();
@@ -13,12 +18,8 @@ class HeapWatch {
   HeapWatch& operator=(const HeapWatch&) = delete;
   ~HeapWatch();
 
-  /// The most that was held at a time.
-  long peak() const;
-  /// What is held now of what was allocated since.
-  long kept() const;
-  /// How often memory was asked for.
-  long requests() const;
+  /// What was used so far.
+  HeapUse use() const;
 };
 
 }  // namespace orb::bench
