@@ -29,13 +29,15 @@ bool isText(std::uint8_t byte) { return byte >= 0x20 && byte < 0x7F; }
 /// A sentence without a checksum is right too.
 bool hasRightChecksum(const std::uint8_t* first, const std::uint8_t* last) {
   constexpr int kBase = 16;
+  constexpr std::ptrdiff_t kDigits = 2;
   const std::uint8_t* const star = std::find(first, last, '*');
   if (star == last) return true;
   const char* const digits = reinterpret_cast<const char*>(star + 1);
   const char* const digitsEnd = reinterpret_cast<const char*>(last);
   std::uint8_t said = 0;
   const auto [end, error] = std::from_chars(digits, digitsEnd, said, kBase);
-  return error == std::errc{} && end == digitsEnd && said == checksum(first + 1, star);
+  return error == std::errc{} && end == digits + kDigits && end == digitsEnd &&
+         said == checksum(first + 1, star);
 }
 
 }  // namespace
@@ -103,8 +105,7 @@ void StreamDecoder::scan(bool isEnd) {
       if (!isEnd) break;
       // What never became whole is a damaged packet if it has a header; a sentence is just text.
       const bool isPacket = pending_[position] == kStart1 && verdict.length > 0;
-      verdict = {isPacket ? Verdict::Kind::Damaged : Verdict::Kind::Nothing, verdict.length,
-                 "cut short"};
+      verdict = isPacket ? Verdict{Verdict::Kind::Damaged, verdict.length, "cut short"} : Verdict{};
     }
     if (verdict.kind == Verdict::Kind::Whole) {
       hand(position, verdict);

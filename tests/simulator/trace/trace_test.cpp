@@ -1,0 +1,199 @@
+#include "orb-sim/trace.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <iterator>
+#include <random>
+#include <system_error>
+
+#include "hex.h"
+#include "temporary_folder.h"
+
+namespace orb::sim {
+
+bool operator==(const TraceRecord& left, const TraceRecord& right) {
+  return left.at == right.at && left.from == right.from && left.bytes == right.bytes;
+}
+
+}  // namespace orb::sim
+
+namespace orb::sim::test {
+namespace {
+
+using std::chrono::microseconds;
+using std::chrono::seconds;
+using testing::HasSubstr;
+using testing::IsEmpty;
+
+constexpr char kHeader[] = R"({"orb-sim-trace":1})";
+
+class Trace : public testing::Test {
+ protected:
+  std::filesystem::path write(const std::string& text) const {
+    std::ofstream(file_, std::ios::binary) << text;
+    return file_;
+  }
+
+  std::string written() const {
+    std::ifstream stream(file_, std::ios::binary);
+    return {std::istreambuf_iterator<char>(stream), {}};
+  }
+
+  /// What is said of a trace with these lines behind the header.
+  std::string errorOf(const std::string& text) const {
+    try {
+      loadTrace(write(text));
+    } catch (const std::runtime_error& error) {
+      return error.what();
+    }
+    return "no error";
+  }
+
+  std::string errorAt(int line, const std::string& problem) const {
+    return file_.string() + ":" + std::to_string(line) + ": " + problem;
+  }
+
+  const TemporaryFolder folder_;
+  const std::filesystem::path file_ = folder_.path() / "a.trace";
+};
+
+TEST_F(Trace, IsReadAsItWasWritten) {
+  const std::vector<TraceRecord> records{
+      {microseconds(0), Speaker::Client, hex("A0 A1 00")},
+      {microseconds(1), Speaker::Receiver, hex("00 FF 7F")},
+      {microseconds(1), Speaker::Receiver, {}},
+      {seconds(100'000'000) + microseconds(123'457), Speaker::Client, Bytes(5000, 0xAB)},
+  };
+  TraceWriter writer(file_, "/dev/ttyS1");
+  for (const TraceRecord& record : records) writer.write(record);
+  EXPECT_EQ(loadTrace(file_), records);
+}
+
+TEST_F(Trace, IsALineForEachPieceBehindAHeader) {
+  TraceWriter writer(file_, "/dev/\"odd\"\n\xFF");
+  writer.write({microseconds(1'234'567), Speaker::Client, hex("A0 0d")});
+  writer.write({microseconds(2'000'000), Speaker::Receiver, hex("01")});
+  EXPECT_THAT(written(),
+              testing::MatchesRegex(R"(\{"orb-sim-trace":1,"started":"20..-..-..T..:..:..Z",)"
+                                    R"("device":"/dev/\\"odd\\"\\n.*"\})"
+                                    "\n"
+                                    R"(\{"time":1.234567,"from":"client","bytes":"A00D"\})"
+                                    "\n"
+                                    R"(\{"time":2.0,"from":"receiver","bytes":"01"\})"
+                                    "\n"));
+}
+
+TEST_F(Trace, IsWholeUpToItsLastLineWhileItIsWritten) {
+  TraceWriter writer(file_, "/dev/ttyS1");
+  EXPECT_THAT(loadTrace(file_), IsEmpty());
+  writer.write({microseconds(1), Speaker::Client, hex("01")});
+  EXPECT_EQ(loadTrace(file_).size(), 1U);
+}
+
+TEST_F(Trace, ReplacesAnEarlierOne) {
+  write("something longer than the header of a trace, so that some of it would stay behind it");
+  const TraceWriter writer(file_, "x");
+  EXPECT_THAT(loadTrace(file_), IsEmpty());
+}
+
+TEST_F(Trace, MayHaveMoreMembersAndNoLastNewline) {
+  const std::vector<TraceRecord> expected{{seconds(2), Speaker::Client, hex("AB")}};
+  EXPECT_EQ(loadTrace(write(R"({"orb-sim-trace":1,"by":"hand"})"
+                            "\r\n"
+                            R"({"time":2,"note":[1,{}],"bytes":"aB","from":"client"})")),
+            expected);
+}
+
+TEST_F(Trace, HasAnErrorThatNamesFileAndLine) {
+  const auto errorOfRecord = [&](const std::string& record) {
+    return errorOf(kHeader + std::string("\n") + record + "\n");
+  };
+  const std::string good = R"({"time":1,"from":"client","bytes":""})";
+  EXPECT_EQ(errorOfRecord("{"), errorAt(2, "not a JSON object"));
+  EXPECT_EQ(errorOfRecord(""), errorAt(2, "not a JSON object"));
+  EXPECT_EQ(errorOfRecord("[]"), errorAt(2, "not a JSON object"));
+  EXPECT_EQ(errorOfRecord(good + "\n" + good + "x"), errorAt(3, "not a JSON object"));
+  EXPECT_EQ(errorOfRecord(R"({"from":"client","bytes":""})"), errorAt(2, R"("time" is missing)"));
+  EXPECT_EQ(errorOfRecord(R"({"time":"1","from":"client","bytes":""})"),
+            errorAt(2, R"("time" is not a number of seconds)"));
+  for (const char* const time : {"-1", "1e10"}) {
+    EXPECT_EQ(errorOfRecord(std::string(R"({"time":)") + time + R"(,"from":"client","bytes":""})"),
+              errorAt(2, R"("time" is out of range)"));
+  }
+  EXPECT_EQ(errorOfRecord(R"({"time":1e400,"from":"client","bytes":""})"),
+            errorAt(2, "not a JSON object"));
+  EXPECT_EQ(errorOfRecord(good + "\n" + R"({"time":0.5,"from":"client","bytes":""})"),
+            errorAt(3, R"("time" is earlier than in the line before)"));
+  EXPECT_EQ(errorOfRecord(R"({"time":1,"bytes":""})"), errorAt(2, R"("from" is missing)"));
+  EXPECT_EQ(errorOfRecord(R"({"time":1,"from":"me","bytes":""})"),
+            errorAt(2, R"("from" is neither "client" nor "receiver")"));
+  EXPECT_EQ(errorOfRecord(R"({"time":1,"from":"client"})"), errorAt(2, R"("bytes" is missing)"));
+  for (const char* const bytes : {"\"A\"", "\"0G\"", "\"A0 A1\"", "\"-1\"", "[160]", "null"}) {
+    EXPECT_EQ(errorOfRecord(std::string(R"({"time":1,"from":"client","bytes":)") + bytes + "}"),
+              errorAt(2, R"("bytes" is not a text of hexadecimal digits, two a byte)"));
+  }
+}
+
+TEST_F(Trace, IsRefusedWithoutItsHeader) {
+  EXPECT_EQ(errorOf(""), errorAt(1, "the trace is empty"));
+  EXPECT_EQ(errorOf("{}"), errorAt(1, "not a trace: it does not begin with \"orb-sim-trace\""));
+  EXPECT_EQ(errorOf(R"({"orb-sim-trace":2})"), errorAt(1, "traces of version 2 are not known"));
+}
+
+TEST_F(Trace, IsRefusedWhereALineIsTooLong) {
+  EXPECT_EQ(errorOf(kHeader + std::string("\n") + std::string(TraceParser::kLongestLine + 1, ' ')),
+            errorAt(2, "the line is too long"));
+}
+
+TEST_F(Trace, IsNotWrittenWhereThereIsNoRoom) {
+  const auto writeToFull = [] { TraceWriter("/dev/full", "x"); };
+  EXPECT_THROW(writeToFull(), std::system_error);
+  const auto writeToNowhere = [&] { TraceWriter(folder_.path() / "no" / "file", "x"); };
+  EXPECT_THROW(writeToNowhere(), std::system_error);
+}
+
+TEST_F(Trace, IsNotReadWhereThereIsNoFile) {
+  EXPECT_THROW(loadTrace(file_), std::system_error);
+  EXPECT_THROW(loadTrace(folder_.path()), std::exception);
+}
+
+TEST(TraceParser, TakesTextThatIsCutAnywhere) {
+  const std::string text = std::string(kHeader) + "\n" +
+                           R"({"time":1,"from":"client","bytes":"01"})" + "\n" +
+                           R"({"time":2,"from":"receiver","bytes":"02"})" + "\n";
+  for (std::size_t cut = 0; cut <= text.size(); ++cut) {
+    TraceParser parser("trace");
+    Bytes bytes;
+    const auto sink = [&](const TraceRecord& record) { append(bytes, record.bytes); };
+    parser.push(text.substr(0, cut), sink);
+    parser.push(text.substr(cut), sink);
+    parser.finish(sink);
+    EXPECT_EQ(bytes, hex("01 02")) << "cut at " << cut;
+  }
+}
+
+// Whatever a damaged line says, it is an error or a record, and nothing else.
+TEST(TraceParser, SurvivesDamagedLines) {
+  const std::string text =
+      std::string(kHeader) + "\n" + R"({"time":1.5,"from":"client","bytes":"A0A1"})" + "\n";
+  std::mt19937 random(1);
+  std::size_t errors = 0;
+  for (int trial = 0; trial < 5000; ++trial) {
+    std::string damaged = text;
+    damaged[random() % damaged.size()] = static_cast<char>(random());
+    TraceParser parser("trace");
+    try {
+      parser.push(damaged, [](const TraceRecord&) {});
+      parser.finish([](const TraceRecord&) {});
+    } catch (const std::runtime_error& error) {
+      ++errors;
+      EXPECT_THAT(error.what(), HasSubstr("trace:"));
+    }
+  }
+  EXPECT_GT(errors, 1000U);
+}
+
+}  // namespace
+}  // namespace orb::sim::test
