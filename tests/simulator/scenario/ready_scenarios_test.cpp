@@ -1,0 +1,212 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <array>
+#include <chrono>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "ready_scenario.h"
+#include "simulated_client.h"
+
+// What the descriptions of the ready scenarios promise, in simulated time. What they promise to a
+// client of the library is tested in ready_scenarios_driver_test.cpp.
+
+namespace orb::sim {
+namespace {
+
+using namespace std::chrono_literals;
+using std::chrono::milliseconds;
+using test::readyScenario;
+using test::SimulatedClient;
+using ::testing::AllOf;
+using ::testing::ElementsAre;
+using ::testing::EndsWith;
+using ::testing::Ge;
+using ::testing::HasSubstr;
+using ::testing::Le;
+using ::testing::Not;
+
+constexpr std::uint16_t kQueryUpdateRate = 0x1000;
+constexpr std::uint16_t kUpdateRate = 0x8600;
+constexpr std::uint16_t kQueryGpsTime = 0x6420;
+constexpr std::uint16_t kGpsTime = 0x648E;
+constexpr std::uint16_t kNavigationData = 0xA800;
+
+std::vector<std::string> names() {
+  std::vector<std::string> names;
+  for (const auto& entry : std::filesystem::directory_iterator(ORB_SIM_SCENARIOS)) {
+    names.push_back(entry.path().filename().string());
+  }
+  std::sort(names.begin(), names.end());
+  return names;
+}
+
+std::string text(const Bytes& bytes) { return {bytes.begin(), bytes.end()}; }
+
+std::size_t countOf(const std::string& part, const std::string& text) {
+  std::size_t count = 0;
+  for (auto at = text.find(part); at != std::string::npos; at = text.find(part, at + 1)) {
+    ++count;
+  }
+  return count;
+}
+
+TEST(ReadyScenarios, AreTheseAndEachSaysInASentenceWhatItShows) {
+  // A scenario that is added needs a test of what it promises.
+  ASSERT_THAT(names(), ElementsAre("chatty-nmea.toml", "cold-start.toml", "flaky-cable.toml",
+                                   "healthy.toml", "noisy-line.toml", "old-firmware.toml",
+                                   "silent.toml", "slow-uart.toml", "wrong-module.toml"));
+  for (const std::string& name : names()) {
+    const std::string description =
+        loadScenario(std::string(ORB_SIM_SCENARIOS) + '/' + name).description;
+    EXPECT_THAT(description, AllOf(EndsWith("."), Not(HasSubstr(". ")))) << name;
+  }
+}
+
+/// What a device says in five seconds to a client that asks it two things.
+Bytes fiveSecondsOf(const Scenario& scenario) {
+  ScenarioDevice device(scenario);
+  Bytes said = device.receive(frame(kQueryUpdateRate));
+  append(said, device.receive(frame(kQueryGpsTime)));
+  append(said, SimulatedClient(device).listen(5s));
+  return said;
+}
+
+TEST(HealthyScenario, IsTheDeviceThatNobodyHasDescribed) {
+  const Bytes said = fiveSecondsOf(readyScenario("healthy"));
+  EXPECT_EQ(countOf("$GNRMC", text(said)), 5);
+  EXPECT_EQ(said, fiveSecondsOf(Scenario{}));
+}
+
+TEST(ColdStartScenario, SaysNothingForTwoSeconds) {
+  ScenarioDevice device(readyScenario("cold-start"));
+  SimulatedClient client(device);
+  EXPECT_FALSE(client.ask(kQueryUpdateRate, kUpdateRate, 1s));
+  EXPECT_EQ(client.listen(999ms), Bytes{});
+  client.listen(1ms);
+  EXPECT_TRUE(client.ask(kQueryUpdateRate, kUpdateRate));
+}
+
+TEST(ColdStartScenario, KnowsNeitherTimeNorPlaceForAnotherHalfMinute) {
+  constexpr std::size_t kFixMode = 0;
+  constexpr std::size_t kValid = 12;
+  ScenarioDevice device(readyScenario("cold-start"));
+  SimulatedClient client(device);
+  client.listen(2s);
+  while (client.now() < 31s) {
+    const auto navigation = client.await(kNavigationData, 1100ms);
+    ASSERT_TRUE(navigation);
+    EXPECT_EQ(navigation->body().at(kFixMode), 0) << client.now().count() << " ms";
+    const auto time = client.ask(kQueryGpsTime, kGpsTime);
+    ASSERT_TRUE(time);
+    EXPECT_EQ(time->body().at(kValid), 0) << client.now().count() << " ms";
+  }
+  client.listen(33s - client.now());
+  const auto navigation = client.await(kNavigationData, 1100ms);
+  ASSERT_TRUE(navigation);
+  EXPECT_EQ(navigation->body().at(kFixMode), 3) << "3D with corrections";
+  const auto time = client.ask(kQueryGpsTime, kGpsTime);
+  ASSERT_TRUE(time);
+  EXPECT_EQ(time->body().at(kValid), 7);
+}
+
+/// Whether each of so many queries is answered, by a client that asks once.
+std::vector<bool> answersOf(const Scenario& scenario, std::size_t queries) {
+  ScenarioDevice device(scenario);
+  SimulatedClient client(device);
+  std::vector<bool> answers;
+  for (std::size_t i = 0; i < queries; ++i) {
+    answers.push_back(client.ask(kQueryUpdateRate, kUpdateRate).has_value());
+  }
+  return answers;
+}
+
+/// How often a client has to ask at most, who asks again until there is an answer.
+std::ptrdiff_t mostTries(const std::vector<bool>& answers) {
+  std::ptrdiff_t most = 0;
+  for (auto at = answers.begin(); at != answers.end();) {
+    const auto answer = std::find(at, answers.end(), true);
+    most = std::max(most, answer - at + 1);
+    at = answer == answers.end() ? answer : answer + 1;
+  }
+  return most;
+}
+
+TEST(FlakyCableScenario, FailsAClientThatAsksOnceEveryFifthTimeOrSo) {
+  constexpr std::size_t kQueries = 600;
+  const std::vector<bool> answers = answersOf(readyScenario("flaky-cable"), kQueries);
+  const auto failures = std::count(answers.begin(), answers.end(), false);
+  EXPECT_THAT(failures, AllOf(Ge(kQueries / 6), Le(kQueries / 4)));
+  EXPECT_THAT(std::vector<bool>(answers.begin(), answers.begin() + 3),
+              ElementsAre(true, true, true))
+      << "a client's first exchanges succeed";
+}
+
+TEST(FlakyCableScenario, FailsTheSameQueriesInEveryRun) {
+  EXPECT_EQ(answersOf(readyScenario("flaky-cable"), 100),
+            answersOf(readyScenario("flaky-cable"), 100));
+}
+
+TEST(FlakyCableScenario, AnswersAClientThatTriesFourTimesWhateverTheSeed) {
+  Scenario scenario = readyScenario("flaky-cable");
+  for (scenario.seed = 0; scenario.seed < 20; ++scenario.seed) {
+    EXPECT_LE(mostTries(answersOf(scenario, 400)), 4) << "seed " << scenario.seed;
+  }
+}
+
+TEST(SlowUartScenario, IsNearlyFilledAt9600Baud) {
+  constexpr std::size_t kBytesASecond = 960;
+  ScenarioDevice device(readyScenario("slow-uart"));
+  SimulatedClient client(device);
+  client.listen(10s);
+  for (int second = 0; second < 20; ++second) {
+    const std::size_t count = client.listen(1s).size();
+    EXPECT_LE(count, kBytesASecond);
+    EXPECT_GE(count, kBytesASecond * 9 / 10);
+  }
+}
+
+TEST(SlowUartScenario, CanTakeMoreThanASecondForAnAnswer) {
+  ScenarioDevice device(readyScenario("slow-uart"));
+  SimulatedClient client(device);
+  milliseconds longest{0};
+  for (int i = 0; i < 100; ++i) {
+    client.listen(370ms);
+    const milliseconds asked = client.now();
+    ASSERT_TRUE(client.ask(kQueryUpdateRate, kUpdateRate, 5s));
+    const milliseconds taken = client.now() - asked;
+    EXPECT_GE(taken, 120ms);
+    longest = std::max(longest, taken);
+  }
+  EXPECT_GT(longest, 1s);
+  EXPECT_LT(longest, 2s);
+}
+
+TEST(ChattyNmeaScenario, SendsSentencesTenTimesASecondFromTheStart) {
+  ScenarioDevice device(readyScenario("chatty-nmea"));
+  const std::string output = text(SimulatedClient(device).listen(3s));
+  for (const char* sentence : {"GGA", "GLL", "RMC", "VTG", "ZDA"}) {
+    EXPECT_EQ(countOf(std::string("$GN") + sentence, output), 30) << sentence;
+  }
+  EXPECT_GT(countOf("GSA,", output), 30);
+  EXPECT_GT(countOf("GSV,", output), 30);
+}
+
+TEST(ChattyNmeaScenario, PutsABurstInFrontOfEverySecondAnswer) {
+  ScenarioDevice device(readyScenario("chatty-nmea"));
+  EXPECT_EQ(countOf("$", text(device.receive(frame(kQueryUpdateRate)))), 20);
+  EXPECT_EQ(countOf("$", text(device.receive(frame(kQueryUpdateRate)))), 0);
+}
+
+TEST(SilentScenario, NeverSaysAByte) {
+  ScenarioDevice device(readyScenario("silent"));
+  SimulatedClient client(device);
+  EXPECT_FALSE(client.ask(kQueryUpdateRate, kUpdateRate, 10s));
+  EXPECT_EQ(device.tick(24h), Bytes{});
+}
+
+}  // namespace
+}  // namespace orb::sim
