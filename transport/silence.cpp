@@ -1,7 +1,5 @@
 #include "transport/silence.h"
 
-#include <sched.h>
-
 #include <ctime>
 
 namespace orb {
@@ -9,8 +7,7 @@ namespace orb {
 void Silence::pause() {
   const std::chrono::nanoseconds duration = nextSleep();
   if (duration == std::chrono::nanoseconds::zero()) {
-    ++timesGivenWay_;
-    sched_yield();
+    ++looks_;
     return;
   }
   timespec request{};

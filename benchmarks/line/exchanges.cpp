@@ -28,7 +28,6 @@ constexpr double kMedian = 0.5;
 
 Row rowOf(const Blocks& times, double share, Row row) {
   const std::vector<double> ratios = times.ratios(share);
-  row.unit = "us";
   row.value = Blocks::medianQuantile(times.work, share);
   row.limit = Blocks::medianQuantile(times.limit, share);
   row.ratio = orb::bench::median(ratios);
@@ -37,28 +36,33 @@ Row rowOf(const Blocks& times, double share, Row row) {
 }
 
 std::vector<Row> queryAtOnce() {
-  const FarEnd farEnd(orb::bench::kMasksReply);
+  const FarEnd farEnd({{0xA0, orb::bench::kMasksReply}});
   const Blocks times = orb::bench::compare([&] { orb::bench::queryByLibrary(farEnd.tty()); },
                                            [&] { orb::bench::queryByBareLoop(farEnd.tty()); },
                                            kBlocks, kPairsPerBlock);
-  return {
-      rowOf(
-          times, kMedian,
-          {.work = "query-p50", .title = "query over a pty, answered at once, p50", .bound = 1.3}),
-      rowOf(times, 0.99,
-            {.work = "query-p99", .title = "query over a pty, answered at once, p99", .bound = 2})};
+  return {rowOf(times, kMedian,
+                {.work = "query-p50",
+                 .title = "query over a pty, answered at once, p50",
+                 .unit = "us",
+                 .bound = 1.3}),
+          rowOf(times, 0.99,
+                {.work = "query-p99",
+                 .title = "query over a pty, answered at once, p99",
+                 .unit = "us",
+                 .bound = 2})};
 }
 
-// The registers 0 to 2 of slave 1 hold 1, 2 and 3. Query and answer are as long as those of the
+constexpr unsigned char kSlave = 1;
+// Its registers 0 to 2 hold 1, 2 and 3. Query and answer are as long as those of the
 // receiver's masks.
-const Bytes kRegistersReply{0x01, 0x03, 0x06, 0x00, 0x01, 0x00, 0x02, 0x00, 0x03, 0xFD, 0x74};
+const Bytes kRegistersReply{kSlave, 0x03, 0x06, 0x00, 0x01, 0x00, 0x02, 0x00, 0x03, 0xFD, 0x74};
 
 /// A client of libmodbus.
 class Modbus {
  public:
   explicit Modbus(const std::string& tty)
       : context_(modbus_new_rtu(tty.c_str(), 115200, 'N', 8, 1), modbus_free) {
-    check(context_ == nullptr ? -1 : modbus_set_slave(context_.get(), 1));
+    check(context_ == nullptr ? -1 : modbus_set_slave(context_.get(), kSlave));
   }
 
   void connect() { check(modbus_connect(context_.get())); }
@@ -82,11 +86,10 @@ class Modbus {
 };
 
 std::vector<Row> againstModbus() {
-  const FarEnd receiver(orb::bench::kMasksReply);
-  const FarEnd slave(kRegistersReply);
-  const auto query = [&] { orb::bench::queryByLibrary(receiver.tty()); };
+  const FarEnd farEnd({{0xA0, orb::bench::kMasksReply}, {kSlave, kRegistersReply}});
+  const auto query = [&] { orb::bench::queryByLibrary(farEnd.tty()); };
 
-  Modbus connecting(slave.tty());
+  Modbus connecting(farEnd.tty());
   const Blocks whole = orb::bench::compare(
       query,
       [&] {
@@ -96,7 +99,7 @@ std::vector<Row> againstModbus() {
       },
       kBlocks, kPairsPerBlock);
 
-  Modbus open(slave.tty());
+  Modbus open(farEnd.tty());
   open.connect();
   const Blocks kept = orb::bench::compare(
       query, [&] { open.read(); }, kBlocks, kPairsPerBlock);
@@ -105,10 +108,12 @@ std::vector<Row> againstModbus() {
   return {rowOf(whole, kMedian,
                 {.work = "modbus-connecting",
                  .title = "libmodbus RTU, connecting each time, p50",
+                 .unit = "us",
                  .bound = 1}),
           rowOf(kept, kMedian,
                 {.work = "modbus-open",
                  .title = "libmodbus RTU, keeping the port open, p50",
+                 .unit = "us",
                  .bound = 1})};
 }
 

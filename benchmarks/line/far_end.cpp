@@ -1,13 +1,8 @@
 #include "line/far_end.h"
 
-#include <fcntl.h>
-#include <pty.h>
 #include <sched.h>
-#include <termios.h>
 #include <unistd.h>
 
-#include <cerrno>
-#include <system_error>
 #include <utility>
 
 namespace orb::bench {
@@ -30,22 +25,8 @@ void waitUntil(FarEnd::Clock::time_point due) {
 
 }  // namespace
 
-FarEnd::FarEnd(Bytes answer) : answer_(std::move(answer)) {
-  termios raw{};
-  cfmakeraw(&raw);
-  cfsetspeed(&raw, B115200);
-  int master = -1;
-  int slave = -1;
-  char name[64];
-  if (openpty(&master, &slave, name, &raw, nullptr) != 0) {
-    throw std::system_error(errno, std::generic_category(), "openpty");
-  }
-  master_ = {master, "the pty's master"};
-  slave_ = {slave, "the pty's slave"};
-  tty_ = name;
-  fcntl(master, F_SETFL, O_NONBLOCK);
-  thread_ = std::thread([this] { serve(); });
-}
+FarEnd::FarEnd(std::map<unsigned char, Bytes> answers)
+    : answers_(std::move(answers)), thread_([this] { serve(); }) {}
 
 FarEnd::~FarEnd() {
   stopping_ = true;
@@ -53,10 +34,10 @@ FarEnd::~FarEnd() {
 }
 
 void FarEnd::serve() {
+  unsigned char query[kQueryLength];
   unsigned long received = 0;
   while (!stopping_) {
-    unsigned char query[kQueryLength];
-    const ssize_t count = read(master_.get(), query, kQueryLength - received);
+    const ssize_t count = read(pty_.master.get(), query + received, kQueryLength - received);
     if (count <= 0) {
       sched_yield();
       continue;
@@ -64,18 +45,19 @@ void FarEnd::serve() {
     received += static_cast<unsigned long>(count);
     if (received == kQueryLength) {
       received = 0;
-      answer();
+      answer(query[0]);
     }
   }
 }
 
-void FarEnd::answer() {
+void FarEnd::answer(unsigned char first) {
+  const Bytes& bytes = answers_.at(first);
   const std::chrono::nanoseconds delay = delay_;
   if (delay > std::chrono::nanoseconds::zero()) {
     waitUntil(Clock::now() + delay);
   }
   answeredAt_ = Clock::now();
-  if (write(master_.get(), answer_.data(), answer_.size()) < 0) {
+  if (write(pty_.master.get(), bytes.data(), bytes.size()) < 0) {
     // The near end misses its answer, and says so.
   }
 }

@@ -2,18 +2,19 @@
 
 #include <atomic>
 #include <chrono>
+#include <map>
 #include <string>
 #include <thread>
 #include <vector>
 
-#include "simulator/line/owned_descriptor.h"
+#include "line/raw_pty.h"
 
 namespace orb::bench {
 
 using Bytes = std::vector<unsigned char>;
 
-/// A pty, and at its far end a thread that answers every query of kQueryLength bytes with the same
-/// bytes.
+/// A pty, and at its far end a thread that answers: to each query of kQueryLength bytes it gives
+/// the answer that belongs to the query's first byte.
 ///
 /// The thread never sleeps while it waits for a query, so that what is measured is the near end. It
 /// gives way between its looks: the kernel's own thread, which carries the bytes over, would
@@ -24,13 +25,13 @@ class FarEnd {
 
   static constexpr unsigned long kQueryLength = 8;
 
-  explicit FarEnd(Bytes answer);
+  explicit FarEnd(std::map<unsigned char, Bytes> answers);
   FarEnd(const FarEnd&) = delete;
   FarEnd& operator=(const FarEnd&) = delete;
   ~FarEnd();
 
   /// The device to open.
-  const std::string& tty() const { return tty_; }
+  const std::string& tty() const { return pty_.tty; }
 
   /// From the next query on, answers so long after it.
   void answerAfter(std::chrono::nanoseconds delay) { delay_ = delay; }
@@ -40,12 +41,10 @@ class FarEnd {
 
  private:
   void serve();
-  void answer();
+  void answer(unsigned char first);
 
-  const Bytes answer_;
-  sim::OwnedDescriptor master_;
-  sim::OwnedDescriptor slave_;  // held, so that the pty outlives the near end's descriptors
-  std::string tty_;
+  const std::map<unsigned char, Bytes> answers_;
+  RawPty pty_;
   std::atomic<std::chrono::nanoseconds> delay_{std::chrono::nanoseconds::zero()};
   std::atomic<Clock::time_point> answeredAt_{};
   std::atomic<bool> stopping_{false};

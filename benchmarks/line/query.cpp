@@ -8,8 +8,6 @@
 #include <memory>
 #include <stdexcept>
 
-#include "orb-gnss/serial_channel.h"
-
 namespace orb::bench {
 
 namespace {
@@ -17,9 +15,6 @@ namespace {
 constexpr ORBMessageMsgValue kQueryMasks = 0x2F00;
 constexpr ORBMessageMsgValue kMasks = 0xB000;
 constexpr int kTimeoutSeconds = 5;
-
-constexpr unsigned char kQueryMasksPacket[] = {0xA0, 0xA1, 0x00, 0x01, 0x2F, 0x2F, 0x0D, 0x0A};
-static_assert(sizeof kQueryMasksPacket == FarEnd::kQueryLength);
 
 void expectAnswer(bool isRight) {
   if (!isRight) {
@@ -29,14 +24,23 @@ void expectAnswer(bool isRight) {
 
 }  // namespace
 
+const Bytes kMasksQuery{0xA0, 0xA1, 0x00, 0x01, 0x2F, 0x2F, 0x0D, 0x0A};
 const Bytes kMasksReply{0xA0, 0xA1, 0x00, 0x04, 0xB0, 0x01, 0x05, 0x14, 0xA0, 0x0D, 0x0A};
 
-void queryByLibrary(const std::string& tty) {
-  orbIO channel(tty);
+void LibraryQuery::send() {
   ORBMessage query(kQueryMasks, 1, nullptr);
-  expectAnswer(channel.SendMessage(&query) == 0);
-  const std::unique_ptr<ORBMessage> reply(channel.ReceiveMessage(kMasks, kTimeoutSeconds));
+  expectAnswer(channel_.SendMessage(&query) == 0);
+}
+
+void LibraryQuery::receive() {
+  const std::unique_ptr<ORBMessage> reply(channel_.ReceiveMessage(kMasks, kTimeoutSeconds));
   expectAnswer(reply != nullptr && reply->getPayloadData()[3] == 0x14);
+}
+
+void queryByLibrary(const std::string& tty) {
+  LibraryQuery query(tty);
+  query.send();
+  query.receive();
 }
 
 void queryByBareLoop(const std::string& tty) {
@@ -47,7 +51,7 @@ void queryByBareLoop(const std::string& tty) {
   settings.c_cflag &= ~static_cast<tcflag_t>(CRTSCTS | CSTOPB);
   tcflush(fd, TCIOFLUSH);
   tcsetattr(fd, TCSANOW, &settings);
-  ssize_t written = write(fd, kQueryMasksPacket, sizeof kQueryMasksPacket);
+  ssize_t written = write(fd, kMasksQuery.data(), kMasksQuery.size());
   fsync(fd);
   unsigned char reply[1024];
   unsigned long received = 0;

@@ -3,14 +3,29 @@
 #include <string>
 
 #include "line/far_end.h"
+#include "orb-gnss/serial_channel.h"
 
 namespace orb::bench {
 
-/// The answer to the query of the elevation and carrier-to-noise ratio masks.
+/// The query of the elevation and carrier-to-noise ratio masks, and its answer.
+extern const Bytes kMasksQuery;
 extern const Bytes kMasksReply;
 
-/// Asks for the masks by way of the library: opens, sends, receives, closes. Throws
-/// std::runtime_error where the answer is another.
+/// A query by way of the library. Throws std::runtime_error where it is not sent or the answer is
+/// another.
+class LibraryQuery {
+ public:
+  /// Opens the device.
+  explicit LibraryQuery(const std::string& tty) : channel_(tty) {}
+
+  void send();
+  void receive();
+
+ private:
+  orbIO channel_;
+};
+
+/// The whole of it: opens, sends, receives, closes.
 void queryByLibrary(const std::string& tty);
 
 /// The least that the same can cost: the system calls, and a loop that reads till all is there.

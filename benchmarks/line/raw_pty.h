@@ -1,0 +1,19 @@
+#pragma once
+
+#include <string>
+
+#include "simulator/line/owned_descriptor.h"
+
+namespace orb::bench {
+
+/// A pty whose tty is raw. Reads and writes at its far end do not wait.
+struct RawPty {
+  /// Throws std::system_error where the system gives none.
+  RawPty();
+
+  sim::OwnedDescriptor master;
+  sim::OwnedDescriptor slave;  ///< held, so that the pty outlives the near end's descriptors
+  std::string tty;             ///< the device to open
+};
+
+}  // namespace orb::bench
