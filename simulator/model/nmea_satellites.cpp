@@ -2,17 +2,25 @@
 
 #include <algorithm>
 #include <cmath>
+#include <iterator>
+#include <numeric>
+#include <string_view>
 
+#include "model/fix.h"
 #include "model/nmea_format.h"
 #include "model/satellites.h"
 
 namespace orb::sim {
 namespace {
 
+// As many as one sentence has room for.
+constexpr std::size_t kSatellitesOfGsa = 12;
+constexpr std::size_t kSatellitesOfGsv = 4;
+
 /// How sentences name a constellation and number its satellites, so that no number stands for two.
 struct Naming {
   Constellation constellation;
-  const char* talker;
+  std::string_view talker;
   int offset;  ///< of the satellites' numbers
 };
 
@@ -22,6 +30,8 @@ constexpr Naming kNamings[] = {
     {Constellation::Galileo, "GA", 300}, {Constellation::Beidou, "GB", 200},
 };
 
+constexpr std::string_view kTalkers[] = {"GP", "GL", "GQ", "GA", "GB"};
+
 std::vector<Satellite> only(Constellation constellation, const std::vector<Satellite>& all) {
   std::vector<Satellite> members;
   std::copy_if(
@@ -30,22 +40,22 @@ std::vector<Satellite> only(Constellation constellation, const std::vector<Satel
   return members;
 }
 
-/// Calls `use` with the satellites from `first` to before `last`, so many at a time.
-template <typename Use>
-void inGroups(const std::vector<Satellite>& satellites, std::size_t size, Use use) {
-  for (std::size_t first = 0; first < satellites.size(); first += size) {
-    const std::size_t last = std::min(first + size, satellites.size());
-    use(std::vector<Satellite>(satellites.begin() + static_cast<std::ptrdiff_t>(first),
-                               satellites.begin() + static_cast<std::ptrdiff_t>(last)));
+/// Calls `use` with the items, at most `size` at a time.
+template <typename Item, typename Use>
+void inGroups(const std::vector<Item>& items, std::size_t size, Use use) {
+  for (std::size_t first = 0; first < items.size(); first += size) {
+    const std::size_t last = std::min(first + size, items.size());
+    use(std::vector<Item>(items.begin() + static_cast<std::ptrdiff_t>(first),
+                          items.begin() + static_cast<std::ptrdiff_t>(last)));
   }
 }
 
 std::string gsaSentence(const Navigation& navigation, const std::string& talker,
                         const std::vector<Satellite>& satellites, int offset) {
-  constexpr std::size_t kPlaces = 12;
-  constexpr std::uint8_t kLongestMode = 2;  // differential fixes are 3D fixes here
-  std::string fields = talker + format("GSA,A,%d", 1 + std::min(navigation.fixMode, kLongestMode));
-  for (std::size_t place = 0; place < kPlaces; ++place) {
+  // A differential fix is a 3D fix here.
+  const int dimensions = 1 + std::min(navigation.fixMode, std::uint8_t{kFixIn3d});
+  std::string fields = talker + format("GSA,A,%d", dimensions);
+  for (std::size_t place = 0; place < kSatellitesOfGsa; ++place) {
     fields += ",";
     fields += place < satellites.size() ? format("%02d", offset + satellites[place].number) : "";
   }
@@ -62,13 +72,25 @@ std::string gsvEntry(const Satellite& satellite, int offset) {
   return place + (satellite.cnr == 0 ? "" : format("%02d", satellite.cnr));
 }
 
+/// The entries of all satellites that a talker speaks for.
+std::vector<std::string> gsvEntries(const std::vector<Satellite>& inView, std::string_view talker) {
+  std::vector<std::string> entries;
+  for (const Naming& naming : kNamings) {
+    if (naming.talker == talker) {
+      for (const Satellite& satellite : only(naming.constellation, inView)) {
+        entries.push_back(gsvEntry(satellite, naming.offset));
+      }
+    }
+  }
+  return entries;
+}
+
 }  // namespace
 
 std::string gsaSentences(const Solution& solution, const std::string& talker) {
-  constexpr std::size_t kSatellitesOfASentence = 12;
   std::string sentences;
   for (const Naming& naming : kNamings) {
-    inGroups(only(naming.constellation, solution.used), kSatellitesOfASentence,
+    inGroups(only(naming.constellation, solution.used), kSatellitesOfGsa,
              [&](const std::vector<Satellite>& group) {
                sentences += gsaSentence(solution.navigation, talker, group, naming.offset);
              });
@@ -77,20 +99,16 @@ std::string gsaSentences(const Solution& solution, const std::string& talker) {
 }
 
 std::string gsvSentences(const State& state) {
-  constexpr std::size_t kSatellitesOfASentence = 4;
   const std::vector<Satellite> inView = satellitesInView(state);
   std::string sentences;
-  for (const Naming& naming : kNamings) {
-    const std::vector<Satellite> members = only(naming.constellation, inView);
-    const std::size_t count = (members.size() + 3) / kSatellitesOfASentence;
+  for (const std::string_view talker : kTalkers) {
+    const std::vector<std::string> entries = gsvEntries(inView, talker);
+    const std::size_t count = (entries.size() + kSatellitesOfGsv - 1) / kSatellitesOfGsv;
     std::size_t number = 0;
-    inGroups(members, kSatellitesOfASentence, [&](const std::vector<Satellite>& group) {
-      std::string fields =
-          naming.talker + format("GSV,%zu,%zu,%02zu", count, ++number, members.size());
-      for (const Satellite& satellite : group) {
-        fields += gsvEntry(satellite, naming.offset);
-      }
-      sentences += nmeaSentence(fields);
+    inGroups(entries, kSatellitesOfGsv, [&](const std::vector<std::string>& group) {
+      const std::string head =
+          std::string(talker) + format("GSV,%zu,%zu,%02zu", count, ++number, entries.size());
+      sentences += nmeaSentence(std::accumulate(group.begin(), group.end(), head));
     });
   }
   return sentences.empty() ? nmeaSentence("GPGSV,1,1,00") : sentences;

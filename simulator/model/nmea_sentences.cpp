@@ -2,15 +2,12 @@
 
 #include <cmath>
 
+#include "model/fix.h"
 #include "model/nmea_format.h"
 #include "model/nmea_satellites.h"
 
 namespace orb::sim {
 namespace {
-
-// Kinds of fix.
-constexpr std::uint8_t kNoFix = 0;
-constexpr std::uint8_t kDifferentialFix = 3;
 
 /// What a sentence is made from.
 struct Report {

@@ -1,5 +1,7 @@
 #include "model/pulses.h"
 
+#include "model/fix.h"
+
 namespace orb::sim {
 
 std::uint32_t alignment(const State& state) {
@@ -12,7 +14,7 @@ std::optional<Pulses> State::pulses() const {
   constexpr std::uint8_t kWithSatellite = 2;
   constexpr double kCableDelaysPerNanosecond = 100;
   const Navigation now = solution();
-  const bool held = (ppsOutput.mode == kWithFix && now.fixMode == 0) ||
+  const bool held = (ppsOutput.mode == kWithFix && now.fixMode == kNoFix) ||
                     (ppsOutput.mode == kWithSatellite && now.satellites == 0);
   if (held || startup.silence > std::chrono::milliseconds{0}) {
     return std::nullopt;

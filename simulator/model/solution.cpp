@@ -4,7 +4,7 @@
 #include <cmath>
 #include <iterator>
 
-#include "model/dilution.h"
+#include "model/fix.h"
 #include "model/motion.h"
 #include "model/satellites.h"
 #include "model/survey.h"
@@ -13,8 +13,6 @@ namespace orb::sim {
 namespace {
 
 using std::chrono::milliseconds;
-
-enum FixMode : std::uint8_t { kNoFix, kFixIn2d, kFixIn3d, kDifferentialFix };
 
 constexpr std::uint16_t kUnknownDop = 9990;  // also the largest that is reported
 
@@ -33,36 +31,25 @@ void setDops(Navigation& navigation, const Dilution& dilution) {
                      hundredths(dilution.time)};
 }
 
-bool passes(const DopMask& mask, const Dilution& dilution) {
-  const std::array<double, 3> dops{dilution.position, dilution.horizontal, dilution.geometric};
-  return mask.mode == 0 || std::equal(dops.begin(), dops.end(), mask.limits.begin(),
-                                      [](double dop, int limit) { return dop * 10 <= limit; });
-}
-
-/// The fix that so many satellites and the masks allow.
-void fixFrom(const std::vector<Satellite>& used, bool corrected, const State& state,
-             Navigation& navigation) {
-  const FixNavMask& mask = state.fixNavMask;
-  const bool flatFixWillDo = (state.startup.hasHadFix ? mask.second : mask.first) != 0;
-  std::optional<Dilution> dilution = dilutionIn3d(used);
-  FixMode mode = corrected ? kDifferentialFix : kFixIn3d;
-  if (!dilution && flatFixWillDo) {
-    dilution = dilutionIn2d(used);
-    mode = kFixIn2d;
-  }
-  if (state.runningTimingMode() == TimingMode::Static && !used.empty()) {
-    // The place is known, and one satellite tells the time.
-    setDops(navigation, dilution ? *dilution : dilutionOfTime(used));
-    navigation.fixMode = corrected ? kDifferentialFix : kFixIn3d;
-  } else if (dilution && passes(state.dopMask, *dilution)) {
-    setDops(navigation, *dilution);
-    navigation.fixMode = mode;
+/// Finds the fix and the satellites that it is made of.
+void fix(const State& state, Solution& solution) {
+  dropFix(solution.navigation);
+  const std::vector<Satellite> heard = satellitesHeard(state);
+  std::vector<Satellite> ranging;
+  std::copy_if(heard.begin(), heard.end(), std::back_inserter(ranging), isRanging);
+  if (const auto fix = fixFrom(ranging, state)) {
+    const bool corrected = fix->mode == kFixIn3d && ranging.size() != heard.size();
+    solution.navigation.fixMode = corrected ? kDifferentialFix : fix->mode;
+    solution.navigation.satellites = static_cast<std::uint8_t>(ranging.size());
+    setDops(solution.navigation, fix->dilution);
+    solution.used = std::move(ranging);
   }
 }
 
 bool isOnEarth(const Timing& timing) {
+  constexpr float kHighest = 1e6F;  // metres
   return std::abs(timing.latitude) <= 90 && std::abs(timing.longitude) <= 180 &&
-         std::abs(timing.altitude) <= 1e6F;
+         std::abs(timing.altitude) <= kHighest;
 }
 
 void setPlace(Navigation& navigation, const Place& place) {
@@ -81,7 +68,13 @@ void forgetPlace(Navigation& navigation) {
   navigation.meanSeaLevelAltitude = 0;
 }
 
-/// The place and the motion that the timing mode makes of those of the antenna.
+void followAntenna(const State& state, Solution& solution) {
+  const Motion motion = antennaMotion(state);
+  setPlace(solution.navigation, motion.place);
+  solution.velocity = motion.velocity;
+}
+
+/// Finds the place, which the timing mode may hold.
 void locate(const State& state, Solution& solution) {
   const TimingMode mode = state.runningTimingMode();
   const Timing& timing = state.timing;
@@ -90,24 +83,8 @@ void locate(const State& state, Solution& solution) {
   } else if (mode == TimingMode::AutoSurvey && solution.navigation.fixMode != kNoFix) {
     setPlace(solution.navigation, surveyedPlace(state, solution.navigation));
   } else {
-    const Motion motion = antennaMotion(state);
-    setPlace(solution.navigation, motion.place);
-    solution.velocity = motion.velocity;
+    followAntenna(state, solution);
   }
-}
-
-Solution solveFromSky(const State& state) {
-  Solution solution{state.navigation, {}, {}};
-  dropFix(solution.navigation);
-  const std::vector<Satellite> heard = satellitesHeard(state);
-  std::copy_if(heard.begin(), heard.end(), std::back_inserter(solution.used), isRanging);
-  fixFrom(solution.used, solution.used.size() != heard.size(), state, solution.navigation);
-  if (solution.navigation.fixMode == kNoFix) {
-    solution.used.clear();
-  }
-  solution.navigation.satellites = static_cast<std::uint8_t>(solution.used.size());
-  locate(state, solution);
-  return solution;
 }
 
 Solution solveAsGiven(const State& state) {
@@ -116,10 +93,15 @@ Solution solveAsGiven(const State& state) {
     dropFix(solution.navigation);
   }
   if (!state.track.waypoints.empty()) {
-    const Motion motion = antennaMotion(state);
-    setPlace(solution.navigation, motion.place);
-    solution.velocity = motion.velocity;
+    followAntenna(state, solution);
   }
+  return solution;
+}
+
+Solution solveFromSky(const State& state) {
+  Solution solution{state.navigation, {}, {}};
+  fix(state, solution);
+  locate(state, solution);
   return solution;
 }
 

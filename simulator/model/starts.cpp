@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "model/fix.h"
 #include "model/survey.h"
 
 namespace orb::sim {
@@ -38,7 +39,7 @@ void continueStart(State& state, milliseconds elapsed) {
   startup.silence -= std::min(startup.silence, elapsed);
   startup.untilFix -= std::min(startup.untilFix, elapsed);
   const bool waitsForFix = !startup.hasHadFix || startup.cold;
-  if (waitsForFix && state.solution().fixMode != 0) {
+  if (waitsForFix && state.solution().fixMode != kNoFix) {
     startup.hasHadFix = true;
     startup.cold = false;
   }

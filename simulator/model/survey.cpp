@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "model/fix.h"
 #include "model/motion.h"
 
 namespace orb::sim {
@@ -30,7 +31,7 @@ void continueSurvey(State& state, milliseconds elapsed) {
     return;
   }
   const Navigation fix = state.solution();
-  if (fix.fixMode == 0) {
+  if (fix.fixMode == kNoFix) {
     return;
   }
   const milliseconds length = std::chrono::seconds{state.timing.surveyLength};

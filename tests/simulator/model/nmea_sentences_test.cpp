@@ -133,11 +133,10 @@ TEST(NmeaSentences, ListTheSatellitesInViewUnderTheirOwnTalkers) {
   state.nmeaIntervals = only(2);
   EXPECT_EQ(
       sentences(state),
-      nmeaSentence("GPGSV,2,1,06,01,10,060,40,02,20,120,40,03,30,180,40,04,40,240,40") +
-          nmeaSentence("GPGSV,2,2,06,05,50,300,40,06,60,000,40") +
-          nmeaSentence("GPGSV,1,1,01,35,30,160,38") + nmeaSentence("GLGSV,1,1,01,88,33,000,41") +
-          nmeaSentence("GQGSV,1,1,01,193,66,300,") + nmeaSentence("GAGSV,1,1,01,336,44,100,42") +
-          nmeaSentence("GBGSV,1,1,01,237,55,200,43"));
+      nmeaSentence("GPGSV,2,1,07,01,10,060,40,02,20,120,40,03,30,180,40,04,40,240,40") +
+          nmeaSentence("GPGSV,2,2,07,05,50,300,40,06,60,000,40,35,30,160,38") +
+          nmeaSentence("GLGSV,1,1,01,88,33,000,41") + nmeaSentence("GQGSV,1,1,01,193,66,300,") +
+          nmeaSentence("GAGSV,1,1,01,336,44,100,42") + nmeaSentence("GBGSV,1,1,01,237,55,200,43"));
 }
 
 TEST(NmeaSentences, ListTheSatellitesInUseConstellationByConstellation) {
