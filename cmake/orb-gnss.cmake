@@ -35,6 +35,13 @@ add_library(orb-gnss SHARED
   transport/silence.cpp)
 add_library(orb-gnss::orb-gnss ALIAS orb-gnss)
 
+# Only protocol/ and transport/ see every byte of the line. The rest runs once a command, waits for
+# the line most of the time, and is built for size.
+get_target_property(sources orb-gnss SOURCES)
+list(FILTER sources EXCLUDE REGEX "^(protocol|transport)/")
+set_source_files_properties(${sources} PROPERTIES
+  COMPILE_OPTIONS "$<$<CONFIG:Release,RelWithDebInfo>:-Os>")
+
 target_include_directories(orb-gnss
   PUBLIC
     $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include>
@@ -48,7 +55,7 @@ set(ORB_GNSS_VERSION_SCRIPT ${PROJECT_SOURCE_DIR}/cmake/orb-gnss.map)
 target_link_options(orb-gnss PRIVATE LINKER:--version-script=${ORB_GNSS_VERSION_SCRIPT})
 # The library calls its own functions without a detour. Those of the platform library are not its
 # own: whoever provides them is called.
-target_link_options(orb-gnss PRIVATE LINKER:-Bsymbolic-functions)
+target_link_options(orb-gnss PRIVATE LINKER:-Bsymbolic-functions LINKER:--hash-style=gnu)
 if(NOT ORB_SANITIZE)
   target_link_options(orb-gnss PRIVATE LINKER:--no-undefined)
 endif()
