@@ -68,4 +68,12 @@ std::optional<std::uint16_t> messageNamed(std::string_view name) {
   return std::nullopt;
 }
 
+std::vector<std::string_view> messageNames() {
+  std::vector<std::string_view> names;
+  for (const NamedMessage& message : kMessages) {
+    names.push_back(message.name);
+  }
+  return names;
+}
+
 }  // namespace orb::sim

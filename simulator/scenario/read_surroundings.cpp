@@ -22,7 +22,7 @@ struct Numbering {
 constexpr Word<Numbering> kConstellations[] = {
     {"gps", {Constellation::Gps, 32}},         {"glonass", {Constellation::Glonass, 28}},
     {"galileo", {Constellation::Galileo, 36}}, {"beidou", {Constellation::Beidou, 63}},
-    {"qzss", {Constellation::Qzss, 10}},       {"sbas", {Constellation::Sbas, 39}},
+    {"qzss", {Constellation::Qzss, 10}},       {"sbas", {Constellation::Sbas, 32}},
 };
 
 constexpr std::int64_t kMostSatellites = 63;

@@ -203,7 +203,7 @@ azimuth = 359
 cnr = 0
 [[satellite]]
 constellation = "sbas"
-number = 39
+number = 32
 )")
                                          .state.sky;
   ASSERT_EQ(sky.size(), 2);
