@@ -90,6 +90,19 @@ CLI::App* addSubcommand(CLI::App& app, const std::string& name, const std::strin
   return subcommand;
 }
 
+CLI::Option* addOption(CLI::App& subcommand, const std::string& name, const std::string& type,
+                       const std::string& description,
+                       const std::function<void(const std::string& value)>& take) {
+  const auto named = [name, take](const std::string& value) {
+    try {
+      take(value);
+    } catch (const CLI::ValidationError& error) {
+      throw CLI::ValidationError(name, error.what());
+    }
+  };
+  return subcommand.add_option_function<std::string>(name, named, description)->type_name(type);
+}
+
 int execute(int argc, char** argv) {
   Invocation invocation;
   CLI::App app(kDescription, kProgram);
@@ -109,6 +122,9 @@ int execute(int argc, char** argv) {
   if (!invocation.action) {
     std::cerr << kProgram << ": a subcommand is missing\n\n" << app.help();
     return kExitOwnFailure;
+  }
+  if (!invocation.command.empty() && !invocation.takesCommand) {
+    throw Failure(app.get_subcommands().front()->get_name() + " takes no COMMAND");
   }
   return invocation.action();
 }

@@ -1,7 +1,10 @@
 #pragma once
 
 #include <CLI/CLI.hpp>
+#include <charconv>
+#include <cstdint>
 #include <functional>
+#include <limits>
 #include <string>
 #include <vector>
 
@@ -11,14 +14,32 @@ namespace orb::sim {
 struct Invocation {
   std::function<int()> action;  ///< what the subcommand does; returns the exit status
 
-  /// What follows "--": a COMMAND and its arguments, for the subcommands that take one.
+  /// What follows "--": a COMMAND and its arguments.
   std::vector<std::string> command;
+  bool takesCommand = false;  ///< whether the subcommand takes one
 };
 
 /// Adds a subcommand. `usage` is what follows "orb-sim NAME" in its help; of the description, the
 /// first line stands in the help of orb-sim itself as well.
 CLI::App* addSubcommand(CLI::App& app, const std::string& name, const std::string& usage,
                         const std::string& description);
+
+/// A whole number that the user has written. Throws CLI::ValidationError where it is none, or too
+/// large.
+template <typename Number>
+Number wholeNumber(const std::string& text) {
+  Number number{};
+  const char* const end = text.data() + text.size();
+  const auto [last, error] = std::from_chars(text.data(), end, number);
+  if (error == std::errc{} && last == end) return number;
+  throw CLI::ValidationError(text + " is not a whole number from 0 to " +
+                             std::to_string(std::numeric_limits<Number>::max()));
+}
+
+/// An option whose value `take` gets; what it throws as CLI::ValidationError is said of the option.
+CLI::Option* addOption(CLI::App& subcommand, const std::string& name, const std::string& type,
+                       const std::string& description,
+                       const std::function<void(const std::string& value)>& take);
 
 // Each subcommand is a file of its own. Where it is asked for, it sets the invocation's action.
 void addRun(CLI::App& app, Invocation& invocation);

@@ -6,17 +6,34 @@ namespace orb::sim {
 
 namespace fs = std::filesystem;
 
+namespace {
+
+/// What keeps a link from being made; empty for nothing.
+std::string obstacle(const std::string& text) {
+  const fs::path link = fs::absolute(text);
+  std::error_code ignored;
+  if (!fs::is_directory(link.parent_path(), ignored)) {
+    return "there is no folder " + link.parent_path().string();
+  }
+  const fs::file_status there = fs::symlink_status(link, ignored);
+  const bool isInTheWay = fs::exists(there) && !fs::is_symlink(there);
+  return isInTheWay ? text + " is there already, and no symbolic link" : "";
+}
+
+}  // namespace
+
 CLI::Option* addLinkOption(CLI::App& subcommand, fs::path& link) {
   return subcommand
       .add_option("--link", link,
                   "Where clients find the line: a symbolic link, which replaces one of that name\n"
                   "and goes at the end")
-      ->type_name("PATH");
+      ->type_name("PATH")
+      ->check(obstacle);
 }
 
 void announceLine(const fs::path& link, const std::string& tty) {
   const std::string place = fs::absolute(link).lexically_normal();
-  std::cout << "orb-sim: the line is at " << place << ", which points to " << tty << '\n'
+  std::cout << "orb-sim: the line is at " << place << ", which now points to " << tty << '\n'
             << "orb-sim: for one program, without any rights: orb-sim run --tty " << place
             << " -- COMMAND\n"
             << "orb-sim: for all of your programs, once, as root: ln -s " << place

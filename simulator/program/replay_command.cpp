@@ -61,6 +61,7 @@ void addReplay(CLI::App& app, Invocation& invocation) {
   subcommand->add_flag("--fast", options->fast,
                        "Answers come at once, not with their recorded delays");
   subcommand->callback([options, &invocation] {
+    invocation.takesCommand = true;
     invocation.action = [options, &invocation] { return replay(*options, invocation.command); };
   });
 }

@@ -36,6 +36,7 @@ void addRun(CLI::App& app, Invocation& invocation) {
                   "Leaves the log and identity files in this folder, and makes it if need be")
       ->type_name("DIR");
   run->callback([options, &invocation] {
+    invocation.takesCommand = true;
     invocation.action = [options, &invocation] {
       if (invocation.command.empty()) {
         throw Failure("COMMAND is missing; write it behind --, as in: orb-sim run -- ./client");

@@ -4,6 +4,7 @@
 #include <chrono>
 #include <cstdio>
 
+#include "program/command_line.h"
 #include "program/scenario_folder.h"
 
 namespace orb::sim {
@@ -62,6 +63,11 @@ Edit revision(const std::string& text) {
       };
 }
 
+Edit seed(const std::string& text) {
+  return
+      [number = wholeNumber<std::uint64_t>(text)](Scenario& scenario) { scenario.seed = number; };
+}
+
 Edit hardwareId(const std::string& text) {
   return [text](Scenario& scenario) { scenario.hardwareId = text; };
 }
@@ -71,14 +77,8 @@ Edit hardwareId(const std::string& text) {
 CLI::Option* ScenarioOptions::addEdit(CLI::App& subcommand, const std::string& name,
                                       const std::string& type, const std::string& description,
                                       Edit (*read)(const std::string& value)) {
-  const auto take = [this, name, read](const std::string& value) {
-    try {
-      edits_.push_back(read(value));
-    } catch (const CLI::ValidationError& error) {
-      throw CLI::ValidationError(name, error.what());
-    }
-  };
-  return subcommand.add_option_function<std::string>(name, take, description)->type_name(type);
+  return addOption(subcommand, name, type, description,
+                   [this, read](const std::string& value) { edits_.push_back(read(value)); });
 }
 
 CLI::Option* ScenarioOptions::addFlag(CLI::App& subcommand, const std::string& name,
@@ -92,8 +92,7 @@ void ScenarioOptions::addReceiverOptions(CLI::App& subcommand) {
       .add_option("--scenario", name_,
                   "The circumstances: a name that orb-sim scenarios lists, or a file")
       ->type_name("NAME|FILE");
-  subcommand.add_option("--seed", seed_, "Decides all that the scenario leaves to chance")
-      ->type_name("N");
+  addEdit(subcommand, "--seed", "N", "Decides all that the scenario leaves to chance", seed);
   silent_ = addFlag(subcommand, "--silent",
                     "The receiver never sends a byte: a client's first query waits for ever",
                     [](Scenario& scenario) { scenario.presence = Scenario::Presence::Silent; });
@@ -118,7 +117,6 @@ void ScenarioOptions::addDeviceOptions(CLI::App& subcommand) {
 
 Scenario ScenarioOptions::scenario() const {
   Scenario scenario = name_.empty() ? Scenario{} : loadScenario(scenarioFile(name_));
-  if (seed_) scenario.seed = *seed_;
   for (const Edit& edit : edits_) edit(scenario);
   return scenario;
 }

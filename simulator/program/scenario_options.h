@@ -1,9 +1,7 @@
 #pragma once
 
 #include <CLI/CLI.hpp>
-#include <cstdint>
 #include <functional>
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -34,7 +32,6 @@ class ScenarioOptions {
                        const std::string& description, const Edit& edit);
 
   std::string name_;
-  std::optional<std::uint64_t> seed_;
   CLI::Option* silent_ = nullptr;
   std::vector<Edit> edits_;
 };

@@ -60,10 +60,10 @@ void addServe(CLI::App& app, Invocation& invocation) {
       addSubcommand(app, "serve", "--link PATH [--tcp PORT] [OPTIONS]", kDescription);
   const auto options = std::make_shared<Options>();
   addLinkOption(*subcommand, options->link);
-  subcommand
-      ->add_option("--tcp", options->tcpPort,
-                   "Offers the line on this port of 127.0.0.1 as well, or alone; 0: any free one")
-      ->type_name("PORT");
+  addOption(
+      *subcommand, "--tcp", "PORT",
+      "Offers the line on this port of 127.0.0.1 as well, or alone; 0: any free one",
+      [options](const std::string& text) { options->tcpPort = wholeNumber<std::uint16_t>(text); });
   options->scenario.addReceiverOptions(*subcommand);
   subcommand->callback(
       [options, &invocation] { invocation.action = [options] { return serve(*options); }; });

@@ -50,13 +50,16 @@ fs::path linkLibrary(const fs::path& folder) {
   return link;
 }
 
-/// The registers of the port expander on the I2C bus, as when its supply comes on.
-fs::path makeI2cRegisters(const fs::path& files) {
+/// Makes the I2C bus, a link to the registers of its port expander, which are as when its supply
+/// comes on. The registers themselves are for people to look at.
+fs::path makeI2cBus(const fs::path& files, const fs::path& folder) {
   const fs::path registers = files / "i2c-registers.txt";
   std::ofstream stream(registers, std::ios::binary);
   stream << RegisterText(PortExpander()).view();
   if (!stream.flush()) throw Failure("cannot write " + registers.string());
-  return registers;
+  const fs::path bus = folder / kI2cBus;
+  fs::create_symlink(registers, bus);
+  return bus;
 }
 
 std::string escaped(const std::string& path) {
@@ -73,7 +76,7 @@ std::string escaped(const std::string& path) {
 SimulatedDevice::SimulatedDevice(const RunOptions& options, const fs::path& folder)
     : folder_(folder),
       files_(makeFilesFolder(options, folder)),
-      i2cRegisters_(makeI2cRegisters(files_)),
+      i2cBus_(makeI2cBus(files_, folder)),
       library_(linkLibrary(folder)),
       tty_(options.tty.empty() ? folder / kLineName : fs::absolute(options.tty)),
       receiver_(makeReceiver(options)),
@@ -87,7 +90,7 @@ SimulatedDevice::~SimulatedDevice() = default;
 std::string SimulatedDevice::pathMap() const {
   // What is not simulated is not there: a mapped path with nothing behind it.
   std::string map = "/dev/tty_gps=" + escaped(tty_);
-  map += std::string(":/dev/") + kI2cBus + "=" + escaped(i2cRegisters_);
+  map += std::string(":/dev/") + kI2cBus + "=" + escaped(i2cBus_);
   for (const fs::path file : kWrittenFiles) {
     map += ":" + file.string() + "=" + escaped(files_ / file.filename());
   }
@@ -100,7 +103,7 @@ std::vector<std::string> SimulatedDevice::variablesFor(const fs::path& file) con
   const char* const others = std::getenv("LD_PRELOAD");
   if (others != nullptr && *others != '\0') libraries += std::string(":") + others;
   return {"LD_PRELOAD=" + libraries, "ORB_SIM_PATHS=" + pathMap(),
-          "ORB_SIM_I2C=" + i2cRegisters_.string(), "DBUS_SYSTEM_BUS_ADDRESS=" + busAddress_};
+          "ORB_SIM_I2C=" + i2cBus_.string(), "DBUS_SYSTEM_BUS_ADDRESS=" + busAddress_};
 }
 
 }  // namespace orb::sim

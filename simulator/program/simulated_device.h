@@ -26,8 +26,8 @@ class SimulatedDevice {
   std::string pathMap() const;
 
   const std::filesystem::path folder_;
-  const std::filesystem::path files_;  ///< where the log and identity files are
-  const std::filesystem::path i2cRegisters_;
+  const std::filesystem::path files_;    ///< where the log and identity files are
+  const std::filesystem::path i2cBus_;   ///< as the preloaded library takes it
   const std::filesystem::path library_;  ///< a link, whose path LD_PRELOAD can take
   const std::filesystem::path tty_;      ///< what COMMAND finds at /dev/tty_gps
   std::unique_ptr<Device> receiver_;

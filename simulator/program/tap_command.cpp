@@ -60,10 +60,9 @@ void addTap(CLI::App& app, Invocation& invocation) {
       ->add_option("--trace", options->trace,
                    "Records all bytes in this file, for orb-sim replay and decode")
       ->type_name("FILE");
-  subcommand
-      ->add_option("--baud", options->baud,
-                   "The receiver's speed; without it, DEVICE keeps its own")
-      ->type_name("N");
+  addOption(
+      *subcommand, "--baud", "N", "The receiver's speed; without it, DEVICE keeps its own",
+      [options](const std::string& text) { options->baud = wholeNumber<unsigned int>(text); });
   subcommand->callback(
       [options, &invocation] { invocation.action = [options] { return tap(*options); }; });
 }
