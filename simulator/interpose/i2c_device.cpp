@@ -23,7 +23,7 @@ namespace {
 constexpr std::uintptr_t kLastAddress = 0x7F;
 constexpr std::uintptr_t kLastLongAddress = 0x3FF;
 
-char registersPath[PATH_MAX];
+char busPath[PATH_MAX];
 
 /// What an open descriptor of the device has: the address that its reads and writes go to, whether
 /// that is a ten-bit one, and the access mode it was opened with.
@@ -77,7 +77,7 @@ int asSystemCall(int result) noexcept {
 /// Calls `use(expander)` while no other process uses the bus.
 template <typename Use>
 int onBus(Use use) noexcept {
-  SharedRegisters registers(registersPath);
+  SharedRegisters registers(busPath);
   if (registers.error() < 0) return registers.error();
   const int result = use(registers.expander());
   // A transfer that fails half-way has done its first half.
@@ -155,20 +155,20 @@ int control(int descriptor, const OpenState& state, unsigned long request,
 
 }  // namespace
 
-void setI2cBus(std::string_view registers) noexcept {
-  if (registers.size() >= sizeof registersPath) endProcess("the path of the I2C bus is too long");
-  std::memcpy(registersPath, registers.data(), registers.size());
-  registersPath[registers.size()] = '\0';
+void setI2cBus(std::string_view bus) noexcept {
+  if (bus.size() >= sizeof busPath) endProcess("the path of the I2C bus is too long");
+  std::memcpy(busPath, bus.data(), bus.size());
+  busPath[bus.size()] = '\0';
 }
 
 bool isI2cDevice(const char* path) noexcept {
-  return path != nullptr && registersPath[0] != '\0' && std::strcmp(path, registersPath) == 0;
+  return path != nullptr && busPath[0] != '\0' && std::strcmp(path, busPath) == 0;
 }
 
 int openI2cDevice(int flags) noexcept {
   if ((flags & O_DIRECTORY) != 0) return asSystemCall(-ENOTDIR);
   if ((flags & O_CREAT) != 0 && (flags & O_EXCL) != 0) return asSystemCall(-EEXIST);
-  if (systemCall(SYS_faccessat, AT_FDCWD, registersPath, R_OK | W_OK) < 0) return -1;
+  if (systemCall(SYS_faccessat, AT_FDCWD, busPath, R_OK | W_OK) < 0) return -1;
   const int type = SOCK_SEQPACKET | ((flags & O_CLOEXEC) != 0 ? SOCK_CLOEXEC : 0) |
                    ((flags & O_NONBLOCK) != 0 ? SOCK_NONBLOCK : 0);
   const int descriptor = socket(AF_UNIX, type, 0);

@@ -16,8 +16,9 @@
 
 namespace orb::sim {
 
-/// Makes the file `registers` the bus; a path that is mapped to it is the bus's device.
-void setI2cBus(std::string_view registers) noexcept;
+/// Makes `bus` the bus: a link to the file of its registers, so that the device, which every path
+/// that is mapped to the link is, and the file can both be used by their names.
+void setI2cBus(std::string_view bus) noexcept;
 
 /// Whether `path`, after mapping, is the device.
 bool isI2cDevice(const char* path) noexcept;
