@@ -1,0 +1,13 @@
+#!/bin/sh
+# Fails when a library is larger than so many KiB once it is stripped.
+#   check_size.sh LIBRARY KIBIBYTES
+set -eu
+library=$1 kibibytes=$2
+
+stripped=$(mktemp)
+trap 'rm -f "$stripped"' EXIT
+strip -o "$stripped" "$library"
+size=$(stat --format=%s "$stripped")
+
+echo "$size bytes of $((kibibytes * 1024))"
+[ "$size" -gt 0 ] && [ "$size" -le $((kibibytes * 1024)) ]

@@ -1,0 +1,109 @@
+"""Counts the instructions of the library's works with callgrind and compares them with budgets.
+
+usage: count_instructions.py BUDGETS COMPILER PROGRAM LIBRARY OTHER_LIBRARY...
+
+PROGRAM does the works (counted_works.cpp) and loads the libraries, which have the names by which it
+does so. Of each work, the instructions within LIBRARY count, and the calls that lead out of it, to
+allocate memory included: what other libraries do in these calls is not ours and differs from
+machine to machine. BUDGETS is a TOML file, COMPILER selects its column.
+"""
+
+import collections
+import os
+import pathlib
+import re
+import subprocess
+import sys
+import tempfile
+import tomllib
+
+DEFINITION = re.compile(r"(c?(?:ob|fn))=\((\d+)\)(?: (.*))?")
+CALLS = re.compile(r"calls=(\d+)")
+COST = re.compile(r"[+*\d-][^ ]* (\d+)$")
+TRIGGER = re.compile(r"desc: Trigger: Client Request: (.*)")
+
+
+class Profile:
+    """What one dump of callgrind says of one library."""
+
+    def __init__(self, dump, library):
+        self.work = None
+        self.instructions = 0
+        self.calls_out = collections.Counter()
+        self._names = {"ob": {}, "fn": {}}
+        self._read(dump, library)
+
+    def _name(self, kind, number, name):
+        names = self._names[kind[-2:]]
+        if name is not None:
+            names[number] = name
+        return names[number]
+
+    def _read(self, dump, library):
+        here = {}
+        calls = 0
+        for line in dump.read_text().splitlines():
+            if definition := DEFINITION.match(line):
+                here[definition[1]] = self._name(*definition.groups())
+                if definition[1] == "ob":
+                    here.pop("cob", None)
+            elif call := CALLS.match(line):
+                calls = int(call[1])
+            elif cost := COST.match(line):
+                caller = here["ob"]
+                if not calls:
+                    self.instructions += int(cost[1]) if caller == library else 0
+                    continue
+                if caller == library and here.get("cob", caller) != library:
+                    self.calls_out[here["cfn"]] += calls
+                calls = 0
+                here.pop("cob", None)
+            elif trigger := TRIGGER.match(line):
+                self.work = trigger[1]
+
+
+def copy_without_debug_information(file, folder):
+    """Callgrind cannot read what some compilers write, and needs none of it."""
+    subprocess.run(["strip", "--strip-debug", "-o", folder / file.name, file], check=True)
+    return folder / file.name
+
+
+def profiles(program, library, others):
+    with tempfile.TemporaryDirectory() as name:
+        folder = pathlib.Path(name)
+        program, library, *_ = [
+            copy_without_debug_information(file, folder) for file in (program, library, *others)]
+        run = subprocess.run(
+            ["valgrind", "--tool=callgrind", "--instr-atstart=no",
+             f"--callgrind-out-file={folder / 'callgrind'}", program],
+            env=os.environ | {"LD_LIBRARY_PATH": name},
+            stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True)
+        if run.returncode != 0:
+            sys.exit(run.stdout)
+        dumps = [Profile(dump, str(library)) for dump in folder.glob("callgrind.*")]
+    return {profile.work: profile for profile in dumps if profile.work}
+
+
+def main():
+    compiler = sys.argv[2]
+    budgets_file, program, library, *others = map(pathlib.Path, sys.argv[1:2] + sys.argv[3:])
+    budgets = tomllib.loads(budgets_file.read_text())
+    counted = profiles(program, library, others)
+    if set(budgets) != set(counted):
+        sys.exit(f"works with a budget: {sorted(budgets)}\nworks counted: {sorted(counted)}")
+
+    failed = False
+    for work, columns in budgets.items():
+        budget, profile = columns[compiler], counted[work]
+        calls = sum(profile.calls_out.values())
+        within = (0 < profile.instructions <= budget["instructions"]) and calls <= budget["calls"]
+        failed |= not within
+        print(f"{work:22} {profile.instructions:7} instructions of {budget['instructions']:7}, "
+              f"{calls:4} calls of {budget['calls']:4}  {'' if within else 'OUTSIDE'}")
+        for name, times in profile.calls_out.items():
+            print(f"{'':22}   {times} x {name}")
+    return 1 if failed else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())
