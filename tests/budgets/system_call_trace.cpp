@@ -1,0 +1,80 @@
+#include "system_call_trace.h"
+
+#include <chrono>
+#include <regex>
+#include <sstream>
+#include <stdexcept>
+
+#include "marks.h"
+#include "support/child_process.h"
+#include "support/temporary_folder.h"
+
+namespace orb::test {
+
+namespace {
+
+using orb::testing::ChildProcess;
+using orb::testing::readFile;
+using orb::testing::TemporaryFolder;
+
+// "ioctl(5, TCFLSH, TCIOFLUSH) = 0": the name, and the second argument. Other devices have given a
+// second name to some requests: "SNDCTL_TMR_START or TCSETS".
+const std::regex& callPattern() {
+  static const std::regex pattern(R"(^(\w+)\((?:[^,)]*, (?:\w+ or )?(\w+))?.*$)");
+  return pattern;
+}
+
+bool isWaiting(const std::string& line) {
+  static const std::regex pattern(R"(^read\(.*= -1 EAGAIN.*|^clock_nanosleep\(.*)");
+  return std::regex_match(line, pattern);
+}
+
+// The C library asks for the settings in their older or newer form.
+std::string withoutForm(std::string request) {
+  if (request.ends_with('2')) {
+    request.pop_back();
+  }
+  return request;
+}
+
+std::string nameOf(const std::string& line) {
+  std::smatch call;
+  if (!std::regex_match(line, call, callPattern())) {
+    throw std::runtime_error("strace wrote: " + line);
+  }
+  return call[1] == "ioctl" ? "ioctl " + withoutForm(call[2]) : call[1].str();
+}
+
+std::string traceOf(const std::string& program) {
+  const TemporaryFolder folder;
+  const std::string trace = folder / "trace";
+  ChildProcess strace({"strace", "-qq", "-e", "signal=none", "-o", trace, program},
+                      folder / "output");
+  if (strace.wait(std::chrono::seconds(30)) != 0) {
+    throw std::runtime_error("under strace: " + strace.output());
+  }
+  return readFile(trace);
+}
+
+}  // namespace
+
+std::vector<std::vector<std::string>> tracedCalls(const std::string& program) {
+  const std::string begin = "write(" + std::to_string(kMarkDescriptor) + ", \"<\"";
+  const std::string end = "write(" + std::to_string(kMarkDescriptor) + ", \">\"";
+  std::vector<std::vector<std::string>> stretches;
+  bool isInside = false;
+  std::istringstream trace(traceOf(program));
+  for (std::string line; std::getline(trace, line);) {
+    if (line.starts_with(begin)) {
+      stretches.emplace_back();
+      isInside = true;
+    } else if (line.starts_with(end)) {
+      isInside = false;
+    } else if (isInside && !isWaiting(line)) {
+      stretches.back().push_back(nameOf(line));
+    }
+  }
+  return stretches;
+}
+
+}  // namespace orb::test

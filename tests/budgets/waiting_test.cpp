@@ -1,0 +1,132 @@
+// What waiting for a reply costs, in looks and wake-ups; sleeping takes no real time here.
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cstring>
+#include <stdexcept>
+
+#include "../transport/channel_values.h"
+#include "../transport/pty.h"
+#include "../transport/tty_calls.h"
+#include "simulated_sleep.h"
+#include "support/allocations.h"
+#include "support/captured_output.h"
+#include "support/wall_clock.h"
+
+namespace {
+
+using namespace orb::test;
+using namespace std::chrono_literals;
+using std::chrono::nanoseconds;
+
+/// A line on which the reply comes when the waiting thread has slept for long enough.
+class Waiting : public testing::Test {
+ protected:
+  /// Waits for the reply; returns how late it was seen.
+  nanoseconds lateness(nanoseconds delay) {
+    orbIO channel(pty_.path());
+    const SimulatedSleep sleep;
+    looks_ = 0;
+    calls_.read = [&](int, void* buffer, std::size_t) -> ssize_t {
+      if (++looks_ > kTooManyLooks) {
+        throw std::runtime_error("the wait spins");
+      }
+      if (sleep.slept() < delay) {
+        errno = EAGAIN;
+        return -1;
+      }
+      std::memcpy(buffer, kAck.data(), kAck.size());
+      return static_cast<ssize_t>(kAck.size());
+    };
+    EXPECT_EQ(receive(channel, 0x8300), kAck);
+    wakeUps_ = sleep.sleeps();
+    otherCalls_ = sleep.otherCalls();
+    return sleep.slept() - delay;
+  }
+
+  static constexpr int kTooManyLooks = 5000;
+
+  Pty pty_;
+  TtyCalls calls_{pty_.path()};
+  WallClock clock_;
+  int looks_ = 0;
+  int wakeUps_ = 0;
+  int otherCalls_ = 0;
+};
+
+TEST_F(Waiting, SeldomWakesUpInASecondOfSilence) {
+  lateness(1s);
+  EXPECT_LE(wakeUps_, 310);
+  EXPECT_GE(wakeUps_, 250) << "no sleep is longer than 4 ms";
+}
+
+TEST_F(Waiting, WakesUpLessOftenOnALineThatStaysSilent) {
+  lateness(1s);
+  const int inTheFirstSecond = wakeUps_;
+  lateness(3s);
+  EXPECT_LE(wakeUps_ - inTheFirstSecond, 170) << "12 ms each";
+}
+
+TEST_F(Waiting, LooksAtOnceABoundedNumberOfTimesAndThenOncePerSleep) {
+  for (const nanoseconds delay : {nanoseconds(1), nanoseconds(20ms), nanoseconds(1s)}) {
+    lateness(delay);
+    EXPECT_LE(looks_ - wakeUps_, 65);
+  }
+}
+
+TEST_F(Waiting, SeesAReplyThatIsNearlyThereWithoutSleeping) {
+  lateness(0ns);
+  EXPECT_EQ(looks_, 1);
+  EXPECT_EQ(wakeUps_, 0);
+}
+
+TEST_F(Waiting, SeesAReplyLateByASmallPartOfItsDelay) {
+  for (nanoseconds delay = 1us; delay < 1s; delay += delay / 16 + 1us) {
+    const nanoseconds most = std::min<nanoseconds>(std::max<nanoseconds>(300us, delay / 12), 4ms);
+    EXPECT_LE(lateness(delay), most) << delay.count() << " ns";
+  }
+}
+
+TEST_F(Waiting, NeitherPollsNorLooksAtTheClock) {
+  clock_.passSeconds({0});
+  lateness(3s);
+  EXPECT_EQ(otherCalls_, 0);
+  EXPECT_EQ(clock_.readings(), 1) << "when the wait starts";
+}
+
+// Text that comes in byte by byte, as it does at 115200 baud, while no reply comes.
+TEST_F(Waiting, CostsNoMoreOnALineThatIsNeverQuiet) {
+  constexpr nanoseconds kTimeOfByte = nanoseconds(1s) / 11520;
+  const CapturedOutput standardError(STDERR_FILENO);
+  orbIO channel(pty_.path());
+  const SimulatedSleep sleep;
+  unsigned long taken = 0;
+  int rounds = 0;
+  calls_.read = [&](int, void* buffer, std::size_t size) -> ssize_t {
+    if (++looks_ > kTooManyLooks) {
+      throw std::runtime_error("the wait spins");
+    }
+    const auto sent = static_cast<unsigned long>(sleep.slept() / kTimeOfByte);
+    const unsigned long count = std::min<unsigned long>(sent - taken, size);
+    if (count == 0) {
+      errno = EAGAIN;
+      return -1;
+    }
+    std::memset(buffer, '$', count);
+    taken += count;
+    ++rounds;
+    if (sleep.slept() >= 5s) {
+      clock_.passSeconds({5});
+    }
+    return static_cast<ssize_t>(count);
+  };
+  const ReleasedBlocks released;
+  EXPECT_EQ(receive(channel, 0x8300, 5), kNothing);
+  EXPECT_LE(sleep.sleeps(), 310 + 4 * 84);
+  EXPECT_GT(rounds, 300);
+  EXPECT_LT(released.count(), 5u) << "a round that finds nothing allocates nothing";
+}
+
+}  // namespace
