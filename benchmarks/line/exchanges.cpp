@@ -5,6 +5,7 @@
 
 #include <cerrno>
 #include <memory>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -22,8 +23,8 @@ using orb::bench::Bytes;
 using orb::bench::FarEnd;
 using orb::bench::Row;
 
-constexpr int kBlocks = 31;
-constexpr int kPairsPerBlock = 200;
+constexpr int kBlocks = 21;
+constexpr int kPairsPerBlock = 150;
 constexpr double kMedian = 0.5;
 
 Row rowOf(const Blocks& times, double share, Row row) {
@@ -87,34 +88,37 @@ class Modbus {
 
 std::vector<Row> againstModbus() {
   const FarEnd farEnd({{0xA0, orb::bench::kMasksReply}, {kSlave, kRegistersReply}});
+  const auto compare = [](const auto& work, const auto& limit, const char* name, const char* title,
+                          std::optional<double> bound) {
+    const Blocks times = orb::bench::compare(work, limit, kBlocks, kPairsPerBlock);
+    return rowOf(times, kMedian, {.work = name, .title = title, .unit = "us", .bound = bound});
+  };
   const auto query = [&] { orb::bench::queryByLibrary(farEnd.tty()); };
 
   Modbus connecting(farEnd.tty());
-  const Blocks whole = orb::bench::compare(
-      query,
-      [&] {
-        connecting.connect();
-        connecting.read();
-        connecting.close();
-      },
-      kBlocks, kPairsPerBlock);
+  const auto connectAndRead = [&] {
+    connecting.connect();
+    connecting.read();
+    connecting.close();
+  };
+  const Row whole = compare(query, connectAndRead, "modbus-connecting",
+                            "query to libmodbus RTU that connects each time, p50", 1);
 
   Modbus open(farEnd.tty());
   open.connect();
-  const Blocks kept = orb::bench::compare(
-      query, [&] { open.read(); }, kBlocks, kPairsPerBlock);
-  open.close();
+  const auto read = [&] { open.read(); };
+  const Row opening = compare(query, read, "modbus-open",
+                              "query to libmodbus RTU that keeps the port open, p50", 1);
 
-  return {rowOf(whole, kMedian,
-                {.work = "modbus-connecting",
-                 .title = "libmodbus RTU, connecting each time, p50",
-                 .unit = "us",
-                 .bound = 1}),
-          rowOf(kept, kMedian,
-                {.work = "modbus-open",
-                 .title = "libmodbus RTU, keeping the port open, p50",
-                 .unit = "us",
-                 .bound = 1})};
+  orb::bench::LibraryQuery channel(farEnd.tty());
+  const auto queryOnly = [&] {
+    channel.send();
+    channel.receive();
+  };
+  const Row kept = compare(queryOnly, read, "modbus-both-open",
+                           "query to libmodbus RTU, both keep the port open, p50", 1);
+  open.close();
+  return {whole, opening, kept};
 }
 
 const orb::bench::Work kWorks[] = {{"query", queryAtOnce}, {"modbus", againstModbus}};
