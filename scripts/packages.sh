@@ -6,10 +6,13 @@ ORB_BUILD_PACKAGES="g++ cmake ninja-build pkg-config libsystemd-dev libtomlplusp
 
 # What testing it takes besides.
 ORB_TEST_PACKAGES="bash binutils clang dbus-bin diffutils libclang-rt-dev libgmock-dev libgtest-dev
-  libtinyxml2-dev locales procps python3 python3-nmea2 valgrind"
+  libtinyxml2-dev locales procps python3 python3-nmea2 strace valgrind"
 
 # What the benchmark takes besides building the product.
 ORB_BENCH_PACKAGES="libbenchmark-dev libmodbus-dev nlohmann-json3-dev python3"
+
+# What drawing its figures takes besides.
+ORB_PLOT_PACKAGES="python3-matplotlib"
 
 is_installed() {
   [ "$(dpkg-query --show --showformat='${db:Status-Status}' "$1" 2>/dev/null)" = installed ]
