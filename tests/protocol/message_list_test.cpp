@@ -4,10 +4,12 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <deque>
 #include <initializer_list>
 #include <iostream>
 #include <memory>
 #include <new>
+#include <random>
 #include <type_traits>
 #include <vector>
 
@@ -83,6 +85,37 @@ TEST(MessageList, KeepsTheOrderOfWhatIsLeft) {
   for (ORBMessage* const expected : {oldest, newest}) {
     const std::unique_ptr<ORBMessage> taken(list.getMessage());
     EXPECT_EQ(taken.get(), expected);
+  }
+}
+
+TEST(MessageList, AgreesWithAPlainQueueWhateverTheOrderOfItsUse) {
+  std::minstd_rand random;
+  const auto choose = [&random](unsigned int choices) { return (random() >> 8) % choices; };
+  std::deque<ORBMessage*> queue;  // newest first
+  ORBMessageList list;
+  for (int step = 0; step < 20000; ++step) {
+    const unsigned int additions = step % 2000 < 1000 ? 5 : 2;  // in ten: it grows, then shrinks
+    const unsigned int choice = choose(10);
+    if (choice < additions) {
+      queue.push_front(choose(2) == 0 ? acknowledgement() : refusal());
+      list.AddMessage(queue.front());
+    } else if (choice < 8) {
+      const std::unique_ptr<ORBMessage> oldest(list.getMessage());
+      ASSERT_EQ(oldest.get(), queue.empty() ? nullptr : queue.back());
+      if (oldest != nullptr) {
+        queue.pop_back();
+      }
+    } else {
+      const auto newest = std::find_if(queue.begin(), queue.end(), [](const ORBMessage* message) {
+        return message->getMsgSidId() == 0x8400;
+      });
+      const std::unique_ptr<ORBMessage> refused(list.findFirstOfMessage(0x8400));
+      ASSERT_EQ(refused.get(), newest == queue.end() ? nullptr : *newest);
+      if (refused != nullptr) {
+        queue.erase(newest);
+      }
+    }
+    ASSERT_EQ(list.isEmpty(), queue.empty());
   }
 }
 
