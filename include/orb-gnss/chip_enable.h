@@ -26,8 +26,9 @@ class ORB_GNSS_EXPORT BrdOrbChipInterface : public OrbChipEnableInterface {
   int resetOrbChip() override;
 
   /// Makes the supply's pin an output, for any `state`, and drives it for "ON" and "OFF". Other
-  /// pins keep their state. Returns 0, also where the bus cannot be opened or the expander does not
-  /// answer; 1 for another word. What the platform classes throw is passed on.
+  /// pins keep their state, unless the expander takes a write after it has failed a read: then they
+  /// become outputs that are off. Returns 0, also where the bus cannot be opened or the expander
+  /// does not answer; 1 for another word. What the platform classes throw is passed on.
   int antennaPowerEnable(std::string state) override;
 };
 
