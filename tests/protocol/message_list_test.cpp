@@ -90,12 +90,12 @@ TEST(MessageList, KeepsTheOrderOfWhatIsLeft) {
 
 TEST(MessageList, AgreesWithAPlainQueueWhateverTheOrderOfItsUse) {
   std::minstd_rand random;
-  const auto choose = [&random](unsigned int choices) { return (random() >> 8) % choices; };
+  const auto choose = [&random](unsigned long choices) { return (random() >> 8) % choices; };
   std::deque<ORBMessage*> queue;  // newest first
   ORBMessageList list;
   for (int step = 0; step < 20000; ++step) {
-    const unsigned int additions = step % 2000 < 1000 ? 5 : 2;  // in ten: it grows, then shrinks
-    const unsigned int choice = choose(10);
+    const unsigned long additions = step % 2000 < 1000 ? 7 : 2;  // in ten: it grows, then shrinks
+    const unsigned long choice = choose(10);
     if (choice < additions) {
       queue.push_front(choose(2) == 0 ? acknowledgement() : refusal());
       list.AddMessage(queue.front());
