@@ -39,9 +39,10 @@ std::optional<double> secondsOf(std::string_view text) {
 }
 
 std::optional<std::int64_t> wholeUnits(double seconds, double unit) {
-  constexpr double kTolerance = 1e-6;  // the binary fractions of what is written in decimal
   const double units = seconds / unit;
-  if (std::abs(units) > kMostUnits || std::abs(units - std::round(units)) > kTolerance) {
+  // What is whole in decimal is nearly so in binary.
+  const double tolerance = 1e-6 + 1e-12 * std::abs(units);
+  if (std::abs(units) > kMostUnits || std::abs(units - std::round(units)) > tolerance) {
     return std::nullopt;
   }
   return std::llround(units);

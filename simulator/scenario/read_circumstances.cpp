@@ -1,5 +1,4 @@
 #include <chrono>
-#include <limits>
 #include <string>
 
 #include "scenario/readers.h"

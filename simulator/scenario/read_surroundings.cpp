@@ -54,7 +54,7 @@ void refusePlace(Section& position) {
   }
 }
 
-/// What a waypoint leaves out is as at the one before.
+/// A waypoint without an altitude is as high as the one before.
 void readWaypoint(Section& waypoint, const Navigation& start, std::vector<Waypoint>& waypoints) {
   Waypoint point;
   point.altitude = waypoints.empty() ? start.ellipsoidAltitude / kCentimetresPerMetre
@@ -64,7 +64,7 @@ void readWaypoint(Section& waypoint, const Navigation& start, std::vector<Waypoi
   waypoint.number("latitude", point.latitude, -90, 90);
   waypoint.number("longitude", point.longitude, -180, 180);
   waypoint.number("altitude", point.altitude, kLowest, kHighest);
-  if (!waypoints.empty() && point.at <= waypoints.back().at) {
+  if (!waypoints.empty() && waypoint.has("at") && point.at <= waypoints.back().at) {
     waypoint.refuse("at", "is not after the waypoint before; it has to be");
   }
   waypoints.push_back(point);
@@ -85,18 +85,19 @@ void readSatellite(Section& table, std::vector<Satellite>& sky) {
   Satellite satellite;
   table.require({"constellation", "number"});
   table.word("constellation", numbering, kConstellations);
-  table.integer("number", satellite.number, 1, numbering ? numbering->satellites : kMostSatellites);
+  const bool numbered = table.integer("number", satellite.number, 1,
+                                      numbering ? numbering->satellites : kMostSatellites);
   table.number("elevation", satellite.elevation, 0, 90);
   table.number("azimuth", satellite.azimuth, 0, 360);
   table.integer("cnr", satellite.cnr, 0, 60);
-  if (!numbering) {
+  if (!numbering || !numbered) {
     return;
   }
   satellite.constellation = numbering->constellation;
   const bool twice = std::any_of(sky.begin(), sky.end(), [&](const Satellite& other) {
     return other.constellation == satellite.constellation && other.number == satellite.number;
   });
-  if (twice && table.has("number")) {
+  if (twice) {
     table.refuse("number", "is " + std::to_string(satellite.number) +
                                ", like that of a satellite above; it has to be another one");
   }

@@ -8,16 +8,32 @@
 #include "orb-sim/state.h"
 #include "scenario/section.h"
 
-// One reader for each table of a scenario file: it overwrites what the table names.
+// One reader for each table of a scenario file, or for a part of it. What the table names
+// overwrites what is there.
 namespace orb::sim {
 
-void readDevice(Section& device, Scenario& scenario);  // [device]
-void readReceiver(Section& receiver, State& state);    // [receiver]
-void readSurroundings(Section& file,
-                      State& state);         // [position], [track], [[satellite]], [solution]
-void readTime(Section& time, State& state);  // [time]
-void readStart(Section& start, Scenario& scenario);             // [start]
-void readLine(Section& line, LineConditions& conditions);       // [line]
-void readFault(Section& fault, std::vector<FaultRule>& rules);  // [[fault]]
+/// [device]
+void readDevice(Section& device, Scenario& scenario);
+
+/// [receiver] and its tables
+void readReceiver(Section& receiver, State& state);
+
+/// The part of it about pulses, and [receiver.timing]
+void readPulsesAndTiming(Section& receiver, State& state);
+
+/// [position], [track], [[satellite]] and [solution]
+void readSurroundings(Section& file, State& state);
+
+/// [time]
+void readTime(Section& time, State& state);
+
+/// [start]
+void readStart(Section& start, Scenario& scenario);
+
+/// [line]
+void readLine(Section& line, LineConditions& conditions);
+
+/// [[fault]]
+void readFault(Section& fault, std::vector<FaultRule>& rules);
 
 }  // namespace orb::sim

@@ -2,7 +2,6 @@
 #include "orb-sim/scenario.h"
 
 namespace orb::sim {
-
 namespace {
 
 /// Keeps what the line draws apart from what the faults draw from the same seed.

@@ -1,5 +1,5 @@
+#include <limits>
 #include <stdexcept>
-#include <utility>
 
 #include "base/toml/text_file.h"
 #include "orb-sim/scenario.h"

@@ -54,6 +54,8 @@ Scenario parseScenario(std::string_view text, const std::string& name);
 /// A receiver in the circumstances of a scenario, to be plugged into a line.
 class ScenarioDevice : public Device {
  public:
+  /// Throws std::invalid_argument for a fault without meaning (see FaultyDevice). Where no byte
+  /// ever comes from the device, it takes every byte and does nothing.
   explicit ScenarioDevice(const Scenario& scenario);
   ~ScenarioDevice() override;
 

@@ -25,6 +25,8 @@ TEST(Duration, CountsInWholeUnits) {
   EXPECT_EQ(wholeUnits(0.25, 1e-3), 250);
   EXPECT_EQ(wholeUnits(0.1 + 0.2, 1e-3), 300);
   EXPECT_EQ(wholeUnits(-12.5e-9, 1e-11), -1250);
+  EXPECT_EQ(wholeUnits(8784 * 3600.0, 1e-3), 31'622'400'000);
+  EXPECT_EQ(wholeUnits(1209599.999, 1e-3), 1'209'599'999);
   EXPECT_EQ(wholeUnits(0.0005, 1e-3), std::nullopt);
   EXPECT_EQ(wholeUnits(1e300, 1e-3), std::nullopt);
 }
