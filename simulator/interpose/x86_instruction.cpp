@@ -26,7 +26,7 @@ class Opcodes {
 
 // Of the one-byte opcodes: those followed by a ModRM byte, by constants of one byte and of an
 // operand's size, and those that do not exist in 64-bit code or are
-// not for programs.
+// not for programs; hlt, which stands where a program's start must not return to, is left in.
 constexpr Opcodes kModrm({{0x00, 0x03},
                           {0x08, 0x0B},
                           {0x10, 0x13},
@@ -82,7 +82,7 @@ constexpr Opcodes kInvalid({{0x06, 0x07}, {0x0E, 0x0E}, {0x16, 0x17}, {0x1E, 0x1
                             {0x2F, 0x2F}, {0x37, 0x37}, {0x3F, 0x3F}, {0x60, 0x61}, {0x6C, 0x6F},
                             {0x82, 0x82}, {0x9A, 0x9A}, {0xCA, 0xCB}, {0xCE, 0xCF}, {0xD4, 0xD7},
                             {0xE0, 0xE2}, {0xE4, 0xE7}, {0xEA, 0xEA}, {0xEC, 0xEF}, {0xF1, 0xF1},
-                            {0xF4, 0xF4}, {0xFA, 0xFB}});
+                            {0xFA, 0xFB}});
 
 // Of the opcodes behind 0F: those without a ModRM byte, those with a constant of one byte, and
 // those that do not exist.

@@ -62,6 +62,9 @@ class CProgram(PreloadTest):
     def test_finds_every_function_on_the_mapped_path_when_it_is_fortified(self):
         self.run_program(PROGRAMS / "file_calls_fortified", MAPPED, OTHER)
 
+    def test_finds_system_calls_on_the_mapped_path(self):
+        self.run_program(PROGRAMS / "syscall_calls", MAPPED, OTHER)
+
     def test_fails_without_the_library(self):
         result = subprocess.run([PROGRAMS / "file_calls", MAPPED, OTHER], capture_output=True,
                                 text=True, timeout=LIMIT)
@@ -185,14 +188,29 @@ class StartedProgram(PreloadTest):
         for family in SANITIZED:
             self.check_every_way(f"start_program_asan_{family}")
 
-    def test_is_named_where_it_cannot_be_held(self):
-        program = PROGRAMS / "static_program"
-        result = subprocess.run(["env", program, MAPPED, OTHER],
+    def first_line_of_error(self, *command):
+        result = subprocess.run([str(part) for part in command],
                                 env=self.environment | {"LD_PRELOAD": str(LIBRARY)},
                                 capture_output=True, text=True, timeout=LIMIT)
-        self.assertEqual(
-            result.stderr.splitlines()[0],
-            f"orb-sim: {program} is statically linked: it does not see the simulated device")
+        return result.stderr.splitlines()[0]
+
+    def test_is_named_where_it_cannot_be_held(self):
+        for name, obstacle in (
+                ("static_program", "is statically linked"),
+                ("go_note", "is a Go program, which makes system calls without the C library")):
+            with self.subTest(name):
+                program = PROGRAMS / name
+                self.assertEqual(
+                    self.first_line_of_error("env", program, MAPPED, OTHER),
+                    f"orb-sim: {program} {obstacle}: it does not see the simulated device")
+
+    def test_is_named_where_it_makes_system_calls_itself(self):
+        program = PROGRAMS / "direct_calls"
+        for command in (("env", program, MAPPED), ("sh", "-c", f"'{program}' {MAPPED}; exit $?")):
+            self.assertEqual(
+                self.first_line_of_error(*command),
+                f"orb-sim: {program} makes system calls without the C library: "
+                "they reach the real machine")
 
     def test_is_not_found_as_ever(self):
         result = subprocess.run(["env", "no-such-program"],

@@ -21,11 +21,16 @@ using orb::sim::inspectProgram;
 using orb::sim::ProgramFile;
 
 const fs::path kPrograms = ORB_SIM_TEST_PROGRAMS;
-constexpr char kNoObstacle[] = "none";
+constexpr char kNone[] = "none";
 
 std::string obstacleOf(const fs::path& file) {
   const char* const obstacle = inspectProgram(file.c_str()).obstacle;
-  return obstacle != nullptr ? obstacle : kNoObstacle;
+  return obstacle != nullptr ? obstacle : kNone;
+}
+
+std::string gapOf(const fs::path& file) {
+  const char* const gap = inspectProgram(file.c_str()).gap;
+  return gap != nullptr ? gap : kNone;
 }
 
 std::string runtimesOf(const fs::path& file) { return inspectProgram(file.c_str()).runtimes; }
@@ -62,7 +67,7 @@ class ProgramFileTest : public testing::Test {
 };
 
 TEST_F(ProgramFileTest, LetsAnOrdinaryProgramBe) {
-  EXPECT_EQ(obstacleOf(kPrograms / "file_calls"), kNoObstacle);
+  EXPECT_EQ(obstacleOf(kPrograms / "file_calls"), kNone);
   EXPECT_EQ(runtimesOf(kPrograms / "file_calls"), "");
 }
 
@@ -97,7 +102,36 @@ TEST_F(ProgramFileTest, RefusesAProgramThatGivesRights) {
   ASSERT_EQ(chmod(program.c_str(), 02755), 0);
   EXPECT_EQ(obstacleOf(program), expected);
   ASSERT_EQ(chmod(program.c_str(), 0755), 0);
-  EXPECT_EQ(obstacleOf(program), kNoObstacle);
+  EXPECT_EQ(obstacleOf(program), kNone);
+}
+
+TEST_F(ProgramFileTest, RefusesAGoProgram) {
+  EXPECT_EQ(obstacleOf(kPrograms / "go_note"),
+            "is a Go program, which makes system calls without the C library");
+}
+
+TEST_F(ProgramFileTest, NamesAProgramThatMakesSystemCallsItself) {
+  const std::string expected =
+      "makes system calls without the C library: they reach the real machine";
+  EXPECT_EQ(gapOf(kPrograms / "direct_calls"), expected);
+  EXPECT_EQ(obstacleOf(kPrograms / "direct_calls"), kNone);
+}
+
+TEST_F(ProgramFileTest, NamesNoProgramThatMakesThemThroughTheCLibrary) {
+  EXPECT_EQ(gapOf(kPrograms / "file_calls"), kNone);
+  EXPECT_EQ(gapOf(kPrograms / "syscall_calls"), kNone);
+  for (const char* const tool : {"/bin/sh", "/bin/ls", "/usr/bin/env", "/bin/bash"}) {
+    if (!fs::exists(tool)) continue;
+    EXPECT_EQ(gapOf(tool), kNone) << tool;
+  }
+}
+
+TEST_F(ProgramFileTest, TakesNoSanitizerRuntimeWithinAProgramForItsOwnSystemCalls) {
+  for (const auto& entry : fs::directory_iterator(kPrograms)) {
+    const std::string name = entry.path().filename();
+    if (name.find("_asan_") == std::string::npos) continue;
+    EXPECT_EQ(gapOf(entry.path()), kNone) << name;
+  }
 }
 
 TEST_F(ProgramFileTest, TakesAScriptForItsInterpreter) {
@@ -105,20 +139,20 @@ TEST_F(ProgramFileTest, TakesAScriptForItsInterpreter) {
   const fs::path second = makeFile("#!" + first.string(), "b");
   EXPECT_EQ(obstacleOf(first), "is statically linked");
   EXPECT_EQ(obstacleOf(second), "is statically linked");
-  EXPECT_EQ(obstacleOf(makeFile("#!/bin/sh\nexit\n")), kNoObstacle);
+  EXPECT_EQ(obstacleOf(makeFile("#!/bin/sh\nexit\n")), kNone);
 }
 
 TEST_F(ProgramFileTest, ComesToAnEndWithAScriptThatInterpretsItself) {
-  EXPECT_EQ(obstacleOf(makeFile("#!" + (folder_ / "file").string() + "\n")), kNoObstacle);
+  EXPECT_EQ(obstacleOf(makeFile("#!" + (folder_ / "file").string() + "\n")), kNone);
 }
 
 TEST_F(ProgramFileTest, LetsWhatIsNoProgramBe) {
-  EXPECT_EQ(obstacleOf(folder_ / "missing"), kNoObstacle);
-  EXPECT_EQ(obstacleOf(folder_), kNoObstacle);
-  EXPECT_EQ(obstacleOf(makeFile("")), kNoObstacle);
-  EXPECT_EQ(obstacleOf(makeFile("#!")), kNoObstacle);
-  EXPECT_EQ(obstacleOf(makeFile("#!" + std::string(10'000, '/'))), kNoObstacle);
-  EXPECT_EQ(obstacleOf(makeFile("echo\n")), kNoObstacle);
+  EXPECT_EQ(obstacleOf(folder_ / "missing"), kNone);
+  EXPECT_EQ(obstacleOf(folder_), kNone);
+  EXPECT_EQ(obstacleOf(makeFile("")), kNone);
+  EXPECT_EQ(obstacleOf(makeFile("#!")), kNone);
+  EXPECT_EQ(obstacleOf(makeFile("#!" + std::string(10'000, '/'))), kNone);
+  EXPECT_EQ(obstacleOf(makeFile("echo\n")), kNone);
 }
 
 TEST_F(ProgramFileTest, ReadsNoFurtherThanAProgramThatIsCutShort) {
@@ -128,7 +162,7 @@ TEST_F(ProgramFileTest, ReadsNoFurtherThanAProgramThatIsCutShort) {
     if (length < sizeof(Elf64_Ehdr)) {
       EXPECT_EQ(obstacle, "is built for another machine or word size");
     } else {
-      EXPECT_TRUE(obstacle == kNoObstacle || obstacle == "is statically linked") << obstacle;
+      EXPECT_TRUE(obstacle == kNone || obstacle == "is statically linked") << obstacle;
     }
   }
 }
