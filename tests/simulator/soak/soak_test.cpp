@@ -1,0 +1,276 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <iostream>
+#include <iterator>
+#include <map>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "operations.h"
+#include "orb-sim/faults.h"
+#include "orb-sim/frame.h"
+#include "orb-sim/line_conditions.h"
+#include "orb-sim/receiver.h"
+#include "simulated_line.h"
+#include "support/captured_output.h"
+#include "support/device_files.h"
+
+namespace orb::sim::test {
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr int kShards = 4;
+constexpr int kOperationsPerSession = 500;
+
+// Longer than any operation takes, and than any fault lasts.
+constexpr std::chrono::seconds kLongestOperation{60};
+constexpr std::chrono::seconds kLongestFault{8};
+
+int sessionsPerShard() {
+  const char* const wanted = std::getenv("ORB_SOAK_EXCHANGES");
+  const int exchanges = wanted == nullptr ? ORB_SOAK_EXCHANGES : std::atoi(wanted);
+  return std::max(1, exchanges / (kShards * kOperationsPerSession));
+}
+
+FaultRule rule(FaultKind kind, FaultTarget target, double chance, std::size_t length = 0,
+               std::chrono::milliseconds delay = 0ms) {
+  FaultRule rule{kind, target};
+  rule.chance = chance;
+  rule.length = length;
+  rule.delay = delay;
+  return rule;
+}
+
+/// Everything that can go wrong while bytes flow. A line that falls silent for ever is left out: on
+/// it, a call does not return.
+std::vector<FaultRule> mixedFaults() {
+  using Kind = FaultKind;
+  using Target = FaultTarget;
+  std::vector<FaultRule> rules{
+      rule(Kind::NoReply, Target::Reply, 0.02),
+      rule(Kind::NoReply, Target::Both, 0.01),
+      rule(Kind::LateReply, Target::Reply, 0.02, 0, 700ms),
+      rule(Kind::LateReply, Target::Both, 0.01, 0, 7s),
+      rule(Kind::Refusal, Target::Both, 0.02),
+      rule(Kind::WrongId, Target::Reply, 0.02),
+      rule(Kind::BadChecksum, Target::Reply, 0.02),
+      rule(Kind::BadChecksum, Target::Acknowledgement, 0.01),
+      rule(Kind::CutShort, Target::Reply, 0.02, 6),
+      rule(Kind::OverlongLength, Target::Reply, 0.01, 3),
+      rule(Kind::OverlongLength, Target::Both, 0.01, 300),
+      rule(Kind::Doubled, Target::Both, 0.02),
+      rule(Kind::Pieces, Target::Both, 0.02, 2, 30ms),
+      rule(Kind::NoiseBefore, Target::Reply, 0.02, 7),
+      rule(Kind::NoiseInside, Target::Reply, 0.02, 3),
+      rule(Kind::NmeaBurst, Target::Both, 0.02, 4),
+      rule(Kind::WrongValue, Target::Reply, 0.05),
+      rule(Kind::SlowRestart, Target::Reply, 0.01, 0, 2s),
+  };
+  // The settings that are read back over a channel of their own.
+  for (const int setting : {0x0E00, 0x5400, 0x5500, 0x6201, 0x6203, 0x6417, 0x6419}) {
+    FaultRule hangUp = rule(Kind::HangUp, Target::Reply, 0.05);
+    hangUp.message = static_cast<std::uint16_t>(setting);
+    rules.push_back(hangUp);
+  }
+  return rules;
+}
+
+LineConditions busyLine() {
+  LineConditions line;
+  line.latency = 3ms;
+  line.spread = 10ms;
+  line.chatterInterval = 100ms;
+  return line;
+}
+
+/// Keeps what the receiver itself has said.
+class Tap : public Device {
+ public:
+  explicit Tap(Device& behind) : behind_(behind) {}
+
+  Bytes receive(const Bytes& bytes) override { return keep(behind_.receive(bytes)); }
+  Bytes tick(std::chrono::milliseconds elapsed) override { return keep(behind_.tick(elapsed)); }
+  std::chrono::milliseconds untilNextOutput() const override { return behind_.untilNextOutput(); }
+
+  bool hasSaid(const Bytes& payload) const { return said_.count(payload) == 1; }
+  void forget() { said_.clear(); }
+
+ private:
+  Bytes keep(const Bytes& output) {
+    FrameReader reader;
+    for (Frame& frame : reader.push(output)) {
+      said_.insert(std::move(frame.payload));
+    }
+    return output;
+  }
+
+  Device& behind_;
+  std::set<Bytes> said_;
+};
+
+/// Whether some bytes look like this message with a fitting checksum, and the receiver has not said
+/// it. A client that takes them for a reply cannot know better.
+bool deceives(const Bytes& bytes, std::uint16_t message, const Tap& receiver) {
+  constexpr std::size_t kHeader = 4;
+  for (std::size_t i = 0; i + kHeader + 1 < bytes.size(); ++i) {
+    const std::size_t length = static_cast<std::size_t>(bytes[i + 2]) << 8 | bytes[i + 3];
+    if (bytes[i] != 0xA0 || bytes[i + 1] != 0xA1 || length == 0 ||
+        i + kHeader + length >= bytes.size()) {
+      continue;
+    }
+    const auto begin = bytes.begin() + static_cast<std::ptrdiff_t>(i + kHeader);
+    const auto end = begin + static_cast<std::ptrdiff_t>(length);
+    std::uint8_t sum = 0;
+    for (auto byte = begin; byte != end; ++byte) {
+      sum = static_cast<std::uint8_t>(sum ^ *byte);
+    }
+    const Frame frame{Bytes(begin, end)};
+    if (sum == *end && frame.id() == message && !receiver.hasSaid(frame.payload)) {
+      return true;
+    }
+  }
+  return false;
+}
+
+/// What the operations of many sessions came to.
+struct Tally {
+  int operations = 0;
+  int succeeded = 0;
+  int untroubled = 0;  ///< no fault fell on them
+  int deceived = 0;
+  std::map<FaultKind, int> faults;
+  std::map<std::string, int> succeededByName;
+  std::vector<std::string> failures;
+};
+
+/// One driver and one receiver, with mixed faults between them.
+class Session {
+ public:
+  Session(unsigned int seed, Tally& tally) : seed_(seed), numbers_(seed), tally_(tally) {}
+
+  void carryOutAll() {
+    for (int i = 0; i < kOperationsPerSession; ++i) {
+      carryOutOne(i);
+    }
+    for (const FaultyDevice::Event& event : faulty_.events()) {
+      ++tally_.faults[rules_[event.rule].kind];
+    }
+  }
+
+ private:
+  void carryOutOne(int index) {
+    const auto choice = numbers_.between(0, static_cast<int>(operations().size()) - 1);
+    const Operation& operation = operations()[static_cast<std::size_t>(choice)];
+    const std::size_t eventsBefore = faulty_.events().size();
+    tap_.forget();
+    line_.forget();
+    line_.setLimit(kLongestOperation);
+    const Outcome outcome = operation.carryOut(driver_, receiver_, numbers_);
+    const std::vector<FaultyDevice::Event> events = faulty_.events();
+    const std::string where = "seed " + std::to_string(seed_) + ", operation " +
+                              std::to_string(index) + ": " + operation.name + " gave " +
+                              std::to_string(outcome.result);
+    ++tally_.operations;
+    if (outcome.result == 0) {
+      ++tally_.succeeded;
+      ++tally_.succeededByName[operation.name];
+      judgeSuccess(operation, outcome, {events.begin() + toOffset(eventsBefore), events.end()},
+                   where);
+    }
+    const bool untroubled = events.size() == eventsBefore && isQuiet_;
+    tally_.untroubled += untroubled ? 1 : 0;
+    if (untroubled && !(outcome.result == 0 && outcome.isTrue)) {
+      tally_.failures.push_back(where + " without a fault");
+    }
+    isQuiet_ = untroubled;
+    letTheLineSettleNowAndThen();
+  }
+
+  void judgeSuccess(const Operation& operation, const Outcome& outcome,
+                    const std::vector<FaultyDevice::Event>& events, const std::string& where) {
+    bool isExcused = outcome.isTrue;
+    for (const FaultyDevice::Event& event : events) {
+      isExcused |= !outcome.isRead && rules_[event.rule].kind == FaultKind::WrongValue;
+    }
+    if (!isExcused && deceives(line_.delivered(), operation.reply, tap_)) {
+      ++tally_.deceived;
+      isExcused = true;
+    }
+    if (!isExcused) {
+      tally_.failures.push_back(where + " and a wrong value");
+    }
+  }
+
+  void letTheLineSettleNowAndThen() {
+    line_.setLimit(2 * kLongestFault);
+    if (numbers_.coin()) {
+      line_.pass(kLongestFault);
+      isQuiet_ = true;
+    }
+  }
+
+  static std::ptrdiff_t toOffset(std::size_t index) { return static_cast<std::ptrdiff_t>(index); }
+
+  const unsigned int seed_;
+  Numbers numbers_;
+  Tally& tally_;
+  orb::test::DeviceFiles files_;
+  const std::vector<FaultRule> rules_ = mixedFaults();
+  Receiver receiver_;
+  Tap tap_{receiver_};
+  FaultyDevice faulty_{tap_, rules_, seed_};
+  LineShaper shaper_{faulty_, busyLine(), seed_};
+  SimulatedLine line_{shaper_, files_.tty};
+  orbController_QN4470T01 driver_;
+  bool isQuiet_ = true;  ///< nothing of an earlier fault is still on its way
+};
+
+class Soak : public testing::TestWithParam<int> {
+ protected:
+  static std::ptrdiff_t openDescriptors() {
+    return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});
+  }
+};
+
+TEST_P(Soak, NeverTakesAWrongValueForSuccessWhereAChecksumCanTell) {
+  Tally tally;
+  const std::ptrdiff_t descriptors = openDescriptors();
+  {
+    const orb::test::CapturedOutput standardOutput(1);
+    const orb::test::CapturedOutput standardError(2);
+    for (int i = 0; i < sessionsPerShard(); ++i) {
+      Session(static_cast<unsigned int>(1 + GetParam() + kShards * i), tally).carryOutAll();
+    }
+    std::fflush(stdout);  // what the library has printed goes where it is captured
+  }
+  EXPECT_EQ(openDescriptors(), descriptors);
+  EXPECT_THAT(tally.failures, testing::IsEmpty());
+  std::cout << tally.operations << " operations, " << tally.succeeded << " succeeded, "
+            << tally.untroubled << " met no fault, " << tally.deceived
+            << " were deceived by a fitting checksum\n";
+
+  // The test is worth something: everything happened, and most went well.
+  for (int kind = 0; kind <= static_cast<int>(FaultKind::SlowRestart); ++kind) {
+    if (static_cast<FaultKind>(kind) != FaultKind::Silence) {
+      EXPECT_GT(tally.faults[static_cast<FaultKind>(kind)], 0) << "kind " << kind;
+    }
+  }
+  for (const Operation& operation : operations()) {
+    EXPECT_GT(tally.succeededByName[operation.name], 0) << operation.name;
+  }
+  EXPECT_GT(tally.untroubled, tally.operations / 4);
+  EXPECT_LT(tally.succeeded, tally.operations * 9 / 10);
+  EXPECT_LT(tally.deceived, tally.operations / 100 + 1);
+}
+
+INSTANTIATE_TEST_SUITE_P(Shard, Soak, testing::Range(0, kShards));
+
+}  // namespace
+}  // namespace orb::sim::test
