@@ -88,7 +88,6 @@ Bytes Receiver::answer(const std::vector<Frame>& frames) {
     append(answers, sim::answer(state_, saved_, command));
     if (isSilent()) {
       reader_.abandon();  // what stands behind a restart is not heard
-      sinceEpoch_ = milliseconds{0};
       break;
     }
   }

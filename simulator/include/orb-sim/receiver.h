@@ -3,6 +3,7 @@
 #include <chrono>
 #include <functional>
 #include <mutex>
+#include <utility>
 
 #include "orb-sim/bytes.h"
 #include "orb-sim/device.h"
@@ -33,7 +34,8 @@ class Receiver : public Device {
   /// A frame that stays incomplete for so long without another byte is given up.
   static constexpr std::chrono::milliseconds kFrameTimeout{1000};
 
-  explicit Receiver(State state = {}) : state_(std::move(state)), saved_(state_) {}
+  explicit Receiver(State state = {})
+      : state_(std::move(state)), saved_(static_cast<const Settings&>(state_)) {}
 
   Bytes receive(const Bytes& bytes) override;
   Bytes tick(std::chrono::milliseconds elapsed) override;

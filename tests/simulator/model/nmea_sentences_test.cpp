@@ -68,6 +68,8 @@ TEST(NmeaSentences, LeaveATimeOutThatTheReceiverDoesNotKnow) {
   EXPECT_EQ(sentences(state),
             "$GNRMC,,A,4822.2740,N,01134.0734,E,000.0,000.0,,,,A*64\r\n"
             "$GNZDA,,,,,00,00*56\r\n");
+  state.time.valid = 2;
+  EXPECT_EQ(linesOf(sentences(state))[1], "$GNZDA,,,,,00,00*56\r\n");
   state.time.valid = 1;
   EXPECT_EQ(sentences(state),
             "$GNRMC,000100.000,A,4822.2740,N,01134.0734,E,000.0,000.0,,,,A*7B\r\n"
@@ -108,8 +110,10 @@ TEST(NmeaSentences, TellSpeedAndCourseOnATrack) {
   state.nmeaIntervals = only(5);
   EXPECT_EQ(sentences(state), nmeaSentence("GNVTG,090.0,T,,M,021.6,N,040.1,K,A"));
   // To the north-west, where a degree of longitude is half as long.
-  state.track.waypoints = {{milliseconds(0), 60, 0, 0}, {milliseconds(100000), 60.01, -0.021, 0}};
-  EXPECT_EQ(linesOf(sentences(state))[0].substr(0, 12), "$GNVTG,313.6");
+  state.track.waypoints = {{milliseconds(0), 60, 0, 0}, {milliseconds(100000), 60.01, -0.021, 500}};
+  EXPECT_EQ(sentences(state), nmeaSentence("GNVTG,313.6,T,,M,031.4,N,058.2,K,A"));
+  state.navigation.fixMode = 0;
+  EXPECT_EQ(sentences(state), nmeaSentence("GNVTG,000.0,T,,M,000.0,N,000.0,K,N"));
 }
 
 /// Six satellites of GPS and one each of the others.
@@ -121,7 +125,7 @@ State underAMixedSky() {
     state.sky.push_back({Constellation::Gps, number, place, place * 6, 40});
   }
   state.sky.push_back({Constellation::Glonass, 24, 33.4, 359.6, 41});
-  state.sky.push_back({Constellation::Galileo, 36, 44, 100, 42});
+  state.sky.push_back({Constellation::Galileo, 36, 44, -100, 42});
   state.sky.push_back({Constellation::Beidou, 37, 55, 200, 43});
   state.sky.push_back({Constellation::Qzss, 1, 66, 300, 0});
   state.sky.push_back({Constellation::Sbas, 3, 30, 160, 38});
@@ -136,7 +140,7 @@ TEST(NmeaSentences, ListTheSatellitesInViewUnderTheirOwnTalkers) {
       nmeaSentence("GPGSV,2,1,07,01,10,060,40,02,20,120,40,03,30,180,40,04,40,240,40") +
           nmeaSentence("GPGSV,2,2,07,05,50,300,40,06,60,000,40,35,30,160,38") +
           nmeaSentence("GLGSV,1,1,01,88,33,000,41") + nmeaSentence("GQGSV,1,1,01,193,66,300,") +
-          nmeaSentence("GAGSV,1,1,01,336,44,100,42") + nmeaSentence("GBGSV,1,1,01,237,55,200,43"));
+          nmeaSentence("GAGSV,1,1,01,336,44,260,42") + nmeaSentence("GBGSV,1,1,01,237,55,200,43"));
 }
 
 TEST(NmeaSentences, ListTheSatellitesInUseConstellationByConstellation) {

@@ -124,6 +124,7 @@ TEST(Receiver, FactoryDefaultsLeaveWhatIsNoSetting) {
     state.outputType = OutputType::Binary;
     state.serialPort.baudCode = 1;
     state.attributes[0x0900] = 1;
+    state.surveyed = seconds(5);
   });
   EXPECT_EQ(receiver.receive(hex("A0 A1 00 02 04 01 05 0D 0A")), hex("A0 A1 00 02 83 04 87 0D 0A"));
   const State state = receiver.state();
@@ -131,6 +132,7 @@ TEST(Receiver, FactoryDefaultsLeaveWhatIsNoSetting) {
   EXPECT_EQ(state.outputType, OutputType::Nmea);
   EXPECT_EQ(state.serialPort.baudCode, 5);
   EXPECT_TRUE(state.attributes.empty());
+  EXPECT_EQ(state.surveyed, seconds(0));
   EXPECT_EQ(state.identity.kernel.x, 9);
   EXPECT_EQ(state.navigation.satellites, 3);
   EXPECT_EQ(state.interferenceStatus, 2);

@@ -177,6 +177,19 @@ TEST(Solution, LosesSatellitesToInterference) {
   EXPECT_EQ(state.solution().fixMode, 0);
 }
 
+TEST(Solution, DoesNotHearWhatInterferenceDrowns) {
+  State state = underFourSatellites();
+  for (Satellite& satellite : state.sky) {
+    satellite.cnr = 20;
+  }
+  state.sky.push_back({Constellation::Gps, 5, 45, 45, 21});
+  state.sky.push_back({Constellation::Gps, 6, 45, 90, 5});
+  EXPECT_EQ(state.solution().satellites, 6);
+  state.interferenceStatus = 3;
+  state.timing.mode = TimingMode::Static;
+  EXPECT_EQ(state.solution().satellites, 1);
+}
+
 TEST(Solution, NeedsFourSatellitesUnlessTheMaskLetsA2dFixPass) {
   State state = underFourSatellites();
   state.sky.pop_back();
@@ -189,6 +202,9 @@ TEST(Solution, NeedsFourSatellitesUnlessTheMaskLetsA2dFixPass) {
   EXPECT_EQ(state.solution().fixMode, 1);
   EXPECT_EQ(state.solution().satellites, 3);
   EXPECT_EQ(state.solution().dops, (std::array<std::uint16_t, 5>{129, 115, 115, 0, 58}));
+
+  state.sky.push_back({Constellation::Sbas, 3, 30, 160, 35});
+  EXPECT_EQ(state.solution().fixMode, 1) << "corrections do not make it a 3D fix";
 
   state.startup.hasHadFix = false;
   EXPECT_EQ(state.solution().fixMode, 0);

@@ -226,6 +226,15 @@ TEST(Start, BeginsASavedSurveyAnewAtTheFirstFix) {
   EXPECT_EQ(receiver.state().runningTimingMode(), TimingMode::Static);
 }
 
+TEST(Start, LetsASurveyBeginInTheMidstOfALongTick) {
+  Receiver receiver(underOrdinarySky());
+  receiver.receive(setUpdateRate(0, 1));  // no epoch cuts the tick
+  receiver.receive(frame(0x5400, Bytes{1, 0, 0, 0, 60} + Bytes(24) + Bytes{1}));
+  receiver.receive(softReset(2));
+  receiver.tick(seconds(28 + 59));
+  EXPECT_EQ(receiver.state().surveyed, seconds(59));
+}
+
 TEST(Start, IsColdWhenTheReceiverWasOff) {
   State state = underOrdinarySky();
   state.startTimes.silence = seconds(2);

@@ -53,6 +53,24 @@ TEST(Survey, ConvergesToTheAntennasPlace) {
   EXPECT_LT(last, atFirst / 20);
 }
 
+TEST(Survey, IsOffByTwoMetresForEachUnitOfDilutionDividedByTheRootOfItsTime) {
+  SurveyingReceiver receiver(1000);
+  constexpr double kMetresPerUnitOfLatitude = 111200e-7;
+  const auto expectErrors = [&](double horizontal, double vertical) {
+    EXPECT_NEAR(receiver.latitudeError() * kMetresPerUnitOfLatitude, horizontal, 0.012);
+    EXPECT_NEAR((receiver.state().solution().ellipsoidAltitude - kAltitude) / 100.0, vertical,
+                0.006);
+  };
+  const auto dops = receiver.state().solution().dops;
+  const double horizontal = 2 * dops[2] / 100.0;
+  const double vertical = 2 * dops[3] / 100.0;
+  expectErrors(horizontal, vertical);
+  receiver.tick(seconds(8));
+  expectErrors(horizontal / 3, vertical / 3);
+  receiver.tick(seconds(91));
+  expectErrors(horizontal / 10, vertical / 10);
+}
+
 TEST(Survey, EndsInAStaticReceiverAtTheSurveyedPlace) {
   SurveyingReceiver receiver(1000);
   receiver.tick(milliseconds(999999));
@@ -98,6 +116,7 @@ TEST(Survey, WaitsWhileThereIsNoFix) {
   receiver.change([](State& state) { state.constellations = 0; });
   receiver.tick(seconds(500));
   EXPECT_EQ(receiver.state().surveyed, seconds(20));
+  EXPECT_EQ(receiver.latitudeError(), 0) << "nothing is measured";
   receiver.change([](State& state) { state.constellations = 3; });
   receiver.tick(seconds(40));
   EXPECT_EQ(receiver.state().runningTimingMode(), TimingMode::Static);
