@@ -70,7 +70,9 @@ ORB_TEST_REPLACEMENT int nanosleep(const timespec* request, timespec* remaining)
 }
 
 ORB_TEST_REPLACEMENT int sched_yield() noexcept {
-  noteOtherCall();
+  if (SimulatedSleep* const simulated = SimulatedSleep::current()) {
+    simulated->noteYield();
+  }
   return static_cast<int>(syscall(SYS_sched_yield));
 }
 

@@ -17,19 +17,23 @@ class SimulatedSleep {
   std::chrono::nanoseconds slept() const { return slept_; }
   /// How often.
   int sleeps() const { return sleeps_; }
-  /// How often a poll, a select or the like, a yield, or a reading of a clock other than time() was
-  /// asked for.
+  /// How often the thread gave way to others.
+  int yields() const { return yields_; }
+  /// How often a poll, a select or the like, or a reading of a clock other than time() was asked
+  /// for.
   int otherCalls() const { return otherCalls_; }
 
   // For the replaced functions.
 
   static SimulatedSleep* current();
   void sleep(std::chrono::nanoseconds duration);
+  void noteYield() { ++yields_; }
   void noteOtherCall() { ++otherCalls_; }
 
  private:
   std::chrono::nanoseconds slept_{0};
   int sleeps_ = 0;
+  int yields_ = 0;
   int otherCalls_ = 0;
 };
 
