@@ -107,18 +107,19 @@ std::vector<Row> againstModbus() {
   Modbus open(farEnd.tty());
   open.connect();
   const auto read = [&] { open.read(); };
-  const Row opening = compare(query, read, "modbus-open",
-                              "query to libmodbus RTU that keeps the port open, p50", 1);
-
   orb::bench::LibraryQuery channel(farEnd.tty());
   const auto queryOnly = [&] {
     channel.send();
     channel.receive();
   };
-  const Row kept = compare(queryOnly, read, "modbus-both-open",
+  const Row kept = compare(queryOnly, read, "modbus-open",
                            "query to libmodbus RTU, both keep the port open, p50", 1);
+
+  // Shown, not bounded: what the library opens and closes each time libmodbus does not.
+  const Row opening = compare(query, read, "modbus-opening",
+                              "query that opens to libmodbus RTU that does not, p50", std::nullopt);
   open.close();
-  return {whole, opening, kept};
+  return {whole, kept, opening};
 }
 
 const orb::bench::Work kWorks[] = {{"query", queryAtOnce}, {"modbus", againstModbus}};
