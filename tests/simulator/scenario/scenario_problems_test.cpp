@@ -254,6 +254,7 @@ TEST(ScenarioProblems, AreReportedAtOnceInTheOrderOfTheLines) {
 TEST(ScenarioProblems, OfTheFormComeFromTheParser) {
   EXPECT_THAT(problemsOf("seed = 1\nseed = 2\n"), StartsWith("f:2: "));
   EXPECT_THAT(problemsOf("\n\n[device\n"), StartsWith("f:3: "));
+  EXPECT_THAT(problemsOf("\n[=]\n"), StartsWith("f:2: "));
 }
 
 TEST(ScenarioProblems, StayOnTheirLines) {
