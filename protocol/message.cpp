@@ -2,13 +2,13 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <cstring>
 #include <iomanip>
 #include <limits>
 #include <new>
 
 #include "base/console.h"
 #include "orb-gnss/catalogue.h"
-#include "protocol/packet_fields.h"
 #include "protocol/packet_layout.h"
 
 ORBMessage::ORBMessage(ORBMessageMsgValue type, unsigned long payloadLength,
@@ -17,14 +17,15 @@ ORBMessage::ORBMessage(ORBMessageMsgValue type, unsigned long payloadLength,
   buildMessage(data, payloadLength);
 }
 
-ORBMessage::ORBMessage(const unsigned char* packet, unsigned short payloadLength)
-    : id_(orb::idAt(packet + orb::kPayloadOffset)),
+ORBMessage::ORBMessage(ORBMsgId id, const unsigned char* packet, unsigned short payloadLength)
+    : id_(id),
       payloadLength_(payloadLength),
       packetLength_(payloadLength + orb::kPacketOverhead),
       packet_(new unsigned char[packetLength_]) {
-  unsigned char* end = std::copy_n(packet, packetLength_ - orb::kEndLength, packet_.get());
-  end[0] = orb::kEndByte1;
-  end[1] = orb::kEndByte2;
+  const unsigned long copied = packetLength_ - orb::kEndLength;
+  std::memcpy(packet_.get(), packet, copied);
+  packet_[copied] = orb::kEndByte1;
+  packet_[copied + 1] = orb::kEndByte2;
 }
 
 ORBMessage::ORBMessage(const ORBMessage& other)

@@ -57,7 +57,8 @@ unsigned long ORBMessageBuilder::update(unsigned char /*replyId*/, const unsigne
     if (position + kHeaderLength >= length) {
       return handled;
     }
-    const unsigned char row = orb::kCatalogueIndex.rowOf(orb::idAt(packet + orb::kPayloadOffset));
+    const ORBMsgId id = orb::idAt(packet + orb::kPayloadOffset);
+    const unsigned char row = orb::kCatalogueIndex.rowOf(id);
     if (row == orb::CatalogueIndex::kNoRow) {
       ++unknown_;
       position += 2;
@@ -71,8 +72,8 @@ unsigned long ORBMessageBuilder::update(unsigned char /*replyId*/, const unsigne
       return handled;
     }
     if (isChecksumRight(packet, payloadLength)) {
-      listMessage(packet, payloadLength);
-      position = position + orb::bodyOffset(packet[orb::kPayloadOffset]) + payloadLength + 1;
+      listMessage(id, packet, payloadLength);
+      position = position + orb::bodyOffset(id.id) + payloadLength + 1;
     } else {
       ++errored_;
       position = firstEndByte;
@@ -83,13 +84,14 @@ unsigned long ORBMessageBuilder::update(unsigned char /*replyId*/, const unsigne
   return position + 2 == length ? handled : 0;
 }
 
-void ORBMessageBuilder::listMessage(const unsigned char* packet, unsigned short payloadLength) {
-  std::unique_ptr<ORBMessage> message(new ORBMessage(packet, payloadLength));
+void ORBMessageBuilder::listMessage(ORBMsgId id, const unsigned char* packet,
+                                    unsigned short payloadLength) {
+  std::unique_ptr<ORBMessage> message(new ORBMessage(id, packet, payloadLength));
   list_->AddMessage(message.get());
   message.release();
 
   ++good_;
-  const ORBMessageMsgValue type = orb::typeOf(orb::idAt(packet + orb::kPayloadOffset));
+  const ORBMessageMsgValue type = orb::typeOf(id);
   if (type == orb::message_id::kAcknowledged) {
     ++acknowledged_;
   } else if (type == orb::message_id::kRefused) {

@@ -13,14 +13,19 @@ inline unsigned char exclusiveOr(const unsigned char* bytes, unsigned long lengt
     std::memcpy(&next, bytes, 8);
     word ^= next;
   }
-  if (length >= 4) {
+  if ((length & 4) != 0) {
     std::uint32_t next;
     std::memcpy(&next, bytes, 4);
     word ^= next;
     bytes += 4;
-    length -= 4;
   }
-  for (; length > 0; ++bytes, --length) {
+  if ((length & 2) != 0) {
+    std::uint16_t next;
+    std::memcpy(&next, bytes, 2);
+    word ^= next;
+    bytes += 2;
+  }
+  if ((length & 1) != 0) {
     word ^= *bytes;
   }
   word ^= word >> 32;

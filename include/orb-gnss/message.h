@@ -73,9 +73,10 @@ class ORB_GNSS_EXPORT ORBMessage {
  private:
   friend class ORBMessageBuilder;
 
-  /// A received packet, copied as it stands but for its end bytes, which are not read: it has the
-  /// right checksum, and the length field says `payloadLength`.
-  ORB_GNSS_HIDDEN ORBMessage(const unsigned char* packet, unsigned short payloadLength);
+  /// A received packet, copied as it stands but for its end bytes, which are not read. The packet
+  /// says `id` and `payloadLength` itself, and its checksum is right.
+  ORB_GNSS_HIDDEN ORBMessage(ORBMsgId id, const unsigned char* packet,
+                             unsigned short payloadLength);
 
   ORB_GNSS_HIDDEN unsigned long bodyOffset() const;
 

@@ -43,7 +43,8 @@ class ORB_GNSS_EXPORT ORBMessageBuilder {
   void resetMessageCounters();
 
  private:
-  ORB_GNSS_HIDDEN void listMessage(const unsigned char* packet, unsigned short payloadLength);
+  ORB_GNSS_HIDDEN void listMessage(ORBMsgId id, const unsigned char* packet,
+                                   unsigned short payloadLength);
 
   ORBMessageList* list_;
   unsigned int good_ = 0;
