@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <chrono>
 #include <cstdint>
 #include <optional>
@@ -30,9 +31,8 @@ class SimulatedClient {
   /// Takes what the device says in this time.
   Bytes listen(Milliseconds time) {
     Bytes heard;
-    for (; time > Milliseconds(0); time -= kStep) {
-      append(heard, device_.tick(kStep));
-      now_ += kStep;
+    for (const Milliseconds end = now_ + time; now_ < end;) {
+      append(heard, listenOnce(end));
     }
     return heard;
   }
@@ -40,14 +40,12 @@ class SimulatedClient {
   Milliseconds now() const { return now_; }
 
  private:
-  static constexpr Milliseconds kStep{1};
-
   // One query has a byte besides its id.
   static Bytes bodyOf(std::uint16_t query) { return query == 0x0200 ? Bytes{0} : Bytes{}; }
 
   std::optional<Frame> await(std::uint16_t message, Bytes heard, Milliseconds limit) {
     FrameReader reader;
-    for (const Milliseconds end = now_ + limit;; heard = listen(kStep)) {
+    for (const Milliseconds end = now_ + limit;; heard = listenOnce(end)) {
       for (const Frame& frame : reader.push(heard)) {
         if (frame.id() == message) {
           return frame;
@@ -57,6 +55,14 @@ class SimulatedClient {
         return std::nullopt;
       }
     }
+  }
+
+  // Until the device may say something, as a line does.
+  Bytes listenOnce(Milliseconds end) {
+    constexpr Milliseconds kShortest{1};
+    const Milliseconds step = std::min(end - now_, std::max(device_.untilNextOutput(), kShortest));
+    now_ += step;
+    return device_.tick(step);
   }
 
   Device& device_;
