@@ -143,32 +143,6 @@ socket.send_fds(ours, [b"x"], [opened()])
 os.wait()
 """), "ffff\n")
 
-    def test_loses_no_write_of_two_programs_at_once(self):
-        # Each program turns its own port's register through all values; neither is to disturb the
-        # other's, nor to read anything but what it has written.
-        code = """
-bus, register = opened(), int(sys.argv[1])
-import ctypes, struct
-class Smbus(ctypes.Structure):
-    _fields_ = [("reads", ctypes.c_uint8), ("command", ctypes.c_uint8), ("size", ctypes.c_uint32),
-                ("data", ctypes.c_void_p)]
-data = ctypes.create_string_buffer(34)
-def transfer(reads):
-    fcntl.ioctl(bus, 0x0720, Smbus(reads, register, 2, ctypes.addressof(data)))
-for value in [*range(256)] * 4:
-    data[0] = value
-    transfer(0)
-    data[0] = 255 - value
-    transfer(1)
-    assert data[0] == bytes([value]), (value, data[0])
-"""
-        programs = [subprocess.Popen([sys.executable, "-c", PYTHON + code, register],
-                                     env=self.environment, stderr=subprocess.PIPE, text=True)
-                    for register in ("2", "3")]
-        for program in programs:
-            self.assertEqual((program.communicate(timeout=LIMIT)[1], program.returncode), ("", 0))
-        self.assertEqual(self.register("output"), ["ff", "ff"])
-
     def test_is_used_by_several_threads(self):
         self.assertEqual(self.run_python("""
 def use_bus():

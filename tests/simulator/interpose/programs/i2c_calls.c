@@ -132,6 +132,37 @@ static void shareDescriptors(void) {
   close(otherOpen);
 }
 
+/* Counts a register up and checks each time that it is as it was left. */
+static int countUp(uint8_t number) {
+  const int bus = openedAt(0x21);
+  union i2c_smbus_data data;
+  struct i2c_smbus_ioctl_data put = {I2C_SMBUS_WRITE, number, I2C_SMBUS_BYTE_DATA, &data};
+  struct i2c_smbus_ioctl_data get = {I2C_SMBUS_READ, number, I2C_SMBUS_BYTE_DATA, &data};
+  int good = 1;
+  for (int i = 0; good && i < 4000; ++i) {
+    const uint8_t value = (uint8_t)i;
+    data.byte = value;
+    good = ioctl(bus, I2C_SMBUS, &put) == 0;
+    data.byte = (uint8_t)~value;
+    good = good && ioctl(bus, I2C_SMBUS, &get) == 0 && data.byte == value;
+  }
+  close(bus);
+  return good;
+}
+
+/* Two processes, each with one register of a pair: neither disturbs the other. */
+static void countInTwoProcesses(void) {
+  const pid_t child = fork();
+  if (child == 0) _exit(countUp(3) ? 42 : 1);
+  check(countUp(2), "a process that counts one port's register up");
+  int status = 0;
+  check(waitpid(child, &status, 0) == child && WEXITSTATUS(status) == 42,
+        "a process that counts the other port's register up");
+  const int bus = openedAt(0x21);
+  check(write(bus, "\2\x12\x34", 3) == 3, "write after counting");
+  close(bus);
+}
+
 static int busOfHandler;
 static volatile sig_atomic_t handledCount = 0;
 static volatile sig_atomic_t goodCount = 0;
@@ -208,6 +239,7 @@ int main(int count, char** arguments) {
   control();
   reachNobody();
   shareDescriptors();
+  countInTwoProcesses();
   useInSignalHandler();
   check(goodCount == handledCount, "a signal handler");
   openInOtherWays();

@@ -1,0 +1,72 @@
+"""Switches the antenna's supply with the library on the simulated device, and looks at the port
+expander's registers that `orb-sim run` leaves."""
+
+import os
+import pathlib
+import subprocess
+import tempfile
+import unittest
+
+ORB_SIM = os.environ["ORB_SIM"]
+SWITCH_ANTENNA = os.environ["ORB_SWITCH_ANTENNA"]
+LIMIT = 60  # seconds for one run
+
+
+class AntennaSupply(unittest.TestCase):
+    def setUp(self):
+        # A short path, since the bus's socket lies below it.
+        folder = tempfile.TemporaryDirectory(prefix="i2c.", dir="/tmp")
+        self.addCleanup(folder.cleanup)
+        self.keep = pathlib.Path(folder.name) / "keep"
+        self.registers = self.keep / "i2c-registers.txt"
+        self.environment = os.environ | {"TMPDIR": folder.name}
+
+    def run_command(self, *command):
+        return subprocess.run([ORB_SIM, "run", f"--keep={self.keep}", "--", *command],
+                              env=self.environment, capture_output=True, text=True, timeout=LIMIT)
+
+    def assert_registers(self, output, direction, supply):
+        lines = self.registers.read_text().splitlines()
+        self.assertEqual(lines[2].split(), ["2", "3", "output", *output])
+        self.assertEqual(lines[4].split(), ["6", "7", "direction", *direction])
+        self.assertEqual(lines[6], f"antenna supply{supply:>25}")
+
+    def switch(self, *states, status=0):
+        result = self.run_command(SWITCH_ANTENNA, *states)
+        self.assertEqual((result.returncode, result.stderr), (status, ""))
+
+    def test_is_not_driven_where_nobody_has_switched_it(self):
+        self.switch()
+        self.assert_registers(["ff", "ff"], ["ff", "ff"], "not driven")
+
+    def test_is_switched_on(self):
+        self.switch("on")
+        self.assert_registers(["ff", "ff"], ["ff", "fe"], "on")
+
+    def test_is_switched_off(self):
+        self.switch("on", "OFF")
+        self.assert_registers(["ff", "fe"], ["ff", "fe"], "off")
+
+    def test_is_switched_on_again(self):
+        self.switch("off", "on")
+        self.assert_registers(["ff", "ff"], ["ff", "fe"], "on")
+
+    def test_becomes_an_output_and_no_more_by_another_word(self):
+        self.switch("off", "standby", status=1)
+        self.assert_registers(["ff", "fe"], ["ff", "fe"], "off")
+
+    def test_is_as_after_power_up_in_the_next_run(self):
+        self.switch("off")
+        self.switch()
+        self.assert_registers(["ff", "ff"], ["ff", "ff"], "not driven")
+
+    def test_is_shared_by_the_programs_of_a_run_which_can_look_at_it(self):
+        result = self.run_command("sh", "-ec", f"""
+            '{SWITCH_ANTENNA}' off; tail -n 1 '{self.registers}'
+            '{SWITCH_ANTENNA}' on & wait; tail -n 1 '{self.registers}'""")
+        self.assertEqual((result.returncode, result.stderr), (0, ""))
+        self.assertEqual([line.split()[-1] for line in result.stdout.splitlines()], ["off", "on"])
+
+
+if __name__ == "__main__":
+    unittest.main(verbosity=2)
