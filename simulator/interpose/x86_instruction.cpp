@@ -3,125 +3,57 @@
 namespace orb::sim {
 namespace {
 
-/// A set of opcodes, from ranges of them.
+/// A set of opcodes, written as numbers and ranges in hexadecimal: "63 80-8F".
 class Opcodes {
  public:
-  struct Range {
-    std::uint8_t first;
-    std::uint8_t last;
-  };
-  template <std::size_t kCount>
-  constexpr explicit Opcodes(const Range (&ranges)[kCount]) {
-    for (const Range& range : ranges) {
-      for (unsigned i = range.first; i <= range.last; ++i) bits_[i / 64] |= 1ull << i % 64;
+  consteval explicit Opcodes(const char* text) {
+    while (*text != '\0') {
+      const unsigned int first = takeNumber(text);
+      const unsigned int last = *text == '-' ? takeNumber(++text) : first;
+      for (unsigned int i = first; i <= last; ++i) bits_[i / 64] |= 1ull << i % 64;
+      if (*text == ' ') ++text;
     }
   }
-  constexpr bool have(std::uint8_t opcode) const {
-    return (bits_[opcode / 64] >> opcode % 64 & 1) != 0;
-  }
+  bool have(std::uint8_t opcode) const { return (bits_[opcode / 64] >> opcode % 64 & 1) != 0; }
 
  private:
+  static consteval unsigned int takeDigit(const char*& text) {
+    const char digit = *text++;
+    return static_cast<unsigned int>(digit <= '9' ? digit - '0' : digit - 'A' + 10);
+  }
+  static consteval unsigned int takeNumber(const char*& text) {
+    const unsigned int high = takeDigit(text);
+    return high * 16 + takeDigit(text);
+  }
+
   std::uint64_t bits_[4]{};
 };
 
-// Of the one-byte opcodes: those followed by a ModRM byte, by constants of one byte and of an
-// operand's size, and those that do not exist in 64-bit code or are
-// not for programs; hlt, which stands where a program's start must not return to, is left in.
-constexpr Opcodes kModrm({{0x00, 0x03},
-                          {0x08, 0x0B},
-                          {0x10, 0x13},
-                          {0x18, 0x1B},
-                          {0x20, 0x23},
-                          {0x28, 0x2B},
-                          {0x30, 0x33},
-                          {0x38, 0x3B},
-                          {0x63, 0x63},
-                          {0x69, 0x69},
-                          {0x6B, 0x6B},
-                          {0x80, 0x8F},
-                          {0xC0, 0xC1},
-                          {0xC6, 0xC7},
-                          {0xD0, 0xD3},
-                          {0xD8, 0xDF},
-                          {0xF6, 0xF7},
-                          {0xFE, 0xFF}});
-constexpr Opcodes kByteConstant({{0x04, 0x04},
-                                 {0x0C, 0x0C},
-                                 {0x14, 0x14},
-                                 {0x1C, 0x1C},
-                                 {0x24, 0x24},
-                                 {0x2C, 0x2C},
-                                 {0x34, 0x34},
-                                 {0x3C, 0x3C},
-                                 {0x6A, 0x6B},
-                                 {0x70, 0x7F},
-                                 {0x80, 0x80},
-                                 {0x83, 0x83},
-                                 {0xA8, 0xA8},
-                                 {0xB0, 0xB7},
-                                 {0xC0, 0xC1},
-                                 {0xC6, 0xC6},
-                                 {0xCD, 0xCD},
-                                 {0xE0, 0xE7},
-                                 {0xEB, 0xEB}});
-constexpr Opcodes kWideConstant({{0x05, 0x05},
-                                 {0x0D, 0x0D},
-                                 {0x15, 0x15},
-                                 {0x1D, 0x1D},
-                                 {0x25, 0x25},
-                                 {0x2D, 0x2D},
-                                 {0x35, 0x35},
-                                 {0x3D, 0x3D},
-                                 {0x68, 0x69},
-                                 {0x81, 0x81},
-                                 {0xA9, 0xA9},
-                                 {0xB8, 0xBF},
-                                 {0xC7, 0xC7},
-                                 {0xE8, 0xE9}});
-constexpr Opcodes kInvalid({{0x06, 0x07}, {0x0E, 0x0E}, {0x16, 0x17}, {0x1E, 0x1F}, {0x27, 0x27},
-                            {0x2F, 0x2F}, {0x37, 0x37}, {0x3F, 0x3F}, {0x60, 0x61}, {0x6C, 0x6F},
-                            {0x82, 0x82}, {0x9A, 0x9A}, {0xCA, 0xCB}, {0xCE, 0xCF}, {0xD4, 0xD7},
-                            {0xE0, 0xE2}, {0xE4, 0xE7}, {0xEA, 0xEA}, {0xEC, 0xEF}, {0xF1, 0xF1},
-                            {0xFA, 0xFB}});
+// Of the one-byte opcodes: those followed by a ModRM byte, by a constant of one byte, and by one of
+// an operand's size; and those that do not exist in 64-bit code, or not for programs. The one
+// exception is hlt (F4): it stands where a program's start must not return to.
+constexpr Opcodes kModrm(
+    "00-03 08-0B 10-13 18-1B 20-23 28-2B 30-33 38-3B 63 69 6B 80-8F C0-C1 C6-C7 D0-D3 "
+    "D8-DF F6-F7 FE-FF");
+constexpr Opcodes kByteConstant(
+    "04 0C 14 1C 24 2C 34 3C 6A-6B 70-7F 80 83 A8 B0-B7 C0-C1 C6 CD E0-E7 EB");
+constexpr Opcodes kWideConstant("05 0D 15 1D 25 2D 35 3D 68-69 81 A9 B8-BF C7 E8-E9");
+constexpr Opcodes kInvalid(
+    "06-07 0E 16-17 1E-1F 27 2F 37 3F 60-61 6C-6F 82 9A CA-CB CE-CF D4-D7 E0-E2 E4-E7 EA "
+    "EC-EF F1 FA-FB");
 
 // Of the opcodes behind 0F: those without a ModRM byte, those with a constant of one byte, and
-// those that do not exist.
-constexpr Opcodes kBareAfter0F({{0x05, 0x09},
-                                {0x0B, 0x0B},
-                                {0x0E, 0x0E},
-                                {0x30, 0x37},
-                                {0x77, 0x77},
-                                {0x80, 0x8F},
-                                {0xA0, 0xA2},
-                                {0xA8, 0xAA},
-                                {0xC8, 0xCF}});
-constexpr Opcodes kByteConstantAfter0F(
-    {{0x70, 0x73}, {0xA4, 0xA4}, {0xAC, 0xAC}, {0xBA, 0xBA}, {0xC2, 0xC2}, {0xC4, 0xC6}});
+// those that do not exist, or not for programs.
+constexpr Opcodes kBareAfter0F("05-09 0B 0E 30-37 77 80-8F A0-A2 A8-AA C8-CF");
+constexpr Opcodes kByteConstantAfter0F("70-73 A4 AC BA C2 C4-C6");
+constexpr Opcodes kInvalidAfter0F(
+    "00 02-04 06-0A 0C 0E-0F 20-27 30 32-33 35-37 39 3B-3F 7A-7B A6-A7 AA B2 B4-B5");
 
-constexpr Opcodes kInvalidAfter0F({{0x00, 0x00},
-                                   {0x02, 0x04},
-                                   {0x06, 0x0A},
-                                   {0x0C, 0x0C},
-                                   {0x0E, 0x0F},
-                                   {0x20, 0x27},
-                                   {0x30, 0x30},
-                                   {0x32, 0x33},
-                                   {0x35, 0x37},
-                                   {0x39, 0x39},
-                                   {0x3B, 0x3F},
-                                   {0x7A, 0x7B},
-                                   {0xA6, 0xA7},
-                                   {0xAA, 0xAA},
-                                   {0xB2, 0xB2},
-                                   {0xB4, 0xB5}});
+constexpr Opcodes kPrefixes("26 2E 36 3E 64-67 F0 F2-F3");
 
-constexpr Opcodes kPrefixes({{0x26, 0x26},
-                             {0x2E, 0x2E},
-                             {0x36, 0x36},
-                             {0x3E, 0x3E},
-                             {0x64, 0x67},
-                             {0xF0, 0xF0},
-                             {0xF2, 0xF3}});
+/// As many as assemblers put in front of a no-operation that fills a gap. What decides an
+/// instruction's length is then within kLongestInstruction bytes.
+constexpr int kMostPrefixes = 7;
 
 /// Finds the length of the instruction at `code`, of which kLongestInstruction bytes can be read.
 class Instruction {
@@ -148,9 +80,9 @@ class Instruction {
 };
 
 void Instruction::decode() noexcept {
-  while (kPrefixes.have(*next_)) {
+  for (int count = 0; kPrefixes.have(*next_); ++next_) {
     hasShortOperands_ |= *next_ == 0x66;
-    if (++next_ - start_ >= static_cast<std::ptrdiff_t>(kLongestInstruction)) {
+    if (++count > kMostPrefixes) {
       isValid_ = false;
       return;
     }
