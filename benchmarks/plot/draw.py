@@ -1,0 +1,95 @@
+#!/usr/bin/env python3
+"""Draws the figures of docs/performance.md from the benchmark's results.
+
+usage: draw.py RESULTS FOLDER
+"""
+
+import collections
+import json
+import pathlib
+import sys
+
+import matplotlib
+
+matplotlib.use("svg")
+import matplotlib.pyplot as plt
+
+WAIT = "wait-"
+DELAYS = ["3 ms", "20 ms", "100 ms"]  # of the points of a wait's series, in their order
+SHIPPED = "shipped"
+PANEL = (3.3, 2.9)  # inches
+
+plt.rcParams.update({
+    "svg.fonttype": "none",  # text stays text
+    "svg.hashsalt": "orb-gnss",  # the same figures give the same file
+    "font.family": "sans-serif",
+    "font.size": 8,
+    "axes.spines.top": False,
+    "axes.spines.right": False,
+    "axes.grid": True,
+    "grid.alpha": 0.3,
+})
+
+
+def panels(titles):
+    figure, axes = plt.subplots(1, len(titles), squeeze=False, layout="constrained",
+                                figsize=(PANEL[0] * len(titles), PANEL[1]))
+    for axis, title in zip(axes[0], titles):
+        axis.set_title(title)
+    return figure, axes[0]
+
+
+def save(figure, path):
+    figure.savefig(path, metadata={"Date": None})
+    print(path)
+
+
+def draw_waits(rows, path):
+    """Each policy is a point: what it costs against what it adds, one panel a delay."""
+    figure, axes = panels([f"answer after {delay}" for delay in DELAYS])
+    for row in rows:
+        name = row["work"].removeprefix(WAIT)
+        colour = "tab:red" if name == SHIPPED else "tab:blue"
+        for axis, (processor, added) in zip(axes, row["series"]["points"]):
+            axis.plot(processor, added, "o", color=colour, markersize=4)
+            axis.annotate(name, (processor, added), xytext=(3, 3), textcoords="offset points",
+                          color=colour)
+    for axis in axes:
+        axis.set(xscale="log", yscale="log", xlabel=rows[0]["series"]["x"])
+        axis.margins(x=0.2, y=0.1)
+    axes[0].set_ylabel(rows[0]["series"]["y"])
+    save(figure, path)
+
+
+def draw_growth(rows, path):
+    """How cost grows: one panel for what it grows with, one line a row."""
+    by_cause = collections.defaultdict(list)
+    for row in rows:
+        by_cause[row["series"]["x"]].append(row)
+    figure, axes = panels(list(by_cause))
+    for axis, (cause, group) in zip(axes, by_cause.items()):
+        for row in group:
+            axis.plot(*zip(*row["series"]["points"]), "o-", markersize=3, label=row["title"])
+        axis.set(xscale="log", xlabel=cause, ylabel=group[0]["series"]["y"])
+        axis.set_ylim(bottom=0)
+        axis.legend(fontsize=6, loc="lower center")
+    save(figure, path)
+
+
+def main():
+    if len(sys.argv) != 3:
+        sys.exit(__doc__)
+    rows = [row for row in json.loads(pathlib.Path(sys.argv[1]).read_text())["rows"]
+            if row.get("series")]
+    waits = [row for row in rows if row["work"].startswith(WAIT)]
+    growths = [row for row in rows if not row["work"].startswith(WAIT)]
+    if not waits or not growths:
+        sys.exit("the results are not of a whole run: run ./bench")
+    folder = pathlib.Path(sys.argv[2])
+    folder.mkdir(parents=True, exist_ok=True)
+    draw_waits(waits, folder / "waits.svg")
+    draw_growth(growths, folder / "growth.svg")
+
+
+if __name__ == "__main__":
+    main()
