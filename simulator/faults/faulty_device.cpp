@@ -30,7 +30,7 @@ class FaultyDevice::Implementation {
 
   void answer(const std::vector<Frame>& packets);
   void answer(const Frame& packet);
-  Answer answerFromBehind(const Frame& packet, Hits& hits);
+  Answer answerOfReceiver(Frame packet, Hits& hits);
   void carryOut(RuleBook::Hit& hit, Answer& answer);
   void letPass(milliseconds elapsed);
   milliseconds nextEvent() const;
@@ -70,7 +70,7 @@ void FaultyDevice::Implementation::answer(const std::vector<Frame>& packets) {
 
 void FaultyDevice::Implementation::answer(const Frame& packet) {
   Hits hits = rules_.hitsOn(packet);
-  Answer answer = isDeaf() ? Answer{} : answerFromBehind(packet, hits);
+  Answer answer = isDeaf() ? Answer{} : answerOfReceiver(packet, hits);
   for (RuleBook::Hit& hit : hits) {
     events_.push_back({hit.index, packet.id()});
     carryOut(hit, answer);
@@ -80,17 +80,22 @@ void FaultyDevice::Implementation::answer(const Frame& packet) {
   }
 }
 
-Answer FaultyDevice::Implementation::answerFromBehind(const Frame& packet, Hits& hits) {
-  Bytes body = packet.body();
+/// Carries out what befalls the receiver; what befalls its answer and the line is left.
+Answer FaultyDevice::Implementation::answerOfReceiver(Frame packet, Hits& hits) {
+  const auto isRefusal = [](const RuleBook::Hit& hit) {
+    return hit.rule.kind == FaultKind::Refusal;
+  };
+  if (std::any_of(hits.begin(), hits.end(), isRefusal)) {
+    return splitAnswer(refuse(packet.id()));
+  }
   for (RuleBook::Hit& hit : hits) {
-    if (hit.rule.kind == FaultKind::Refusal) {
-      return splitAnswer(refuse(packet.id()));
-    }
     if (hit.rule.kind == FaultKind::WrongValue) {
-      body = withOneBitTurned(body, hit.draw);
+      turnOneBit(packet, hit.draw);
+    } else if (hit.rule.kind == FaultKind::SlowRestart) {
+      deafUntil_ = std::max(deafUntil_, now_ + hit.rule.delay);
     }
   }
-  return splitAnswer(behind_.receive(frame(packet.id(), body)));
+  return splitAnswer(behind_.receive(packet.packet()));
 }
 
 void FaultyDevice::Implementation::carryOut(RuleBook::Hit& hit, Answer& answer) {
@@ -102,11 +107,6 @@ void FaultyDevice::Implementation::carryOut(RuleBook::Hit& hit, Answer& answer) 
     case FaultKind::HangUp:
       answer.clear();
       hangUp_ = true;
-      break;
-    case FaultKind::SlowRestart:
-      if (!answer.empty()) {
-        deafUntil_ = std::max(deafUntil_, now_ + hit.rule.delay);
-      }
       break;
     default:
       spoil(answer, hit.rule, hit.draw);

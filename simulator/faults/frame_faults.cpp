@@ -3,8 +3,6 @@
 #include <algorithm>
 #include <cstdint>
 
-#include "orb-sim/frame.h"
-
 namespace orb::sim {
 namespace {
 
@@ -85,14 +83,15 @@ Bytes noise(std::size_t count, Draw& draw) {
   return bytes;
 }
 
-Bytes withOneBitTurned(const Bytes& body, Draw& draw) {
-  if (body.empty()) {
-    return body;
+void turnOneBit(Frame& message, Draw& draw) {
+  const std::size_t bodyLength = message.body().size();
+  if (bodyLength == 0) {
+    return;
   }
-  Bytes turned = body;
-  std::uint8_t& byte = turned[draw.below(std::max<std::size_t>(body.size() - 1, 1))];
+  const std::size_t begin = message.payload.size() - bodyLength;
+  const std::size_t choices = std::max<std::size_t>(bodyLength - 1, 1);
+  std::uint8_t& byte = message.payload[begin + draw.below(choices)];
   byte = static_cast<std::uint8_t>(byte ^ 1U << draw.below(8));
-  return turned;
 }
 
 }  // namespace orb::sim

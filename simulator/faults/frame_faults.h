@@ -4,6 +4,7 @@
 
 #include "faults/draw.h"
 #include "orb-sim/bytes.h"
+#include "orb-sim/frame.h"
 
 namespace orb::sim {
 
@@ -29,6 +30,6 @@ Bytes noise(std::size_t count, Draw& draw);
 
 /// Turns one bit over in a message's body, but not in its last byte where there are more: most
 /// settings end with their attribute byte. A message without a body stays as it is.
-Bytes withOneBitTurned(const Bytes& body, Draw& draw);
+void turnOneBit(Frame& message, Draw& draw);
 
 }  // namespace orb::sim

@@ -108,7 +108,7 @@ void LineShaper::Implementation::arrive(const Bytes& bytes) {
 
 /// A message whose latency comes out shorter than that of the one before it does not overtake it.
 void LineShaper::Implementation::delay(Bytes bytes) {
-  constexpr std::uint64_t kStream = 0;
+  constexpr std::uint64_t kStream = ~std::uint64_t{0};  // apart from those of fault rules
   Draw draw(seed_, kStream, messages_);
   const auto choices = static_cast<std::uint64_t>(conditions_.spread.count()) + 1;
   const milliseconds drawn{draw.below(choices)};

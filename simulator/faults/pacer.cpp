@@ -7,7 +7,7 @@
 namespace orb::sim {
 namespace {
 
-constexpr std::uint64_t kByte = 10 * 1000;  // thousandths of a bit, start and stop bit included
+constexpr std::uint64_t kByte = 10'000;  // thousandths of a bit, start and stop bit included
 
 }  // namespace
 

@@ -80,8 +80,8 @@ class FaultyDevice : public Device {
     std::uint16_t message;  ///< the client's message
   };
 
-  /// `behind` must outlive this. Throws std::invalid_argument for a rule without meaning: counts of
-  /// 0, a chance outside 0 to 1, a negative delay, pieces of no byte.
+  /// `behind` must outlive this. Throws std::invalid_argument for a rule without meaning: a
+  /// `first` or `every` of 0, a chance outside 0 to 1, a negative delay, pieces of no byte.
   FaultyDevice(Device& behind, std::vector<FaultRule> rules, std::uint64_t seed);
   ~FaultyDevice() override;
 

@@ -298,5 +298,30 @@ TEST_F(FaultKindOf, SlowRestartDoesNotBeginAnewForAMessageThatIsNotHeard) {
   EXPECT_EQ(device.receive(kRateQuery), kAcknowledgement + kReply);
 }
 
+TEST_F(FaultKindOf, SlowRestartComesAlsoWhereItsAnswerIsLost) {
+  FaultRule restart{FaultKind::SlowRestart};
+  restart.message = 0x643F;
+  restart.delay = 1000ms;
+  FaultRule lost{FaultKind::NoReply};
+  lost.message = 0x643F;
+  FaultyDevice device(receiver_, {lost, restart}, kSeed);
+  EXPECT_EQ(device.receive(frame(0x643F, {1})), Bytes{});
+  EXPECT_EQ(device.receive(kRateQuery), Bytes{});
+  device.tick(1000ms);
+  EXPECT_EQ(device.receive(kRateQuery), kAcknowledgement + kReply);
+}
+
+TEST_F(FaultKindOf, NoneLetsEveryPacketThroughAsItCame) {
+  class Echo : public Device {
+   public:
+    Bytes receive(const Bytes& bytes) override { return bytes; }
+    Bytes tick(std::chrono::milliseconds) override { return {}; }
+  };
+  Echo echo;
+  FaultyDevice device(echo, {}, kSeed);
+  const Bytes withoutItsSubId = hex("A0 A1 00 01 64 64 0D 0A");
+  EXPECT_EQ(device.receive(withoutItsSubId + kSetRate), withoutItsSubId + kSetRate);
+}
+
 }  // namespace
 }  // namespace orb::sim::test

@@ -88,18 +88,18 @@ TEST_F(LineShaperBefore, AReceiverDelaysEachAnswerFromItsOwnMessage) {
   EXPECT_EQ(line.tick(1ms), kPowerModeAnswer);
 }
 
-// Seed 5 draws 13, 8, 19 and 17 ms for the first four messages. The second does not overtake.
+// Seed 6 draws 9, 7, 14 and 4 ms for the first four messages. The second does not overtake.
 TEST_F(LineShaperBefore, AReceiverDrawsASpreadForEachMessage) {
   conditions_.latency = 100ms;
   conditions_.spread = 20ms;
-  LineShaper line(receiver_, conditions_, 5);
+  LineShaper line(receiver_, conditions_, 6);
   EXPECT_EQ(line.receive(kRateQuery + kPowerModeQuery + kRateQuery), Bytes{});
-  EXPECT_EQ(line.tick(112ms), Bytes{});
+  EXPECT_EQ(line.tick(108ms), Bytes{});
   EXPECT_EQ(line.tick(1ms), kRateAnswer + kPowerModeAnswer);
-  EXPECT_EQ(line.tick(5ms), Bytes{});
+  EXPECT_EQ(line.tick(4ms), Bytes{});
   EXPECT_EQ(line.tick(1ms), kRateAnswer);
   line.receive(kPowerModeQuery);
-  EXPECT_EQ(line.tick(116ms), Bytes{});
+  EXPECT_EQ(line.tick(103ms), Bytes{});
   EXPECT_EQ(line.tick(1ms), kPowerModeAnswer);
 }
 
