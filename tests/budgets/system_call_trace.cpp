@@ -25,7 +25,7 @@ const std::regex& callPattern() {
 }
 
 bool isWaiting(const std::string& line) {
-  static const std::regex pattern(R"(^read\(.*= -1 EAGAIN.*|^clock_nanosleep\(.*)");
+  static const std::regex pattern(R"(^read\(.*= -1 EAGAIN.*|^(clock_nanosleep|sched_yield)\(.*)");
   return std::regex_match(line, pattern);
 }
 

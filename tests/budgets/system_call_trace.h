@@ -7,7 +7,8 @@ namespace orb::test {
 
 /// The system calls of a program, traced by strace: for each stretch between two marks, the calls
 /// of the program's first thread in order. A call is named as the kernel names it; an ioctl is
-/// followed by its request. Looks at a line that has nothing to give, and sleeps, are left out.
+/// followed by its request. Looks at a line that has nothing to give, sleeps and yields are left
+/// out.
 ///
 /// Throws std::runtime_error where the program or strace fails.
 std::vector<std::vector<std::string>> tracedCalls(const std::string& program);
