@@ -26,7 +26,7 @@ class RegisterText {
   static bool read(std::string_view text, PortExpander& expander) noexcept;
 
   /// The length of every such text.
-  static constexpr std::size_t kSize = 7 * 40;
+  static constexpr std::size_t kSize = std::size_t{7} * 40;
 
  private:
   char text_[kSize];

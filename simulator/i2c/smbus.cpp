@@ -120,7 +120,7 @@ int SmbusTransfer::prepareBlock(bool withLength) noexcept {
   if (isRead()) {
     read(length);
   } else {
-    withLength ? write(0, 1u + length) : write(1, length);
+    withLength ? write(0, 1U + length) : write(1, length);
   }
   return 0;
 }

@@ -190,8 +190,8 @@ bool isOpenOnI2cDevice(int descriptor) noexcept {
 }
 
 bool isI2cRequest(unsigned long request) noexcept {
-  constexpr unsigned long kFamily = I2C_RETRIES & ~0xFFul;
-  return (request & ~0xFFul) == kFamily;
+  constexpr unsigned long kFamily = I2C_RETRIES & ~0xFFUL;
+  return (request & ~0xFFUL) == kFamily;
 }
 
 int controlI2cDevice(int descriptor, unsigned long request, void* argument) noexcept {

@@ -10,7 +10,7 @@ class Opcodes {
     while (*text != '\0') {
       const unsigned int first = takeNumber(text);
       const unsigned int last = *text == '-' ? takeNumber(++text) : first;
-      for (unsigned int i = first; i <= last; ++i) bits_[i / 64] |= 1ull << i % 64;
+      for (unsigned int i = first; i <= last; ++i) bits_[i / 64] |= 1ULL << i % 64;
       if (*text == ' ') ++text;
     }
   }
