@@ -33,10 +33,26 @@ signalfd_siginfo takeSignal(const OwnedDescriptor& source) {
   return taken;
 }
 
+namespace {
+
+/// Those by which this process is to be ended: not those that whoever started it has it ignore, as
+/// nohup(1) does. Blocked, these would come nevertheless.
+sigset_t endSignals() {
+  sigset_t set = signalSet({});
+  for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+    struct sigaction action {};
+    sigaction(signal, nullptr, &action);
+    if (action.sa_handler != SIG_IGN) sigaddset(&set, signal);
+  }
+  return set;
+}
+
+}  // namespace
+
 EndSignals::EndSignals()
-    : signals_(signalSet({SIGINT, SIGTERM, SIGHUP})),
-      before_(blockSignals(signals_)),
-      source_(signalSource(signals_)) {}
+    : signals_(endSignals()), before_(blockSignals(signals_)), source_(signalSource(signals_)) {
+  std::signal(SIGPIPE, SIG_IGN);
+}
 
 EndSignals::~EndSignals() {
   // One that has come twice must not end the program before it has cleared up.

@@ -26,8 +26,8 @@ OwnedDescriptor signalSource(const sigset_t& signals);
 signalfd_siginfo takeSignal(const OwnedDescriptor& source);
 
 /// Waits for the signals by which a user or a service manager ends a program that would go on for
-/// ever. As long as this exists, they do nothing else; threads that are started meanwhile never see
-/// them.
+/// ever, and lets it outlive the readers of its output. As long as this exists, they do nothing
+/// else; threads that are started meanwhile never see them.
 class EndSignals {
  public:
   EndSignals();

@@ -4,47 +4,22 @@ import contextlib
 import os
 import pathlib
 import pty
-import re
 import select
 import shlex
 import shutil
 import signal
 import subprocess
 import sys
-import tempfile
 import time
 import unittest
 
-ORB_SIM = os.environ["ORB_SIM"]
+from orb_sim import (ACKNOWLEDGED, ASK_RECEIVER, LIMIT, ORB_SIM, OrbSimTest, processes_of,
+                     wait_until)
+
 STATIC_PROGRAM = os.environ["ORB_SIM_STATIC_PROGRAM"]
-VERSION = os.environ["ORB_VERSION"]
-LIMIT = float(os.environ.get("ORB_TEST_LIMIT", 60))  # seconds for anything that is waited for
 
 REAL_FILES = ("/var/log/orbset.log", "/var/log/orbset-errors.log", "/tmp/orbitekChip-info.txt")
 FITTED_MODULE = "47205318-001"
-
-ASK_VERSION = bytes.fromhex("A0A100020201030D0A")
-ACKNOWLEDGED = bytes.fromhex("A0A100028302810D0A")
-
-# Sends the version query and prints what comes back within a second as hexadecimal digits.
-ASK_RECEIVER = f"""
-import os, select, tty
-line = os.open("/dev/tty_gps", os.O_RDWR | os.O_NOCTTY)
-tty.setraw(line)
-os.write(line, {ASK_VERSION!r})
-answer = b""
-while len(answer) < 9 and select.select([line], [], [], 1)[0]:
-    answer += os.read(line, 9 - len(answer))
-print(answer.hex())
-"""
-
-
-def wait_until(condition, what):
-    end = time.monotonic() + LIMIT
-    while not condition():
-        if time.monotonic() > end:
-            raise AssertionError("timed out: " + what)
-        time.sleep(0.01)
 
 
 def ask_inventory(method, *arguments):
@@ -54,49 +29,7 @@ def ask_inventory(method, *arguments):
                        "org.orb_gnss.Inventory1." + method) + arguments)
 
 
-def processes_of(folder):
-    """The processes that have something to do with a run: its folder is in their command line or
-    environment."""
-    found = []
-    for process in pathlib.Path("/proc").iterdir():
-        if not process.name.isdecimal() or int(process.name) == os.getpid():
-            continue
-        with contextlib.suppress(OSError):
-            text = (process / "cmdline").read_bytes() + (process / "environ").read_bytes()
-            is_dead = (process / "stat").read_text().rsplit(")", 1)[1].split()[0] in "ZX"
-            if os.fsencode(folder) in text and not is_dead:
-                found.append(int(process.name))
-    return found
-
-
-class RunTest(unittest.TestCase):
-    def setUp(self):
-        # A short path, since the bus's socket lies below it; and not the one that other runs use.
-        folder = tempfile.TemporaryDirectory(prefix="run.", dir="/tmp")
-        self.addCleanup(folder.cleanup)
-        self.folder = pathlib.Path(folder.name)
-        self.temporary = self.folder / "tmp"
-        self.temporary.mkdir()
-        self.environment = os.environ | {"TMPDIR": str(self.temporary)}
-        self.addCleanup(self.assert_nothing_is_left)
-
-    def assert_nothing_is_left(self):
-        self.assertEqual(list(self.temporary.iterdir()), [])
-        self.assertEqual(processes_of(self.temporary / "orb-sim"), [])
-
-    def arguments(self, options, command):
-        return [ORB_SIM, "run", *options, "--", *command]
-
-    def run_command(self, *command, options=(), **more):
-        return subprocess.run(self.arguments(options, command), env=self.environment,
-                              capture_output=True, text=True, timeout=LIMIT, **more)
-
-    def run_shell(self, script, options=(), **more):
-        """Runs a script that must succeed silently; returns its output."""
-        result = self.run_command("sh", "-c", script, options=options, **more)
-        self.assertEqual((result.returncode, result.stderr), (0, ""))
-        return result.stdout
-
+class RunTest(OrbSimTest):
     @contextlib.contextmanager
     def started(self, script):
         """Starts a script that says "ready" on its first line of output."""
@@ -201,14 +134,9 @@ class Failure(RunTest):
         result = subprocess.run([ORB_SIM, "run"], capture_output=True, text=True, timeout=LIMIT)
         self.assertEqual((result.returncode, result.stderr), (125, message))
 
-    def test_is_said_where_an_option_is_wrong(self):
-        for options in (("--no-such-option",), ("--no-module", "--hardware-id", "x"),
-                        ("--silent", "--no-receiver"), ("--odm-version", "1.2"),
-                        ("--odm-version", "1.2.256"), ("--revision", "1999.1.1")):
-            with self.subTest(options):
-                result = self.run_command("true", options=options)
-                self.assertEqual((result.returncode, result.stdout), (125, ""))
-                self.assertIn(options[0], result.stderr)
+    def test_is_said_where_the_line_is_missing(self):
+        self.check(125, "orb-sim: --tty: /no/line does not exist\n", "true",
+                   options=("--tty", "/no/line"))
 
     def test_is_said_where_the_installation_is_not_complete(self):
         program = self.folder / "bin" / "orb-sim"
@@ -450,25 +378,6 @@ class Terminal(RunTest):
             ("again\r\n", b"\x03"),
             ("$ ", b"exit $?\n")])
         self.assertEqual(status, 130)
-
-
-class Help(unittest.TestCase):
-    def output(self, *arguments):
-        result = subprocess.run([ORB_SIM, *arguments], capture_output=True, text=True,
-                                timeout=LIMIT)
-        self.assertEqual((result.returncode, result.stderr), (0, ""))
-        return result.stdout
-
-    def test_tells_the_version(self):
-        self.assertEqual(self.output("--version"), f"orb-sim {VERSION}\n")
-
-    def test_names_the_subcommand_and_its_options(self):
-        self.assertIn("run ", self.output("--help"))
-        text = self.output("run", "--help")
-        self.assertIn("Usage: orb-sim run [OPTIONS] -- COMMAND [ARG...]\n", text)
-        self.assertEqual(set(re.findall(r"^  (?:-h,)?(--[a-z-]+)", text, re.MULTILINE)), {
-            "--help", "--keep", "--hardware-id", "--no-module", "--no-receiver", "--silent",
-            "--kernel-version", "--odm-version", "--revision"})
 
 
 if __name__ == "__main__":

@@ -1,0 +1,123 @@
+"""What orb-sim says of itself, and of command lines that it does not take."""
+
+import os
+import re
+import subprocess
+import unittest
+
+from orb_sim import LIMIT, ORB_SIM, OrbSimTest
+
+VERSION = os.environ["ORB_VERSION"]
+
+RECEIVER_OPTIONS = {"--help", "--scenario", "--seed", "--silent", "--kernel-version",
+                    "--odm-version", "--revision"}
+OPTIONS = {
+    "run": RECEIVER_OPTIONS | {"--no-receiver", "--hardware-id", "--no-module", "--tty", "--keep"},
+    "scenarios": {"--help"},
+    "serve": RECEIVER_OPTIONS | {"--link", "--tcp"},
+    "tap": {"--help", "--link", "--trace", "--baud"},
+    "replay": {"--help", "--link", "--fast"},
+    "decode": {"--help"},
+}
+
+
+class Help(OrbSimTest):
+    def output(self, *arguments):
+        result = self.orb_sim(*arguments)
+        self.assertEqual((result.returncode, result.stderr), (0, ""))
+        return result.stdout
+
+    def test_tells_the_version(self):
+        self.assertEqual(self.output("--version"), f"orb-sim {VERSION}\n")
+
+    def test_has_a_line_for_each_subcommand_and_examples(self):
+        text = self.output("--help")
+        self.assertEqual(re.findall(r"^  ([a-z]+)  +[A-Z].*", text, re.MULTILINE), [
+            "run", "scenarios", "serve", "tap", "replay", "decode"])
+        self.assertGreaterEqual(len(re.findall(r"^  orb-sim ", text, re.MULTILINE)), 4)
+
+    def test_tells_the_options_of_each_subcommand(self):
+        for subcommand, options in OPTIONS.items():
+            with self.subTest(subcommand):
+                text = self.output(subcommand, "--help")
+                self.assertIn(f"Usage: orb-sim {subcommand} ", text)
+                self.assertEqual(set(re.findall(r"^  (?:-h,)?(--[a-z-]+)", text, re.MULTILINE)),
+                                 options)
+                for clutter in ("Excludes", "Needs", "REQUIRED", "TEXT:", "Positionals"):
+                    self.assertNotIn(clutter, text)
+
+    def test_says_that_a_query_of_a_silent_receiver_waits_for_ever(self):
+        self.assertRegex(self.output("run", "--help"), "--silent .*waits for ever")
+
+    def test_says_that_the_folder_to_keep_is_made(self):
+        self.assertRegex(self.output("run", "--help"), "--keep .*makes it")
+
+
+class CommandLine(OrbSimTest):
+    def check(self, message, *arguments, see):
+        self.check_failure(f"orb-sim: {message}\norb-sim: see orb-sim {see}--help\n", *arguments)
+
+    def check_run(self, message, *options):
+        self.check(message, "run", *options, "--", "true", see="run ")
+
+    def test_without_subcommand_is_answered_with_the_usage(self):
+        help_text = self.orb_sim("--help").stdout
+        self.check_failure(f"orb-sim: a subcommand is missing\n\n{help_text}")
+
+    def test_with_unknown_words_is_refused(self):
+        self.check("The following argument was not expected: swim", "swim", see="")
+        self.check_run("The following argument was not expected: --swim", "--swim")
+
+    def test_with_a_command_for_a_subcommand_that_takes_none_is_refused(self):
+        self.check_failure("orb-sim: decode takes no COMMAND\n", "decode", "--", "true")
+
+    def test_with_contradictions_is_refused(self):
+        self.check_run("--hardware-id excludes --no-module", "--no-module", "--hardware-id", "x")
+        self.check_run("--silent excludes --no-receiver", "--silent", "--no-receiver")
+        self.check_run("--silent excludes --tty", "--silent", "--tty", "/dev/null")
+        self.check_run("--no-receiver excludes --tty", "--no-receiver", "--tty", "/dev/null")
+
+    def test_with_impossible_versions_is_refused(self):
+        for option in ("--kernel-version", "--odm-version"):
+            self.check_run(f"{option}: 256 is above 255", option, "255.256.257")
+            for text in ("1.2", "1.2.3.4", "1.2.x", "1..2", ""):
+                self.check_run(f"{option}: {text} is not three numbers with dots between",
+                               option, text)
+
+    def test_with_impossible_dates_is_refused(self):
+        for date in ("2024.2.30", "2023.2.29", "2024.0.1", "2024.13.1", "2024.1.0", "2024.257.1"):
+            self.check_run(f"--revision: {date} is no date", "--revision", date)
+        for date in ("1999.1.1", "2256.1.1"):
+            self.check_run("--revision: the receiver can only tell years from 2000 to 2255",
+                           "--revision", date)
+
+    def test_with_impossible_numbers_is_refused(self):
+        for number in ("x", "-1", "1.5", "", "18446744073709551616"):
+            self.check_run(f"--seed: {number} is not a whole number from 0 to "
+                           "18446744073709551615", "--seed", number)
+        self.check("--tcp: 65536 is not a whole number from 0 to 65535", "serve", "--tcp", "65536",
+                   see="serve ")
+
+    def test_with_a_link_that_cannot_be_made_is_refused(self):
+        file = self.folder / "file"
+        file.write_text("kept")
+        for subcommand in ("serve", "tap", "replay"):
+            self.check(f"--link: {file} is there already, and no symbolic link",
+                       subcommand, "--link", str(file), see=subcommand + " ")
+            self.check("--link: there is no folder /no/such", subcommand, "--link", "/no/such/x",
+                       see=subcommand + " ")
+        self.assertEqual(file.read_text(), "kept")
+
+    def test_without_what_it_needs_is_refused(self):
+        self.check_failure("orb-sim: give --link PATH or --tcp PORT, or both\n", "serve")
+        self.check("DEVICE is required", "tap", "--link", "x", see="tap ")
+        self.check("--link is required", "tap", "/dev/null", see="tap ")
+        self.check("TRACE is required", "replay", see="replay ")
+        self.check_failure("orb-sim: give either --link PATH or COMMAND, behind --\n",
+                           "replay", "x")
+        self.check_failure("orb-sim: give either --link PATH or COMMAND, behind --\n",
+                           "replay", "x", "--link", "y", "--", "true")
+
+
+if __name__ == "__main__":
+    unittest.main(verbosity=2)

@@ -1,0 +1,120 @@
+"""Runs programs in the circumstances that scenarios describe."""
+
+import pathlib
+import subprocess
+import sys
+import unittest
+
+from orb_sim import ACKNOWLEDGED, ASK_RECEIVER, ASK_VERSION, OrbSimTest
+
+READY = ("chatty-nmea", "cold-start", "flaky-cable", "healthy", "noisy-line", "old-firmware",
+         "silent", "slow-uart", "wrong-module")
+
+# Half of the answers, as chance has it, have a wrong checksum.
+HALF_BAD = """description = "Every other answer is damaged."
+seed = 1
+[device]
+module = "11111111-111"
+[[fault]]
+kind = "bad-checksum"
+message = 0x0200
+chance = 0.5
+"""
+
+# Asks for the version often; prints one digit for each answer: whether it was damaged.
+ASK_OFTEN = f"""
+import os, tty
+line = os.open("/dev/tty_gps", os.O_RDWR | os.O_NOCTTY)
+tty.setraw(line)
+for turn in range(40):
+    os.write(line, {ASK_VERSION!r})
+    answer = b""
+    while len(answer) < 30:
+        answer += os.read(line, 30 - len(answer))
+    sum = 0
+    for byte in answer[13:27]:
+        sum ^= byte
+    print(int(sum != answer[27]), end="")
+"""
+
+
+class Scenario(OrbSimTest):
+    def setUp(self):
+        super().setUp()
+        self.file = self.folder / "half bad.toml"
+        self.file.write_text(HALF_BAD)
+
+    def damage(self, *options):
+        """Which answers are damaged, for these options of run."""
+        result = self.run_command(sys.executable, "-c", ASK_OFTEN, options=options)
+        self.assertEqual((result.returncode, result.stderr), (0, ""))
+        return result.stdout
+
+    def version_fields(self, *options):
+        script = ASK_RECEIVER.replace("< 9", "< 30").replace("9 - ", "30 - ")
+        result = self.run_command(sys.executable, "-c", script, options=options)
+        return bytes.fromhex(result.stdout)[14:27]
+
+    def test_damages_answers(self):
+        self.assertEqual(self.damage(), "0" * 40)
+        damage = self.damage("--scenario", str(self.file))
+        self.assertEqual(len(damage), 40)
+        self.assertTrue(5 < damage.count("1") < 35, damage)
+
+    def test_is_the_same_for_the_same_seed_and_another_for_others(self):
+        of_file = self.damage("--scenario", str(self.file))
+        self.assertEqual(self.damage("--scenario", str(self.file)), of_file)
+        self.assertEqual(self.damage("--scenario", str(self.file), "--seed", "1"), of_file)
+        seeds = {self.damage("--seed", str(seed), "--scenario", str(self.file))
+                 for seed in (2, 3, 2 ** 64 - 1)}
+        self.assertEqual(len(seeds | {of_file}), 4)
+
+    def test_gives_way_to_the_other_options(self):
+        def module(*options):
+            return self.run_shell(
+                "dbus-send --system --print-reply=literal --dest=org.orb_gnss.Inventory1 "
+                "/org/orb_gnss/Inventory1 org.orb_gnss.Inventory1.GetSystemRecord uint32:1 "
+                "string:HardwareSetId", options=("--scenario", str(self.file), *options))
+        self.assertIn("11111111-111", module())
+        self.assertIn("222", module("--hardware-id", "222"))
+        self.run_shell("test ! -e /dev/tty_gps",
+                       options=("--scenario", str(self.file), "--no-receiver"))
+        self.assertEqual(self.version_fields("--scenario", "old-firmware", "--kernel-version",
+                                             "9.8.7")[1:5], bytes((0, 9, 8, 7)))
+
+    def test_is_found_by_its_name(self):
+        self.assertNotEqual(self.version_fields("--scenario", "old-firmware"),
+                            self.version_fields("--scenario", "healthy"))
+        self.assertEqual(self.version_fields("--scenario", "healthy"), self.version_fields())
+
+    def test_is_found_as_a_file_in_the_current_folder(self):
+        (self.folder / "mine.toml").write_text(HALF_BAD)
+        for name in ("mine.toml", "./mine.toml"):
+            result = self.orb_sim("run", "--scenario", name, "--", "true")
+            self.assertEqual((result.returncode, result.stderr), (0, ""))
+
+    def test_that_does_not_exist_is_refused(self):
+        self.check_failure("orb-sim: there is no scenario flaky; orb-sim scenarios lists them\n",
+                           "run", "--scenario", "flaky", "--", "true")
+
+    def test_with_mistakes_is_refused_with_a_line_for_each(self):
+        (self.folder / "bad.toml").write_text(HALF_BAD + 'sped = 1\nevery = "x"\n')
+        result = self.orb_sim("run", "--scenario", "bad.toml", "--", "true")
+        self.assertEqual((result.returncode, result.stdout), (125, ""))
+        first, second = result.stderr.splitlines()
+        self.assertRegex(first, r"^orb-sim: bad\.toml:9: fault\.sped: ")
+        self.assertRegex(second, r"^orb-sim: bad\.toml:10: fault\.every: ")
+
+
+class Scenarios(OrbSimTest):
+    def test_are_listed_with_a_sentence_each(self):
+        result = self.orb_sim("scenarios")
+        self.assertEqual((result.returncode, result.stderr), (0, ""))
+        lines = [line.split(None, 1) for line in result.stdout.splitlines()]
+        self.assertEqual(tuple(name for name, _ in lines), READY)
+        for name, sentence in lines:
+            self.assertRegex(sentence, r"^[A-Z].*\.$", name)
+
+
+if __name__ == "__main__":
+    unittest.main(verbosity=2)

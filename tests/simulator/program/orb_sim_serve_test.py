@@ -1,0 +1,220 @@
+"""Looks at the receiver that `orb-sim serve` offers: who reaches it, and how it ends."""
+
+import contextlib
+import os
+import pathlib
+import re
+import select
+import signal
+import socket
+import subprocess
+import sys
+import termios
+import time
+import tty
+import unittest
+
+from orb_sim import (ACKNOWLEDGED, ASK_RECEIVER, ASK_VERSION, LIMIT, OrbSimTest, wait_until)
+
+ANSWER_LENGTH = 30  # acknowledgement and version
+
+
+def read_some(descriptor):
+    if not select.select([descriptor], [], [], LIMIT)[0]:
+        raise AssertionError("timed out")
+    data = os.read(descriptor, 4096)
+    if not data:
+        raise AssertionError("the line has ended")
+    return data
+
+
+def read_exactly(descriptor, length):
+    data = b""
+    while len(data) < length:
+        data += read_some(descriptor)
+    return data
+
+
+def read_answer(descriptor):
+    """Reads until the version has been told, whatever else comes; returns the answer."""
+    data = b""
+    while len(data[data.find(ACKNOWLEDGED):]) < ANSWER_LENGTH or ACKNOWLEDGED not in data:
+        data += read_some(descriptor)
+    return data[data.find(ACKNOWLEDGED):][:ANSWER_LENGTH]
+
+
+@contextlib.contextmanager
+def opened(path):
+    line = os.open(path, os.O_RDWR | os.O_NOCTTY)
+    try:
+        tty.setraw(line)
+        termios.tcflush(line, termios.TCIFLUSH)
+        yield line
+    finally:
+        os.close(line)
+
+
+def ask(path):
+    """Asks for the version; returns the answer."""
+    with opened(path) as line:
+        os.write(line, ASK_VERSION)
+        return read_answer(line)
+
+
+def processor_seconds(process):
+    stat = pathlib.Path(f"/proc/{process.pid}/stat").read_text()
+    fields = stat.rsplit(")", 1)[1].split()
+    return (int(fields[11]) + int(fields[12])) / os.sysconf("SC_CLK_TCK")
+
+
+class Serve(OrbSimTest):
+    def setUp(self):
+        super().setUp()
+        self.link = self.folder / "gps"
+
+    def test_answers_clients_that_come_and_go(self):
+        with self.offered_line("serve", self.link) as (process, _):
+            for _ in range(5):
+                self.assertEqual(ask(self.link)[:9], ACKNOWLEDGED)
+            self.assertEqual(self.end(process, signal.SIGTERM), "")
+
+    def test_says_how_clients_find_it(self):
+        with self.offered_line("serve", "gps") as (process, said):
+            tty_path = os.readlink(self.link)
+            self.assertEqual(said, f"""\
+orb-sim: the line is at {self.link}, which now points to {tty_path}
+orb-sim: for one program, without any rights: orb-sim run --tty {self.link} -- COMMAND
+orb-sim: for all of your programs, once, as root: ln -s {self.link} /dev/tty_gps
+orb-sim: other users' programs need rights to read and write {tty_path}
+""")
+
+    def test_ends_well_by_each_signal_and_takes_its_link_along(self):
+        for number in (signal.SIGINT, signal.SIGTERM, signal.SIGHUP):
+            with self.offered_line("serve", self.link) as (process, _):
+                self.end(process, number)
+                self.assertFalse(os.path.lexists(self.link), number)
+
+    def test_goes_on_where_hangups_are_ignored(self):
+        before = signal.signal(signal.SIGHUP, signal.SIG_IGN)  # as under nohup
+        try:
+            with self.offered_line("serve", self.link) as (process, _):
+                process.send_signal(signal.SIGHUP)
+                self.assertEqual(ask(self.link)[:9], ACKNOWLEDGED)
+                self.end(process, signal.SIGTERM)
+        finally:
+            signal.signal(signal.SIGHUP, before)
+
+    def test_replaces_the_link_that_a_killed_one_has_left(self):
+        with self.offered_line("serve", self.link) as (process, _):
+            process.kill()
+            process.wait()
+        self.assertTrue(os.path.lexists(self.link))
+        with self.offered_line("serve", self.link) as (process, _):
+            self.assertEqual(ask(self.link)[:9], ACKNOWLEDGED)
+            self.end(process, signal.SIGINT)
+        self.assertFalse(os.path.lexists(self.link))
+
+    def test_keeps_its_line_and_does_not_spin_when_its_client_hangs_up(self):
+        with self.offered_line("serve", self.link) as (process, _):
+            tty_path = os.readlink(self.link)
+            ask(self.link)  # opens and closes the tty
+            before = processor_seconds(process)
+            time.sleep(2)
+            # One that spins takes all of a processor, even a shared one's better part.
+            self.assertLess(processor_seconds(process) - before, 0.3)
+            self.assertEqual(os.readlink(self.link), tty_path)
+            self.assertEqual(ask(self.link)[:9], ACKNOWLEDGED)
+
+    def test_survives_a_client_that_never_reads(self):
+        with self.offered_line("serve", self.link, "--scenario", "chatty-nmea") as (process, _):
+            with opened(self.link) as line:
+                os.set_blocking(line, False)
+                end = time.monotonic() + 1
+                while time.monotonic() < end:
+                    with contextlib.suppress(BlockingIOError):
+                        os.write(line, ASK_VERSION)
+                    time.sleep(0.001)
+            before = processor_seconds(process)
+            time.sleep(1)
+            self.assertLess(processor_seconds(process) - before, 0.3)
+            self.end(process, signal.SIGTERM)
+
+    def test_is_the_line_of_a_command_without_any_rights(self):
+        with self.offered_line("serve", self.link, "--kernel-version", "9.8.7"):
+            script = ASK_RECEIVER.replace("< 9", "< 30").replace("9 - ", "30 - ")
+            result = self.run_command(sys.executable, "-c", script, options=("--tty", self.link))
+            self.assertEqual(result.stderr, "")
+            self.assertIn(bytes((9, 8, 7)), bytes.fromhex(result.stdout))
+
+    def test_has_the_circumstances_of_its_scenario(self):
+        with self.offered_line("serve", self.link, "--scenario", "silent"):
+            with opened(self.link) as line:
+                os.write(line, ASK_VERSION)
+                self.assertEqual(select.select([line], [], [], 0.3)[0], [])
+
+    def test_goes_on_where_nobody_reads_what_it_says(self):
+        reading, writing = os.pipe()
+        os.close(reading)
+        with subprocess.Popen([os.environ["ORB_SIM"], "serve", "--link", str(self.link)],
+                              stdout=writing, env=self.environment) as process:
+            os.close(writing)
+            try:
+                wait_until(lambda: self.link.is_symlink(), "no link")
+                self.assertEqual(ask(self.link)[:9], ACKNOWLEDGED)
+                process.terminate()
+                self.assertEqual(process.wait(LIMIT), 0)
+            finally:
+                process.kill()
+        self.assertFalse(os.path.lexists(self.link))
+
+
+class Tcp(OrbSimTest):
+    @contextlib.contextmanager
+    def served(self, *options):
+        """Offers the receiver at a TCP port; gives process and port."""
+        with self.background("serve", "--tcp", "0", *options) as process:
+            for line in process.stdout:
+                found = re.fullmatch(r"orb-sim: the line is at TCP port 127\.0\.0\.1:(\d+)\n", line)
+                if found:
+                    break
+            yield process, int(found[1])
+
+    def connect(self, port):
+        return contextlib.closing(socket.create_connection(("127.0.0.1", port), LIMIT))
+
+    def test_serves_clients_one_after_the_other(self):
+        with self.served() as (process, port):
+            for _ in range(3):
+                with self.connect(port) as client:
+                    client.sendall(ASK_VERSION)
+                    self.assertEqual(len(read_answer(client.fileno())), ANSWER_LENGTH)
+            self.end(process, signal.SIGTERM)
+
+    def test_is_the_same_line_as_the_link(self):
+        link = self.folder / "gps"
+        with self.served("--link", str(link)) as (process, port):
+            with self.connect(port) as client, opened(link) as line:
+                for writing, other in ((client.fileno(), line), (line, client.fileno())):
+                    os.write(writing, ASK_VERSION)
+                    self.assertEqual(read_answer(writing), read_answer(other))
+            self.end(process, signal.SIGTERM)
+        self.assertFalse(os.path.lexists(link))
+
+    def test_does_not_spin_when_its_client_hangs_up(self):
+        with self.served("--link", str(self.folder / "gps")) as (process, port):
+            with self.connect(port) as client:
+                client.sendall(ASK_VERSION)
+                read_answer(client.fileno())
+            before = processor_seconds(process)
+            time.sleep(2)
+            self.assertLess(processor_seconds(process) - before, 0.3)
+
+    def test_of_another_is_refused(self):
+        with self.served() as (_, port):
+            result = self.orb_sim("serve", "--tcp", str(port))
+            self.assertEqual((result.returncode, result.stdout), (125, ""))
+            self.assertRegex(result.stderr, r"^orb-sim: .*Address already in use\n$")
+
+
+if __name__ == "__main__":
+    unittest.main(verbosity=2)

@@ -1,0 +1,192 @@
+"""Watches a receiver with `orb-sim tap` and plays it back with `orb-sim replay`."""
+
+import contextlib
+import json
+import os
+import pty
+import signal
+import subprocess
+import sys
+import termios
+import tty
+import unittest
+
+from orb_sim import (ACKNOWLEDGED, ASK_RECEIVER, ASK_VERSION, LIMIT, REFUSED, OrbSimTest,
+                     wait_until)
+from orb_sim_serve_test import ask, opened, processor_seconds, read_exactly
+
+CONFIGURE = os.environ["ORB_SIM_CONFIGURE"]
+ANSWER = ("A0A100028302810D0A" "A0A1000E80010001000C000102000018030F9B0D0A")
+HEADER = '{"orb-sim-trace":1}\n'
+
+
+class TapTest(OrbSimTest):
+    def setUp(self):
+        super().setUp()
+        self.device = self.folder / "device"
+        self.link = self.folder / "gps"
+        self.trace = self.folder / "gps.trace"
+
+    @contextlib.contextmanager
+    def tapped(self, *options):
+        """A tap in front of a receiver that is served."""
+        with self.offered_line("serve", self.device):
+            with self.offered_line("tap", self.link, self.device, *options) as (process, _):
+                yield process
+
+    def records(self):
+        return [json.loads(line) for line in self.trace.read_text().splitlines()]
+
+
+class Tap(TapTest):
+    def test_passes_on_and_tells_in_words(self):
+        with self.tapped() as process:
+            self.assertEqual(ask(self.link).hex().upper(), ANSWER)
+            lines = self.end(process, signal.SIGINT).splitlines()
+        self.assertEqual([line[14:] for line in lines[:3]], [
+            "client    02     Query revision information of software: 01",
+            "receiver  83     Message Acknowledged: 02",
+            "receiver  80     Software revision of the receiver: "
+            "01 00 01 00 0C 00 01 02 00 00 18 03 0F"])
+        self.assertEqual(lines[-2:], [
+            "client: 1 good packet (0 unknown), 0 bad packets, 0 sentences, 0 other bytes",
+            "receiver: 2 good packets (0 unknown), 0 bad packets, 0 sentences, 0 other bytes"])
+        self.assertFalse(os.path.lexists(self.link))
+
+    def test_tells_at_once(self):
+        with self.tapped() as process:
+            ask(self.link)
+            self.assertIn("Query revision information", process.stdout.readline())
+
+    def test_records_what_each_side_has_said(self):
+        with self.tapped("--trace", str(self.trace)) as process:
+            ask(self.link)
+            header, *records = self.records()  # while it goes on
+            self.end(process, signal.SIGTERM)
+        self.assertEqual(header["orb-sim-trace"], 1)
+        self.assertEqual(header["device"], str(self.device))
+        said = {"client": "", "receiver": ""}
+        for record in records:
+            said[record["from"]] += record["bytes"]
+        self.assertEqual(said, {"client": ASK_VERSION.hex().upper(), "receiver": ANSWER})
+        times = [record["time"] for record in records]
+        self.assertEqual(times, sorted(times))
+
+    def test_does_not_spin_when_its_client_hangs_up(self):
+        with self.tapped() as process:
+            ask(self.link)
+            before = processor_seconds(process)
+            with contextlib.suppress(subprocess.TimeoutExpired):
+                process.wait(2)
+            self.assertIsNone(process.returncode)
+            self.assertLess(processor_seconds(process) - before, 0.3)
+
+    def test_ends_where_the_receiver_is_gone(self):
+        with self.offered_line("serve", self.device) as (served, _):
+            with self.offered_line("tap", self.link, self.device) as (process, _):
+                self.end(served, signal.SIGTERM)
+                _, errors = process.communicate(timeout=LIMIT)
+                self.assertEqual((process.returncode, errors),
+                                 (125, f"orb-sim: {self.device} has hung up\n"))
+        self.assertFalse(os.path.lexists(self.link))
+
+    def test_makes_its_port_raw_and_sets_the_speed_only_where_it_is_told_to(self):
+        receiver, port = pty.openpty()
+        try:
+            settings = termios.tcgetattr(port)
+            settings[4] = settings[5] = termios.B38400
+            termios.tcsetattr(port, termios.TCSANOW, settings)
+            for options, speed in (((), termios.B38400), (("--baud", "9600"), termios.B9600)):
+                with self.offered_line("tap", self.link, os.ttyname(port), *options):
+                    settings = termios.tcgetattr(port)
+                    self.assertEqual(settings[4:6], [speed, speed])
+                    with opened(self.link) as client:
+                        os.write(receiver, bytes(range(256)))
+                        self.assertEqual(read_exactly(client, 256), bytes(range(256)))
+                        os.write(client, bytes(range(256)))
+                        self.assertEqual(read_exactly(receiver, 256), bytes(range(256)))
+        finally:
+            os.close(receiver)
+            os.close(port)
+
+    def test_of_what_is_no_serial_port_is_refused(self):
+        self.check_failure("orb-sim: /dev/null is no serial port\n", "tap", "/dev/null", "--link",
+                           "gps")
+        self.check_failure("orb-sim: /no/such: No such file or directory\n", "tap", "/no/such",
+                           "--link", "gps")
+
+    def test_in_the_place_of_its_own_port_is_refused(self):
+        self.device.symlink_to("/dev/null")
+        self.check_failure("orb-sim: --link is DEVICE itself; clients need another name\n", "tap",
+                           "device", "--link", str(self.device))
+        self.assertTrue(self.device.is_symlink())
+
+    def test_at_an_unknown_speed_is_refused(self):
+        with self.offered_line("serve", self.device):
+            self.check_failure(
+                "orb-sim: --baud: 5 is none of 4800 9600 19200 38400 57600 115200 230400 460800 "
+                "921600\n", "tap", "device", "--link", "gps", "--baud", "5")
+
+    def test_that_cannot_record_is_refused(self):
+        with self.offered_line("serve", self.device):
+            result = self.orb_sim("tap", "device", "--link", "gps", "--trace", "/dev/full")
+            self.assertEqual((result.returncode, result.stderr),
+                             (125, "orb-sim: /dev/full: No space left on device\n"))
+
+
+class RoundTrip(TapTest):
+    def configure(self, *arguments):
+        result = self.orb_sim(*arguments, "--", CONFIGURE)
+        self.assertEqual(result.returncode, 0, result.stderr)
+        return result.stdout
+
+    def test_replays_what_the_library_and_a_receiver_said(self):
+        with self.tapped("--trace", str(self.trace)) as process:
+            first = self.configure("run", "--tty", str(self.link))
+            self.end(process, signal.SIGTERM)
+        self.assertIn("receiver: 1\n", first)
+        self.assertIn("CNR mask: 0 0 35\n", first)
+        self.assertEqual(self.configure("replay", str(self.trace)), first)
+        self.assertEqual(self.configure("replay", "--fast", str(self.trace)), first)
+
+        decoded = self.orb_sim("decode", str(self.trace)).stdout
+        self.assertIn("Configure values of Elevation and CNR Mask", decoded)
+        self.assertRegex(decoded, r"\nclient: \d+ good packets \(\d unknown\), 0 bad packets, ")
+
+
+class Replay(TapTest):
+    def write_trace(self, *records):
+        lines = [json.dumps({"time": time, "from": speaker, "bytes": data.hex()})
+                 for time, speaker, data in records]
+        self.trace.write_text(HEADER + "\n".join(lines) + "\n")
+
+    def test_answers_each_occurrence_in_turn(self):
+        self.write_trace((0.1, "client", ASK_VERSION), (0.1, "receiver", b"first....\n"),
+                         (0.2, "client", ASK_VERSION), (0.2, "receiver", b"second...\n"))
+        with self.offered_line("replay", self.link, self.trace) as (process, _):
+            with opened(self.link) as line:
+                for expected in (b"first....\n", b"second...\n", b"first....\n"):
+                    os.write(line, ASK_VERSION)
+                    self.assertEqual(read_exactly(line, 10), expected)
+                os.write(line, bytes.fromhex("A0A1000202000 20D0A".replace(" ", "")))
+                self.assertEqual(read_exactly(line, 9), REFUSED)
+            self.assertEqual(self.end(process, signal.SIGTERM),
+                             "orb-sim: packets that the trace does not have: 1\n")
+        self.assertFalse(os.path.lexists(self.link))
+
+    def test_is_the_receiver_of_a_command(self):
+        self.write_trace((0.1, "client", ASK_VERSION), (0.2, "receiver", ACKNOWLEDGED))
+        result = self.orb_sim("replay", str(self.trace), "--", sys.executable, "-c", ASK_RECEIVER)
+        self.assertEqual((result.returncode, result.stdout, result.stderr),
+                         (0, ACKNOWLEDGED.hex() + "\n", ""))
+
+    def test_of_what_is_no_trace_is_refused(self):
+        self.trace.write_text(HEADER + '{"time":0,"from":"client","bytes":"0"}\n')
+        self.check_failure(f"orb-sim: {self.trace}:2: \"bytes\" is not a text of hexadecimal "
+                           "digits, two a byte\n", "replay", str(self.trace), "--", "true")
+        self.check_failure("orb-sim: none: No such file or directory\n", "replay", "none", "--",
+                           "true")
+
+
+if __name__ == "__main__":
+    unittest.main(verbosity=2)
