@@ -54,7 +54,7 @@ bool OpenState::load(int descriptor) noexcept {
   if (getsockopt(descriptor, SOL_SOCKET, SO_RCVTIMEO, &kept, &size) < 0) return false;
   const long state = kept.tv_sec - kMark;
   if (state < 0 || state >= 4 * kAccessModeUnit) return false;
-  address = static_cast<std::uint16_t>(state & kLastLongAddress);
+  address = static_cast<std::uint16_t>(state & static_cast<long>(kLastLongAddress));
   hasTenBits = (state & kTenBits) != 0;
   accessMode = static_cast<int>(state / kAccessModeUnit);
   return true;
