@@ -156,8 +156,14 @@ class Session {
   Session(unsigned int seed, Tally& tally) : seed_(seed), numbers_(seed), tally_(tally) {}
 
   void carryOutAll() {
-    for (int i = 0; i < kOperationsPerSession; ++i) {
-      carryOutOne(i);
+    try {
+      for (count_ = 0; count_ < kOperationsPerSession; ++count_) {
+        const int last = static_cast<int>(operations().size()) - 1;
+        carryOut(operations()[static_cast<std::size_t>(numbers_.between(0, last))]);
+        letTheLineSettleNowAndThen();
+      }
+    } catch (const WaitsForEver&) {
+      tally_.failures.push_back(place_ + " does not return");
     }
     for (const FaultyDevice::Event& event : faulty_.events()) {
       ++tally_.faults[rules_[event.rule].kind];
@@ -165,36 +171,33 @@ class Session {
   }
 
  private:
-  void carryOutOne(int index) {
-    const auto choice = numbers_.between(0, static_cast<int>(operations().size()) - 1);
-    const Operation& operation = operations()[static_cast<std::size_t>(choice)];
+  void carryOut(const Operation& operation) {
+    place_ = "seed " + std::to_string(seed_) + ", operation " + std::to_string(count_) + ": " +
+             operation.name;
     const std::size_t eventsBefore = faulty_.events().size();
     tap_.forget();
     line_.forget();
     line_.setLimit(kLongestOperation);
     const Outcome outcome = operation.carryOut(driver_, receiver_, numbers_);
-    const std::vector<FaultyDevice::Event> events = faulty_.events();
-    const std::string where = "seed " + std::to_string(seed_) + ", operation " +
-                              std::to_string(index) + ": " + operation.name + " gave " +
-                              std::to_string(outcome.result);
+    const std::vector<FaultyDevice::Event> all = faulty_.events();
+    const std::vector<FaultyDevice::Event> events(
+        all.begin() + static_cast<std::ptrdiff_t>(eventsBefore), all.end());
     ++tally_.operations;
     if (outcome.result == 0) {
       ++tally_.succeeded;
       ++tally_.succeededByName[operation.name];
-      judgeSuccess(operation, outcome, {events.begin() + toOffset(eventsBefore), events.end()},
-                   where);
+      judgeSuccess(operation, outcome, events);
     }
-    const bool untroubled = events.size() == eventsBefore && isQuiet_;
-    tally_.untroubled += untroubled ? 1 : 0;
-    if (untroubled && !(outcome.result == 0 && outcome.isTrue)) {
-      tally_.failures.push_back(where + " without a fault");
+    isQuiet_ = isQuiet_ && events.empty();
+    tally_.untroubled += isQuiet_ ? 1 : 0;
+    if (isQuiet_ && !(outcome.result == 0 && outcome.isTrue)) {
+      tally_.failures.push_back(place_ + " gave " + std::to_string(outcome.result) +
+                                " without a fault");
     }
-    isQuiet_ = untroubled;
-    letTheLineSettleNowAndThen();
   }
 
   void judgeSuccess(const Operation& operation, const Outcome& outcome,
-                    const std::vector<FaultyDevice::Event>& events, const std::string& where) {
+                    const std::vector<FaultyDevice::Event>& events) {
     bool isExcused = outcome.isTrue;
     for (const FaultyDevice::Event& event : events) {
       isExcused |= !outcome.isRead && rules_[event.rule].kind == FaultKind::WrongValue;
@@ -204,7 +207,7 @@ class Session {
       isExcused = true;
     }
     if (!isExcused) {
-      tally_.failures.push_back(where + " and a wrong value");
+      tally_.failures.push_back(place_ + " took a wrong value for success");
     }
   }
 
@@ -215,8 +218,6 @@ class Session {
       isQuiet_ = true;
     }
   }
-
-  static std::ptrdiff_t toOffset(std::size_t index) { return static_cast<std::ptrdiff_t>(index); }
 
   const unsigned int seed_;
   Numbers numbers_;
@@ -229,6 +230,8 @@ class Session {
   LineShaper shaper_{faulty_, busyLine(), seed_};
   SimulatedLine line_{shaper_, files_.tty};
   orbController_QN4470T01 driver_;
+  int count_ = 0;        ///< of operations
+  std::string place_;    ///< where this is, for messages
   bool isQuiet_ = true;  ///< nothing of an earlier fault is still on its way
 };
 
