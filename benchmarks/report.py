@@ -6,7 +6,9 @@ usage: report.py FOLDER [--list] [--output FILE] [WORK...]
 
 import argparse
 import json
+import os
 import pathlib
+import platform
 import subprocess
 import sys
 
@@ -77,7 +79,9 @@ def main():
             print_row(row)
             rows.append(row)
     if options.output:
-        options.output.write_text(json.dumps({"rows": rows}, indent=1) + "\n")
+        machine = {"architecture": platform.machine(), "processors": os.cpu_count()}
+        results = {"machine": machine, "rows": rows}
+        options.output.write_text(json.dumps(results, indent=1) + "\n")
 
     outside = [row["title"] for row in rows if not row["ok"]]
     if outside:

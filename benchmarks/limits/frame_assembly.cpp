@@ -7,9 +7,7 @@
 
 namespace orb::bench {
 
-namespace {
-
-Frame* keep(const unsigned char* packet, unsigned long payload, Frame* next) {
+static Frame* keep(const unsigned char* packet, unsigned long payload, Frame* next) {
   auto* const frame = static_cast<Frame*>(std::malloc(sizeof(Frame)));
   auto* const copy = static_cast<unsigned char*>(std::malloc(payload + 7));
   std::memcpy(copy, packet, payload + 6);
@@ -17,8 +15,6 @@ Frame* keep(const unsigned char* packet, unsigned long payload, Frame* next) {
   *frame = {next, copy, payload + 7};
   return frame;
 }
-
-}  // namespace
 
 Frame* assembleFrames(const unsigned char* bytes, unsigned long length, Frame* list) {
   for (unsigned long at = 0; at + 6 < length;) {
@@ -30,12 +26,9 @@ Frame* assembleFrames(const unsigned char* bytes, unsigned long length, Frame* l
       ++at;
     } else {
       const auto payload = static_cast<unsigned long>(packet[2] << 8 | packet[3]);
-      if (at + payload + 5 >= length) {
-        break;
-      }
-      if (exclusiveOr(packet + 4, payload) == packet[4 + payload]) {
-        list = keep(packet, payload, list);
-      }
+      if (at + payload + 5 >= length) break;
+      const bool good = exclusiveOr(packet + 4, payload) == packet[4 + payload];
+      list = good ? keep(packet, payload, list) : list;
       at += payload + 7;
     }
   }
