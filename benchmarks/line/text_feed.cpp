@@ -26,8 +26,8 @@ void TextFeed::feed() {
   auto due = FarEnd::Clock::now();
   for (std::size_t next = 0; !stopping_; next = (next + 1) % kText.size()) {
     std::this_thread::sleep_until(due);  // late at times: then the bytes catch up, one by one
-    if (write(pty_.master.get(), &kText[next], 1) < 0) {
-      // Nobody reads yet, and the line is full.
+    if (write(pty_.master.get(), &kText[next], 1) == 1) {
+      ++bytes_;
     }
     due += kTimeOfByte;
   }

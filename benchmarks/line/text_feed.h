@@ -19,10 +19,14 @@ class TextFeed {
   /// The device to open.
   const std::string& tty() const { return pty_.tty; }
 
+  /// How many bytes the line has taken.
+  long bytes() const { return bytes_; }
+
  private:
   void feed();
 
   RawPty pty_;
+  std::atomic<long> bytes_{0};
   std::atomic<bool> stopping_{false};
   std::thread thread_;  // the last, since it uses the others
 };
