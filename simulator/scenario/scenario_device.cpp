@@ -2,12 +2,6 @@
 #include "orb-sim/scenario.h"
 
 namespace orb::sim {
-namespace {
-
-/// Keeps what the line draws apart from what the faults draw from the same seed.
-constexpr std::uint64_t kLineSeed = 0x4C494E45;
-
-}  // namespace
 
 State ordinaryState() {
   State state;
@@ -21,7 +15,7 @@ class ScenarioDevice::Implementation {
       : silent_(scenario.presence != Scenario::Presence::Answering),
         receiver_(scenario.state),
         faulty_(receiver_, scenario.faults, scenario.seed),
-        line_(faulty_, scenario.line, scenario.seed ^ kLineSeed) {
+        line_(faulty_, scenario.line, scenario.seed) {
     if (scenario.startsCold) {
       receiver_.startCold();
     }
