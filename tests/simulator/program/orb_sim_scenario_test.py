@@ -1,11 +1,10 @@
 """Runs programs in the circumstances that scenarios describe."""
 
-import pathlib
-import subprocess
+import os
 import sys
 import unittest
 
-from orb_sim import ACKNOWLEDGED, ASK_RECEIVER, ASK_VERSION, OrbSimTest
+from orb_sim import ASK_RECEIVER, ASK_VERSION, OrbSimTest
 
 READY = ("chatty-nmea", "cold-start", "flaky-cable", "healthy", "noisy-line", "old-firmware",
          "silent", "slow-uart", "wrong-module")
@@ -104,6 +103,29 @@ class Scenario(OrbSimTest):
         first, second = result.stderr.splitlines()
         self.assertRegex(first, r"^orb-sim: bad\.toml:9: fault\.sped: ")
         self.assertRegex(second, r"^orb-sim: bad\.toml:10: fault\.every: ")
+
+
+class DocumentedProgram(OrbSimTest):
+    """The program and the steps of the CI job in docs/simulator.md."""
+
+    MASKS = "CNR mask: 0\n" * 10
+
+    def check(self, status, output, *options):
+        result = self.run_command(os.environ["ORB_SIM_POLL"], options=options)
+        self.assertEqual((result.returncode, result.stdout), (status, output), result.stderr)
+        return result.stderr
+
+    def test_works_on_a_healthy_device(self):
+        self.assertEqual(self.check(0, "reset skipp!\n" + self.MASKS), "")
+
+    def test_puts_up_with_a_flaky_cable(self):
+        errors = self.check(0, "reset skipp!\n" + self.MASKS, "--scenario", "flaky-cable",
+                            "--seed", "2")
+        self.assertIn("Timed out", errors)
+        self.assertIn("no answer, attempt 1\n", errors)
+
+    def test_says_when_there_is_no_receiver(self):
+        self.assertEqual(self.check(1, "", "--scenario", "wrong-module"), "no receiver\n")
 
 
 class Scenarios(OrbSimTest):
