@@ -88,7 +88,7 @@ void ORBMessageBuilder::listMessage(ORBMsgId id, const unsigned char* packet,
                                     unsigned short payloadLength) {
   std::unique_ptr<ORBMessage> message(new ORBMessage(id, packet, payloadLength));
   list_->AddMessage(message.get());
-  message.release();
+  static_cast<void>(message.release());  // The list owns it now.
 
   ++good_;
   const ORBMessageMsgValue type = orb::typeOf(id);
