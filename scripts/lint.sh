@@ -17,7 +17,7 @@ product="base board commands controller platform protocol simulator transport ex
 case $tool in
   clang-format)
     # shellcheck disable=SC2086  # the folders are words
-    find $product include tests \( -name '*.h' -o -name '*.cpp' \) -print0 |
+    find $product include tests benchmarks \( -name '*.h' -o -name '*.cpp' \) -print0 |
       xargs -0 clang-format --dry-run -Werror
     ;;
   clang-tidy)
