@@ -80,8 +80,10 @@ std::vector<Row> waitPolicies() {
     milliseconds delay;
     int queries;
   };
-  constexpr Delay kDelays[] = {
-      {milliseconds(3), 40}, {milliseconds(20), 30}, {milliseconds(100), 15}};
+  constexpr Delay kDelays[] = {{milliseconds(3), 40},
+                               {milliseconds(20), 30},
+                               {milliseconds(100), 15},
+                               {milliseconds(1000), 3}};
 
   FarEnd farEnd({{0xA0, orb::bench::kMasksReply}});
   std::vector<Row> rows;

@@ -1,4 +1,4 @@
-#!/usr/bin/env python3
+#!/usr/bin/python3
 """Draws the figures of docs/performance.md from the benchmark's results.
 
 usage: draw.py RESULTS FOLDER
@@ -13,11 +13,13 @@ import matplotlib
 
 matplotlib.use("svg")
 import matplotlib.pyplot as plt
+from matplotlib.ticker import LogLocator, NullFormatter, StrMethodFormatter
 
 WAIT = "wait-"
-DELAYS = ["3 ms", "20 ms", "100 ms"]  # of the points of a wait's series, in their order
+DELAYS = ["3 ms", "20 ms", "100 ms", "1 s"]  # of the points of a wait's series, in their order
 SHIPPED = "shipped"
-PANEL = (3.3, 2.9)  # inches
+PANEL = (3, 2.9)  # inches
+WIDE = 20  # from here on, of the highest to the lowest point, a scale is logarithmic
 
 plt.rcParams.update({
     "svg.fonttype": "none",  # text stays text
@@ -39,6 +41,18 @@ def panels(titles):
     return figure, axes[0]
 
 
+def use_logarithm(axis):
+    """Logarithmic, with plain numbers at the powers of ten."""
+    axis.set_major_locator(LogLocator())
+    axis.set_major_formatter(StrMethodFormatter("{x:g}"))
+    axis.set_minor_formatter(NullFormatter())
+
+
+def spread(points):
+    heights = [height for _, height in points]
+    return max(heights) / min(heights)
+
+
 def save(figure, path):
     figure.savefig(path, metadata={"Date": None})
     print(path)
@@ -49,14 +63,18 @@ def draw_waits(rows, path):
     figure, axes = panels([f"answer after {delay}" for delay in DELAYS])
     for row in rows:
         name = row["work"].removeprefix(WAIT)
-        colour = "tab:red" if name == SHIPPED else "tab:blue"
+        shipped = name == SHIPPED
+        colour = "tab:red" if shipped else "tab:blue"
         for axis, (processor, added) in zip(axes, row["series"]["points"]):
             axis.plot(processor, added, "o", color=colour, markersize=4)
-            axis.annotate(name, (processor, added), xytext=(3, 3), textcoords="offset points",
-                          color=colour)
+            axis.annotate(name, (processor, added), xytext=(0, -4 if shipped else 4),
+                          textcoords="offset points", ha="center",
+                          va="top" if shipped else "bottom", color=colour)
     for axis in axes:
         axis.set(xscale="log", yscale="log", xlabel=rows[0]["series"]["x"])
-        axis.margins(x=0.2, y=0.1)
+        axis.margins(x=0.12, y=0.12)
+        use_logarithm(axis.xaxis)
+        use_logarithm(axis.yaxis)
     axes[0].set_ylabel(rows[0]["series"]["y"])
     save(figure, path)
 
@@ -66,13 +84,18 @@ def draw_growth(rows, path):
     by_cause = collections.defaultdict(list)
     for row in rows:
         by_cause[row["series"]["x"]].append(row)
-    figure, axes = panels(list(by_cause))
+    figure, axes = panels([""] * len(by_cause))
     for axis, (cause, group) in zip(axes, by_cause.items()):
         for row in group:
             axis.plot(*zip(*row["series"]["points"]), "o-", markersize=3, label=row["title"])
         axis.set(xscale="log", xlabel=cause, ylabel=group[0]["series"]["y"])
-        axis.set_ylim(bottom=0)
-        axis.legend(fontsize=6, loc="lower center")
+        use_logarithm(axis.xaxis)
+        if spread([point for row in group for point in row["series"]["points"]]) > WIDE:
+            axis.set_yscale("log")
+            use_logarithm(axis.yaxis)
+        else:
+            axis.set_ylim(bottom=0)
+        axis.legend(fontsize=6, loc="lower center", bbox_to_anchor=(0.5, 1))
     save(figure, path)
 
 
