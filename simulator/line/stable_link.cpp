@@ -1,12 +1,13 @@
 #include "line/stable_link.h"
 
 #include <system_error>
+#include <utility>
 
 namespace orb::sim {
 
 namespace fs = std::filesystem;
 
-StableLink::StableLink(const fs::path& link, const fs::path& target) : link_(link) {
+StableLink::StableLink(fs::path link, const fs::path& target) : link_(std::move(link)) {
   pointTo(target);
 }
 

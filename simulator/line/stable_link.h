@@ -9,7 +9,7 @@ class StableLink {
  public:
   /// Makes `link` point to `target`; an empty `link` makes none. Replaces a symbolic link that is
   /// already there, in one step; throws std::filesystem::filesystem_error for anything else.
-  StableLink(const std::filesystem::path& link, const std::filesystem::path& target);
+  StableLink(std::filesystem::path link, const std::filesystem::path& target);
   StableLink(const StableLink&) = delete;
   StableLink& operator=(const StableLink&) = delete;
 
