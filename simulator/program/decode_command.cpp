@@ -21,7 +21,7 @@
 namespace orb::sim {
 namespace {
 
-constexpr char kDescription[] =
+constexpr char kDecodeDescription[] =
     "Prints captured bytes as messages, and how many were good, bad and unknown\n\n"
     "Takes any bytes, and traces of orb-sim tap. Without FILE, or with -, reads standard input\n"
     "and prints what comes as it comes.";
@@ -124,7 +124,7 @@ int decode(const std::string& file) {
 }  // namespace
 
 void addDecode(CLI::App& app, Invocation& invocation) {
-  CLI::App* const subcommand = addSubcommand(app, "decode", "[FILE]", kDescription);
+  CLI::App* const subcommand = addSubcommand(app, "decode", "[FILE]", kDecodeDescription);
   const auto file = std::make_shared<std::string>();
   subcommand->add_option("FILE", *file, "Captured bytes, or a trace");
   subcommand->callback(

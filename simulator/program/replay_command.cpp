@@ -15,13 +15,13 @@
 namespace orb::sim {
 namespace {
 
-constexpr char kDescription[] =
+constexpr char kReplayDescription[] =
     "Plays the receiver's side of a trace back\n\n"
     "A packet gets the answer that the trace has to its next occurrence; after the last one, they\n"
     "begin anew. A packet that the trace does not have is refused. With COMMAND, runs it as\n"
     "orb-sim run does; with --link, goes on until it is ended.";
 
-struct Options {
+struct ReplayOptions {
   std::filesystem::path trace;
   std::filesystem::path link;
   bool fast = false;
@@ -37,7 +37,7 @@ int offer(const Replay& replay, const std::filesystem::path& link) {
   return 0;
 }
 
-int replay(const Options& options, const std::vector<std::string>& command) {
+int replay(const ReplayOptions& options, const std::vector<std::string>& command) {
   if (options.link.empty() == command.empty()) {
     throw Failure("give either --link PATH or COMMAND, behind --");
   }
@@ -54,8 +54,8 @@ int replay(const Options& options, const std::vector<std::string>& command) {
 
 void addReplay(CLI::App& app, Invocation& invocation) {
   CLI::App* const subcommand =
-      addSubcommand(app, "replay", "TRACE (--link PATH | -- COMMAND [ARG...])", kDescription);
-  const auto options = std::make_shared<Options>();
+      addSubcommand(app, "replay", "TRACE (--link PATH | -- COMMAND [ARG...])", kReplayDescription);
+  const auto options = std::make_shared<ReplayOptions>();
   subcommand->add_option("TRACE", options->trace, "What orb-sim tap has recorded")->required();
   addLinkOption(*subcommand, options->link);
   subcommand->add_flag("--fast", options->fast,

@@ -9,12 +9,12 @@
 namespace orb::sim {
 namespace {
 
-constexpr char kDescription[] =
+constexpr char kRunDescription[] =
     "Runs a program on the simulated device\n\n"
     "COMMAND sees the simulated receiver as /dev/tty_gps, a hardware inventory on its system bus,\n"
     "and private copies of the log and identity files. Ends with COMMAND's exit status.";
 
-struct Options {
+struct RunCommandOptions {
   RunOptions run;
   ScenarioOptions scenario;
 };
@@ -22,8 +22,8 @@ struct Options {
 }  // namespace
 
 void addRun(CLI::App& app, Invocation& invocation) {
-  CLI::App* const run = addSubcommand(app, "run", "[OPTIONS] -- COMMAND [ARG...]", kDescription);
-  const auto options = std::make_shared<Options>();
+  CLI::App* const run = addSubcommand(app, "run", "[OPTIONS] -- COMMAND [ARG...]", kRunDescription);
+  const auto options = std::make_shared<RunCommandOptions>();
   options->scenario.addReceiverOptions(*run);
   options->scenario.addDeviceOptions(*run);
   run->add_option("--tty", options->run.tty,

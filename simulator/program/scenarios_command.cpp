@@ -8,7 +8,7 @@
 namespace orb::sim {
 namespace {
 
-constexpr char kDescription[] =
+constexpr char kScenariosDescription[] =
     "Lists the ready scenarios, with a sentence each\n\n"
     "Each name can be given to --scenario. docs/scenarios.md tells how to write others.";
 
@@ -25,7 +25,7 @@ int listScenarios() {
 }  // namespace
 
 void addScenarios(CLI::App& app, Invocation& invocation) {
-  addSubcommand(app, "scenarios", "", kDescription)->callback([&] {
+  addSubcommand(app, "scenarios", "", kScenariosDescription)->callback([&] {
     invocation.action = listScenarios;
   });
 }

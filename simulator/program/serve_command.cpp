@@ -17,17 +17,17 @@
 namespace orb::sim {
 namespace {
 
-constexpr char kDescription[] =
+constexpr char kServeDescription[] =
     "Offers the receiver alone, to programs that are started elsewhere\n\n"
     "Clients come and go; the link stays until SIGINT, SIGTERM or SIGHUP ends it, with status 0.";
 
-struct Options {
+struct ServeOptions {
   ScenarioOptions scenario;
   std::filesystem::path link;
   std::optional<std::uint16_t> tcpPort;
 };
 
-int serve(const Options& options) {
+int serve(const ServeOptions& options) {
   if (options.link.empty() && !options.tcpPort) {
     throw Failure("give --link PATH or --tcp PORT, or both");
   }
@@ -57,8 +57,8 @@ int serve(const Options& options) {
 
 void addServe(CLI::App& app, Invocation& invocation) {
   CLI::App* const subcommand =
-      addSubcommand(app, "serve", "--link PATH [--tcp PORT] [OPTIONS]", kDescription);
-  const auto options = std::make_shared<Options>();
+      addSubcommand(app, "serve", "--link PATH [--tcp PORT] [OPTIONS]", kServeDescription);
+  const auto options = std::make_shared<ServeOptions>();
   addLinkOption(*subcommand, options->link);
   addOption(
       *subcommand, "--tcp", "PORT",

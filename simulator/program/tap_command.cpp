@@ -15,12 +15,12 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr char kDescription[] =
+constexpr char kTapDescription[] =
     "Watches what a program and a receiver say to each other, and records it\n\n"
     "Stands between the receiver at DEVICE and the programs that use the link: passes everything\n"
     "on, and prints each message in words. Goes on until SIGINT, SIGTERM or SIGHUP.";
 
-struct Options {
+struct TapOptions {
   fs::path device;
   std::optional<unsigned int> baud;
   fs::path link;
@@ -28,14 +28,14 @@ struct Options {
 };
 
 /// Fails where the link would take the place of the port's own name.
-void checkLink(const Options& options) {
+void checkLink(const TapOptions& options) {
   if (fs::absolute(options.link).lexically_normal() ==
       fs::absolute(options.device).lexically_normal()) {
     throw Failure("--link is DEVICE itself; clients need another name");
   }
 }
 
-int tap(const Options& options) {
+int tap(const TapOptions& options) {
   checkLink(options);
   const EndSignals end;
   OwnedDescriptor port = openSerialPort(options.device, options.baud);
@@ -51,8 +51,8 @@ int tap(const Options& options) {
 
 void addTap(CLI::App& app, Invocation& invocation) {
   CLI::App* const subcommand =
-      addSubcommand(app, "tap", "DEVICE --link PATH [OPTIONS]", kDescription);
-  const auto options = std::make_shared<Options>();
+      addSubcommand(app, "tap", "DEVICE --link PATH [OPTIONS]", kTapDescription);
+  const auto options = std::make_shared<TapOptions>();
   subcommand->add_option("DEVICE", options->device, "The serial port with the receiver")
       ->required();
   addLinkOption(*subcommand, options->link)->required();
