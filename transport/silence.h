@@ -22,8 +22,8 @@ class Silence {
     using std::chrono::nanoseconds;
     constexpr int kLooksAtOnce = 128;
     constexpr microseconds kShortest(50);
-    constexpr microseconds kWorthWaking(300);
-    constexpr int kShare = 12;
+    constexpr microseconds kWorthWaking(450);
+    constexpr int kShare = 10;
     constexpr milliseconds kLongest(4);
     constexpr milliseconds kLongestWhenIdle(12);
 
