@@ -6,20 +6,11 @@
 
 namespace orb {
 
-namespace {
-
-// Each may hand the core to another program for a whole time slice, so they are few.
-constexpr int kTimesToGiveWay = 8;
-
-}  // namespace
-
 void Silence::pause() {
   const std::chrono::nanoseconds duration = nextSleep();
   if (duration == std::chrono::nanoseconds::zero()) {
-    if (looks_ < kTimesToGiveWay) {
-      sched_yield();
-    }
     ++looks_;
+    sched_yield();
     return;
   }
   timespec request{};

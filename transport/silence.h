@@ -7,9 +7,9 @@ namespace orb {
 
 /// The pauses between looks at a line while one reply is waited for.
 ///
-/// The first looks follow each other at once, for a reply that is nearly there. They take less than
-/// a tenth of a millisecond together, and the first few give way to other threads: what brings the
-/// reply may need this very core. After them come sleeps, which double at first and then are a
+/// The first looks follow each other at once, for a reply that is nearly there. They take about a
+/// tenth of a millisecond together, and each gives way to other threads: what brings the reply may
+/// need this very core. After them come sleeps, which double at first and then are a
 /// fixed share of the time slept so far: a reply that takes long is seen late by a small part of
 /// its delay, and a line that stays silent costs next to no processor. Bytes that are not the reply
 /// start nothing anew, so that a line that is never quiet costs no more. The clock is never read.
@@ -20,7 +20,7 @@ class Silence {
     using std::chrono::microseconds;
     using std::chrono::milliseconds;
     using std::chrono::nanoseconds;
-    constexpr int kLooksAtOnce = 128;
+    constexpr int kLooksAtOnce = 64;
     constexpr microseconds kShortest(50);
     constexpr microseconds kWorthWaking(450);
     constexpr int kShare = 10;

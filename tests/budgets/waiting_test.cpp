@@ -74,8 +74,8 @@ TEST_F(Waiting, WakesUpLessOftenOnALineThatStaysSilent) {
 TEST_F(Waiting, LooksAtOnceABoundedNumberOfTimesAndThenOncePerSleep) {
   for (const nanoseconds delay : {nanoseconds(1), nanoseconds(20ms), nanoseconds(1s)}) {
     lateness(delay);
-    EXPECT_LE(looks_ - wakeUps_, 129);
-    EXPECT_LE(yields_, 8);
+    EXPECT_LE(looks_ - wakeUps_, 65);
+    EXPECT_LE(yields_, 64);
   }
 }
 
