@@ -3,17 +3,18 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "limits/exclusive_or.h"
+#include "limits/copy_packet.h"
 
 namespace orb::bench {
 
 static Frame* keep(const unsigned char* packet, unsigned long payload, Frame* next) {
   auto* const frame = static_cast<Frame*>(std::malloc(sizeof(Frame)));
   auto* const copy = static_cast<unsigned char*>(std::malloc(payload + 7));
-  std::memcpy(copy, packet, payload + 6);
-  copy[payload + 6] = 0x0A;
   *frame = {next, copy, payload + 7};
-  return frame;
+  if (copyPacket(packet, copy, payload)) return frame;
+  std::free(copy);
+  std::free(frame);
+  return next;
 }
 
 Frame* assembleFrames(const unsigned char* bytes, unsigned long length, Frame* list) {
@@ -27,8 +28,7 @@ Frame* assembleFrames(const unsigned char* bytes, unsigned long length, Frame* l
     } else {
       const auto payload = static_cast<unsigned long>(packet[2] << 8 | packet[3]);
       if (at + payload + 5 >= length) break;
-      const bool good = exclusiveOr(packet + 4, payload) == packet[4 + payload];
-      list = good ? keep(packet, payload, list) : list;
+      list = keep(packet, payload, list);
       at += payload + 7;
     }
   }
