@@ -1,6 +1,7 @@
 #include "line/query.h"
 
 #include <fcntl.h>
+#include <sched.h>
 #include <termios.h>
 #include <unistd.h>
 
@@ -58,6 +59,7 @@ void queryByBareLoop(const std::string& tty) {
   while (written > 0 && received < kMasksReply.size()) {
     const ssize_t count = read(fd, reply + received, sizeof reply - received);
     received += count > 0 ? static_cast<unsigned long>(count) : 0;
+    if (count <= 0) sched_yield();
   }
   close(fd);
   expectAnswer(written > 0 && std::equal(kMasksReply.begin(), kMasksReply.end(), reply));
