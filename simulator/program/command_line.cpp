@@ -3,8 +3,10 @@
 #include <algorithm>
 #include <iostream>
 #include <memory>
+#include <regex>
 
 #include "program/failure.h"
+#include "program/standard_streams.h"
 
 namespace orb::sim {
 namespace {
@@ -64,11 +66,42 @@ std::vector<std::string> splitArguments(int argc, char** argv, std::vector<std::
   return own;
 }
 
-std::string failureMessage(const CLI::App* app, const CLI::Error& error) {
-  std::string asked;
-  for (const CLI::App* const subcommand : app->get_subcommands()) asked = subcommand->get_name();
-  return std::string(kProgram) + ": " + error.what() + "\n" + kProgram + ": see " + kProgram +
-         (asked.empty() ? "" : " " + asked) + " --help\n";
+/// What the parser says of an option's values, in plain words.
+std::string plainWords(const std::string& message) {
+  static const std::regex kTooMany("(.*): At Most 1 required but received .*");
+  static const std::regex kMissing("(.*): 1 required (.*) missing");
+  const std::string plain = std::regex_replace(message, kTooMany, "$1 is given more than once");
+  return std::regex_replace(plain, kMissing, "$1 needs a value: $2");
+}
+
+/// The subcommand that is asked for; null where there is none.
+const CLI::App* askedFor(const CLI::App& app) {
+  const std::vector<CLI::App*> asked = app.get_subcommands();
+  return asked.empty() ? nullptr : asked.front();
+}
+
+/// Says which words nothing takes, in the order of the command line.
+std::string unexpected(const CLI::App& app, const Invocation& invocation) {
+  const std::vector<std::string> words = app.remaining(true);
+  std::string message = words.size() > 1 ? "The following arguments were not expected:"
+                                         : "The following argument was not expected:";
+  for (const std::string& word : words) message += " " + word;
+  const CLI::App* const asked = askedFor(app);
+  const bool mayBeCommand = invocation.command.empty() && words.front().front() != '-';
+  if (mayBeCommand && invocation.commandTakers.count(asked) != 0) {
+    message += std::string("\n") + kProgram + ": write COMMAND behind --, as in: " + kProgram +
+               " " + asked->get_name() + " [...] -- " + words.front();
+  }
+  return message;
+}
+
+std::string failureMessage(const CLI::App& app, const Invocation& invocation,
+                           const CLI::Error& error) {
+  const bool isUnexpected = dynamic_cast<const CLI::ExtrasError*>(&error) != nullptr;
+  const CLI::App* const asked = askedFor(app);
+  return std::string(kProgram) + ": " +
+         (isUnexpected ? unexpected(app, invocation) : plainWords(error.what())) + "\n" + kProgram +
+         ": see " + kProgram + (asked == nullptr ? "" : " " + asked->get_name()) + " --help\n";
 }
 
 void addSubcommands(CLI::App& app, Invocation& invocation) {
@@ -103,12 +136,20 @@ CLI::Option* addOption(CLI::App& subcommand, const std::string& name, const std:
   return subcommand.add_option_function<std::string>(name, named, description)->type_name(type);
 }
 
+CLI::Option* refuseEmpty(CLI::Option* option) {
+  return option->check([](const std::string& value) {
+    return std::string(value.empty() ? "its value is empty" : "");
+  });
+}
+
 int execute(int argc, char** argv) {
   Invocation invocation;
   CLI::App app(kDescription, kProgram);
   app.formatter(std::make_shared<PlainHelp>("SUBCOMMAND [OPTIONS] [-- COMMAND [ARG...]]"));
   app.set_version_flag("--version", std::string(kProgram) + " " ORB_VERSION);
-  app.failure_message(failureMessage);
+  app.failure_message([&invocation](const CLI::App* failed, const CLI::Error& error) {
+    return failureMessage(*failed, invocation, error);
+  });
   app.footer(kExamples);
   addSubcommands(app, invocation);
 
@@ -117,14 +158,17 @@ int execute(int argc, char** argv) {
   try {
     app.parse(arguments);
   } catch (const CLI::ParseError& error) {
-    return app.exit(error) == 0 ? 0 : kExitOwnFailure;
+    if (app.exit(error) != 0) return kExitOwnFailure;
+    requireOutput();
+    return 0;
   }
   if (!invocation.action) {
     std::cerr << kProgram << ": a subcommand is missing\n\n" << app.help();
     return kExitOwnFailure;
   }
-  if (!invocation.command.empty() && !invocation.takesCommand) {
-    throw Failure(app.get_subcommands().front()->get_name() + " takes no COMMAND");
+  const CLI::App* const asked = askedFor(app);
+  if (!invocation.command.empty() && invocation.commandTakers.count(asked) == 0) {
+    throw Failure(asked->get_name() + " takes no COMMAND");
   }
   return invocation.action();
 }

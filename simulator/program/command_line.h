@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <functional>
 #include <limits>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -16,7 +17,7 @@ struct Invocation {
 
   /// What follows "--": a COMMAND and its arguments.
   std::vector<std::string> command;
-  bool takesCommand = false;  ///< whether the subcommand takes one
+  std::set<const CLI::App*> commandTakers;  ///< the subcommands that take one
 };
 
 /// Adds a subcommand. `usage` is what follows "orb-sim NAME" in its help; of the description, the
@@ -40,6 +41,10 @@ Number wholeNumber(const std::string& text) {
 CLI::Option* addOption(CLI::App& subcommand, const std::string& name, const std::string& type,
                        const std::string& description,
                        const std::function<void(const std::string& value)>& take);
+
+/// Has an empty value of the option refused, which would otherwise pass for none. Returns the
+/// option.
+CLI::Option* refuseEmpty(CLI::Option* option);
 
 // Each subcommand is a file of its own. Where it is asked for, it sets the invocation's action.
 void addRun(CLI::App& app, Invocation& invocation);

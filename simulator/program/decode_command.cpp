@@ -14,6 +14,7 @@
 #include "line/owned_descriptor.h"
 #include "orb-sim/trace.h"
 #include "program/command_line.h"
+#include "program/standard_streams.h"
 #include "trace/description.h"
 #include "trace/stream_decoder.h"
 #include "trace/transcript.h"
@@ -115,9 +116,10 @@ int decode(const std::string& file) {
     if (count < 0) throw std::system_error(errno, std::generic_category(), name);
     if (count == 0) break;
     printer.push({block.data(), static_cast<std::size_t>(count)});
-    if (static_cast<std::size_t>(count) < block.size()) std::cout.flush();
+    if (static_cast<std::size_t>(count) < block.size() || !std::cout) requireOutput();
   }
   printer.finish();
+  requireOutput();
   return 0;
 }
 
@@ -126,7 +128,7 @@ int decode(const std::string& file) {
 void addDecode(CLI::App& app, Invocation& invocation) {
   CLI::App* const subcommand = addSubcommand(app, "decode", "[FILE]", kDecodeDescription);
   const auto file = std::make_shared<std::string>();
-  subcommand->add_option("FILE", *file, "Captured bytes, or a trace");
+  refuseEmpty(subcommand->add_option("FILE", *file, "Captured bytes, or a trace"));
   subcommand->callback(
       [file, &invocation] { invocation.action = [file] { return decode(*file); }; });
 }

@@ -2,6 +2,9 @@
 
 #include <iostream>
 
+#include "program/command_line.h"
+#include "program/failure.h"
+
 namespace orb::sim {
 
 namespace fs = std::filesystem;
@@ -23,12 +26,21 @@ std::string obstacle(const std::string& text) {
 }  // namespace
 
 CLI::Option* addLinkOption(CLI::App& subcommand, fs::path& link) {
-  return subcommand
-      .add_option("--link", link,
-                  "Where clients find the line: a symbolic link, which replaces one of that name\n"
-                  "and goes at the end")
+  return refuseEmpty(
+             subcommand.add_option(
+                 "--link", link,
+                 "Where clients find the line: a symbolic link, which replaces one that leads\n"
+                 "nowhere, and goes at the end"))
       ->type_name("PATH")
       ->check(obstacle);
+}
+
+void requireFreeLink(const fs::path& link) {
+  std::error_code ignored;
+  if (!fs::is_symlink(link, ignored) || !fs::exists(link, ignored)) return;
+  throw Failure("--link: " + link.string() + " points to " +
+                fs::read_symlink(link, ignored).string() +
+                " already; end the orb-sim that offers it, or remove the link");
 }
 
 void announceLine(const fs::path& link, const std::string& tty) {

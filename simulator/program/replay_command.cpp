@@ -28,6 +28,7 @@ struct ReplayOptions {
 };
 
 int offer(const Replay& replay, const std::filesystem::path& link) {
+  requireFreeLink(link);
   const EndSignals end;
   ReplayDevice receiver(replay.trace, replay.pace);
   const PtyLine line(receiver, link);
@@ -56,12 +57,13 @@ void addReplay(CLI::App& app, Invocation& invocation) {
   CLI::App* const subcommand =
       addSubcommand(app, "replay", "TRACE (--link PATH | -- COMMAND [ARG...])", kReplayDescription);
   const auto options = std::make_shared<ReplayOptions>();
-  subcommand->add_option("TRACE", options->trace, "What orb-sim tap has recorded")->required();
+  refuseEmpty(subcommand->add_option("TRACE", options->trace, "What orb-sim tap has recorded"))
+      ->required();
   addLinkOption(*subcommand, options->link);
   subcommand->add_flag("--fast", options->fast,
                        "Answers come at once, not with their recorded delays");
+  invocation.commandTakers.insert(subcommand);
   subcommand->callback([options, &invocation] {
-    invocation.takesCommand = true;
     invocation.action = [options, &invocation] { return replay(*options, invocation.command); };
   });
 }

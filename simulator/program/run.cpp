@@ -15,6 +15,7 @@
 #include "program/private_folder.h"
 #include "program/process.h"
 #include "program/process_tree.h"
+#include "program/serial_port.h"
 #include "program/signals.h"
 
 namespace orb::sim {
@@ -81,6 +82,9 @@ int run(const RunOptions& options) {
   const std::filesystem::path command = commandFile(options.command.front());
   if (!options.tty.empty() && !std::filesystem::exists(options.tty)) {
     throw Failure("--tty: " + options.tty.string() + " does not exist");
+  }
+  if (!options.tty.empty() && !mayBeTerminal(options.tty)) {
+    throw Failure("--tty: " + options.tty.string() + " is no terminal");
   }
   sigset_t watched = passedOnSignals();
   sigaddset(&watched, SIGCHLD);

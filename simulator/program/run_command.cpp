@@ -26,17 +26,20 @@ void addRun(CLI::App& app, Invocation& invocation) {
   const auto options = std::make_shared<RunCommandOptions>();
   options->scenario.addReceiverOptions(*run);
   options->scenario.addDeviceOptions(*run);
-  run->add_option("--tty", options->run.tty,
+  refuseEmpty(run->add_option(
+                  "--tty", options->run.tty,
                   "COMMAND finds this line, as of orb-sim serve or tap, at /dev/tty_gps, and no\n"
-                  "simulated receiver")
+                  "simulated receiver"))
       ->type_name("PATH")
       ->excludes("--silent")
       ->excludes("--no-receiver");
-  run->add_option("--keep", options->run.keep,
-                  "Leaves the log and identity files in this folder, and makes it if need be")
+  refuseEmpty(run->add_option(
+                  "--keep", options->run.keep,
+                  "Leaves the log and identity files in this folder, and makes it if need be; the\n"
+                  "next run continues them. i2c-registers.txt is left there too, anew in each run"))
       ->type_name("DIR");
+  invocation.commandTakers.insert(run);
   run->callback([options, &invocation] {
-    invocation.takesCommand = true;
     invocation.action = [options, &invocation] {
       if (invocation.command.empty()) {
         throw Failure("COMMAND is missing; write it behind --, as in: orb-sim run -- ./client");

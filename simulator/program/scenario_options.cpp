@@ -88,9 +88,9 @@ CLI::Option* ScenarioOptions::addFlag(CLI::App& subcommand, const std::string& n
 }
 
 void ScenarioOptions::addReceiverOptions(CLI::App& subcommand) {
-  subcommand
-      .add_option("--scenario", name_,
-                  "The circumstances: a name that orb-sim scenarios lists, or a file")
+  refuseEmpty(
+      subcommand.add_option("--scenario", name_,
+                            "The circumstances: a name that orb-sim scenarios lists, or a file"))
       ->type_name("NAME|FILE");
   addEdit(subcommand, "--seed", "N", "Decides all that the scenario leaves to chance", seed);
   silent_ = addFlag(subcommand, "--silent",

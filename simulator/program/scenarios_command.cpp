@@ -4,6 +4,7 @@
 #include "orb-sim/scenario.h"
 #include "program/command_line.h"
 #include "program/scenario_folder.h"
+#include "program/standard_streams.h"
 
 namespace orb::sim {
 namespace {
@@ -19,6 +20,7 @@ int listScenarios() {
     name.resize(std::max(kWidth, name.size() + 1), ' ');
     std::cout << name << loadScenario(file).description << '\n';
   }
+  requireOutput();
   return 0;
 }
 

@@ -1,7 +1,10 @@
 #include "program/serial_port.h"
 
 #include <fcntl.h>
+#include <sys/stat.h>
+#include <sys/sysmacros.h>
 #include <termios.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <array>
@@ -35,6 +38,19 @@ void setSpeed(termios& settings, unsigned int baud) {
 }
 
 }  // namespace
+
+bool mayBeTerminal(const std::filesystem::path& path) {
+  struct stat info {};
+  if (stat(path.c_str(), &info) != 0 || !S_ISCHR(info.st_mode)) return false;
+  // Opening and closing a pseudo-terminal could hang up the program at its other end.
+  constexpr unsigned int kFirstPtyMajor = 136;
+  constexpr unsigned int kLastPtyMajor = 143;
+  const unsigned int kind = major(info.st_rdev);
+  if (kind >= kFirstPtyMajor && kind <= kLastPtyMajor) return true;
+  const int opened = open(path.c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC);
+  if (opened < 0) return true;
+  return isatty(OwnedDescriptor(opened, path.string()).get()) != 0;
+}
 
 OwnedDescriptor openSerialPort(const std::filesystem::path& device,
                                std::optional<unsigned int> baud) {

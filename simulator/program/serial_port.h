@@ -1,7 +1,6 @@
 #pragma once
 
 #include <filesystem>
-#include <map>
 #include <optional>
 #include <string>
 
@@ -13,5 +12,9 @@ namespace orb::sim {
 /// Failure where it cannot be opened, is no terminal or does not know the speed.
 OwnedDescriptor openSerialPort(const std::filesystem::path& device,
                                std::optional<unsigned int> baud);
+
+/// Whether a program may find a terminal at `path`: false where what is there is something else.
+/// One that cannot be opened may be a terminal. Leaves pseudo-terminals unopened.
+bool mayBeTerminal(const std::filesystem::path& path);
 
 }  // namespace orb::sim

@@ -35,6 +35,7 @@ int serve(const ServeOptions& options) {
   if (scenario.presence == Scenario::Presence::Absent) {
     throw Failure("the scenario has no receiver that could be served");
   }
+  if (!options.link.empty()) requireFreeLink(options.link);
   const EndSignals end;
   ScenarioDevice receiver(scenario);
   SharedDevice shared(receiver);

@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "program/failure.h"
+#include "program/standard_streams.h"
 
 namespace orb::sim {
 namespace {
@@ -29,14 +30,16 @@ Tap::Tap(OwnedDescriptor port, std::string name, const std::filesystem::path& li
       transcript_(std::cout) {}
 
 void Tap::run(const EndSignals& end) {
+  checkDisplay();
   while (wait(end)) {
     if (portCanBeRead_) takeFromPort();
     if (clientCanBeRead_) takeFromClient();
     passOn();
     transcript_.letTimePass(now());
-    std::cout.flush();
+    checkDisplay();
   }
   transcript_.finish();
+  checkDisplay();
 }
 
 /// Sleeps until there is something to do. Returns whether it shall go on.
@@ -56,7 +59,7 @@ bool Tap::wait(const EndSignals& end) {
   }
   portCanBeRead_ = (polled[1].revents & ~POLLOUT) != 0;
   clientCanBeRead_ = (polled[2].revents & POLLIN) != 0;
-  return polled[0].revents == 0 && std::cout.good();
+  return polled[0].revents == 0;
 }
 
 void Tap::takeFromPort() {
@@ -89,6 +92,14 @@ void Tap::note(Speaker from, const Bytes& bytes) {
   const TraceRecord record{now(), from, bytes};
   if (trace_) trace_->write(record);
   transcript_.add(record);
+}
+
+/// Shows what has been printed. That it cannot be shown is no reason to cut the client off.
+void Tap::checkDisplay() {
+  if (isDisplayLost_) return;
+  const std::string loss = lossOfOutput();
+  isDisplayLost_ = !loss.empty();
+  if (isDisplayLost_) std::cerr << "orb-sim: " << loss << "; goes on without it" << std::endl;
 }
 
 std::chrono::microseconds Tap::now() const {

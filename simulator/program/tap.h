@@ -24,7 +24,8 @@ class Tap {
   /// The tty for clients.
   const std::string& tty() const { return pty_.path(); }
 
-  /// Works until a signal asks for the end. Throws Failure where the port is gone.
+  /// Works until a signal asks for the end; also where standard output cannot be written, which it
+  /// says once. Throws Failure where the port is gone, and as TraceWriter does.
   void run(const EndSignals& end);
 
  private:
@@ -35,6 +36,7 @@ class Tap {
   void takeFromClient();
   void passOn();
   void note(Speaker from, const Bytes& bytes);
+  void checkDisplay();
   std::chrono::microseconds now() const;
 
   const Clock::time_point start_ = Clock::now();
@@ -49,6 +51,7 @@ class Tap {
   Bytes toClient_;
   bool portCanBeRead_ = false;
   bool clientCanBeRead_ = false;
+  bool isDisplayLost_ = false;
 };
 
 }  // namespace orb::sim

@@ -37,6 +37,7 @@ void checkLink(const TapOptions& options) {
 
 int tap(const TapOptions& options) {
   checkLink(options);
+  requireFreeLink(options.link);
   const EndSignals end;
   OwnedDescriptor port = openSerialPort(options.device, options.baud);
   std::optional<TraceWriter> trace;
@@ -53,12 +54,13 @@ void addTap(CLI::App& app, Invocation& invocation) {
   CLI::App* const subcommand =
       addSubcommand(app, "tap", "DEVICE --link PATH [OPTIONS]", kTapDescription);
   const auto options = std::make_shared<TapOptions>();
-  subcommand->add_option("DEVICE", options->device, "The serial port with the receiver")
+  refuseEmpty(
+      subcommand->add_option("DEVICE", options->device, "The serial port with the receiver"))
       ->required();
   addLinkOption(*subcommand, options->link)->required();
-  subcommand
-      ->add_option("--trace", options->trace,
-                   "Records all bytes in this file, for orb-sim replay and decode")
+  refuseEmpty(
+      subcommand->add_option("--trace", options->trace,
+                             "Records all bytes in this file, for orb-sim replay and decode"))
       ->type_name("FILE");
   addOption(
       *subcommand, "--baud", "N", "The receiver's speed; without it, DEVICE keeps its own",

@@ -48,6 +48,7 @@ TraceWriter::TraceWriter(const std::filesystem::path& file, const std::string& d
     : file_(file) {
   errno = 0;
   stream_.open(file, std::ios::binary | std::ios::trunc);
+  if (!stream_) fail(file);
   nlohmann::ordered_json header;
   header[trace_member::kVersion] = trace_member::kCurrentVersion;
   header[trace_member::kStarted] = utcNow();

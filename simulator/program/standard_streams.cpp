@@ -1,0 +1,36 @@
+#include "program/standard_streams.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+#include <iostream>
+#include <system_error>
+
+#include "program/failure.h"
+
+namespace orb::sim {
+
+void occupyClosedStreams() {
+  for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+    if (fcntl(stream, F_GETFD) >= 0) continue;
+    // The lowest free number is this stream's. It is opened for what nobody does with it.
+    const int opened = open("/dev/null", stream == STDIN_FILENO ? O_WRONLY : O_RDONLY);
+    if (opened < 0) throw std::system_error(errno, std::generic_category(), "/dev/null");
+  }
+}
+
+std::string lossOfOutput() {
+  errno = 0;
+  if (std::cout.flush()) return "";
+  return std::string("cannot write standard output") +
+         (errno != 0 ? std::string(": ") + std::strerror(errno) : "");
+}
+
+void requireOutput() {
+  const std::string loss = lossOfOutput();
+  if (!loss.empty()) throw Failure(loss);
+}
+
+}  // namespace orb::sim
