@@ -66,7 +66,8 @@ bool isMessage(std::int64_t number) {
 void readMessage(Section& fault, FaultRule& rule) {
   constexpr char kKey[] = "message";
   constexpr char kAccepted[] =
-      "; it has to be a number such as 0x6501 or 0x1000, or a name such as \"query-update-rate\"";
+      "; it has to be a number without quotes such as 0x6501, or a name such as "
+      "\"query-update-rate\"";
   const toml::node* node = fault.find(kKey);
   if (node == nullptr) {
     return;

@@ -131,7 +131,7 @@ TEST_F(ReadyScenario, OldFirmwareRefusesWhatCameLater) {
 }
 
 TEST_F(ReadyScenario, FlakyCableFailsAClientThatAsksOnceAndNotOneThatAsksAgain) {
-  constexpr int kTries = 4;
+  constexpr int kTries = 3;
   Scenario scenario = readyScenario("flaky-cable");
   scenario.state.updateRate = 50;  // a time-out needs bytes to end
   plugIn(scenario);

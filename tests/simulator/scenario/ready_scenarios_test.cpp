@@ -22,6 +22,7 @@ using std::chrono::milliseconds;
 using test::readyScenario;
 using test::SimulatedClient;
 using ::testing::AllOf;
+using ::testing::Contains;
 using ::testing::ElementsAre;
 using ::testing::EndsWith;
 using ::testing::Ge;
@@ -124,22 +125,36 @@ std::vector<bool> answersOf(const Scenario& scenario, std::size_t queries) {
   return answers;
 }
 
-/// How often a client has to ask at most, who asks again until there is an answer.
-std::ptrdiff_t mostTries(const std::vector<bool>& answers) {
-  std::ptrdiff_t most = 0;
-  for (auto at = answers.begin(); at != answers.end();) {
-    const auto answer = std::find(at, answers.end(), true);
-    most = std::max(most, answer - at + 1);
-    at = answer == answers.end() ? answer : answer + 1;
+enum class AfterAFailure { GiveUp, CarryOn };
+
+/// How many tries a call of so many messages takes at most, wherever among the answers it begins,
+/// that is made again until each of its messages has been answered.
+std::size_t mostTries(const std::vector<bool>& answers, std::size_t messages, AfterAFailure then) {
+  std::size_t most = 0;
+  for (std::size_t start = 0; start < answers.size(); ++start) {
+    std::size_t tries = 1;
+    for (std::size_t at = start; at + messages <= answers.size(); ++tries) {
+      const auto begin = answers.begin() + static_cast<std::ptrdiff_t>(at);
+      const auto end = begin + static_cast<std::ptrdiff_t>(messages);
+      const auto failure = std::find(begin, end, false);
+      if (failure == end) {
+        most = std::max(most, tries);
+        break;
+      }
+      at +=
+          then == AfterAFailure::CarryOn ? messages : static_cast<std::size_t>(failure - begin) + 1;
+    }
+    // Where the answers end before the call has succeeded, its tries count if they are too many.
+    most = std::max(most, tries - 1);
   }
   return most;
 }
 
-TEST(FlakyCableScenario, FailsAClientThatAsksOnceEveryFifthTimeOrSo) {
+TEST(FlakyCableScenario, FailsAClientThatAsksOnceEverySixthTimeOrSo) {
   constexpr std::size_t kQueries = 600;
   const std::vector<bool> answers = answersOf(readyScenario("flaky-cable"), kQueries);
   const auto failures = std::count(answers.begin(), answers.end(), false);
-  EXPECT_THAT(failures, AllOf(Ge(kQueries / 6), Le(kQueries / 4)));
+  EXPECT_THAT(failures, AllOf(Ge(kQueries / 8), Le(kQueries / 5)));
   EXPECT_THAT(std::vector<bool>(answers.begin(), answers.begin() + 3),
               ElementsAre(true, true, true))
       << "a client's first exchanges succeed";
@@ -150,11 +165,28 @@ TEST(FlakyCableScenario, FailsTheSameQueriesInEveryRun) {
             answersOf(readyScenario("flaky-cable"), 100));
 }
 
-TEST(FlakyCableScenario, AnswersAClientThatTriesFourTimesWhateverTheSeed) {
+TEST(FlakyCableScenario, FailsAmongTheFirstFiveQueriesWithItsOwnSeed) {
+  const std::vector<bool> answers = answersOf(readyScenario("flaky-cable"), 5);
+  EXPECT_THAT(answers, Contains(false));
+}
+
+TEST(FlakyCableScenario, LetsACallOfUpToFourMessagesSucceedInThreeTriesWhateverTheSeed) {
+  constexpr std::size_t kTries = 3;
   Scenario scenario = readyScenario("flaky-cable");
-  for (scenario.seed = 0; scenario.seed < 20; ++scenario.seed) {
-    EXPECT_LE(mostTries(answersOf(scenario, 400)), 4) << "seed " << scenario.seed;
+  for (scenario.seed = 0; scenario.seed < 200; ++scenario.seed) {
+    const std::vector<bool> answers = answersOf(scenario, 150);
+    for (std::size_t messages = 1; messages <= 4; ++messages) {
+      for (const AfterAFailure then : {AfterAFailure::GiveUp, AfterAFailure::CarryOn}) {
+        EXPECT_LE(mostTries(answers, messages, then), kTries)
+            << "seed " << scenario.seed << ", " << messages << " messages";
+      }
+    }
   }
+}
+
+TEST(FlakyCableScenario, FailsTwoTriesInARowNowAndThen) {
+  const std::vector<bool> answers = answersOf(readyScenario("flaky-cable"), 150);
+  EXPECT_EQ(mostTries(answers, 1, AfterAFailure::GiveUp), 3);
 }
 
 TEST(SlowUartScenario, IsNearlyFilledAt9600Baud) {

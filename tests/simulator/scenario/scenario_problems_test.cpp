@@ -226,16 +226,19 @@ INSTANTIATE_TEST_SUITE_P(
                     "f:3: fault.chance: is 1.01; it has to be from 0 to 1"},
         BadScenario{"MessageWithoutSubId", "[[fault]]\nkind = 'no-reply'\nmessage = 0x1001\n",
                     "f:3: fault.message: is 0x1001, which is no message; it has to be a number "
-                    "such as 0x6501 or 0x1000, or a name such as \"query-update-rate\""},
+                    "without quotes such as 0x6501, or a name such as \"query-update-rate\""},
         BadScenario{"MessageTooLarge", "[[fault]]\nkind = 'no-reply'\nmessage = 0x11000\n",
                     "f:3: fault.message: is 0x11000, which is no message; it has to be a number "
-                    "such as 0x6501 or 0x1000, or a name such as \"query-update-rate\""},
+                    "without quotes such as 0x6501, or a name such as \"query-update-rate\""},
         BadScenario{"UnknownMessage", "[[fault]]\nkind = 'no-reply'\nmessage = 'rate'\n",
                     "f:3: fault.message: is \"rate\", which is no message; it has to be a number "
-                    "such as 0x6501 or 0x1000, or a name such as \"query-update-rate\""},
+                    "without quotes such as 0x6501, or a name such as \"query-update-rate\""},
+        BadScenario{"MessageNumberInQuotes", "[[fault]]\nkind = 'no-reply'\nmessage = '0x6501'\n",
+                    "f:3: fault.message: is \"0x6501\", which is no message; it has to be a number "
+                    "without quotes such as 0x6501, or a name such as \"query-update-rate\""},
         BadScenario{"MessageOfAnotherType", "[[fault]]\nkind = 'no-reply'\nmessage = 1.5\n",
-                    "f:3: fault.message: is a fraction; it has to be a number such as 0x6501 or "
-                    "0x1000, or a name such as \"query-update-rate\""},
+                    "f:3: fault.message: is a fraction; it has to be a number without quotes "
+                    "such as 0x6501, or a name such as \"query-update-rate\""},
         BadScenario{"WrongValueOfAQuery",
                     "[[fault]]\nkind = 'wrong-value'\nmessage = 'query-sbas'\n",
                     "f:3: fault.message: sets nothing; it has to be a setting for this kind of "
