@@ -4,6 +4,7 @@
 #include <iostream>
 #include <memory>
 #include <regex>
+#include <sstream>
 
 #include "program/failure.h"
 #include "program/standard_streams.h"
@@ -158,7 +159,9 @@ int execute(int argc, char** argv) {
   try {
     app.parse(arguments);
   } catch (const CLI::ParseError& error) {
-    if (app.exit(error) != 0) return kExitOwnFailure;
+    std::ostringstream help;  // so that it is flushed where a loss is told
+    if (app.exit(error, help, std::cerr) != 0) return kExitOwnFailure;
+    std::cout << help.str();
     requireOutput();
     return 0;
   }

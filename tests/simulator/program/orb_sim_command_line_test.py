@@ -2,6 +2,7 @@
 
 import os
 import re
+import shlex
 import subprocess
 import unittest
 
@@ -67,6 +68,32 @@ class CommandLine(OrbSimTest):
     def test_with_unknown_words_is_refused(self):
         self.check("The following argument was not expected: swim", "swim", see="")
         self.check_run("The following argument was not expected: --swim", "--swim")
+        self.check_run("The following arguments were not expected: -scenario healthy", "-scenario",
+                       "healthy")
+
+    def test_with_a_command_that_is_not_behind_dashes_is_refused_with_a_hint(self):
+        for subcommand, *others in (("run",), ("run", "--seed", "1"), ("replay", "x.trace")):
+            self.check("The following arguments were not expected: ./client x\n"
+                       f"orb-sim: write COMMAND behind --, as in: orb-sim {subcommand} [...] -- "
+                       "./client", subcommand, *others, "./client", "x", see=subcommand + " ")
+        self.check("The following argument was not expected: x", "serve", "x", see="serve ")
+
+    def test_with_an_empty_value_is_refused(self):
+        for name in ("--scenario", "--tty", "--keep"):
+            self.check_run(f"{name}: its value is empty", name, "")
+        for name, *arguments in (("--link", "serve", "--link", ""),
+                                 ("--scenario", "serve", "--link", "x", "--scenario", ""),
+                                 ("DEVICE", "tap", "", "--link", "x"),
+                                 ("--link", "tap", "x", "--link", ""),
+                                 ("--trace", "tap", "x", "--link", "x", "--trace", ""),
+                                 ("TRACE", "replay", "", "--link", "x"),
+                                 ("--link", "replay", "x", "--link", ""),
+                                 ("FILE", "decode", "")):
+            self.check(f"{name}: its value is empty", *arguments, see=arguments[0] + " ")
+
+    def test_with_a_value_too_many_or_too_few_is_refused(self):
+        self.check_run("--seed is given more than once", "--seed", "1", "--seed", "2")
+        self.check_run("--scenario needs a value: NAME|FILE", "--scenario")
 
     def test_with_a_command_for_a_subcommand_that_takes_none_is_refused(self):
         self.check_failure("orb-sim: decode takes no COMMAND\n", "decode", "--", "true")
@@ -117,6 +144,29 @@ class CommandLine(OrbSimTest):
                            "replay", "x")
         self.check_failure("orb-sim: give either --link PATH or COMMAND, behind --\n",
                            "replay", "x", "--link", "y", "--", "true")
+
+
+
+class LostOutput(OrbSimTest):
+    def check_lost(self, redirection, reason, *arguments, **more):
+        command = shlex.join([ORB_SIM, *arguments])
+        result = subprocess.run(["sh", "-c", f"{command} {redirection}"], env=self.environment,
+                                capture_output=True, text=True, timeout=LIMIT, **more)
+        self.assertEqual((result.returncode, result.stderr),
+                         (125, f"orb-sim: cannot write standard output: {reason}\n"))
+
+    def test_is_an_error(self):
+        for arguments in (("scenarios",), ("--help",), ("run", "--help"), ("--version",),
+                          ("decode", "/bin/sh")):
+            with self.subTest(arguments):
+                self.check_lost(">/dev/full", "No space left on device", *arguments)
+                self.check_lost(">&-", "Bad file descriptor", *arguments)
+
+    def test_ends_silently_where_the_reader_has_seen_enough(self):
+        command = shlex.join([ORB_SIM, "decode", "/bin/sh"])
+        result = subprocess.run(["sh", "-c", f"{command} | head -n 1"], env=self.environment,
+                                capture_output=True, text=True, timeout=LIMIT)
+        self.assertEqual((result.stdout.count("\n"), result.stderr), (1, ""))
 
 
 if __name__ == "__main__":

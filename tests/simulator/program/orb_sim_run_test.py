@@ -56,6 +56,20 @@ class Command(RunTest):
         result = self.run_command("sh", "-c", "cat; echo wrong >&2", input="right\n")
         self.assertEqual((result.stdout, result.stderr), ("right\n", "wrong\n"))
 
+    def test_runs_with_any_of_the_standard_streams_closed(self):
+        for closed in ("<&-", ">&-", "2>&-", "<&- >&-", "<&- >&- 2>&-"):
+            with self.subTest(closed):
+                command = shlex.join(self.arguments((), ("sh", "-c", "test -c /dev/tty_gps")))
+                result = subprocess.run(["sh", "-c", f"{command} {closed}"], env=self.environment,
+                                        capture_output=True, text=True, timeout=LIMIT)
+                self.assertEqual((result.returncode, result.stdout, result.stderr), (0, "", ""))
+
+    def test_cannot_write_to_an_output_that_is_closed(self):
+        command = shlex.join(self.arguments((), ("sh", "-c", "echo lost 2>/dev/null || exit 42")))
+        result = subprocess.run(["sh", "-c", f"{command} >&-"], env=self.environment,
+                                timeout=LIMIT)
+        self.assertEqual(result.returncode, 42)
+
     def test_gets_its_arguments_and_name_as_they_are(self):
         script = self.folder / "name with blanks"
         script.write_text('#!/bin/sh\nprintf "[%s]" "$0" "$@"\n')
@@ -116,7 +130,8 @@ class Failure(RunTest):
         script = self.folder / "script"
         script.write_text("#!/no/interpreter\n")
         script.chmod(0o700)
-        self.check(126, f"orb-sim: {script}: No such file or directory\n", script)
+        self.check(126, f"orb-sim: {script}: its interpreter /no/interpreter: No such file or "
+                   "directory\n", script)
 
     def test_is_said_where_the_command_is_statically_linked(self):
         self.check(126, f"orb-sim: {STATIC_PROGRAM} is statically linked: it would use the real "
@@ -137,6 +152,11 @@ class Failure(RunTest):
     def test_is_said_where_the_line_is_missing(self):
         self.check(125, "orb-sim: --tty: /no/line does not exist\n", "true",
                    options=("--tty", "/no/line"))
+
+    def test_is_said_where_the_line_is_no_terminal(self):
+        for path in ("/etc/passwd", "/dev/null"):
+            self.check(125, f"orb-sim: --tty: {path} is no terminal\n", "true",
+                       options=("--tty", path))
 
     def test_is_said_where_the_installation_is_not_complete(self):
         program = self.folder / "bin" / "orb-sim"

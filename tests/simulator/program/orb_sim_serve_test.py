@@ -109,10 +109,25 @@ orb-sim: other users' programs need rights to read and write {tty_path}
             process.kill()
             process.wait()
         self.assertTrue(os.path.lexists(self.link))
+        self.link.unlink()  # another terminal may have got its number meanwhile
+        self.link.symlink_to("/dev/pts/no-more")
         with self.offered_line("serve", self.link) as (process, _):
             self.assertEqual(ask(self.link)[:9], ACKNOWLEDGED)
             self.end(process, signal.SIGINT)
         self.assertFalse(os.path.lexists(self.link))
+
+    def test_leaves_the_line_of_a_living_one_alone(self):
+        (self.folder / "x.trace").write_text(
+            '{"orb-sim-trace":1}\n{"time":0,"from":"client","bytes":"00"}\n')
+        with self.offered_line("serve", self.link) as (process, _):
+            tty_path = os.readlink(self.link)
+            for command in (("serve",), ("replay", "x.trace"), ("tap", tty_path)):
+                self.check_failure(f"orb-sim: --link: {self.link} points to {tty_path} already; "
+                                   "end the orb-sim that offers it, or remove the link\n",
+                                   *command, "--link", str(self.link))
+            self.assertEqual(os.readlink(self.link), tty_path)
+            self.assertEqual(ask(self.link)[:9], ACKNOWLEDGED)
+            self.end(process, signal.SIGTERM)
 
     def test_keeps_its_line_and_does_not_spin_when_its_client_hangs_up(self):
         with self.offered_line("serve", self.link) as (process, _):

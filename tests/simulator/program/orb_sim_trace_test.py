@@ -4,6 +4,7 @@ import contextlib
 import json
 import os
 import pty
+import shlex
 import signal
 import subprocess
 import sys
@@ -11,8 +12,8 @@ import termios
 import tty
 import unittest
 
-from orb_sim import (ACKNOWLEDGED, ASK_RECEIVER, ASK_VERSION, LIMIT, REFUSED, OrbSimTest,
-                     wait_until)
+from orb_sim import (ACKNOWLEDGED, ASK_RECEIVER, ASK_VERSION, LIMIT, ORB_SIM, REFUSED,
+                     OrbSimTest, wait_until)
 from orb_sim_serve_test import ask, opened, processor_seconds, read_exactly
 
 CONFIGURE = os.environ["ORB_SIM_CONFIGURE"]
@@ -132,6 +133,37 @@ class Tap(TapTest):
             result = self.orb_sim("tap", "device", "--link", "gps", "--trace", "/dev/full")
             self.assertEqual((result.returncode, result.stderr),
                              (125, "orb-sim: /dev/full: No space left on device\n"))
+            result = self.orb_sim("tap", "device", "--link", "gps", "--trace", "/no/such/file")
+            self.assertEqual((result.returncode, result.stderr),
+                             (125, "orb-sim: /no/such/file: No such file or directory\n"))
+
+    def check_goes_on(self, redirection, *options):
+        """With its output lost, a tap goes on, and says so once. Here it has to have no other
+        reason to write on standard error."""
+        command = shlex.join([ORB_SIM, "tap", str(self.device), "--link", str(self.link), *options])
+        with subprocess.Popen(["bash", "-c", f"exec {command} {redirection}"], text=True,
+                              stderr=subprocess.PIPE, env=self.environment) as process:
+            try:
+                wait_until(self.link.is_symlink, "no link")
+                for _ in range(3):
+                    self.assertEqual(ask(self.link).hex().upper(), ANSWER)
+                process.terminate()
+                _, errors = process.communicate(timeout=LIMIT)
+            finally:
+                process.kill()
+        self.assertEqual(process.returncode, 0)
+        self.assertRegex(errors, "^orb-sim: cannot write standard output.*; goes on without it\n$")
+
+    def test_goes_on_where_nobody_sees_what_it_shows(self):
+        with self.offered_line("serve", self.device):
+            for redirection in (">/dev/full", ">&-", "> >(head -n 1 >/dev/null)"):
+                with self.subTest(redirection):
+                    self.check_goes_on(redirection)
+                    self.trace.unlink(missing_ok=True)
+                    self.check_goes_on(redirection, "--trace", str(self.trace))
+                    said = "".join(record["bytes"] for record in self.records()[1:]
+                                   if record["from"] == "client")
+                    self.assertEqual(said, 3 * ASK_VERSION.hex().upper())
 
 
 class RoundTrip(TapTest):
