@@ -42,6 +42,14 @@ list(FILTER sources EXCLUDE REGEX "^(protocol|transport)/")
 set_source_files_properties(${sources} PROPERTIES
   COMPILE_OPTIONS "$<$<CONFIG:Release,RelWithDebInfo>:-Os>")
 
+# Cutting messages out of the stream goes back and forth between these: as one unit, the small
+# functions need no calls.
+set_target_properties(orb-gnss PROPERTIES UNITY_BUILD ON UNITY_BUILD_MODE GROUP)
+set_source_files_properties(
+  protocol/message.cpp protocol/message_builder.cpp protocol/message_list.cpp
+  PROPERTIES UNITY_GROUP assembler)
+target_compile_options(orb-gnss PRIVATE -fno-semantic-interposition)
+
 target_include_directories(orb-gnss
   PUBLIC
     $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include>
