@@ -44,7 +44,7 @@ set_source_files_properties(${sources} PROPERTIES
 
 # Cutting messages out of the stream goes back and forth between these: as one unit, the small
 # functions need no calls.
-set_target_properties(orb-gnss PROPERTIES UNITY_BUILD ON UNITY_BUILD_MODE GROUP)
+set_target_properties(orb-gnss PROPERTIES UNITY_BUILD ${ORB_JOIN_SOURCES} UNITY_BUILD_MODE GROUP)
 set_source_files_properties(
   protocol/message.cpp protocol/message_builder.cpp protocol/message_list.cpp
   PROPERTIES UNITY_GROUP assembler)
