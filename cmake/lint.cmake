@@ -1,5 +1,5 @@
-# Targets `clang-format-check` and `clang-tidy-check`: the sources as clang-format and clang-tidy 14 want them. Other
-# versions have other opinions, so with one of them the check says so and passes.
+# Targets `clang-format-check` and `clang-tidy-check`: the sources as clang-format and clang-tidy 14
+# want them. Other versions have other opinions, so with one of them the check says so and passes.
 
 foreach(tool clang-format clang-tidy)
   add_custom_target(${tool}-check
