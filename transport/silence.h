@@ -24,7 +24,9 @@ class Silence {
     constexpr microseconds kShortest(50);
     constexpr microseconds kWorthWaking(450);
     constexpr int kShare = 10;
-    constexpr milliseconds kLongest(4);
+    constexpr milliseconds kLong(4);
+    constexpr int kShareOfLong = 50;
+    constexpr milliseconds kLongest(8);
     constexpr milliseconds kLongestWhenIdle(12);
 
     if (looks_ < kLooksAtOnce) {
@@ -34,7 +36,8 @@ class Silence {
       return kLongestWhenIdle;
     }
     const nanoseconds doubled = std::clamp<nanoseconds>(slept_, kShortest, kWorthWaking);
-    return std::clamp<nanoseconds>(slept_ / kShare, doubled, kLongest);
+    const nanoseconds longest = std::clamp<nanoseconds>(slept_ / kShareOfLong, kLong, kLongest);
+    return std::clamp<nanoseconds>(slept_ / kShare, doubled, longest);
   }
 
   /// Lets the time until the next look pass.
