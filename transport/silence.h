@@ -9,10 +9,11 @@ namespace orb {
 ///
 /// The first looks follow each other at once, for a reply that is nearly there. They take about a
 /// tenth of a millisecond together, and each gives way to other threads: what brings the reply may
-/// need this very core. After them come sleeps, which double at first and then are a
-/// fixed share of the time slept so far: a reply that takes long is seen late by a small part of
-/// its delay, and a line that stays silent costs next to no processor. Bytes that are not the reply
-/// start nothing anew, so that a line that is never quiet costs no more. The clock is never read.
+/// need this very core. After them come sleeps, which double at first and then are a share of the
+/// time slept so far, a smaller one once they are long: a reply that takes long is seen late by a
+/// small part of its delay, and a line that stays silent costs next to no processor. Bytes that are
+/// not the reply start nothing anew, so that a line that is never quiet costs no more. The clock is
+/// never read.
 class Silence {
  public:
   /// How long to sleep before the next look; zero while the looks follow each other at once.
