@@ -1,5 +1,6 @@
 #include "line/far_end.h"
 
+#include <poll.h>
 #include <sched.h>
 #include <unistd.h>
 
@@ -13,6 +14,9 @@ using namespace std::chrono_literals;
 
 // A sleep ends late by less than this, nearly always.
 constexpr auto kOversleep = 1ms;
+
+// How long the thread sleeps at most before it looks whether to stop.
+constexpr int kLookUpMilliseconds = 100;
 
 void waitUntil(FarEnd::Clock::time_point due) {
   if (due - FarEnd::Clock::now() > kOversleep) {
@@ -36,13 +40,13 @@ FarEnd::~FarEnd() {
 void FarEnd::serve() {
   unsigned char query[kQueryLength];
   unsigned long received = 0;
+  pollfd line{pty_.master.get(), POLLIN, 0};
   while (!stopping_) {
-    const ssize_t count = read(pty_.master.get(), query + received, kQueryLength - received);
-    if (count <= 0) {
-      sched_yield();
+    if (poll(&line, 1, kLookUpMilliseconds) <= 0) {
       continue;
     }
-    received += static_cast<unsigned long>(count);
+    const ssize_t count = read(pty_.master.get(), query + received, kQueryLength - received);
+    received += count > 0 ? static_cast<unsigned long>(count) : 0;
     if (received == kQueryLength) {
       received = 0;
       answer(query[0]);
