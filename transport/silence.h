@@ -9,11 +9,10 @@ namespace orb {
 ///
 /// The first looks follow each other at once, for a reply that is nearly there. They take about a
 /// tenth of a millisecond together, and each gives way to other threads: what brings the reply may
-/// need this very core. After them come sleeps, which double at first and then are a share of the
-/// time slept so far, a smaller one once they are long: a reply that takes long is seen late by a
-/// small part of its delay, and a line that stays silent costs next to no processor. Bytes that are
-/// not the reply start nothing anew, so that a line that is never quiet costs no more. The clock is
-/// never read.
+/// need this very core. After them come sleeps that grow with the time slept so far, so that a
+/// reply which takes long is seen late by a small part of its delay, and a line that stays silent
+/// costs next to no processor. Bytes that are not the reply start nothing anew, so that a line that
+/// is never quiet costs no more. The clock is never read.
 class Silence {
  public:
   /// How long to sleep before the next look; zero while the looks follow each other at once.
@@ -23,22 +22,19 @@ class Silence {
     using std::chrono::nanoseconds;
     constexpr int kLooksAtOnce = 64;
     constexpr microseconds kShortest(50);
-    constexpr microseconds kWorthWaking(450);
-    constexpr int kShare = 10;
+    // On top of the share, since each wake-up costs 15 to 60 µs of processor.
+    constexpr microseconds kWorthWaking(350);
+    constexpr int kShare = 12;
     constexpr milliseconds kLong(4);
-    constexpr int kShareOfLong = 50;
-    constexpr milliseconds kLongest(8);
-    constexpr milliseconds kLongestWhenIdle(12);
+    constexpr int kShareOfLong = 25;
+    constexpr milliseconds kLongest(13);
 
     if (looks_ < kLooksAtOnce) {
       return nanoseconds::zero();
     }
-    if (slept_ >= std::chrono::seconds(1)) {
-      return kLongestWhenIdle;
-    }
-    const nanoseconds doubled = std::clamp<nanoseconds>(slept_, kShortest, kWorthWaking);
+    const nanoseconds doubled = std::max<nanoseconds>(slept_, kShortest);
     const nanoseconds longest = std::clamp<nanoseconds>(slept_ / kShareOfLong, kLong, kLongest);
-    return std::clamp<nanoseconds>(slept_ / kShare, doubled, longest);
+    return std::min({doubled, kWorthWaking + slept_ / kShare, longest});
   }
 
   /// Lets the time until the next look pass.
