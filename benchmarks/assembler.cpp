@@ -196,7 +196,8 @@ const orb::bench::Work kWorks[] = {
     {"assembler-pieces",
      [] {
        return std::vector{framesInPieces(20), framesInPieces(59)};
-     }},
+     },
+     5},
     {"assembler-4MiB",
      [] {
        return std::vector{framesInOneCall(20), framesInOneCall(59)};

@@ -11,6 +11,7 @@ import pathlib
 import platform
 import subprocess
 import sys
+import typing
 
 COLUMNS = "{:<58} {:>11} {:>11} {:<8} {:>7} {:>15}  {}"
 
@@ -20,27 +21,41 @@ def programs(folder):
         yield folder / name
 
 
+class Work(typing.NamedTuple):
+    program: pathlib.Path
+    name: str
+    processes: int
+
+
 def works_of(program):
     listing = subprocess.run([program, "--list"], check=True, stdout=subprocess.PIPE, text=True)
-    return listing.stdout.split()
+    for line in listing.stdout.splitlines():
+        name, processes = line.split()
+        yield Work(program, name, int(processes))
 
 
 def selects(name, work):
-    return work == name or work.startswith(name + "-")
+    return work.name == name or work.name.startswith(name + "-")
 
 
-def selected_works(program, names):
-    works = works_of(program)
-    return [work for work in works if not names or any(selects(name, work) for name in names)]
-
-
-def rows_of(program, works):
+def rows_of_process(work):
     """The rows, each as soon as the program has printed it."""
-    with subprocess.Popen([program, *works], stdout=subprocess.PIPE, text=True) as process:
+    with subprocess.Popen([work.program, work.name], stdout=subprocess.PIPE, text=True) as process:
         for line in process.stdout:
             yield json.loads(line)
     if process.returncode != 0:
-        sys.exit(f"{program.name} could not measure")
+        sys.exit(f"{work.program.name} could not measure")
+
+
+def middle(rows):
+    """Of the same row from several processes, the one with the median ratio."""
+    return sorted(rows, key=lambda row: row["ratio"])[len(rows) // 2]
+
+
+def rows_of(work):
+    if work.processes == 1:
+        return rows_of_process(work)
+    return map(middle, zip(*[list(rows_of_process(work)) for _ in range(work.processes)]))
 
 
 def figure(number):
@@ -63,19 +78,20 @@ def main():
     parser.add_argument("works", nargs="*")
     options = parser.parse_intermixed_args()
 
-    plan = [(program, selected_works(program, options.works))
-            for program in programs(options.folder)]
-    if options.list:
-        print("\n".join(work for _, works in plan for work in works))
-        return 0
+    works = [work for program in programs(options.folder) for work in works_of(program)]
     for name in options.works:
-        if not any(selects(name, work) for _, works in plan for work in works):
+        if not any(selects(name, work) for work in works):
             sys.exit(f"no work is called {name}; --list names them")
+    if options.works:
+        works = [work for work in works if any(selects(name, work) for name in options.works)]
+    if options.list:
+        print("\n".join(work.name for work in works))
+        return 0
 
     rows = []
     print(COLUMNS.format("work", "value", "limit", "unit", "ratio", "bound", ""))
-    for program, works in plan:
-        for row in rows_of(program, works) if works else ():
+    for work in works:
+        for row in rows_of(work):
             print_row(row)
             rows.append(row)
     if options.output:

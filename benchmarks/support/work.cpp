@@ -54,7 +54,7 @@ int runWorks(int argc, char** argv, std::span<const Work> works) {
   const std::span<char*> names(argv + 1, argv + argc);
   if (!names.empty() && names.front() == std::string("--list")) {
     for (const Work& work : works) {
-      std::cout << work.name << '\n';
+      std::cout << work.name << ' ' << work.processes << '\n';
     }
     return 0;
   }

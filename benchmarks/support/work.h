@@ -39,6 +39,9 @@ struct Row {
 struct Work {
   std::string name;
   std::vector<Row> (*measure)();
+  /// In how many processes it is measured, an odd number; the median ratio counts. More than one
+  /// where the time depends on where a process has its code and its heap.
+  int processes = 1;
 };
 
 /// The whole main() of a bench program: does the works that the command line selects, and prints
