@@ -17,9 +17,9 @@ namespace orb::test {
 
 namespace {
 
-using orb::testing::ChildProcess;
-using orb::testing::readFile;
-using orb::testing::TemporaryFolder;
+using orb::test::ChildProcess;
+using orb::test::readFile;
+using orb::test::TemporaryFolder;
 
 // "ioctl(5, TCFLSH, TCIOFLUSH) = 0": the name, and the second argument. Other devices have given a
 // second name to some requests: "SNDCTL_TMR_START or TCSETS".

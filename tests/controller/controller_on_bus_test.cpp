@@ -13,10 +13,10 @@
 namespace {
 
 using orb::test::contentOf;
+using orb::test::InventoryService;
+using orb::test::PrivateBus;
 using orb::test::standardErrorOf;
 using orb::test::standardOutputOf;
-using orb::testing::InventoryService;
-using orb::testing::PrivateBus;
 
 constexpr const char* kCarrierModule = R"(
 [[module]]

@@ -198,7 +198,7 @@ TEST(I2CDev, DoesNotOpenAnAdapterWithoutBlockTransfers) {
 }
 
 TEST(I2CDev, DoesNotOpenWhatIsMissing) {
-  const orb::testing::TemporaryFolder folder;
+  const orb::test::TemporaryFolder folder;
   I2CDev device(folder / "i2c-3");
   EXPECT_EQ(device.open(kAddress), -ENOENT);
 }

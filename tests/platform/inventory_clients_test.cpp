@@ -8,9 +8,9 @@
 
 namespace {
 
-using orb::testing::InventoryService;
-using orb::testing::PrivateBus;
-using orb::testing::TemporaryFolder;
+using orb::test::InventoryService;
+using orb::test::PrivateBus;
+using orb::test::TemporaryFolder;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 

@@ -199,7 +199,7 @@ TEST(InventoryFile, ReportsEachProblemInOneLine) {
 }
 
 TEST(InventoryFile, IsReadFromItsPath) {
-  const orb::testing::TemporaryFolder folder;
+  const orb::test::TemporaryFolder folder;
   const std::string path = folder / "inventory.toml";
   std::ofstream(path) << "[[module]]\nlocation = 3\n";
   const InventoryFile file = readInventoryFile(path);
@@ -208,7 +208,7 @@ TEST(InventoryFile, IsReadFromItsPath) {
 }
 
 TEST(InventoryFile, HasToBeReadable) {
-  const orb::testing::TemporaryFolder folder;
+  const orb::test::TemporaryFolder folder;
   const std::string missing = folder / "missing.toml";
   EXPECT_THAT(readInventoryFile(missing).problems,
               ElementsAre(missing + ": cannot read it: No such file or directory"));

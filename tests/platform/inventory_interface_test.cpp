@@ -15,11 +15,11 @@
 /// The service as others on the bus see it: the described interface, and the policy about it.
 namespace {
 
-using orb::testing::ChildProcess;
-using orb::testing::InventoryService;
-using orb::testing::PrivateBus;
-using orb::testing::readFile;
-using orb::testing::TemporaryFolder;
+using orb::test::ChildProcess;
+using orb::test::InventoryService;
+using orb::test::PrivateBus;
+using orb::test::readFile;
+using orb::test::TemporaryFolder;
 using ::testing::HasSubstr;
 
 constexpr char kOneModule[] = "[[module]]\nlocation = 1\n";

@@ -22,10 +22,10 @@
 /// What the clients report when there is no inventory to be had: nothing, one line, and in time.
 namespace {
 
-using orb::testing::EnvironmentVariable;
-using orb::testing::InventoryService;
-using orb::testing::PrivateBus;
-using orb::testing::TemporaryFolder;
+using orb::test::EnvironmentVariable;
+using orb::test::InventoryService;
+using orb::test::PrivateBus;
+using orb::test::TemporaryFolder;
 using std::chrono::steady_clock;
 using ::testing::AllOf;
 using ::testing::Ge;

@@ -19,12 +19,12 @@
 /// The program orb-inventoryd: its command line, its start and its end.
 namespace {
 
-using orb::testing::ChildProcess;
-using orb::testing::EnvironmentVariable;
-using orb::testing::InventoryService;
-using orb::testing::PrivateBus;
-using orb::testing::readFile;
-using orb::testing::TemporaryFolder;
+using orb::test::ChildProcess;
+using orb::test::EnvironmentVariable;
+using orb::test::InventoryService;
+using orb::test::PrivateBus;
+using orb::test::readFile;
+using orb::test::TemporaryFolder;
 using ::testing::AllOf;
 using ::testing::HasSubstr;
 using ::testing::StartsWith;

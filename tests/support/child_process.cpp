@@ -14,7 +14,7 @@
 #include <thread>
 #include <utility>
 
-namespace orb::testing {
+namespace orb::test {
 namespace {
 
 constexpr std::chrono::seconds kPatience{10};
@@ -97,4 +97,4 @@ std::string readFile(const std::filesystem::path& path) {
   return {std::istreambuf_iterator<char>(file), {}};
 }
 
-}  // namespace orb::testing
+}  // namespace orb::test

@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-namespace orb::testing {
+namespace orb::test {
 
 /// A program that runs beside the test and never outlives it.
 ///
@@ -50,4 +50,4 @@ class ChildProcess {
 /// The whole content of a file; empty when there is no such file.
 std::string readFile(const std::filesystem::path& path);
 
-}  // namespace orb::testing
+}  // namespace orb::test

@@ -6,7 +6,7 @@
 #include <string>
 #include <utility>
 
-namespace orb::testing {
+namespace orb::test {
 
 /// Sets a variable of this process's environment, and sets it back when the object goes.
 class EnvironmentVariable {
@@ -32,4 +32,4 @@ class EnvironmentVariable {
   std::optional<std::string> earlier_;
 };
 
-}  // namespace orb::testing
+}  // namespace orb::test

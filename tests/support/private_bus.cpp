@@ -11,7 +11,7 @@
 #include <string_view>
 #include <thread>
 
-namespace orb::testing {
+namespace orb::test {
 namespace {
 
 constexpr char kInventoryName[] = "org.orb_gnss.Inventory1";
@@ -107,4 +107,4 @@ InventoryService::InventoryService(const PrivateBus& bus, const std::string& tom
   awaitReady(*process_, "orb-inventoryd", [&] { return bus.hasOwner(kInventoryName); });
 }
 
-}  // namespace orb::testing
+}  // namespace orb::test

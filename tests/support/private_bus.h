@@ -7,7 +7,7 @@
 #include "child_process.h"
 #include "environment_variable.h"
 
-namespace orb::testing {
+namespace orb::test {
 
 /// A D-Bus daemon of the test's own, which takes the place of the system bus for this process and
 /// the programs that it starts (DBUS_SYSTEM_BUS_ADDRESS, set back at the end).
@@ -65,4 +65,4 @@ class InventoryService {
   std::optional<ChildProcess> process_;
 };
 
-}  // namespace orb::testing
+}  // namespace orb::test

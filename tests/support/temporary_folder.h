@@ -7,7 +7,7 @@
 #include <string>
 #include <system_error>
 
-namespace orb::testing {
+namespace orb::test {
 
 /// A new, empty folder, removed with all it holds when the object goes.
 class TemporaryFolder {
@@ -33,4 +33,4 @@ class TemporaryFolder {
   std::filesystem::path path_;
 };
 
-}  // namespace orb::testing
+}  // namespace orb::test

@@ -26,7 +26,6 @@
 namespace {
 
 using namespace orb::test;
-using orb::testing::TemporaryFolder;
 using namespace std::chrono_literals;
 
 namespace fs = std::filesystem;

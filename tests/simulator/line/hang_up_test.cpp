@@ -14,7 +14,7 @@
 #include "hex.h"
 #include "orb-sim/pty_line.h"
 #include "processor_time.h"
-#include "temporary_folder.h"
+#include "support/temporary_folder.h"
 #include "tty_client.h"
 
 namespace orb::sim::test {
@@ -43,7 +43,7 @@ class HangUp : public testing::Test {
     return client.read(bytes.size());
   }
 
-  TemporaryFolder folder_;
+  orb::test::TemporaryFolder folder_;
   const fs::path link_ = folder_.path() / "tty_gps";
   DroppingDevice device_;
   PtyLine line_{device_, link_};

@@ -6,7 +6,7 @@
 
 #include "orb-sim/pty_line.h"
 #include "orb-sim/receiver.h"
-#include "temporary_folder.h"
+#include "support/temporary_folder.h"
 
 namespace orb::sim::test {
 namespace {
@@ -15,7 +15,7 @@ namespace fs = std::filesystem;
 
 class StableLinkTo : public testing::Test {
  protected:
-  TemporaryFolder folder_;
+  orb::test::TemporaryFolder folder_;
   const fs::path link_ = folder_.path() / "tty_gps";
 };
 

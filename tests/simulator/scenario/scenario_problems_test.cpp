@@ -267,7 +267,7 @@ TEST(ScenarioProblems, StayOnTheirLines) {
 }
 
 TEST(ScenarioProblems, NameTheFileThatCannotBeRead) {
-  const testing::TemporaryFolder folder;
+  const test::TemporaryFolder folder;
   const std::string path = folder / "missing.toml";
   try {
     loadScenario(path);
@@ -278,7 +278,7 @@ TEST(ScenarioProblems, NameTheFileThatCannotBeRead) {
 }
 
 TEST(ScenarioProblems, NameTheFileThatIsWrong) {
-  const testing::TemporaryFolder folder;
+  const test::TemporaryFolder folder;
   const std::string path = folder / "wrong.toml";
   std::ofstream(path) << "seed = -1\n";
   try {

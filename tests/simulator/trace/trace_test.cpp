@@ -9,7 +9,7 @@
 #include <system_error>
 
 #include "hex.h"
-#include "temporary_folder.h"
+#include "support/temporary_folder.h"
 
 namespace orb::sim {
 
@@ -55,7 +55,7 @@ class Trace : public testing::Test {
     return file_.string() + ":" + std::to_string(line) + ": " + problem;
   }
 
-  const TemporaryFolder folder_;
+  const orb::test::TemporaryFolder folder_;
   const std::filesystem::path file_ = folder_.path() / "a.trace";
 };
 
