@@ -96,6 +96,7 @@ int main(int argc, char** argv) {
   auto* checked = app.add_option("--check", checkedPath, "Only check an inventory, offer nothing")
                       ->type_name("FILE")
                       ->excludes(config);
+  app.get_formatter()->label("Excludes", "not with");
   app.failure_message([](const CLI::App* /*app*/, const CLI::Error& error) {
     return std::string(kProgram) + ": " + error.what() + "\nRun " + kProgram +
            " --help for help.\n";

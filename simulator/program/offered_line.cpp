@@ -50,7 +50,7 @@ void announceLine(const fs::path& link, const std::string& tty) {
             << " -- COMMAND\n"
             << "orb-sim: for all of your programs, once, as root: ln -s " << place
             << " /dev/tty_gps\n"
-            << "orb-sim: other users' programs need rights to read and write " << tty << std::endl;
+            << "orb-sim: other users' programs need rights to read and write " << tty << '\n';
 }
 
 }  // namespace orb::sim

@@ -11,6 +11,7 @@
 #include "program/run.h"
 #include "program/run_options.h"
 #include "program/signals.h"
+#include "program/standard_streams.h"
 
 namespace orb::sim {
 namespace {
@@ -33,6 +34,7 @@ int offer(const Replay& replay, const std::filesystem::path& link) {
   ReplayDevice receiver(replay.trace, replay.pace);
   const PtyLine line(receiver, link);
   announceLine(link, line.path());
+  warnOfLostOutput();
   end.wait();
   std::cout << "orb-sim: packets that the trace does not have: " << receiver.refused() << '\n';
   return 0;

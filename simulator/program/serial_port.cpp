@@ -45,6 +45,9 @@ bool mayBeTerminal(const std::filesystem::path& path) {
   // Opening and closing a pseudo-terminal could hang up the program at its other end.
   constexpr unsigned int kFirstPtyMajor = 136;
   constexpr unsigned int kLastPtyMajor = 143;
+  // Opened, it would be a new terminal's far end.
+  const dev_t pseudoTerminals = makedev(5, 2);
+  if (info.st_rdev == pseudoTerminals) return false;
   const unsigned int kind = major(info.st_rdev);
   if (kind >= kFirstPtyMajor && kind <= kLastPtyMajor) return true;
   const int opened = open(path.c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC);

@@ -13,6 +13,7 @@
 #include "program/scenario_options.h"
 #include "program/shared_device.h"
 #include "program/signals.h"
+#include "program/standard_streams.h"
 
 namespace orb::sim {
 namespace {
@@ -48,8 +49,9 @@ int serve(const ServeOptions& options) {
   }
   if (options.tcpPort) {
     tcp.emplace(hasBoth ? shared.second() : receiver, *options.tcpPort);
-    std::cout << "orb-sim: the line is at TCP port 127.0.0.1:" << tcp->port() << std::endl;
+    std::cout << "orb-sim: the line is at TCP port 127.0.0.1:" << tcp->port() << '\n';
   }
+  warnOfLostOutput();
   end.wait();
   return 0;
 }

@@ -28,6 +28,13 @@ std::string lossOfOutput() {
          (errno != 0 ? std::string(": ") + std::strerror(errno) : "");
 }
 
+bool warnOfLostOutput() {
+  const std::string loss = lossOfOutput();
+  if (loss.empty()) return false;
+  std::cerr << "orb-sim: " << loss << "; goes on without it" << std::endl;
+  return true;
+}
+
 void requireOutput() {
   const std::string loss = lossOfOutput();
   if (!loss.empty()) throw Failure(loss);

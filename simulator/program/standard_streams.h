@@ -11,6 +11,9 @@ void occupyClosedStreams();
 /// Writes out what has been printed. Returns why it is lost; empty where it is not.
 std::string lossOfOutput();
 
+/// Writes out what has been printed. Returns whether it is lost, and says so on standard error.
+bool warnOfLostOutput();
+
 /// Throws Failure where what has been printed is lost.
 void requireOutput();
 

@@ -95,12 +95,7 @@ void Tap::note(Speaker from, const Bytes& bytes) {
 }
 
 /// Shows what has been printed. That it cannot be shown is no reason to cut the client off.
-void Tap::checkDisplay() {
-  if (isDisplayLost_) return;
-  const std::string loss = lossOfOutput();
-  isDisplayLost_ = !loss.empty();
-  if (isDisplayLost_) std::cerr << "orb-sim: " << loss << "; goes on without it" << std::endl;
-}
+void Tap::checkDisplay() { isDisplayLost_ = isDisplayLost_ || warnOfLostOutput(); }
 
 std::chrono::microseconds Tap::now() const {
   return std::chrono::duration_cast<std::chrono::microseconds>(Clock::now() - start_);

@@ -63,8 +63,9 @@ TEST_F(Inventoryd, TellsItsVersion) {
 
 TEST_F(Inventoryd, ExplainsItsOptions) {
   EXPECT_EQ(run({"--help"}), 0);
-  EXPECT_THAT(output(), AllOf(HasSubstr("--config FILE"), HasSubstr("--check FILE"),
-                              HasSubstr("/etc/orb-gnss/inventory.toml")));
+  EXPECT_THAT(output(),
+              AllOf(HasSubstr("--config FILE"), HasSubstr("--check FILE"),
+                    HasSubstr("/etc/orb-gnss/inventory.toml"), HasSubstr("not with: --config")));
 }
 
 TEST_F(Inventoryd, RefusesWhatItDoesNotKnow) {

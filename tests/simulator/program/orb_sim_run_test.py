@@ -154,7 +154,7 @@ class Failure(RunTest):
                    options=("--tty", "/no/line"))
 
     def test_is_said_where_the_line_is_no_terminal(self):
-        for path in ("/etc/passwd", "/dev/null"):
+        for path in ("/etc/passwd", "/dev/null", "/dev/ptmx"):
             self.check(125, f"orb-sim: --tty: {path} is no terminal\n", "true",
                        options=("--tty", path))
 

@@ -171,15 +171,19 @@ orb-sim: other users' programs need rights to read and write {tty_path}
         reading, writing = os.pipe()
         os.close(reading)
         with subprocess.Popen([os.environ["ORB_SIM"], "serve", "--link", str(self.link)],
-                              stdout=writing, env=self.environment) as process:
+                              stdout=writing, stderr=subprocess.PIPE, text=True,
+                              env=self.environment) as process:
             os.close(writing)
             try:
                 wait_until(lambda: self.link.is_symlink(), "no link")
                 self.assertEqual(ask(self.link)[:9], ACKNOWLEDGED)
                 process.terminate()
-                self.assertEqual(process.wait(LIMIT), 0)
+                _, errors = process.communicate(timeout=LIMIT)
             finally:
                 process.kill()
+        self.assertEqual(process.returncode, 0)
+        self.assertEqual(errors, "orb-sim: cannot write standard output: Broken pipe; "
+                                 "goes on without it\n")
         self.assertFalse(os.path.lexists(self.link))
 
 
