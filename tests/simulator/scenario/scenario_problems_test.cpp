@@ -260,6 +260,12 @@ TEST(ScenarioProblems, OfTheFormComeFromTheParser) {
   EXPECT_THAT(problemsOf("\n[=]\n"), StartsWith("f:2: "));
 }
 
+TEST(ScenarioProblems, NameTheLineOfALetterThatIsOutOfPlace) {
+  EXPECT_THAT(problemsOf("seed = 1\n\u00FC = 2\n"), StartsWith("f:2: "));
+  EXPECT_THAT(problemsOf("seed = \u0492\n"), StartsWith("f:1: "));
+  EXPECT_THAT(problemsOf("seed = \u2C00\n"), StartsWith("f:1: "));
+}
+
 TEST(ScenarioProblems, StayOnTheirLines) {
   EXPECT_EQ(problemsOf("device.receiver = \"a\\nb\"\n"),
             "f:1: device.receiver: is \"a b\"; it has to be \"answering\", \"silent\" or "
