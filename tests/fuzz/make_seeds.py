@@ -1,0 +1,226 @@
+"""Writes the inputs that the fuzz targets begin with, and their dictionaries.
+
+    make_seeds.py FOLDER
+
+FOLDER/TARGET/ gets the inputs and FOLDER/TARGET.dict the dictionary of each target. All are made of
+the project's own packets and files. Each target's source says what its input consists of.
+"""
+
+import re
+import struct
+import sys
+from pathlib import Path
+
+FUZZ = Path(__file__).resolve().parent
+ROOT = FUZZ.parents[1]
+sys.dont_write_bytecode = True
+sys.path.insert(0, str(ROOT / "tests/protocol/reference"))
+
+from packet_assembler import CATALOGUE, build_packet, has_sub_id  # noqa: E402
+
+MESSAGES = CATALOGUE[:-1]  # without the end marker
+LONGEST_PAYLOAD = 261
+NMEA = b"$GPZDA,000002.00,11,10,2024,00,00*6F\r\n"
+
+
+def packet(row, length=None):
+    length = row.max_length if length is None else length
+    length = min(max(length, 2), LONGEST_PAYLOAD)
+    return build_packet(row.msg_id, row.sub_id, length, bytes(range(1, 256)) + bytes(16))
+
+
+def damaged(data):
+    return data[:-3] + bytes([data[-3] ^ 0x10]) + data[-2:]
+
+
+def groups(items, size):
+    return [items[first : first + size] for first in range(0, len(items), size)]
+
+
+def streams():
+    """Packets of all messages, whole, damaged, cut and among other bytes."""
+    for rows in groups(MESSAGES, 10):
+        yield b"".join(packet(row, row.min_length) for row in rows)
+        yield NMEA.join(packet(row) for row in rows[:3])
+    ack = build_packet(0x83, 0, 2, b"\x02\0\0")
+    yield damaged(ack) + ack
+    yield b"\xa0" + ack + ack[:-1]
+    yield b"\xa0\xa1\x00\x09\x61" + ack + b"\xa0\xa1"
+    yield NMEA + ack + b"noise\r\n" + NMEA
+
+
+def packet_assembler():
+    return [b"\x00\x36" + bytes([3, 9, 1, 40, 0, 0, 0]) + stream for stream in streams()]
+
+
+def serial_channel():
+    seeds = []
+    for number, row in enumerate(row for row in MESSAGES if row.msg_id >= 0x80 or row.sub_id >= 0x80):
+        awaited = struct.pack(">BBB", row.msg_id, row.sub_id, number % 6)
+        data = damaged(packet(row)) * (number % 3) + packet(row) + packet(row, row.min_length)
+        pieces = b"".join(bytes([len(piece)]) + piece for piece in groups(data, 60))
+        seeds.append(awaited + pieces + b"\x80" + bytes([0xFF]) + NMEA * 30)
+    return seeds
+
+
+def driver_replies():
+    return [
+        bytes([query, damage, 20]) + body
+        for query in range(40)
+        for damage, body in ((0, bytes(range(1, 60))), (0, b"\x02\x01"), (1, bytes(30)))
+    ]
+
+
+def driver_operations():
+    replies = [row for row in MESSAGES if row.msg_id >= 0x80 or row.sub_id >= 0x80]
+    stream = b"".join(packet(row, row.min_length) for row in replies if row.max_length < 64)
+    choices = [bytes(range(first, first + 3)) for first in range(0, 48, 3)]
+    return [bytes([3]) + choice + stream for choice in choices]
+
+
+def simulated_receiver():
+    heads = (bytes([3, 9, 1, 40, 0, 0, 0, 0, 250, 0]), bytes([60] * 7 + [0, 99, 20]))
+    commands = [row for row in MESSAGES if row.msg_id < 0x80 and row.sub_id < 0x80]
+    return [
+        head + b"".join(packet(row, length(row)) for row in rows)
+        for head in heads
+        for rows in groups(commands, 4)
+        for length in (lambda row: row.min_length, lambda row: row.max_length)
+    ]
+
+
+def stream_decoder():
+    return [bytes([3, 9, 1, 40, 0, 0, 0]) + stream for stream in streams()]
+
+
+def trace_file():
+    header = '{"orb-sim-trace":1,"started":"2026-11-21T08:20:00Z","device":"/dev/ttyS1"}\n'
+    lines, time = header, 0.0
+    query = next(row for row in MESSAGES if row.msg_id == 0x02)
+    for speaker, data in (
+        ("client", packet(query, 2)),
+        ("receiver", build_packet(0x83, 0, 2, b"\x02\0\0")),
+        ("receiver", packet(next(row for row in MESSAGES if row.msg_id == 0x80))),
+        ("client", packet(query, 2)),
+        ("receiver", NMEA),
+    ):
+        time += 0.25
+        lines += f'{{"time":{time},"from":"{speaker}","bytes":"{data.hex().upper()}"}}\n'
+    return [bytes([9, 200, 1]) + text.encode() for text in (lines, header, lines[:-1])]
+
+
+def scenario_file():
+    return [file.read_bytes() for file in sorted((ROOT / "simulator/scenarios").glob("*.toml"))]
+
+
+def inventory_file():
+    return [
+        (ROOT / "platform/inventoryd/inventory.example.toml").read_bytes(),
+        b'[[module]]\nlocation = 1\nbars = [{ index = 0, address = 0xF0000000, size = 4096 }]\n'
+        b'[module.records]\nHardwareSetId = "47205318-001"\nOther = { type = 2, data = "x" }\n',
+    ]
+
+
+def elf_program():
+    """A program with a loader, a dynamic section, a note and a little code."""
+    texts = b"\0libasan.so.8\0libc.so.6\0pthread_create\0"
+    interpreter = b"/lib64/ld-linux-x86-64.so.2\0"
+    note = struct.pack("<III", 3, 4, 4) + b"Go\0\0" + b"abcd"
+    code = bytes.fromhex("554889e5b83c0000000f05c9c3e800000000662e0f1f840000000000")
+    places, at = {}, 64 + 5 * 56
+    for name, data in (("texts", texts), ("interp", interpreter), ("note", note), ("code", code)):
+        places[name], at = (at, len(data)), at + len(data)
+    entries = [(1, 1), (1, 14), (5, places["texts"][0]), (10, len(texts)), (0, 0)]
+    dynamic = b"".join(struct.pack("<QQ", *entry) for entry in entries)
+    places["dynamic"] = (at, len(dynamic))
+    segments = [
+        struct.pack("<IIQQQQQQ", kind, flags, place, place, place, size, size, align)
+        for kind, flags, (place, size), align in (
+            (1, 5, (0, at + len(dynamic)), 0x1000),
+            (1, 5, places["code"], 0x1000),
+            (2, 4, places["dynamic"], 8),
+            (3, 4, places["interp"], 1),
+            (4, 4, places["note"], 4),
+        )
+    ]
+    identity = b"\x7fELF\x02\x01\x01" + bytes(9)
+    header = identity + struct.pack("<HHIQQQIHHHHHH", 3, 62, 1, 0, 64, 0, 0, 64, 56, 5, 0, 0, 0)
+    return header + b"".join(segments) + texts + interpreter + note + code + dynamic
+
+
+def program_file():
+    return [elf_program(), b"#!/bin/sh -e\necho\n", b"#! /usr/bin/env python3\n", b"text"]
+
+
+def i2c_bus():
+    text = (
+        b"port expander at 0x21   port 0   port 1\n"
+        b"0 1  input                  ff       ff\n"
+        b"2 3  output                 ff       fe\n"
+        b"4 5  polarity               00       00\n"
+        b"6 7  direction              ff       fe\n"
+        b"next register                         3\n"
+        b"antenna supply                      off\n"
+    )
+    transfers = [
+        bytes([0, direction, 6, size]) + bytes([2, 0xFE, 0x01]) + bytes(31)
+        for direction in (0, 1)
+        for size in range(10)
+    ]
+    plain = [bytes([1, 3, 2, 0xFF, 0xFE, 2])]
+    return [bytes([0, 1]) + transfer + text for transfer in transfers + plain]
+
+
+def quoted(data):
+    return '"' + "".join(f"\\x{byte:02x}" for byte in data) + '"'
+
+
+def packet_words():
+    words = {b"\xa0\xa1", b"\x0d\x0a"}
+    for row in MESSAGES:
+        identity = bytes([row.msg_id] + ([row.sub_id] if has_sub_id(row.msg_id) else []))
+        words.add(struct.pack(">HH", 0xA0A1, max(row.min_length, 2)) + identity)
+        words.add(packet(row, row.min_length))
+    return {word for word in words if len(word) <= 64}
+
+
+def toml_words(file):
+    words = set(re.findall(r"[A-Za-z][A-Za-z0-9-]+", (ROOT / file).read_text(encoding="utf-8")))
+    symbols = ("[", "]", "[[", "]]", "{", "}", "=", '"', "'", '"""', "0x", "nan", "-inf", "1e400")
+    return {word.encode() for word in words | set(symbols)}
+
+
+TRACE_WORDS = {
+    word.encode()
+    for word in ('"orb-sim-trace":1', '"time":', '"from":"client"', '"from":"receiver"', '"bytes":"')
+    + ("{", "}", "\n", "A0A1", "0D0A", "1e300", "-1")
+}
+CODE_WORDS = {b"\x0f\x05", b"\x0f\x34", b"\xcd\x80", b"#!", b"\x7fELF", b"\xc4\xe2", b"\x62\xf1"}
+PORT_WORDS = {b"ff", b"00", b"port expander at 0x21", b"next register"}
+
+TARGETS = {
+    packet_assembler: packet_words,
+    serial_channel: packet_words,
+    driver_replies: set,
+    driver_operations: packet_words,
+    simulated_receiver: packet_words,
+    stream_decoder: packet_words,
+    trace_file: lambda: TRACE_WORDS,
+    scenario_file: lambda: toml_words("docs/scenarios.md"),
+    inventory_file: lambda: toml_words("platform/inventoryd/inventory.example.toml"),
+    program_file: lambda: CODE_WORDS,
+    i2c_bus: lambda: PORT_WORDS,
+}
+
+
+def main(folder):
+    for target, words in TARGETS.items():
+        seeds = folder / target.__name__
+        seeds.mkdir(parents=True, exist_ok=True)
+        for number, seed in enumerate(target()):
+            (seeds / f"{number:03}").write_bytes(seed)
+        lines = sorted(quoted(word) for word in words())
+        (folder / f"{target.__name__}.dict").write_text("".join(line + "\n" for line in lines))
+
+
+main(Path(sys.argv[1]))

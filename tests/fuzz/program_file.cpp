@@ -1,0 +1,62 @@
+// What orb-sim looks at in a program before it starts it: any file is judged, and does no harm.
+// Input: the file.
+
+#include <sys/mman.h>
+#include <unistd.h>
+
+#include <cstring>
+#include <string>
+
+#include "interpose/program_file.h"
+#include "interpose/x86_instruction.h"
+#include "support/check.h"
+#include "support/input.h"
+
+namespace orb::fuzz {
+namespace {
+
+/// A file in memory, with a path.
+class MemoryFile {
+ public:
+  MemoryFile() : descriptor_(::memfd_create("program", MFD_CLOEXEC)) {
+    check(descriptor_ >= 0, "a file can be made in memory");
+  }
+  MemoryFile(const MemoryFile&) = delete;
+  MemoryFile& operator=(const MemoryFile&) = delete;
+  ~MemoryFile() { ::close(descriptor_); }
+
+  void fill(const Bytes& content) const {
+    check(::ftruncate(descriptor_, 0) == 0 && ::pwrite(descriptor_, content.data(), content.size(),
+                                                       0) == static_cast<ssize_t>(content.size()),
+          "the file can be filled");
+  }
+  std::string path() const { return "/proc/self/fd/" + std::to_string(descriptor_); }
+
+ private:
+  int descriptor_;
+};
+
+/// An instruction's length counts on as many bytes as the longest one has.
+void measureInstruction(Bytes code) {
+  code.resize(sim::kLongestInstruction);
+  const std::size_t length = sim::instructionLength(code.data());
+  check(length <= sim::kLongestInstruction, "an instruction's length");
+}
+
+void inspect(Input input) {
+  static const MemoryFile file;
+  const Bytes content = input.rest();
+  file.fill(content);
+  const sim::ProgramFile program = sim::inspectProgram(file.path().c_str());
+  check(std::memchr(program.runtimes, '\0', sizeof program.runtimes) != nullptr,
+        "the runtimes are a text");
+  measureInstruction(content);
+}
+
+}  // namespace
+}  // namespace orb::fuzz
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  orb::fuzz::inspect({data, size});
+  return 0;
+}
