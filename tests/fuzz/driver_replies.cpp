@@ -1,283 +1,15 @@
-// What the driver's queries make of a reply. Input: the query, how the reply comes, its payload
-// behind the message's id.
+// What the driver's queries make of a reply. Input: the query, what is wrong with the checksum,
+// where the reply is cut in two, its payload behind the message's id.
 
-#include <bit>
-#include <functional>
-#include <iterator>
-#include <sstream>
 #include <string>
+#include <vector>
 
-#include "orb-gnss/module_driver.h"
 #include "support/check.h"
+#include "support/driver_queries.h"
 #include "support/scripted_line.h"
 
 namespace orb::fuzz {
 namespace {
-
-using Driver = orbController_QN4470T01;
-
-/// The fields of a payload; what it does not have reads as 0.
-class Payload {
- public:
-  explicit Payload(Bytes bytes) : bytes_(std::move(bytes)) {}
-
-  std::uint64_t number(std::size_t index, std::size_t width) const {
-    std::uint64_t value = 0;
-    for (std::size_t i = index; i < index + width; ++i) {
-      value = value * 256 + (i < bytes_.size() ? bytes_[i] : 0U);
-    }
-    return value;
-  }
-  unsigned int u8(std::size_t index) const { return static_cast<unsigned int>(number(index, 1)); }
-  unsigned int u16(std::size_t index) const { return static_cast<unsigned int>(number(index, 2)); }
-  unsigned int u32(std::size_t index) const { return static_cast<unsigned int>(number(index, 4)); }
-  float f32(std::size_t index) const { return std::bit_cast<float>(u32(index)); }
-  double f64(std::size_t index) const { return std::bit_cast<double>(number(index, 8)); }
-
- private:
-  Bytes bytes_;
-};
-
-/// A result and outputs as one text.
-template <typename... Values>
-std::string outcome(unsigned int result, const Values&... values) {
-  std::ostringstream text;
-  text.precision(17);
-  text << result;
-  ((text << " | " << values), ...);
-  return text.str();
-}
-
-struct Query {
-  ORBMessageMsgValue reply;
-  std::string (*ask)(Driver&);
-  std::string (*expected)(const Payload&);
-  const char* unanswered;
-};
-
-constexpr unsigned int kUnset = 77;
-
-const char* nameOf(unsigned int value, std::initializer_list<const char*> names) {
-  return value < names.size() ? names.begin()[value] : "";
-}
-
-std::string version(const Payload& reply, std::size_t index, const char* prefix = "") {
-  return prefix + std::to_string(reply.u8(index)) + '.' + std::to_string(reply.u8(index + 1)) +
-         '.' + std::to_string(reply.u8(index + 2));
-}
-
-std::string navigation(const Payload& reply) {
-  const auto scaled = [&](std::size_t index, double units) {
-    return std::to_string(reply.u32(index) / units) + '\n';
-  };
-  return std::string("fix mode=") + nameOf(reply.u8(1), {"NO-FIX", "2D", "3D", "3D+DGNSS"}) +
-         "\nnumber if sv in fix=" + std::to_string(reply.u8(2)) +
-         "\nGPS Week=" + std::to_string(reply.u16(3)) + "\nGPS TOW=" + scaled(5, 100) +
-         "latitude=" + scaled(9, 1e7) + "longitude=" + scaled(13, 1e7) +
-         "ellipsoid altitude=" + scaled(17, 100) + "sea level altitude=" + scaled(21, 100);
-}
-
-/// A query with one output of a plain type.
-template <auto kMember, typename Value>
-std::string askFor(Driver& driver) {
-  Value value = static_cast<Value>(kUnset);
-  const unsigned int result = (driver.*kMember)(value);
-  return outcome(result, +value);
-}
-
-template <std::size_t kIndex>
-std::string byteAt(const Payload& reply) {
-  return outcome(0, reply.u8(kIndex));
-}
-template <std::size_t kIndex>
-std::string wordAt(const Payload& reply) {
-  return outcome(0, reply.u16(kIndex));
-}
-template <std::size_t kIndex>
-std::string longAt(const Payload& reply) {
-  return outcome(0, reply.u32(kIndex));
-}
-template <std::size_t kIndex>
-std::string flagAt(const Payload& reply) {
-  return outcome(0, reply.u8(kIndex) != 0 ? 1 : 0);
-}
-
-std::string askText(unsigned int (Driver::*member)(std::string&), Driver& driver) {
-  std::string text = "unset";
-  const unsigned int result = (driver.*member)(text);
-  return outcome(result, text);
-}
-
-const Query kQueries[] = {
-    {0x8000, [](Driver& driver) { return askText(&Driver::getInfo, driver); },
-     [](const Payload& reply) {
-       return outcome(0, "unset" + version(reply, 3, "KernelVersion ") +
-                             version(reply, 7, ": ODMVersion ") +
-                             version(reply, 11, ": Revision 20"));
-     },
-     "4 | unset"},
-    {0x8000,
-     [](Driver& driver) {
-       std::string texts[3];
-       const unsigned int result = driver.gpsOrbGetFwVersion(texts[0], texts[1], texts[2]);
-       return outcome(result, texts[0], texts[1], texts[2]);
-     },
-     [](const Payload& reply) {
-       return outcome(0, version(reply, 3, "KernelVersion: "), version(reply, 7, "ODMVersion: "),
-                      version(reply, 11, "Revision: 20"));
-     },
-     "4 |  |  | "},
-    {0x64FE, [](Driver& driver) { return outcome(driver.gpsObtGetFwVersionString("")); },
-     [](const Payload&) { return outcome(0); }, "4"},
-    {0x8300, [](Driver& driver) { return outcome(driver.gpsObtSetMsgType("BINARY")); },
-     [](const Payload&) { return outcome(0); }, "4"},
-    {0x8300, [](Driver& driver) { return outcome(driver.gpsObtChipDetect()); },
-     [](const Payload& reply) { return outcome(reply.u8(1) == 2 ? 1 : 0); }, "0"},
-    {0xA800,
-     [](Driver& driver) {
-       std::string solution = "unset";
-       const unsigned int result = driver.getNavsolution("", solution);
-       return outcome(result, solution);
-     },
-     [](const Payload& reply) { return outcome(0, navigation(reply)); }, "4 | unset"},
-    {0xA800, askFor<&Driver::getNofSatellitesInNavSol, unsigned char>, byteAt<2>, "8 | 77"},
-    {0x648E,
-     [](Driver& driver) {
-       unsigned int values[5] = {kUnset, kUnset, kUnset, kUnset, kUnset};
-       const unsigned int result =
-           driver.gpsObtGetGpsTime(values[0], values[1], values[2], values[3], values[4]);
-       return outcome(result, values[0], values[1], values[2], values[3], values[4]);
-     },
-     [](const Payload& reply) {
-       return outcome(0, reply.u32(2), reply.u32(6), reply.u16(10), reply.u8(12), reply.u8(14));
-     },
-     "4 | 77 | 77 | 77 | 77 | 77"},
-    {0xB900, askFor<&Driver::gpsObtGetPowerMode, unsigned int>, byteAt<1>, "4 | 77"},
-    {0xB900, [](Driver& driver) { return askText(&Driver::getRxMode, driver); },
-     [](const Payload& reply) {
-       return outcome(0, nameOf(reply.u8(1), {"NORMAL", "POWERSAVE"}));
-     },
-     "4 | NORMAL"},
-    {0x8600, askFor<&Driver::gpsOrbGetCfgRate, unsigned char>, byteAt<1>, "4 | 77"},
-    {0x6498, askFor<&Driver::gpsObtGetNavMsg, unsigned char>, byteAt<2>, "4 | 77"},
-    {0x6488,
-     [](Driver& driver) {
-       std::string first = "unset";
-       std::string second = "unset";
-       const unsigned int result = driver.gpsObtGetFixNavConfigure(first, second);
-       return outcome(result, first, second);
-     },
-     [](const Payload& reply) {
-       return outcome(0, nameOf(reply.u8(2), {"3D", "2D"}), nameOf(reply.u8(3), {"3D", "2D"}));
-     },
-     "4 | unset | unset"},
-    {0xAF00,
-     [](Driver& driver) {
-       unsigned int values[4] = {kUnset, kUnset, kUnset, kUnset};
-       const unsigned int result =
-           driver.gpsObtGetDopConfigure(values[0], values[1], values[2], values[3]);
-       return outcome(result, values[0], values[1], values[2], values[3]);
-     },
-     [](const Payload& reply) {
-       return outcome(0, reply.u8(1), reply.u16(2), reply.u16(4), reply.u16(6));
-     },
-     "4 | 77 | 77 | 77 | 77"},
-    {0xB000,
-     [](Driver& driver) {
-       unsigned int values[3] = {kUnset, kUnset, kUnset};
-       const unsigned int result = driver.gpsOrbGetElevConfigure(values[0], values[1], values[2]);
-       return outcome(result, values[0], values[1], values[2]);
-     },
-     [](const Payload& reply) { return outcome(0, reply.u8(1), reply.u8(2), reply.u8(3)); },
-     "4 | 77 | 77 | 77"},
-    {0xB000, askFor<&Driver::getMinCNo, signed char>,
-     [](const Payload& reply) { return outcome(0, int{static_cast<signed char>(reply.u8(3))}); },
-     "4 | 77"},
-    {0xB000, askFor<&Driver::getElevationLimit, unsigned char>, byteAt<2>, "4 | 77"},
-    {0x6483,
-     [](Driver& driver) {
-       bool isOn = true;
-       unsigned char status = kUnset;
-       const unsigned int result = driver.gpsOrbGetJamDetectConfig(isOn, status);
-       return outcome(result, isOn, unsigned{status});
-     },
-     [](const Payload& reply) { return outcome(0, reply.u8(2) % 2, reply.u8(3)); }, "4 | 0 | 0"},
-    {0x648B,
-     [](Driver& driver) {
-       obt_DynamicState_t mode = kUnset;
-       const unsigned int result = driver.gpsObtGetChangeDynamicMode(mode);
-       return outcome(result, mode);
-     },
-     byteAt<2>, "4 | 77"},
-    {0x6580, askFor<&Driver::gpsObtGetTimePulse, unsigned int>, longAt<2>, "4 | 0"},
-    {0x6581, askFor<&Driver::gpsObtGetFreqOutput, unsigned int>, longAt<2>, "4 | 0"},
-    {0xBB00, askFor<&Driver::getAntennaDelay, int>,
-     [](const Payload& reply) { return outcome(0, static_cast<std::int32_t>(reply.u32(1)) / 100); },
-     "4 | 0"},
-    {0x648C, askFor<&Driver::gpsObtGetGnssConfigure, unsigned short>, wordAt<2>, "4 | 77"},
-    {0x648C,
-     [](Driver& driver) {
-       unsigned short mask = 0;
-       const unsigned int result = driver.getGnssSystem(mask);
-       return outcome(result, mask);
-     },
-     [](const Payload& reply) {
-       const unsigned int mask = reply.u16(2);
-       return outcome(0, (mask & 0x0D) + (mask & 2) * 0x20);
-     },
-     "4 | 0"},
-    {0x6280, askFor<&Driver::gpsObtGetSbasConfigure, bool>, flagAt<2>, "4 | 1"},
-    {0x6281, askFor<&Driver::gpsObtGetQzssConfigure, bool>, flagAt<2>, "4 | 1"},
-    {0x649F, askFor<&Driver::gpsObtGetL2BandConfigure, bool>, flagAt<2>, "4 | 1"},
-    {0x6481, askFor<&Driver::gpsObtGetNmeaExtendedConfigure, unsigned int>, byteAt<2>, "4 | 77"},
-    {0xC300,
-     [](Driver& driver) {
-       unsigned int values[2] = {kUnset, kUnset};
-       const unsigned int result = driver.gpsOrbGet1ppsOutputMode(values[0], values[1]);
-       return outcome(result, values[0], values[1]);
-     },
-     [](const Payload& reply) { return outcome(0, reply.u8(1), reply.u8(2)); }, "4 | 77 | 77"},
-    {0xC300, [](Driver& driver) { return askText(&Driver::getTimeReference, driver); },
-     [](const Payload& reply) {
-       return outcome(0, reply.u8(2) < 2 ? nameOf(reply.u8(2), {"GNSS", "UTC"}) : "unset");
-     },
-     "4 | GNSS"},
-    {0xC200, [](Driver& driver) { return askText(&Driver::getSurveyMode, driver); },
-     [](const Payload& reply) {
-       return outcome(0, nameOf(reply.u8(1), {"DYNAMIC", "AUTO", "STATIC"}));
-     },
-     "4 | unset"},
-    {0xC200,
-     [](Driver& driver) {
-       unsigned int values[3] = {kUnset, kUnset, kUnset};
-       double place[2] = {kUnset, kUnset};
-       float altitude = kUnset;
-       const unsigned int result =
-           driver.gpsObtGetTimeMode(values[0], values[1], values[2], place[0], place[1], altitude);
-       return outcome(result, values[0], values[1], values[2], place[0], place[1], altitude);
-     },
-     [](const Payload& reply) {
-       return outcome(0, reply.u8(1), reply.u32(2), reply.u32(6), reply.f64(10), reply.f64(18),
-                      reply.f32(26));
-     },
-     "4 | 77 | 77 | 77 | 77 | 77 | 77"},
-    {0xC200,
-     [](Driver& driver) {
-       unsigned char mode = kUnset;
-       double place[4] = {kUnset, kUnset, kUnset, kUnset};
-       unsigned int length = kUnset;
-       float deviation = kUnset;
-       const unsigned int result =
-           driver.getSurveyInfo(mode, place[0], place[1], place[2], place[3], length, deviation);
-       return outcome(result, unsigned{mode}, place[0], place[1], place[2], place[3], length,
-                      deviation);
-     },
-     [](const Payload& reply) {
-       return outcome(0, reply.u8(1), reply.f64(10), reply.f64(18), double{reply.f32(26)}, 0,
-                      reply.u32(2), 0);
-     },
-     "1 | 77 | 77 | 77 | 77 | 77 | 77"},
-};
 
 Bytes payloadOf(ORBMessageMsgValue type, const Bytes& body) {
   Bytes payload{static_cast<std::uint8_t>(type >> 8)};
@@ -302,7 +34,8 @@ Bytes packetOf(const Bytes& payload, std::uint8_t damage) {
 
 void query(Input input) {
   constexpr std::size_t kLongestBody = 600;
-  const Query& query = kQueries[input.byte() % std::size(kQueries)];
+  const std::size_t number = input.byte() % driverQueries().size();
+  const DriverQuery& query = driverQueries()[number];
   const std::uint8_t damage = input.byte();
   const std::uint8_t cut = input.byte();
   const Bytes payload = payloadOf(query.reply, input.bytes(kLongestBody));
@@ -312,10 +45,10 @@ void query(Input input) {
     script.push_back({piece});
   }
   ScriptedLine line(std::move(script));
-  Driver driver;
+  orbController_QN4470T01 driver;
   const std::string found = query.ask(driver);
   checkEqual(found, damage == 0 ? query.expected(Payload(payload)) : query.unanswered,
-             "the outcome of query " + std::to_string(&query - kQueries));
+             "the outcome of query " + std::to_string(number));
 }
 
 }  // namespace
