@@ -15,8 +15,9 @@ case $seconds in
     ;;
 esac
 
+[ ! -s "$dictionary" ] || set -- "-dict=$dictionary" "$@"
 mkdir -p "$folder/inputs" "$folder/findings"
 cd "$folder"
-exec "$target" -max_total_time="$seconds" -timeout=10 -rss_limit_mb=2048 -dict="$dictionary" \
+exec "$target" -max_total_time="$seconds" -timeout=10 -rss_limit_mb=2048 \
   -artifact_prefix="$folder/findings/" -print_final_stats=1 "$@" \
   "$folder/inputs" "$folder/findings" "$seeds"

@@ -241,7 +241,7 @@ constexpr DriverQuery kQueries[] = {
        return outcome(0, reply.u8(1), reply.f64(10), reply.f64(18), double{reply.f32(26)}, 0,
                       reply.u32(2), 0);
      },
-     "1 | 77 | 77 | 77 | 77 | 77 | 77"},
+     "1 | 77 | 77 | 77 | 77 | 77 | 77 | 77"},
 };
 
 }  // namespace
