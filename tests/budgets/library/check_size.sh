@@ -1,12 +1,12 @@
 #!/bin/sh
 # Fails when a library is larger than so many KiB once it is stripped.
-#   check_size.sh LIBRARY KIBIBYTES
+#   check_size.sh STRIP LIBRARY KIBIBYTES
 set -eu
-library=$1 kibibytes=$2
+strip=$1 library=$2 kibibytes=$3
 
 stripped=$(mktemp)
 trap 'rm -f "$stripped"' EXIT
-strip -o "$stripped" "$library"
+"$strip" -o "$stripped" "$library"
 size=$(stat --format=%s "$stripped")
 
 echo "$size bytes of $((kibibytes * 1024))"

@@ -1,0 +1,30 @@
+# Read by ctest: the tests that cannot run emulated, which it lists as disabled.
+
+function(leave_out reason)
+  set_tests_properties(${ARGN} PROPERTIES DISABLED TRUE)
+endfunction()
+
+# leave_out_unbuilt(REASON TEST...): the same, of tests that are not even built.
+function(leave_out_unbuilt reason)
+  foreach(test ${ARGN})
+    add_test(${test} false)
+  endforeach()
+  leave_out(${reason} ${ARGN})
+endfunction()
+
+leave_out_unbuilt("valgrind counts the emulator's instructions, strace sees its system calls"
+  Budgets.InstructionsAndCallsOfTheLibrary
+  SystemCalls.OfAQueryAreThoseOfABareLoop)
+
+leave_out("the emulator does not know the ioctl calls of I2C buses, and fails with ENOSYS"
+  I2CDev.DoesNotOpenWhatIsNoI2CBus)
+
+leave_out("the machine's shell, which the test inspects, is no program of the emulated machine"
+  ProgramFileTest.TakesAScriptForItsInterpreter)
+
+leave_out("it starts the programs that it runs without the emulator, which cannot hold them"
+  InstalledPackage
+  simulator.i2c.antenna
+  simulator.interpose.preload
+  simulator.interpose.i2c_device
+  simulator.interpose.unheld_command)
