@@ -29,6 +29,14 @@ print(answer.hex())
 """
 
 
+def not_emulated(reason):
+    """For tests that cannot run where orb-sim is run by an emulator."""
+    return unittest.skipIf(os.environ.get("ORB_EMULATED"), "under an emulator " + reason)
+
+
+runs_a_command = not_emulated("orb-sim refuses commands, which are programs of another machine")
+
+
 def wait_until(condition, what):
     end = time.monotonic() + LIMIT
     while not condition():

@@ -7,7 +7,7 @@ import select
 import subprocess
 import unittest
 
-from orb_sim import ACKNOWLEDGED, ASK_VERSION, LIMIT, ORB_SIM, OrbSimTest
+from orb_sim import ACKNOWLEDGED, ASK_VERSION, LIMIT, ORB_SIM, OrbSimTest, not_emulated
 
 NOTHING = "0 good packets (0 unknown), 0 bad packets, 0 sentences, 0 other bytes\n"
 
@@ -83,6 +83,7 @@ receiver: """ + NOTHING)
 
     # A stream of 64 MB in a process that may have but little more memory than it starts with.
     @unittest.skipIf(os.environ.get("ORB_SANITIZE"), "sanitizers take memory of their own")
+    @not_emulated("orb-sim shares its memory with the emulator")
     def test_needs_little_memory_for_much(self):
         def few_megabytes():
             resource.setrlimit(resource.RLIMIT_DATA, (24 << 20, 24 << 20))

@@ -14,7 +14,8 @@ import time
 import tty
 import unittest
 
-from orb_sim import (ACKNOWLEDGED, ASK_RECEIVER, ASK_VERSION, LIMIT, OrbSimTest, wait_until)
+from orb_sim import (ACKNOWLEDGED, ASK_RECEIVER, ASK_VERSION, LIMIT, OrbSimTest, runs_a_command,
+                     wait_until)
 
 ANSWER_LENGTH = 30  # acknowledgement and version
 
@@ -154,6 +155,7 @@ orb-sim: other users' programs need rights to read and write {tty_path}
             self.assertLess(processor_seconds(process) - before, 0.3)
             self.end(process, signal.SIGTERM)
 
+    @runs_a_command
     def test_is_the_line_of_a_command_without_any_rights(self):
         with self.offered_line("serve", self.link, "--kernel-version", "9.8.7"):
             script = ASK_RECEIVER.replace("< 9", "< 30").replace("9 - ", "30 - ")

@@ -13,7 +13,7 @@ import tty
 import unittest
 
 from orb_sim import (ACKNOWLEDGED, ASK_RECEIVER, ASK_VERSION, LIMIT, ORB_SIM, REFUSED,
-                     OrbSimTest, wait_until)
+                     OrbSimTest, runs_a_command, wait_until)
 from orb_sim_serve_test import ask, opened, processor_seconds, read_exactly
 
 CONFIGURE = os.environ["ORB_SIM_CONFIGURE"]
@@ -172,6 +172,7 @@ class RoundTrip(TapTest):
         self.assertEqual(result.returncode, 0, result.stderr)
         return result.stdout
 
+    @runs_a_command
     def test_replays_what_the_library_and_a_receiver_said(self):
         with self.tapped("--trace", str(self.trace)) as process:
             first = self.configure("run", "--tty", str(self.link))
@@ -206,6 +207,7 @@ class Replay(TapTest):
                              "orb-sim: packets that the trace does not have: 1\n")
         self.assertFalse(os.path.lexists(self.link))
 
+    @runs_a_command
     def test_is_the_receiver_of_a_command(self):
         self.write_trace((0.1, "client", ASK_VERSION), (0.2, "receiver", ACKNOWLEDGED))
         result = self.orb_sim("replay", str(self.trace), "--", sys.executable, "-c", ASK_RECEIVER)
