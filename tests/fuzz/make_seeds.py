@@ -50,7 +50,8 @@ def streams():
 
 
 def packet_assembler():
-    return [b"\x00\x36" + bytes([3, 9, 1, 40, 0, 0, 0]) + stream for stream in streams()]
+    choices = bytes([0x00, 0x01, 0x12, 0x31, 0x04, 0x11, 0x20, 0x33])
+    return [choices + bytes([3, 9, 1, 40, 0, 0, 0]) + stream for stream in streams()]
 
 
 def serial_channel():

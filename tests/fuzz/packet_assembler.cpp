@@ -1,5 +1,5 @@
-// The assembler and its list, with a buffer that grows by pieces of any length. Input: how the
-// messages are taken out, the lengths of seven pieces, the bytes.
+// The assembler and its list, with a buffer that grows by pieces of any length. Input: how messages
+// are taken out behind each piece, the lengths of all pieces but the last, the bytes.
 
 #include <algorithm>
 #include <deque>
@@ -14,6 +14,7 @@ namespace orb::fuzz {
 namespace {
 
 constexpr std::size_t kPieces = 7;
+constexpr ORBMessageMsgValue kPerhapsNotThere = 0x8300;
 
 /// What the getters say against the packet.
 void checkMessage(const ORBMessage& message, const FoundMessage& expected) {
@@ -62,7 +63,7 @@ class ListModel {
 
   bool isEmpty() const { return messages_.empty(); }
   ORBMessageMsgValue someType() const {
-    return isEmpty() ? ORBMessageMsgValue{0x8300} : typeOf(messages_[messages_.size() / 2].id);
+    return isEmpty() ? kPerhapsNotThere : typeOf(messages_[messages_.size() / 2].id);
   }
 
  private:
@@ -97,25 +98,27 @@ void checkCounters(const ORBMessageBuilder& builder, const std::vector<Scan>& sc
   check(builder.getNakMessageCount() == refused, "refusals");
 }
 
-/// Two bits choose what is done.
 void takeSome(ORBMessageList& list, ListModel& model, unsigned int choice) {
-  switch (choice % 4) {
-    case 0:
-      break;
+  switch (choice) {
     case 1:
       model.takeOldest(list);
       break;
     case 2:
       model.takeNewestOf(list, model.someType());
       break;
-    default:
+    case 3:
+      model.takeNewestOf(list, kPerhapsNotThere);
+      break;
+    case 4:
       model.empty(list);
+      break;
+    default:
       break;
   }
 }
 
 void assemble(Input input) {
-  unsigned int choices = input.word();
+  const Bytes choices = input.bytes(kPieces + 1);
   const Bytes lengths = input.bytes(kPieces);
   Bytes received;
   ORBMessageList list;
@@ -133,8 +136,9 @@ void assemble(Input input) {
     model.add(scan);
     check(position == scan.position, "the position");
     checkCounters(builder, scans);
-    takeSome(list, model, choices);
-    choices >>= 2;
+    const unsigned int choice = scans.size() <= choices.size() ? choices[scans.size() - 1] : 0;
+    takeSome(list, model, choice % 16);
+    takeSome(list, model, choice / 16);
     check(list.isEmpty() == model.isEmpty(), "whether the list is empty");
   }
   while (!model.isEmpty()) {
