@@ -28,9 +28,15 @@ const std::regex& callPattern() {
   return pattern;
 }
 
-bool isWaiting(const std::string& line) {
+// A look at a line that has nothing to give, or a pause behind it.
+bool isEmptyLook(const std::string& line) {
   static const std::regex pattern(R"(^read\(.*= -1 EAGAIN.*|^(clock_nanosleep|sched_yield)\(.*)");
   return std::regex_match(line, pattern);
+}
+
+// A reply is waited for from the end of its query to the read that brings it.
+bool isWaitingAfter(const std::string& line, bool wasWaiting) {
+  return line.starts_with("fsync(") || (wasWaiting && !line.starts_with("read("));
 }
 
 // The C library asks for the settings in their older or newer form.
@@ -76,14 +82,17 @@ std::vector<std::vector<std::string>> tracedCalls(const std::string& program) {
   const std::string end = "write(" + std::to_string(kMarkDescriptor) + ", \">\"";
   std::vector<std::vector<std::string>> stretches;
   bool isInside = false;
+  bool isWaiting = false;
   std::istringstream trace(traceOf(program));
   for (std::string line; std::getline(trace, line);) {
     if (line.starts_with(begin)) {
       stretches.emplace_back();
       isInside = true;
+      isWaiting = false;
     } else if (line.starts_with(end)) {
       isInside = false;
-    } else if (isInside && !isWaiting(line)) {
+    } else if (isInside && !(isWaiting && isEmptyLook(line))) {
+      isWaiting = isWaitingAfter(line, isWaiting);
       stretches.back().push_back(nameOf(line));
     }
   }

@@ -3,20 +3,24 @@
 
 #include <valgrind/callgrind.h>
 
+#include <chrono>
 #include <memory>
+#include <stdexcept>
 #include <vector>
 
 #include "orb-gnss/catalogue.h"
 #include "orb-gnss/message_builder.h"
 #include "orb-gnss/module_driver.h"
-#include "orb-sim/path_map.h"
+#include "simulated_line.h"
 
 namespace {
 
+using namespace std::chrono_literals;
 using Bytes = std::vector<unsigned char>;
 
 constexpr unsigned char kReplyId = 0x83;
 constexpr unsigned long kKibi = 1024;
+constexpr unsigned long kFrames = 10;
 
 // The first run binds the library's calls and warms its memory up.
 template <typename Work>
@@ -33,13 +37,18 @@ void append(Bytes& bytes, const ORBMessage& message) {
                message.getPacketData() + message.getPacketLength());
 }
 
-// One packet of this payload length, between two others so that it is found as in a stream.
-void countFrame(const char* name, unsigned long payloadLength) {
+// Packets of this payload length, one right behind the other.
+Bytes frames(unsigned long payloadLength) {
   const ORBMessage message(0xA800, payloadLength, nullptr);
   Bytes bytes;
-  for (int packets = 0; packets < 10; ++packets) {
+  for (unsigned long frame = 0; frame < kFrames; ++frame) {
     append(bytes, message);
   }
+  return bytes;
+}
+
+void countFrames(const char* name, unsigned long payloadLength) {
+  const Bytes bytes = frames(payloadLength);
   ORBMessageList list;
   ORBMessageBuilder builder(&list);
   count(name, [&] {
@@ -52,6 +61,17 @@ void countScan(const char* name, const Bytes& bytes) {
   ORBMessageList list;
   ORBMessageBuilder builder(&list);
   count(name, [&] { builder.update(kReplyId, bytes.data(), bytes.size()); });
+}
+
+// The same packets, each with a bit wrong in the last byte of its body.
+Bytes damagedFrames(unsigned long payloadLength) {
+  constexpr unsigned long kBehindBody = 3;  // checksum and end bytes
+  Bytes bytes = frames(payloadLength);
+  const unsigned long packetLength = bytes.size() / kFrames;
+  for (unsigned long end = packetLength; end <= bytes.size(); end += packetLength) {
+    bytes[end - kBehindBody - 1] ^= 1;
+  }
+  return bytes;
 }
 
 // Every value as often as any other, so that each 256th byte is a start byte; none starts a packet.
@@ -78,15 +98,28 @@ void countLookup(const char* name, ORBMsgId id) {
 }
 
 void countConstruction() {
-  orb::sim::mapPath("/var/log/orbset-errors.log", "/dev/null");
   count("construct-driver", [] { std::make_unique<orbController_QN4470T01>(); });
+}
+
+void countQuery(const char* name) {
+  orbController_QN4470T01 driver;
+  count(name, [&driver] {
+    unsigned int mode = 0;
+    unsigned int elevation = 0;
+    unsigned int cnr = 0;
+    if (driver.gpsOrbGetElevConfigure(mode, elevation, cnr) != 0 ||
+        cnr != orb::test::kSimulatedCnrMask) {
+      throw std::logic_error("the query was not answered");
+    }
+  });
 }
 
 }  // namespace
 
 int main() {
-  countFrame("frames-20", 20);
-  countFrame("frames-59", 59);
+  countFrames("frames-20", 20);
+  countFrames("frames-59", 59);
+  countScan("damaged-frames", damagedFrames(20));
   countScan("text", Bytes(kKibi, '$'));
   countScan("noise", noise(kKibi));
   countScan("unknown-packets", unknownPackets(kKibi));
@@ -95,5 +128,9 @@ int main() {
   countLookup("lookup-last", {0xC3, 0x00});
   countLookup("lookup-miss", {0x64, 0x00});
   countConstruction();
+  orb::test::delayReplies(20, 0ms);
+  countQuery("query-answered-after-20-looks");
+  orb::test::delayReplies(0, 20ms);
+  countQuery("query-answered-after-20-ms");
   return 0;
 }
