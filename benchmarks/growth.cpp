@@ -19,6 +19,10 @@ using orb::bench::Series;
 using orb::bench::timePerCall;
 
 constexpr unsigned char kReplyId = 0x83;
+constexpr std::size_t kLeastFill = 80;
+constexpr std::size_t kShortPayload = 20;
+constexpr std::size_t kLongPayload = 59;
+constexpr std::size_t kLongPacket = kLongPayload + 7;
 
 // One round of a wait: the buffer is scanned, and what it lists is not what is awaited.
 struct Round {
@@ -31,10 +35,10 @@ struct Round {
   }
 };
 
-Row rescan(std::string work, std::string title, const Bytes& bytes) {
+Row rescan(std::string work, std::string label, const Bytes& bytes) {
   Round round;
-  Series series{.x = "bytes in the buffer", .y = "ns a round", .points = {}};
-  for (std::size_t fill = 80; fill <= bytes.size(); fill *= 2) {
+  Series series{.x = "bytes in the buffer", .y = "ns a round", .label = label, .points = {}};
+  for (std::size_t fill = kLeastFill; fill <= bytes.size(); fill *= 2) {
     const auto scan = [&] { round(bytes.data(), fill); };
     const long calls = orb::bench::callsPerTurn(scan);
     std::vector<double> times;
@@ -44,7 +48,7 @@ Row rescan(std::string work, std::string title, const Bytes& bytes) {
     series.points.emplace_back(fill, orb::bench::median(times));
   }
   return Row{.work = std::move(work),
-             .title = std::move(title),
+             .title = "round over a full buffer (5 KiB) of " + label,
              .unit = "ns/round",
              .value = series.points.back().second,
              .series = series};
@@ -52,10 +56,8 @@ Row rescan(std::string work, std::string title, const Bytes& bytes) {
 
 std::vector<Row> byFill() {
   constexpr std::size_t kBuffer = 5120;
-  return {rescan("growth-fill-text", "round over a full buffer (5 KiB) of text",
-                 orb::bench::text(kBuffer)),
-          rescan("growth-fill-frames", "round over a full buffer of 20-byte frames",
-                 orb::bench::packets(20, kBuffer))};
+  return {rescan("growth-fill-text", "text", orb::bench::text(kBuffer)),
+          rescan("growth-fill-frames", "packets", orb::bench::packets(kShortPayload, kBuffer))};
 }
 
 // Processor time of all the rounds of a wait that ends by its time-out, without the reads: the
@@ -74,14 +76,14 @@ double roundsOfWait(int seconds, const Bytes& feed) {
   return timePerCall(take, seconds * kBytesPerSecond) * kBytesPerSecond;
 }
 
-Row timeouts(std::string work, std::string title, const Bytes& feed) {
+Row timeouts(std::string work, std::string label, const Bytes& feed) {
   constexpr double kNanosecondsPerPercent = 1e7;
-  Series series{.x = "time-out, s", .y = "% of one core", .points = {}};
+  Series series{.x = "time-out, s", .y = "% of one core", .label = label, .points = {}};
   for (const int seconds : {1, 2, 5, 10, 20}) {
     series.points.emplace_back(seconds, roundsOfWait(seconds, feed) / kNanosecondsPerPercent);
   }
   return Row{.work = std::move(work),
-             .title = std::move(title),
+             .title = "rounds of a 20 s time-out under " + label + ", byte by byte",
              .unit = "% of core",
              .value = series.points.back().second,
              .series = series};
@@ -89,12 +91,10 @@ Row timeouts(std::string work, std::string title, const Bytes& feed) {
 
 std::vector<Row> byTimeout() {
   constexpr std::size_t kFeed = 4096;
-  return {timeouts("growth-timeout-text", "rounds of a 20 s time-out under text, byte by byte",
-                   orb::bench::text(kFeed)),
-          timeouts("growth-timeout-noise", "the same under random bytes",
-                   orb::bench::randomBytes(kFeed)),
-          timeouts("growth-timeout-frames", "the same under frames that are not awaited",
-                   orb::bench::packets(59, kFeed / 66 * 66))};
+  return {timeouts("growth-timeout-text", "text", orb::bench::text(kFeed)),
+          timeouts("growth-timeout-noise", "random bytes", orb::bench::randomBytes(kFeed)),
+          timeouts("growth-timeout-frames", "packets that are not awaited",
+                   orb::bench::packets(kLongPayload, kFeed / kLongPacket * kLongPacket))};
 }
 
 const orb::bench::Work kWorks[] = {{"growth-fill", byFill}, {"growth-timeout", byTimeout}};

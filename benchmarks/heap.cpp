@@ -17,7 +17,6 @@ using orb::bench::FarEnd;
 using orb::bench::HeapUse;
 using orb::bench::Row;
 
-constexpr unsigned char kStartByte = 0xA0;
 constexpr double kReplyTimeoutSeconds = 5;
 constexpr double kBufferBytesPerSecond = 1024;
 
@@ -37,7 +36,7 @@ HeapUse useOfQuery(orbController_QN4470T01& driver) {
 }
 
 std::vector<Row> oneQuery() {
-  FarEnd farEnd({{kStartByte, orb::bench::kMasksReply}});
+  FarEnd farEnd({{orb::bench::kStartByte, orb::bench::kMasksReply}});
   orb::sim::mapPath("/dev/tty_gps", farEnd.tty());
   orb::sim::mapPath("/var/log/orbset-errors.log", "/dev/null");
   orbController_QN4470T01 driver;

@@ -2,23 +2,24 @@
 """Runs the bench programs, prints one table and writes the figures as JSON.
 
 usage: report.py FOLDER [--list] [--output FILE] [WORK...]
+
+Exits with 1 when a row is outside its bound, with 2 when the command line is wrong, and with 3 when
+a program could not measure; the rows of the others are printed and written all the same.
 """
 
 import argparse
+import datetime
 import json
 import os
 import pathlib
 import platform
+import re
 import subprocess
 import sys
 import typing
 
 COLUMNS = "{:<58} {:>11} {:>11} {:<8} {:>7} {:>15}  {}"
-
-
-def programs(folder):
-    for name in (folder / "programs.txt").read_text().split():
-        yield folder / name
+OUTSIDE, WRONG_USE, NOT_MEASURED = 1, 2, 3
 
 
 class Work(typing.NamedTuple):
@@ -34,6 +35,11 @@ def works_of(program):
         yield Work(program, name, int(processes))
 
 
+def all_works(folder):
+    return [work for name in (folder / "programs.txt").read_text().split()
+            for work in works_of(folder / name)]
+
+
 def selects(name, work):
     return work.name == name or work.name.startswith(name + "-")
 
@@ -44,18 +50,21 @@ def rows_of_process(work):
         for line in process.stdout:
             yield json.loads(line)
     if process.returncode != 0:
-        sys.exit(f"{work.program.name} could not measure")
+        raise ChildProcessError(f"{work.name} could not be measured")
 
 
 def middle(rows):
-    """Of the same row from several processes, the one with the median ratio."""
-    return sorted(rows, key=lambda row: row["ratio"])[len(rows) // 2]
+    """Of the same row from several processes, the one with the median ratio; its samples are the
+    processes' ratios."""
+    rows = sorted(rows, key=lambda row: row["ratio"])
+    return rows[len(rows) // 2] | {"samples": [row["ratio"] for row in rows]}
 
 
 def rows_of(work):
     if work.processes == 1:
         return rows_of_process(work)
-    return map(middle, zip(*[list(rows_of_process(work)) for _ in range(work.processes)]))
+    processes = [list(rows_of_process(work)) for _ in range(work.processes)]
+    return map(middle, zip(*processes, strict=True))
 
 
 def figure(number):
@@ -70,6 +79,47 @@ def print_row(row):
                          " ".join(filter(None, [verdict, row.get("note")]))), flush=True)
 
 
+def output_of(*command):
+    """What a command prints; nothing where it is missing or fails, outside of a clone for one."""
+    try:
+        return subprocess.run(command, check=True, stdout=subprocess.PIPE, text=True,
+                              stderr=subprocess.DEVNULL).stdout.strip()
+    except (OSError, subprocess.CalledProcessError):
+        return ""
+
+
+def compiler(folder):
+    cache = (folder.parent / "CMakeCache.txt").read_text()
+    found = re.search("^CMAKE_CXX_COMPILER:[^=]*=(.*)$", cache, re.MULTILINE)
+    return output_of(found[1], "--version").partition("\n")[0] if found else ""
+
+
+def circumstances(folder):
+    processors = re.search("^model name\\s*: (.*)$", pathlib.Path("/proc/cpuinfo").read_text(),
+                           re.MULTILINE)
+    return {"date": datetime.datetime.now(datetime.timezone.utc).isoformat(timespec="seconds"),
+            "commit": output_of("git", "describe", "--always", "--dirty"),
+            "compiler": compiler(folder),
+            "kernel": platform.release(),
+            "architecture": platform.machine(),
+            "processor": processors[1] if processors else "",
+            "processors": os.cpu_count()}
+
+
+def measure(works):
+    """The rows, printed as they come, and what could not be measured."""
+    rows, failures = [], []
+    print(COLUMNS.format("work", "value", "limit", "unit", "ratio", "bound", ""))
+    for work in works:
+        try:
+            for row in rows_of(work):
+                print_row(row)
+                rows.append(row)
+        except ChildProcessError as error:
+            failures.append(str(error))
+    return rows, failures
+
+
 def main():
     parser = argparse.ArgumentParser()
     parser.add_argument("folder", type=pathlib.Path)
@@ -78,34 +128,35 @@ def main():
     parser.add_argument("works", nargs="*")
     options = parser.parse_intermixed_args()
 
-    works = [work for program in programs(options.folder) for work in works_of(program)]
+    works = all_works(options.folder)
     for name in options.works:
         if not any(selects(name, work) for work in works):
-            sys.exit(f"no work is called {name}; --list names them")
+            print(f"no work is called {name}; --list names them", file=sys.stderr)
+            return WRONG_USE
     if options.works:
         works = [work for work in works if any(selects(name, work) for name in options.works)]
     if options.list:
         print("\n".join(work.name for work in works))
         return 0
 
-    rows = []
-    print(COLUMNS.format("work", "value", "limit", "unit", "ratio", "bound", ""))
-    for work in works:
-        for row in rows_of(work):
-            print_row(row)
-            rows.append(row)
+    rows, failures = measure(works)
     if options.output:
-        machine = {"architecture": platform.machine(), "processors": os.cpu_count()}
-        results = {"machine": machine, "rows": rows}
+        results = {"machine": circumstances(options.folder), "rows": rows}
         options.output.write_text(json.dumps(results, indent=1) + "\n")
-
     outside = [row["title"] for row in rows if not row["ok"]]
     if outside:
         print("\noutside the bound: " + "; ".join(outside))
-        return 1
+    if failures:
+        print("\n" + "; ".join(failures))
+        return NOT_MEASURED
+    if outside:
+        return OUTSIDE
     print("\nevery row is within its bound")
     return 0
 
 
 if __name__ == "__main__":
-    sys.exit(main())
+    try:
+        sys.exit(main())
+    except (BrokenPipeError, KeyboardInterrupt):
+        os._exit(130)  # without a word: whoever ended it knows

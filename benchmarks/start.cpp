@@ -5,10 +5,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <cstdio>
 #include <cstdlib>
-#include <filesystem>
-#include <iostream>
 #include <memory>
 #include <stdexcept>
 #include <string>
@@ -16,6 +13,7 @@
 
 #include "orb-gnss/module_driver.h"
 #include "orb-sim/path_map.h"
+#include "simulator/line/owned_descriptor.h"
 #include "support/turn_rows.h"
 
 namespace {
@@ -31,8 +29,9 @@ void* checked(void* handle) {
   return handle;
 }
 
-// The whole of the fresh process: prints the nanoseconds that it took to load the library and to
-// have the object constructed by the function of this name. What both need is loaded before.
+// The whole of the fresh process: writes, as a number in memory, the nanoseconds that it took to
+// load the library and to have the object constructed by the function of this name. What both need
+// is loaded before.
 void construct(const char* library, const char* constructor) {
   orb::sim::mapPath("/var/log/orbset-errors.log", "/dev/null");
   checked(dlopen(ORB_PLATFORM_LIBRARY, RTLD_LAZY));
@@ -41,18 +40,25 @@ void construct(const char* library, const char* constructor) {
   const double start = orb::bench::threadNanoseconds();
   void* const handle = checked(dlopen(library, RTLD_LAZY));
   reinterpret_cast<void (*)(void*)>(checked(dlsym(handle, constructor)))(place.get());
-  const double end = orb::bench::threadNanoseconds();
-  std::cout << end - start << std::endl;
-  std::_Exit(0);
+  const double taken = orb::bench::threadNanoseconds() - start;
+  std::_Exit(write(STDOUT_FILENO, &taken, sizeof taken) == sizeof taken ? 0 : EXIT_FAILURE);
 }
 
 double inFreshProcess(const std::string& library, const std::string& constructor) {
-  const std::string self = std::filesystem::read_symlink("/proc/self/exe");
-  const std::string command = self + ' ' + kConstructOption + ' ' + library + ' ' + constructor;
-  FILE* const output = popen(command.c_str(), "r");
+  orb::sim::Pipe output;
+  const pid_t process = fork();
+  if (process == 0) {
+    dup2(output.writing.get(), STDOUT_FILENO);
+    execl("/proc/self/exe", "bench_start", kConstructOption, library.c_str(), constructor.c_str(),
+          nullptr);
+    _exit(EXIT_FAILURE);
+  }
+  output.writing.reset();
   double nanoseconds = 0;
-  const bool read = output != nullptr && std::fscanf(output, "%lf", &nanoseconds) == 1;
-  if (output == nullptr || pclose(output) != 0 || !read) {
+  const bool isRead =
+      read(output.reading.get(), &nanoseconds, sizeof nanoseconds) == sizeof nanoseconds;
+  int status = 0;
+  if (process < 0 || waitpid(process, &status, 0) != process || status != 0 || !isRead) {
     throw std::runtime_error("cannot load " + library);
   }
   return nanoseconds;

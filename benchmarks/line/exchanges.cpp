@@ -10,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include "limits/bare_loop.h"
 #include "line/far_end.h"
 #include "line/latency.h"
 #include "line/query.h"
@@ -36,11 +37,17 @@ Row rowOf(const Blocks& times, double share, Row row) {
   return row;
 }
 
+void queryByBareLoop(const std::string& tty) {
+  if (!orb::bench::exchangeByBareLoop(tty, orb::bench::kMasksQuery, orb::bench::kMasksReply)) {
+    throw std::runtime_error("the bare loop read another answer");
+  }
+}
+
 std::vector<Row> queryAtOnce() {
-  const FarEnd farEnd({{0xA0, orb::bench::kMasksReply}});
-  const Blocks times = orb::bench::compare([&] { orb::bench::queryByLibrary(farEnd.tty()); },
-                                           [&] { orb::bench::queryByBareLoop(farEnd.tty()); },
-                                           kBlocks, kPairsPerBlock);
+  const FarEnd farEnd({{orb::bench::kStartByte, orb::bench::kMasksReply}});
+  const Blocks times =
+      orb::bench::compare([&] { orb::bench::queryByLibrary(farEnd.tty()); },
+                          [&] { queryByBareLoop(farEnd.tty()); }, kBlocks, kPairsPerBlock);
   return {rowOf(times, kMedian,
                 {.work = "query-p50",
                  .title = "query over a pty, answered at once, p50",
@@ -87,7 +94,8 @@ class Modbus {
 };
 
 std::vector<Row> againstModbus() {
-  const FarEnd farEnd({{0xA0, orb::bench::kMasksReply}, {kSlave, kRegistersReply}});
+  const FarEnd farEnd(
+      {{orb::bench::kStartByte, orb::bench::kMasksReply}, {kSlave, kRegistersReply}});
   const auto compare = [](const auto& work, const auto& limit, const char* name, const char* title,
                           std::optional<double> bound) {
     const Blocks times = orb::bench::compare(work, limit, kBlocks, kPairsPerBlock);

@@ -5,13 +5,11 @@
 #include <map>
 #include <string>
 #include <thread>
-#include <vector>
 
 #include "line/raw_pty.h"
+#include "support/bytes.h"
 
 namespace orb::bench {
-
-using Bytes = std::vector<unsigned char>;
 
 /// A pty, and at its far end a thread that answers: to each query of kQueryLength bytes it gives
 /// the answer that belongs to the query's first byte.

@@ -1,11 +1,5 @@
 #include "line/query.h"
 
-#include <fcntl.h>
-#include <sched.h>
-#include <termios.h>
-#include <unistd.h>
-
-#include <algorithm>
 #include <memory>
 #include <stdexcept>
 
@@ -16,6 +10,10 @@ namespace {
 constexpr ORBMessageMsgValue kQueryMasks = 0x2F00;
 constexpr ORBMessageMsgValue kMasks = 0xB000;
 constexpr int kTimeoutSeconds = 5;
+
+// Of the answer's payload, and what it is there.
+constexpr int kCnrAt = 3;
+constexpr unsigned char kCnr = 0x14;
 
 void expectAnswer(bool isRight) {
   if (!isRight) {
@@ -35,34 +33,13 @@ void LibraryQuery::send() {
 
 void LibraryQuery::receive() {
   const std::unique_ptr<ORBMessage> reply(channel_.ReceiveMessage(kMasks, kTimeoutSeconds));
-  expectAnswer(reply != nullptr && reply->getPayloadData()[3] == 0x14);
+  expectAnswer(reply != nullptr && reply->getPayloadData()[kCnrAt] == kCnr);
 }
 
 void queryByLibrary(const std::string& tty) {
   LibraryQuery query(tty);
   query.send();
   query.receive();
-}
-
-void queryByBareLoop(const std::string& tty) {
-  const int fd = open(tty.c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK | O_SYNC);
-  termios settings;
-  tcgetattr(fd, &settings);
-  cfmakeraw(&settings);
-  settings.c_cflag &= ~static_cast<tcflag_t>(CRTSCTS | CSTOPB);
-  tcflush(fd, TCIOFLUSH);
-  tcsetattr(fd, TCSANOW, &settings);
-  ssize_t written = write(fd, kMasksQuery.data(), kMasksQuery.size());
-  fsync(fd);
-  unsigned char reply[1024];
-  unsigned long received = 0;
-  while (written > 0 && received < kMasksReply.size()) {
-    const ssize_t count = read(fd, reply + received, sizeof reply - received);
-    received += count > 0 ? static_cast<unsigned long>(count) : 0;
-    if (count <= 0) sched_yield();
-  }
-  close(fd);
-  expectAnswer(written > 0 && std::equal(kMasksReply.begin(), kMasksReply.end(), reply));
 }
 
 }  // namespace orb::bench

@@ -7,6 +7,9 @@
 
 namespace orb::bench {
 
+/// The first byte of a packet, by which a far end knows a query.
+constexpr unsigned char kStartByte = 0xA0;
+
 /// The query of the elevation and carrier-to-noise ratio masks, and its answer.
 extern const Bytes kMasksQuery;
 extern const Bytes kMasksReply;
@@ -25,10 +28,7 @@ class LibraryQuery {
   orbIO channel_;
 };
 
-/// The whole of it: opens, sends, receives, closes.
+/// A whole exchange: opens, sends, receives, closes.
 void queryByLibrary(const std::string& tty);
-
-/// The least that the same can cost: the system calls, and a loop that reads till all is there.
-void queryByBareLoop(const std::string& tty);
 
 }  // namespace orb::bench

@@ -11,7 +11,7 @@ namespace {
 constexpr std::string_view kText =
     "$GNGGA,120000.000,4717.11399,N,00833.91590,E,1,12,0.8,499.6,M,48.0,M,,*4F\r\n";
 constexpr std::chrono::nanoseconds kTimeOfByte =
-    std::chrono::nanoseconds(std::chrono::seconds(1)) / 11520;
+    std::chrono::nanoseconds(std::chrono::seconds(1)) / TextFeed::kBytesPerSecond;
 
 }  // namespace
 

@@ -11,6 +11,8 @@ namespace orb::bench {
 /// A pty that text without start bytes comes in on, byte by byte, as fast as 115200 baud allow.
 class TextFeed {
  public:
+  static constexpr int kBytesPerSecond = 11520;
+
   TextFeed();
   TextFeed(const TextFeed&) = delete;
   TextFeed& operator=(const TextFeed&) = delete;

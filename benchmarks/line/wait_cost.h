@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <random>
+#include <stdexcept>
 #include <vector>
 
 #include "line/far_end.h"
@@ -20,7 +21,7 @@ struct WaitCost {
 template <typename Send, typename Receive>
 WaitCost costOf(FarEnd& farEnd, std::chrono::milliseconds delay, int queries, Send&& send,
                 Receive&& receive) {
-  std::mt19937 random(1);
+  std::mt19937 random(std::random_device{}());
   std::uniform_real_distribution<> spread(0.8, 1.2);
   WaitCost cost;
   double processor = 0;
@@ -29,13 +30,18 @@ WaitCost costOf(FarEnd& farEnd, std::chrono::milliseconds delay, int queries, Se
     const auto chosen =
         std::chrono::duration_cast<std::chrono::nanoseconds>(delay * spread(random));
     farEnd.answerAfter(chosen);
+    const auto sent = FarEnd::Clock::now();
     send();
     const double start = threadNanoseconds();
     receive();
     processor += threadNanoseconds() - start;
-    const auto late = FarEnd::Clock::now() - farEnd.answeredAt();
-    cost.addedMilliseconds.push_back(std::chrono::duration<double, std::milli>(late).count());
-    waited += static_cast<double>(chosen.count());
+    const auto received = FarEnd::Clock::now();
+    if (received - sent < chosen) {
+      throw std::runtime_error("an answer came earlier than it was to");
+    }
+    const std::chrono::duration<double, std::milli> late = received - farEnd.answeredAt();
+    cost.addedMilliseconds.push_back(late.count());
+    waited += std::chrono::duration<double, std::nano>(received - sent).count();
   }
   cost.processorShare = 100 * processor / waited;
   return cost;

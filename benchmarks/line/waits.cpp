@@ -49,9 +49,9 @@ std::vector<Row> delayedQuery() {
   constexpr Delay kDelays[] = {{milliseconds(3), 200, 0.5, std::nullopt},
                                {milliseconds(20), 80, 1.2, 5},
                                {milliseconds(100), 40, 3, 3}};
-  constexpr int kSpinningQueries = 5;
+  constexpr int kSpinningQueries = 21;
 
-  FarEnd farEnd({{0xA0, orb::bench::kMasksReply}});
+  FarEnd farEnd({{orb::bench::kStartByte, orb::bench::kMasksReply}});
   std::vector<Row> rows;
   for (const Delay& delay : kDelays) {
     const std::string name = std::to_string(delay.delay.count()) + "ms";
@@ -85,10 +85,10 @@ std::vector<Row> waitPolicies() {
                                {milliseconds(100), 15},
                                {milliseconds(1000), 3}};
 
-  FarEnd farEnd({{0xA0, orb::bench::kMasksReply}});
+  FarEnd farEnd({{orb::bench::kStartByte, orb::bench::kMasksReply}});
   std::vector<Row> rows;
   for (const orb::bench::Policy& policy : orb::bench::policies()) {
-    Series series{"processor, % of wait", "added at p50, ms", {}};
+    Series series{.x = "processor, % of wait", .y = "added at p50, ms", .points = {}};
     for (const Delay& delay : kDelays) {
       const WaitCost cost = costOfPolicy(farEnd, policy, delay.delay, delay.queries);
       series.points.emplace_back(cost.processorShare, orb::bench::median(cost.addedMilliseconds));

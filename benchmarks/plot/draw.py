@@ -67,12 +67,12 @@ def draw_waits(rows, path):
         colour = "tab:red" if shipped else "tab:blue"
         for axis, (processor, added) in zip(axes, row["series"]["points"]):
             axis.plot(processor, added, "o", color=colour, markersize=4)
-            axis.annotate(name, (processor, added), xytext=(0, -4 if shipped else 4),
-                          textcoords="offset points", ha="center",
-                          va="top" if shipped else "bottom", color=colour)
+            axis.annotate("library" if shipped else name, (processor, added),
+                          xytext=(-4 if shipped else 4, 0), textcoords="offset points",
+                          ha="right" if shipped else "left", va="center", color=colour)
     for axis in axes:
         axis.set(xscale="log", yscale="log", xlabel=rows[0]["series"]["x"])
-        axis.margins(x=0.12, y=0.12)
+        axis.margins(x=0.2, y=0.12)
         use_logarithm(axis.xaxis)
         use_logarithm(axis.yaxis)
     axes[0].set_ylabel(rows[0]["series"]["y"])
@@ -87,7 +87,7 @@ def draw_growth(rows, path):
     figure, axes = panels([""] * len(by_cause))
     for axis, (cause, group) in zip(axes, by_cause.items()):
         for row in group:
-            axis.plot(*zip(*row["series"]["points"]), "o-", markersize=3, label=row["title"])
+            axis.plot(*zip(*row["series"]["points"]), "o-", markersize=3, label=row["series"]["label"])
         axis.set(xscale="log", xlabel=cause, ylabel=group[0]["series"]["y"])
         use_logarithm(axis.xaxis)
         if spread([point for row in group for point in row["series"]["points"]]) > WIDE:
@@ -102,7 +102,10 @@ def draw_growth(rows, path):
 def main():
     if len(sys.argv) != 3:
         sys.exit(__doc__)
-    rows = [row for row in json.loads(pathlib.Path(sys.argv[1]).read_text())["rows"]
+    results = pathlib.Path(sys.argv[1])
+    if not results.exists():
+        sys.exit("there are no results yet: run ./bench")
+    rows = [row for row in json.loads(results.read_text())["rows"]
             if row.get("series")]
     waits = [row for row in rows if row["work"].startswith(WAIT)]
     growths = [row for row in rows if not row["work"].startswith(WAIT)]

@@ -1,11 +1,10 @@
 #pragma once
 
 #include <cstddef>
-#include <vector>
+
+#include "support/bytes.h"
 
 namespace orb::bench {
-
-using Bytes = std::vector<unsigned char>;
 
 /// Good packets back to back, as many as fill `length` bytes, each with `payloadLength` bytes of
 /// payload. The bodies are random, but hold no start byte.

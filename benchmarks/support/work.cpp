@@ -28,19 +28,16 @@ ordered_json jsonOf(const Row& row) {
                     {"samples", row.samples},
                     {"note", row.note}};
   if (row.series) {
-    json["series"] = {{"x", row.series->x}, {"y", row.series->y}, {"points", row.series->points}};
+    json["series"] = {{"x", row.series->x},
+                      {"y", row.series->y},
+                      {"label", row.series->label},
+                      {"points", row.series->points}};
   }
   return json;
 }
 
-// "assembler" selects itself and "assembler-text".
-bool selects(const std::string& name, const std::string& work) {
-  return work == name || work.starts_with(name + '-');
-}
-
 bool isSelected(const std::string& work, std::span<char*> names) {
-  return names.empty() || std::any_of(names.begin(), names.end(),
-                                      [&](const char* name) { return selects(name, work); });
+  return names.empty() || std::find(names.begin(), names.end(), work) != names.end();
 }
 
 }  // namespace

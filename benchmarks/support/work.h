@@ -14,6 +14,7 @@ enum class Sense { kAtMost, kAtLeast };
 struct Series {
   std::string x;
   std::string y;
+  std::string label{};  ///< what tells it from the others of the same plot
   std::vector<std::pair<double, double>> points;
 };
 
