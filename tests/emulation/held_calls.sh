@@ -14,8 +14,13 @@ device=/nonexistent-orb-sim/device other=/nonexistent-orb-sim/other
 held() {
   program=$1
   shift
-  "$emulate" -E "LD_PRELOAD=$library" "$programs/$program" "$@" > "$folder/said" 2>&1 &&
-    [ ! -s "$folder/said" ] || { head "$folder/said"; echo "$program failed" >&2; exit 1; }
+  status=0
+  "$emulate" -E "LD_PRELOAD=$library" "$programs/$program" "$@" > "$folder/said" 2>&1 || status=$?
+  if [ "$status" != 0 ] || [ -s "$folder/said" ]; then
+    head "$folder/said"
+    echo "$program: exit status $status" >&2
+    exit 1
+  fi
 }
 
 emulate=$folder/emulate
