@@ -1,17 +1,20 @@
-// A session of the driver's queries and settings on a line that says anything. Input: the number of
-// operations and their choices, then what the line says, in pieces of 64 bytes.
+// A session of the driver's queries and settings on a line that says anything. Input: for each
+// operation its choice and what the line says to it: either bytes, or up to three replies, each
+// with a byte that tells whether it is the awaited one, and its body.
 
+#include <optional>
 #include <string>
+#include <vector>
 
 #include "operations.h"
+#include "orb-sim/frame.h"
 #include "support/check.h"
 #include "support/scripted_line.h"
 
 namespace orb::fuzz {
 namespace {
 
-constexpr std::size_t kMostOperations = 15;
-constexpr std::size_t kPieceLength = 64;
+constexpr int kMostOperations = 15;
 
 // Rejected or read back otherwise, no reply, not sent, not supported.
 constexpr unsigned int kResultBits = 1 | 4 | 8 | 256;
@@ -50,16 +53,36 @@ unsigned int call(orbController_QN4470T01& driver, unsigned int choice) {
   return operations[choice].carryOut(driver, unused, numbers).result;
 }
 
-void hold(Input input) {
-  const Bytes choices = input.bytes(input.byte() % (kMostOperations + 1));
-  std::vector<ScriptedLine::Piece> script;
-  while (!input.isEmpty()) {
-    script.push_back({input.bytes(kPieceLength)});
+std::uint16_t replyTo(unsigned int choice, unsigned int selector) {
+  const auto& operations = sim::test::operations();
+  const bool isAwaited = selector < 0x80 && choice < operations.size();
+  return operations[isAwaited ? choice : selector % operations.size()].reply;
+}
+
+std::vector<ScriptedLine::Piece> answerTo(unsigned int choice, Input& input) {
+  constexpr unsigned int kBytes = 0x80;
+  constexpr std::size_t kLongestBody = 64;
+  const unsigned int form = input.byte();
+  if ((form & kBytes) != 0) {
+    return {{input.bytes(form & ~kBytes)}};
   }
-  ScriptedLine line(std::move(script));
-  orbController_QN4470T01 driver;
-  for (const std::uint8_t choice : choices) {
-    const unsigned int result = call(driver, choice);
+  std::vector<ScriptedLine::Piece> script;
+  for (unsigned int replies = form % 4; replies > 0; --replies) {
+    const std::uint16_t reply = replyTo(choice, input.byte());
+    script.push_back({sim::frame(reply, input.bytes(input.byte() % kLongestBody))});
+  }
+  return script;
+}
+
+void hold(Input input) {
+  std::optional<orbController_QN4470T01> driver;
+  for (int i = 0; i < kMostOperations && !input.isEmpty(); ++i) {
+    const unsigned int choice = input.byte();
+    ScriptedLine line(answerTo(choice, input));
+    if (!driver) {
+      driver.emplace();
+    }
+    const unsigned int result = call(*driver, choice);
     check((result & ~kResultBits) == 0, "result bits, not " + std::to_string(result));
   }
 }

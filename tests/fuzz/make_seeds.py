@@ -55,12 +55,21 @@ def packet_assembler():
 
 
 def serial_channel():
+    def pieces(data):
+        return b"".join(bytes([len(piece)]) + piece for piece in groups(data, 60))
+
+    replies = [row for row in MESSAGES if row.msg_id >= 0x80 or row.sub_id >= 0x80]
     seeds = []
-    for number, row in enumerate(row for row in MESSAGES if row.msg_id >= 0x80 or row.sub_id >= 0x80):
-        awaited = struct.pack(">BBB", row.msg_id, row.sub_id, number % 6)
+    for number, row in enumerate(replies):
+        awaited = bytes([row.msg_id, row.sub_id, number % 6])
         data = damaged(packet(row)) * (number % 3) + packet(row) + packet(row, row.min_length)
-        pieces = b"".join(bytes([len(piece)]) + piece for piece in groups(data, 60))
-        seeds.append(awaited + pieces + b"\x80" + bytes([0xFF]) + NMEA * 30)
+        seeds.append(awaited + pieces(data) + b"\x80" + bytes([0xFF]) + NMEA * 30)
+    # The longest reply, which comes in while a buffer of 1024 bytes gets full.
+    longest = max(replies, key=lambda row: min(row.max_length, LONGEST_PAYLOAD))
+    for filler in (780, 850, 900, 1000):
+        text = (NMEA * 30)[:filler]
+        head = bytes([longest.msg_id, longest.sub_id, 1])
+        seeds.append(head + pieces(text) + pieces(packet(longest, LONGEST_PAYLOAD)))
     return seeds
 
 
@@ -73,10 +82,14 @@ def driver_replies():
 
 
 def driver_operations():
-    replies = [row for row in MESSAGES if row.msg_id >= 0x80 or row.sub_id >= 0x80]
-    stream = b"".join(packet(row, row.min_length) for row in replies if row.max_length < 64)
-    choices = [bytes(range(first, first + 3)) for first in range(0, 48, 3)]
-    return [bytes([3]) + choice + stream for choice in choices]
+    replies = b"".join(bytes([0, 30]) + bytes([value] * 30) for value in (0, 1, 2))
+    ack = build_packet(0x83, 0, 2, b"\x02\0\0")
+    answers = (bytes([3]) + replies, bytes([0x80 + len(ack)]) + ack, bytes([0]))
+    return [
+        b"".join(bytes([choice]) + answer for choice in range(first, first + 4))
+        for answer in answers
+        for first in range(0, 48, 4)
+    ]
 
 
 def simulated_receiver():
