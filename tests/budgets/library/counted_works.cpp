@@ -47,6 +47,17 @@ Bytes frames(unsigned long payloadLength) {
   return bytes;
 }
 
+// The same packets, each with a bit wrong in the last byte of its body.
+Bytes damagedFrames(unsigned long payloadLength) {
+  constexpr unsigned long kBehindBody = 3;  // checksum and end bytes
+  Bytes bytes = frames(payloadLength);
+  const unsigned long packetLength = bytes.size() / kFrames;
+  for (unsigned long end = packetLength; end <= bytes.size(); end += packetLength) {
+    bytes[end - kBehindBody - 1] ^= 1;
+  }
+  return bytes;
+}
+
 void countFrames(const char* name, unsigned long payloadLength) {
   const Bytes bytes = frames(payloadLength);
   ORBMessageList list;
@@ -61,17 +72,6 @@ void countScan(const char* name, const Bytes& bytes) {
   ORBMessageList list;
   ORBMessageBuilder builder(&list);
   count(name, [&] { builder.update(kReplyId, bytes.data(), bytes.size()); });
-}
-
-// The same packets, each with a bit wrong in the last byte of its body.
-Bytes damagedFrames(unsigned long payloadLength) {
-  constexpr unsigned long kBehindBody = 3;  // checksum and end bytes
-  Bytes bytes = frames(payloadLength);
-  const unsigned long packetLength = bytes.size() / kFrames;
-  for (unsigned long end = packetLength; end <= bytes.size(); end += packetLength) {
-    bytes[end - kBehindBody - 1] ^= 1;
-  }
-  return bytes;
 }
 
 // Every value as often as any other, so that each 256th byte is a start byte; none starts a packet.

@@ -10,13 +10,15 @@
 #include <cerrno>
 #include <cstring>
 #include <ctime>
+#include <stdexcept>
 
 namespace orb::test {
 
 namespace {
 
-constexpr int kDescriptor = 999;  // never open
-constexpr std::time_t kNow = 1710511407;
+constexpr int kDescriptor = 999;          // never open
+constexpr std::time_t kNow = 1710511407;  // any time does
+constexpr int kTooManyLooks = 5000;
 
 constexpr unsigned char kMasks[] = {0xA0, 0xA1, 0x00, 0x04, 0xB0, 0x01, 0x05, kSimulatedCnrMask,
                                     0xA0, 0x0D, 0x0A};
@@ -41,7 +43,9 @@ ssize_t look(void* buffer, size_t size) {
   const bool isAnswering =
       line.emptyLooks >= line.emptyLooksNeeded && line.slept >= line.sleepNeeded;
   if (!isAnswering || line.given == sizeof kMasks) {
-    ++line.emptyLooks;
+    if (++line.emptyLooks > kTooManyLooks) {
+      throw std::runtime_error("the wait for a reply spins, or waits for what was not asked");
+    }
     errno = EAGAIN;
     return -1;
   }
