@@ -2,6 +2,7 @@
 // Input: the lengths of three pieces, the text.
 
 #include <algorithm>
+#include <nlohmann/json.hpp>
 #include <optional>
 #include <sstream>
 #include <stdexcept>
@@ -52,6 +53,26 @@ bool isEqual(const Records& left, const Records& right) {
                     });
 }
 
+/// Reads the lines of a trace that has no problem once more, each by itself.
+void compareWithLines(const Records& records, const Bytes& text) {
+  constexpr int kBase = 16;
+  std::istringstream lines(std::string(text.begin(), text.end()));
+  std::string line;
+  std::getline(lines, line);  // the header
+  for (const sim::TraceRecord& record : records) {
+    check(static_cast<bool>(std::getline(lines, line)), "a record has its line");
+    const nlohmann::json object = nlohmann::json::parse(line);
+    const std::string digits = object.at("bytes");
+    check(digits.size() == 2 * record.bytes.size(), "a byte has two digits");
+    for (std::size_t i = 0; i < record.bytes.size(); ++i) {
+      check(std::stoi(digits.substr(2 * i, 2), nullptr, kBase) == record.bytes[i], "a byte");
+    }
+    const bool isClient = record.from == sim::Speaker::Client;
+    check(object.at("from") == (isClient ? "client" : "receiver"), "who speaks");
+  }
+  check(!std::getline(lines, line), "a line has its record");
+}
+
 void writeTranscript(const Records& trace) {
   std::ostringstream text;
   sim::Transcript transcript(text);
@@ -92,6 +113,7 @@ void read(Input input) {
     last = record;
   }
   if (whole.problem.empty()) {
+    compareWithLines(whole.records, text);
     writeTranscript(whole.records);
     replay(whole.records, sim::ReplayDevice::Pace::Recorded);
     replay(whole.records, sim::ReplayDevice::Pace::Fast);
