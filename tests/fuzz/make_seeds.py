@@ -131,7 +131,8 @@ def inventory_file():
     return [
         (ROOT / "platform/inventoryd/inventory.example.toml").read_bytes(),
         b'[[module]]\nlocation = 1\nbars = [{ index = 0, address = 0xF0000000, size = 4096 }]\n'
-        b'[module.records]\nHardwareSetId = "47205318-001"\nOther = { type = 2, data = "x" }\n',
+        b'[module.records]\nHardwareSetId = "47205318-001"\n'
+        b'"Other\\u0041" = { type = 2, data = "x\\u0042" }\n',
     ]
 
 
@@ -200,8 +201,9 @@ def packet_words():
 
 def toml_words(file):
     words = set(re.findall(r"[A-Za-z][A-Za-z0-9-]+", (ROOT / file).read_text(encoding="utf-8")))
-    symbols = ("[", "]", "[[", "]]", "{", "}", "=", '"', "'", '"""', "0x", "nan", "-inf", "1e400")
-    return {word.encode() for word in words | set(symbols)}
+    symbols = ("[", "]", "[[", "]]", "{", "}", "=", '"', "'", '"""')
+    values = ("0x", "nan", "-inf", "1e400", "\\u0000")
+    return {word.encode() for word in words | set(symbols + values)}
 
 
 TRACE_WORDS = {
