@@ -22,7 +22,7 @@ DEFINITION = re.compile(r"(c?(?:ob|fn))=\((\d+)\)(?: (.*))?")
 CALLS = re.compile(r"calls=(\d+)")
 COST = re.compile(r"[+*\d-][^ ]* (\d+)$")
 EXPANDED = re.compile(r"_*mem(cpy|move|set)(_|$)")
-ARGUMENTS = re.compile(r"\(.*")
+BEHIND_NAME = re.compile(r"[(@].*")  # arguments, or the C library's version
 TRIGGER = re.compile(r"desc: Trigger: Client Request: (.*)")
 
 
@@ -92,7 +92,7 @@ def calls_of_all_compilers(profile):
     calls = collections.Counter()
     for name, times in profile.calls_out.items():
         if not EXPANDED.match(name):
-            calls[ARGUMENTS.sub("", name)] += times
+            calls[BEHIND_NAME.sub("", name)] += times
     return calls
 
 
