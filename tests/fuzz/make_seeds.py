@@ -133,6 +133,7 @@ def inventory_file():
         b'[[module]]\nlocation = 1\nbars = [{ index = 0, address = 0xF0000000, size = 4096 }]\n'
         b'[module.records]\nHardwareSetId = "47205318-001"\n'
         b'"Other\\u0041" = { type = 2, data = "x\\u0042" }\n',
+        b'[[module]]\nlocation = 1\n[module.records]\n"null\\u0000" = "x"\n',
     ]
 
 
@@ -199,8 +200,10 @@ def packet_words():
     return {word for word in words if len(word) <= 64}
 
 
-def toml_words(file):
-    words = set(re.findall(r"[A-Za-z][A-Za-z0-9-]+", (ROOT / file).read_text(encoding="utf-8")))
+def toml_words(file, code):
+    """The words in those parts of a file that the expression `code` finds."""
+    found = re.findall(code, (ROOT / file).read_text(encoding="utf-8"), re.MULTILINE)
+    words = set(re.findall(r"[A-Za-z][A-Za-z0-9-]+", "\n".join(found)))
     symbols = ("[", "]", "[[", "]]", "{", "}", "=", '"', "'", '"""')
     values = ("0x", "nan", "-inf", "1e400", "\\u0000")
     return {word.encode() for word in words | set(symbols + values)}
@@ -208,8 +211,8 @@ def toml_words(file):
 
 TRACE_WORDS = {
     word.encode()
-    for word in ('"orb-sim-trace":1', '"time":', '"from":"client"', '"from":"receiver"', '"bytes":"')
-    + ("{", "}", "\n", "A0A1", "0D0A", "1e300", "-1")
+    for word in ('"orb-sim-trace":1', '"time":', '"from":"client"', '"from":"receiver"')
+    + ('"bytes":"', "{", "}", "\n", "A0A1", "0D0A", "1e300", "-1")
 }
 CODE_WORDS = {b"\x0f\x05", b"\x0f\x34", b"\xcd\x80", b"#!", b"\x7fELF", b"\xc4\xe2", b"\x62\xf1"}
 PORT_WORDS = {b"ff", b"00", b"port expander at 0x21", b"next register"}
@@ -222,8 +225,8 @@ TARGETS = {
     simulated_receiver: packet_words,
     stream_decoder: packet_words,
     trace_file: lambda: TRACE_WORDS,
-    scenario_file: lambda: toml_words("docs/scenarios.md"),
-    inventory_file: lambda: toml_words("platform/inventoryd/inventory.example.toml"),
+    scenario_file: lambda: toml_words("docs/scenarios.md", r"`[^`]+`|^    .*$"),
+    inventory_file: lambda: toml_words("platform/inventoryd/inventory.example.toml", r"^[^#\n]+"),
     program_file: lambda: CODE_WORDS,
     i2c_bus: lambda: PORT_WORDS,
 }
