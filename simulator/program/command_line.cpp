@@ -89,7 +89,7 @@ std::string unexpected(const CLI::App& app, const Invocation& invocation) {
   for (const std::string& word : words) message += " " + word;
   const CLI::App* const asked = askedFor(app);
   const bool mayBeCommand = invocation.command.empty() && words.front().front() != '-';
-  if (mayBeCommand && invocation.commandTakers.count(asked) != 0) {
+  if (mayBeCommand && invocation.commandTakers.contains(asked)) {
     message += std::string("\n") + kProgram + ": write COMMAND behind --, as in: " + kProgram +
                " " + asked->get_name() + " [...] -- " + words.front();
   }
@@ -170,7 +170,7 @@ int execute(int argc, char** argv) {
     return kExitOwnFailure;
   }
   const CLI::App* const asked = askedFor(app);
-  if (!invocation.command.empty() && invocation.commandTakers.count(asked) == 0) {
+  if (!invocation.command.empty() && !invocation.commandTakers.contains(asked)) {
     throw Failure(asked->get_name() + " takes no COMMAND");
   }
   return invocation.action();

@@ -58,7 +58,7 @@ Speaker speakerOf(const json& record) {
   const json& from = member(record, trace_member::kFrom);
   if (from == trace_member::kClient) return Speaker::Client;
   if (from == trace_member::kReceiver) return Speaker::Receiver;
-  throw Problem("\"from\" is neither \"client\" nor \"receiver\"");
+  throw Problem(R"("from" is neither "client" nor "receiver")");
 }
 
 Bytes bytesOf(const json& record) {

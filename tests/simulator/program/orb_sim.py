@@ -101,6 +101,8 @@ class OrbSimTest(unittest.TestCase):
         process and what it has said until then."""
         with self.background(subcommand, "--link", str(link), *arguments) as process:
             said = [process.stdout.readline() for _ in range(4)]
+            if not said[0]:
+                self.fail(f"orb-sim {subcommand} has ended: {process.communicate(timeout=LIMIT)}")
             self.assertTrue(os.path.islink(self.folder / link), said)
             yield process, "".join(said)
 
