@@ -57,7 +57,7 @@ struct Arguments {
 
   template <typename T>
   T* pointer(int index) const noexcept {
-    return reinterpret_cast<T*>(at[index]);
+    return reinterpret_cast<T*>(at[index]);  // NOLINT(performance-no-int-to-ptr): given as a word
   }
   int number(int index) const noexcept { return static_cast<int>(at[index]); }
 };

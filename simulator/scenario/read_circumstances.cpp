@@ -42,7 +42,7 @@ void readDevice(Section& device, Scenario& scenario) {
   std::string module = kFittedModule;
   device.text("module", module, kLongestHardwareId);
   if (module.empty()) {
-    device.refuse("module", "is \"\"; it has to be the module's identifier, or \"none\"");
+    device.refuse("module", R"(is ""; it has to be the module's identifier, or "none")");
   }
   scenario.hardwareId = module == kNoModule ? std::nullopt : std::optional(module);
   device.word("receiver", scenario.presence, kPresences);

@@ -31,16 +31,17 @@ void Section::flag(std::string_view key, bool& value) {
 }
 
 bool Section::text(std::string_view key, std::string& value, std::size_t longest) {
-  auto text = textAt(key);
-  if (text && text->size() > longest) {
+  std::optional<std::string> text = textAt(key);
+  if (!text) {
+    return false;
+  }
+  if (text->size() > longest) {
     refuse(key, "has " + std::to_string(text->size()) + " bytes; it has to be a text of at most " +
                     std::to_string(longest));
     return false;
   }
-  if (text) {
-    value = *std::move(text);
-  }
-  return text.has_value();
+  value = *std::move(text);
+  return true;
 }
 
 void Section::number(std::string_view key, double& value, double least, double most) {
