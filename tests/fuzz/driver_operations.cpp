@@ -1,4 +1,4 @@
-// A session of the driver's queries and settings on a line that says anything. Input: for each
+// Queries and settings of the driver in a row, on a line that says anything. Input: for each
 // operation its choice and what the line says to it: either bytes, or up to three replies, each
 // with a byte that tells whether it is the awaited one, and its body.
 
