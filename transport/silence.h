@@ -26,8 +26,8 @@ class Silence {
     constexpr microseconds kWorthWaking(350);
     constexpr int kShare = 12;
     constexpr milliseconds kLong(4);
-    constexpr int kShareOfLong = 25;
-    constexpr milliseconds kLongest(13);
+    constexpr int kShareOfLong = 30;
+    constexpr milliseconds kLongest(15);
 
     if (looks_ < kLooksAtOnce) {
       return nanoseconds::zero();

@@ -48,7 +48,7 @@ std::vector<Row> delayedQuery() {
   };
   constexpr Delay kDelays[] = {{milliseconds(3), 200, 0.5, std::nullopt},
                                {milliseconds(20), 80, 1.2, 5},
-                               {milliseconds(100), 40, 3, 3}};
+                               {milliseconds(100), 100, 3, 3}};
   constexpr int kSpinningQueries = 21;
 
   FarEnd farEnd({{orb::bench::kStartByte, orb::bench::kMasksReply}});
