@@ -90,11 +90,6 @@ void hold(Input input) {
 }  // namespace
 }  // namespace orb::fuzz
 
-extern "C" int LLVMFuzzerInitialize(int* /*count*/, char*** /*arguments*/) {
-  orb::fuzz::silenceTheLibrary();
-  return 0;
-}
-
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   orb::fuzz::hold({data, size});
   return 0;

@@ -54,11 +54,6 @@ void query(Input input) {
 }  // namespace
 }  // namespace orb::fuzz
 
-extern "C" int LLVMFuzzerInitialize(int* /*count*/, char*** /*arguments*/) {
-  orb::fuzz::silenceTheLibrary();
-  return 0;
-}
-
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   orb::fuzz::query({data, size});
   return 0;

@@ -113,11 +113,6 @@ void receive(Input input) {
 }  // namespace
 }  // namespace orb::fuzz
 
-extern "C" int LLVMFuzzerInitialize(int* /*count*/, char*** /*arguments*/) {
-  orb::fuzz::silenceTheLibrary();
-  return 0;
-}
-
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   orb::fuzz::receive({data, size});
   return 0;

@@ -74,13 +74,6 @@ long ScriptedLine::read(std::uint8_t* buffer, std::size_t size) {
   return static_cast<long>(count);
 }
 
-void silenceTheLibrary() {
-  static NowhereBuffer nowhere;
-  std::cout.rdbuf(&nowhere);
-  std::cerr.rdbuf(&nowhere);
-  check(std::freopen("/dev/null", "w", stdout) != nullptr, "/dev/null can be opened");
-}
-
 namespace {
 
 template <typename Function>
@@ -172,3 +165,12 @@ ORB_FUZZ_REPLACEMENT FILE* fopen64(const char* path, const char* mode) {
 }
 
 ORB_FUZZ_REPLACEMENT FILE* fopen(const char* path, const char* mode) { return fopen64(path, mode); }
+
+// Called once, before the first input.
+extern "C" int LLVMFuzzerInitialize(int* /*count*/, char*** /*arguments*/) {
+  static orb::fuzz::NowhereBuffer nowhere;
+  std::cout.rdbuf(&nowhere);
+  std::cerr.rdbuf(&nowhere);
+  orb::fuzz::check(std::freopen("/dev/null", "w", stdout) != nullptr, "/dev/null can be opened");
+  return 0;
+}

@@ -10,7 +10,8 @@ namespace orb::fuzz {
 /// The receiver's serial line /dev/tty_gps of this program, while the object exists: each read
 /// gives the next piece of a script, or what is left of one that was longer than the read. Waiting
 /// takes no time, and the clock moves only as the script says. Nothing reaches a real device, and
-/// the driver's log goes nowhere.
+/// the driver's log goes nowhere. Neither does what the library prints, in every program that links
+/// this.
 ///
 /// Behind the script, a harmless byte comes with each read, and each time an hour passes: whatever
 /// is awaited then times out. One object at a time.
@@ -44,8 +45,5 @@ class ScriptedLine {
   int descriptor_ = -1;
   std::time_t now_ = 1'700'000'000;
 };
-
-/// What the library prints goes nowhere from now on.
-void silenceTheLibrary();
 
 }  // namespace orb::fuzz
