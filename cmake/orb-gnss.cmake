@@ -2,6 +2,7 @@
 
 add_library(orb-gnss SHARED
   base/console.cpp
+  base/sleep.cpp
   board/chip_enable.cpp
   board/hardware_discovery.cpp
   commands/constellations.cpp
@@ -17,28 +18,29 @@ add_library(orb-gnss SHARED
   commands/survey.cpp
   commands/timing_pulse.cpp
   controller/calendar.cpp
-  controller/command.cpp
-  controller/command_exchange.cpp
   controller/controller.cpp
   controller/detection_and_restart.cpp
   controller/identity_file.cpp
   controller/module_driver.cpp
   controller/null_controller.cpp
-  controller/reply.cpp
   protocol/catalogue.cpp
+  protocol/command.cpp
   protocol/message.cpp
   protocol/message_builder.cpp
   protocol/message_list.cpp
   protocol/packet.cpp
+  protocol/reply.cpp
+  transport/command_exchange.cpp
+  transport/look_schedule.cpp
   transport/receive_buffer.cpp
-  transport/serial_channel.cpp
-  transport/silence.cpp)
+  transport/serial_channel.cpp)
 add_library(orb-gnss::orb-gnss ALIAS orb-gnss)
 
-# Only protocol/ and transport/ see every byte of the line. The rest runs once a command, waits for
-# the line most of the time, and is built for size.
+# Only packets, messages and the channel see every byte of the line. The rest runs once a command,
+# waits for the line most of the time, and is built for size.
 get_target_property(sources orb-gnss SOURCES)
-list(FILTER sources EXCLUDE REGEX "^(protocol|transport)/")
+list(FILTER sources EXCLUDE REGEX
+  "^(protocol/(catalogue|message|packet)|transport/(look|receive|serial))")
 set_source_files_properties(${sources} PROPERTIES
   COMPILE_OPTIONS "$<$<CONFIG:Release,RelWithDebInfo>:-Os>")
 

@@ -1,10 +1,10 @@
-#include "controller/command_exchange.h"
 #include "orb-gnss/module_driver.h"
-#include "protocol/message_ids.h"
+#include "protocol/messages.h"
+#include "transport/command_exchange.h"
 
 using orb::Command;
 using orb::Reply;
-namespace message_id = orb::message_id;
+namespace message = orb::message;
 using std::chrono::milliseconds;
 
 namespace {
@@ -31,7 +31,7 @@ constexpr int kLastRevisionWithSecondBand = 2024612;
 }  // namespace
 
 unsigned int orbController_QN4470T01::gpsObtGetGnssConfigure(unsigned short& mask) {
-  return exchange().query(Command(message_id::kQueryConstellations, 2), message_id::kConstellations,
+  return exchange().query(Command(message::kQueryConstellations),
                           [&](const Reply& reply) { mask = reply.u16(2); });
 }
 
@@ -39,9 +39,8 @@ unsigned int orbController_QN4470T01::gpsObtGnssConfigure(unsigned short mask) {
   const unsigned short wanted = toReceiverMask(mask);
   unsigned short kept = 0;
   return exchange().configure(
-      Command(message_id::kConfigureConstellations, 5).u16(wanted).u8(attribute_),
-      milliseconds(100), [&] { return gpsObtGetGnssConfigure(kept); },
-      [&] { return kept == wanted; });
+      Command(message::kConfigureConstellations).u16(wanted).u8(attribute_), milliseconds(100),
+      [&] { return gpsObtGetGnssConfigure(kept); }, [&] { return kept == wanted; });
 }
 
 // Adds to what the caller's mask holds.
@@ -66,21 +65,14 @@ unsigned int orbController_QN4470T01::setGnssSystem(unsigned short mask, bool se
 }
 
 unsigned int orbController_QN4470T01::gpsObtGetSbasConfigure(bool& enabled) {
-  return exchange().query(Command(message_id::kQuerySbas, 2), message_id::kSbas,
+  return exchange().query(Command(message::kQuerySbas),
                           [&](const Reply& reply) { enabled = reply.u8(2) != 0; });
 }
 
 unsigned int orbController_QN4470T01::gpsObtSbasConfigure(bool enable) {
   bool kept = false;
   return exchange().configure(
-      Command(message_id::kConfigureSbas, 9)
-          .u8(enable)
-          .u8(1)
-          .u8(8)
-          .u8(1)
-          .u8(3)
-          .u8(7)
-          .u8(attribute_),
+      Command(message::kConfigureSbas).u8(enable).u8(1).u8(8).u8(1).u8(3).u8(7).u8(attribute_),
       milliseconds(100), [&] { return gpsObtGetSbasConfigure(kept); },
       [&] { return kept == enable; });
 }
@@ -88,19 +80,19 @@ unsigned int orbController_QN4470T01::gpsObtSbasConfigure(bool enable) {
 unsigned int orbController_QN4470T01::configureSBAS() { return gpsObtSbasConfigure(false); }
 
 unsigned int orbController_QN4470T01::gpsObtGetQzssConfigure(bool& enabled) {
-  return exchange().query(Command(message_id::kQueryQzss, 2), message_id::kQzss,
+  return exchange().query(Command(message::kQueryQzss),
                           [&](const Reply& reply) { enabled = reply.u8(2) != 0; });
 }
 
 unsigned int orbController_QN4470T01::gpsObtQzssConfigure(bool enable) {
   bool kept = false;
   return exchange().configure(
-      Command(message_id::kConfigureQzss, 5).u8(enable).u8(3).u8(attribute_), milliseconds(100),
+      Command(message::kConfigureQzss).u8(enable).u8(3).u8(attribute_), milliseconds(100),
       [&] { return gpsObtGetQzssConfigure(kept); }, [&] { return kept == enable; });
 }
 
 unsigned int orbController_QN4470T01::gpsObtGetL2BandConfigure(bool& enabled) {
-  return exchange().query(Command(message_id::kQuerySecondBand, 2), message_id::kSecondBand,
+  return exchange().query(Command(message::kQuerySecondBand),
                           [&](const Reply& reply) { enabled = reply.u8(2) != 0; });
 }
 
@@ -110,6 +102,6 @@ unsigned int orbController_QN4470T01::gpsObtL2BandConfigure(bool enable) {
   }
   bool kept = false;
   return exchange().configure(
-      Command(message_id::kConfigureSecondBand, 4).u8(enable).u8(attribute_), milliseconds(50),
+      Command(message::kConfigureSecondBand).u8(enable).u8(attribute_), milliseconds(50),
       [&] { return gpsObtGetL2BandConfigure(kept); }, [&] { return kept == enable; });
 }

@@ -1,6 +1,6 @@
 #include "orb-gnss/module_driver.h"
 
-// Every step is taken, whatever became of those before it.
+// Every step is taken, also after one that failed.
 
 unsigned int orbController_QN4470T01::setApplicationDefaults() {
   unsigned int result = configureSBAS();

@@ -1,11 +1,11 @@
-#include "controller/command_exchange.h"
 #include "orb-gnss/module_driver.h"
-#include "protocol/message_ids.h"
+#include "protocol/messages.h"
+#include "transport/command_exchange.h"
 
 using orb::Command;
 using orb::CommandExchange;
 using orb::Reply;
-namespace message_id = orb::message_id;
+namespace message = orb::message;
 
 namespace {
 
@@ -15,14 +15,14 @@ constexpr unsigned int kUnusedIntervals = 5;
 }  // namespace
 
 unsigned int orbController_QN4470T01::gpsObtGetNmeaExtendedConfigure(unsigned int& interval) {
-  return exchange().query(Command(message_id::kQueryExtendedNmea, 2), message_id::kExtendedNmea,
+  return exchange().query(Command(message::kQueryExtendedNmea),
                           [&](const Reply& reply) { interval = reply.u8(2); });
 }
 
 unsigned int orbController_QN4470T01::gpsObtNmeaExtendedConfigure(unsigned int interval) {
   unsigned int kept = 0;
   return exchange().configure(
-      Command(message_id::kConfigureExtendedNmea, 15)
+      Command(message::kConfigureExtendedNmea)
           .repeated(kSentences, interval)
           .repeated(kUnusedIntervals, 0)
           .u8(attribute_),

@@ -5,13 +5,13 @@
 #include <string>
 
 #include "base/console.h"
-#include "controller/command_exchange.h"
 #include "orb-gnss/module_driver.h"
-#include "protocol/message_ids.h"
+#include "protocol/messages.h"
+#include "transport/command_exchange.h"
 
 using orb::Command;
 using orb::Reply;
-namespace message_id = orb::message_id;
+namespace message = orb::message;
 
 namespace {
 
@@ -27,7 +27,7 @@ std::string joined(const Reply& reply, unsigned long first, const char* separato
 
 std::string version(const Reply& reply, unsigned long first) { return joined(reply, first, "."); }
 
-// The receiver counts years from 2000. Nothing is padded: year 5 gives "205".
+// The receiver counts years from 2000. Nothing is padded: year 5 becomes "205".
 std::string revisionDate(const Reply& reply) { return "20" + joined(reply, kRevisionDate, "."); }
 
 int revisionDigits(const Reply& reply) {
@@ -36,12 +36,10 @@ int revisionDigits(const Reply& reply) {
   return static_cast<int>(std::min<long>(number, std::numeric_limits<int>::max()));
 }
 
-Command queryRevision() { return Command(message_id::kQueryRevision, 2); }
-
 }  // namespace
 
 unsigned int orbController_QN4470T01::gpsObtGetFwVersion(std::string& info) {
-  return exchange().query(queryRevision(), message_id::kRevision, [&](const Reply& reply) {
+  return exchange().query(Command(message::kQueryRevision), [&](const Reply& reply) {
     kernelVersion = version(reply, kKernelVersion);
     odmVersion = version(reply, kOdmVersion);
     revision = revisionDate(reply);
@@ -59,16 +57,15 @@ unsigned int orbController_QN4470T01::getInfo(std::string& info) {
 
 unsigned int orbController_QN4470T01::gpsOrbGetFwVersion(std::string& kernel, std::string& odm,
                                                          std::string& rev) {
-  return exchange().query(queryRevision(), message_id::kRevision, [&](const Reply& reply) {
+  return exchange().query(Command(message::kQueryRevision), [&](const Reply& reply) {
     kernel = "KernelVersion: " + version(reply, kKernelVersion);
     odm = "ODMVersion: " + version(reply, kOdmVersion);
     rev = "Revision: " + revisionDate(reply);
   });
 }
 
-// Only whether an answer comes counts; its text is not handed out.
+// Only whether a reply comes counts; its text is not returned.
 unsigned int orbController_QN4470T01::gpsObtGetFwVersionString(std::string version) {
-  return exchange().query(Command(message_id::kQueryVersionExtension, 2),
-                          message_id::kVersionExtension,
+  return exchange().query(Command(message::kQueryVersionExtension),
                           [&](const Reply& /*reply*/) { version = "0"; });
 }

@@ -1,12 +1,12 @@
 #include <cstdio>
 
-#include "controller/command_exchange.h"
 #include "orb-gnss/module_driver.h"
-#include "protocol/message_ids.h"
+#include "protocol/messages.h"
+#include "transport/command_exchange.h"
 
 using orb::Command;
 using orb::Reply;
-namespace message_id = orb::message_id;
+namespace message = orb::message;
 
 namespace {
 
@@ -29,19 +29,18 @@ unsigned int orbController_QN4470T01::gpsObtGetGpsTime(unsigned int& Tow, unsign
                                                        unsigned int& week,
                                                        unsigned int& nCurrentLeap,
                                                        unsigned int& valid) {
-  return exchange().query(Command(message_id::kQueryGpsTime, 2), message_id::kGpsTime,
-                          [&](const Reply& reply) {
-                            Tow = reply.u32(2);
-                            sTow = reply.u32(6);
-                            week = reply.u16(10);
-                            nCurrentLeap = reply.u8(12);
-                            valid = reply.u8(14);
+  return exchange().query(Command(message::kQueryGpsTime), [&](const Reply& reply) {
+    Tow = reply.u32(2);
+    sTow = reply.u32(6);
+    week = reply.u16(10);
+    nCurrentLeap = reply.u8(12);
+    valid = reply.u8(14);
 
-                            printField("Tow", Tow);
-                            printField("sTow", sTow);
-                            printField("week", week);
-                            printField("nCurrentLeap", nCurrentLeap);
-                            printField("valid", valid);
-                            printBytes(reply);
-                          });
+    printField("Tow", Tow);
+    printField("sTow", sTow);
+    printField("week", week);
+    printField("nCurrentLeap", nCurrentLeap);
+    printField("valid", valid);
+    printBytes(reply);
+  });
 }

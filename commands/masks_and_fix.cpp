@@ -2,14 +2,14 @@
 #include <string>
 
 #include "commands/fix_modes.h"
-#include "controller/command_exchange.h"
 #include "orb-gnss/module_driver.h"
-#include "protocol/message_ids.h"
+#include "protocol/messages.h"
+#include "transport/command_exchange.h"
 
 using orb::Command;
 using orb::CommandExchange;
 using orb::Reply;
-namespace message_id = orb::message_id;
+namespace message = orb::message;
 using std::chrono::milliseconds;
 
 namespace {
@@ -43,7 +43,7 @@ struct ElevationCnrMasks {
   unsigned int cnr = 0;
 };
 
-unsigned int query(orbController_QN4470T01& driver, ElevationCnrMasks& masks) {
+unsigned int readMasks(orbController_QN4470T01& driver, ElevationCnrMasks& masks) {
   return driver.gpsOrbGetElevConfigure(masks.mode, masks.elevation, masks.cnr);
 }
 
@@ -51,11 +51,10 @@ unsigned int query(orbController_QN4470T01& driver, ElevationCnrMasks& masks) {
 
 unsigned int orbController_QN4470T01::gpsObtGetFixNavConfigure(std::string& first,
                                                                std::string& second) {
-  return exchange().query(Command(message_id::kQueryFixMask, 2), message_id::kFixMask,
-                          [&](const Reply& reply) {
-                            first = fixName(reply.u8(2));
-                            second = fixName(reply.u8(3));
-                          });
+  return exchange().query(Command(message::kQueryFixMask), [&](const Reply& reply) {
+    first = fixName(reply.u8(2));
+    second = fixName(reply.u8(3));
+  });
 }
 
 unsigned int orbController_QN4470T01::gpsObtFixNavConfigure(std::string first, std::string second) {
@@ -65,10 +64,7 @@ unsigned int orbController_QN4470T01::gpsObtFixNavConfigure(std::string first, s
   std::string keptFirst;
   std::string keptSecond;
   return exchange().configure(
-      Command(message_id::kConfigureFixMask, 5)
-          .u8(fixByte(first))
-          .u8(fixByte(second))
-          .u8(attribute_),
+      Command(message::kConfigureFixMask).u8(fixByte(first)).u8(fixByte(second)).u8(attribute_),
       CommandExchange::kAtOnce, [&] { return gpsObtGetFixNavConfigure(keptFirst, keptSecond); },
       [&] { return keptFirst == first && keptSecond == second; });
 }
@@ -84,17 +80,16 @@ unsigned int orbController_QN4470T01::setFixMode(unsigned char fixMode) {
 unsigned int orbController_QN4470T01::gpsObtGetDopConfigure(unsigned int& mode, unsigned int& first,
                                                             unsigned int& second,
                                                             unsigned int& third) {
-  return exchange().query(Command(message_id::kQueryDopMask, 1), message_id::kDopMask,
-                          [&](const Reply& reply) {
-                            mode = reply.u8(1);
-                            first = reply.u16(2);
-                            second = reply.u16(4);
-                            third = reply.u16(6);
-                            std::printf("Dop Mode: %d \n", static_cast<int>(mode));
-                            std::printf("nDop: %d \n", static_cast<int>(first));
-                            std::printf("hDop: %d \n", static_cast<int>(second));
-                            std::printf("gDop: %d \n", static_cast<int>(third));
-                          });
+  return exchange().query(Command(message::kQueryDopMask), [&](const Reply& reply) {
+    mode = reply.u8(1);
+    first = reply.u16(2);
+    second = reply.u16(4);
+    third = reply.u16(6);
+    std::printf("Dop Mode: %d \n", static_cast<int>(mode));
+    std::printf("nDop: %d \n", static_cast<int>(first));
+    std::printf("hDop: %d \n", static_cast<int>(second));
+    std::printf("gDop: %d \n", static_cast<int>(third));
+  });
 }
 
 unsigned int orbController_QN4470T01::gpsObtDopConfigure() {
@@ -103,7 +98,7 @@ unsigned int orbController_QN4470T01::gpsObtDopConfigure() {
   unsigned int second = 0;
   unsigned int third = 0;
   return exchange().configure(
-      Command(message_id::kConfigureDopMask, 9)
+      Command(message::kConfigureDopMask)
           .u8(kDopMaskMode)
           .u16(kDopLimit)
           .u16(kDopLimit)
@@ -119,30 +114,25 @@ unsigned int orbController_QN4470T01::gpsObtDopConfigure() {
 unsigned int orbController_QN4470T01::gpsOrbGetElevConfigure(unsigned int& mode,
                                                              unsigned int& elevation,
                                                              unsigned int& cnr) {
-  return exchange().query(Command(message_id::kQueryElevationCnrMask, 1),
-                          message_id::kElevationCnrMask, [&](const Reply& reply) {
-                            mode = reply.u8(1);
-                            elevation = reply.u8(2);
-                            cnr = reply.u8(3);
-                          });
+  return exchange().query(Command(message::kQueryElevationCnrMask), [&](const Reply& reply) {
+    mode = reply.u8(1);
+    elevation = reply.u8(2);
+    cnr = reply.u8(3);
+  });
 }
 
 unsigned int orbController_QN4470T01::gpsObtElevConfigure(unsigned int mode, unsigned int elevation,
                                                           unsigned int cnr) {
   ElevationCnrMasks kept;
   return exchange().configure(
-      Command(message_id::kConfigureElevationCnrMask, 5)
-          .u8(mode)
-          .u8(elevation)
-          .u8(cnr)
-          .u8(attribute_),
-      CommandExchange::kAtOnce, [&] { return query(*this, kept); },
+      Command(message::kConfigureElevationCnrMask).u8(mode).u8(elevation).u8(cnr).u8(attribute_),
+      CommandExchange::kAtOnce, [&] { return readMasks(*this, kept); },
       [&] { return kept.mode == mode && kept.elevation == elevation && kept.cnr == cnr; });
 }
 
 unsigned int orbController_QN4470T01::getMinCNo(signed char& minimum) {
   ElevationCnrMasks masks;
-  const unsigned int result = query(*this, masks);
+  const unsigned int result = readMasks(*this, masks);
   if (result == orb::kSucceeded) {
     minimum = static_cast<signed char>(masks.cnr);
   }
@@ -156,20 +146,20 @@ unsigned int orbController_QN4470T01::setMinCNo(signed char minimum) {
 
 unsigned int orbController_QN4470T01::updateCnrMask(unsigned char cnr) {
   ElevationCnrMasks present;
-  if (const unsigned int failure = query(*this, present); failure != orb::kSucceeded) {
+  if (const unsigned int failure = readMasks(*this, present); failure != orb::kSucceeded) {
     return failure;
   }
   unsigned int result = gpsObtElevConfigure(kElevationCnrMaskMode, present.elevation, cnr);
   wait(milliseconds(800));
   ElevationCnrMasks kept;
-  result |= query(*this, kept);
+  result |= readMasks(*this, kept);
   // A mismatch outweighs whatever else went wrong.
   return kept.cnr == cnr ? result : orb::kRejected;
 }
 
 unsigned int orbController_QN4470T01::getElevationLimit(unsigned char& limit) {
   ElevationCnrMasks masks;
-  const unsigned int result = query(*this, masks);
+  const unsigned int result = readMasks(*this, masks);
   if (result == orb::kSucceeded) {
     limit = static_cast<unsigned char>(masks.elevation);
   }
@@ -183,7 +173,7 @@ unsigned int orbController_QN4470T01::setElevationLimit(unsigned char limit) {
 
 unsigned int orbController_QN4470T01::updateElevationMask(unsigned char limit) {
   ElevationCnrMasks present;
-  if (const unsigned int failure = query(*this, present); failure != orb::kSucceeded) {
+  if (const unsigned int failure = readMasks(*this, present); failure != orb::kSucceeded) {
     return failure;
   }
   wait(milliseconds(100));

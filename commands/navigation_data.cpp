@@ -2,13 +2,13 @@
 #include <memory>
 #include <string>
 
-#include "controller/command_exchange.h"
 #include "orb-gnss/module_driver.h"
-#include "protocol/message_ids.h"
+#include "protocol/messages.h"
+#include "transport/command_exchange.h"
 
 using orb::Command;
 using orb::Reply;
-namespace message_id = orb::message_id;
+namespace message = orb::message;
 
 namespace {
 
@@ -19,7 +19,7 @@ constexpr double kUnitsPerDegree = 1e7;
 constexpr double kUnitsPerMetre = 100.0;
 
 // Its own answer is not awaited: the next navigation data message is.
-Command queryNavigationInterval() { return Command(message_id::kQueryNavigationInterval, 2); }
+Command queryNavigationInterval() { return Command(message::kQueryNavigationInterval); }
 
 const char* fixModeName(unsigned char mode) {
   constexpr std::array<const char*, 4> kNames = {"NO-FIX", "2D", "3D", "3D+DGNSS"};
@@ -43,7 +43,7 @@ std::string navigationReport(const Reply& reply) {
 }  // namespace
 
 unsigned int orbController_QN4470T01::gpsObtGetMsgUserNavDataBinary(std::string& report) {
-  return exchange().query(queryNavigationInterval(), message_id::kNavigationData,
+  return exchange().query(queryNavigationInterval(), message::kNavigationData,
                           [&](const Reply& reply) { report = navigationReport(reply); });
 }
 
@@ -59,7 +59,7 @@ unsigned int orbController_QN4470T01::getNofSatellitesInNavSol(unsigned char& co
     return orb::kSucceeded;
   }
   const std::unique_ptr<ORBMessage> reply(
-      channel.ReceiveMessage(message_id::kNavigationData, replyTimeoutSeconds_));
+      channel.ReceiveMessage(message::kNavigationData, replyTimeoutSeconds_));
   if (reply == nullptr) {
     exchange().logNotSent(query.message());
     return orb::kNotSent;

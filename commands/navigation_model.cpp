@@ -3,14 +3,14 @@
 #include <string>
 
 #include "commands/fix_modes.h"
-#include "controller/command_exchange.h"
 #include "orb-gnss/module_driver.h"
-#include "protocol/message_ids.h"
+#include "protocol/messages.h"
+#include "transport/command_exchange.h"
 
 using orb::Command;
 using orb::CommandExchange;
 using orb::Reply;
-namespace message_id = orb::message_id;
+namespace message = orb::message;
 using std::chrono::milliseconds;
 
 namespace {
@@ -38,12 +38,11 @@ unsigned int orbController_QN4470T01::gpsOrbGetJamDetectConfig(bool& control,
                                                                unsigned char& status) {
   control = false;
   status = 0;
-  return exchange().query(Command(message_id::kQueryInterference, 2), message_id::kInterference,
-                          [&](const Reply& reply) {
-                            control = (reply.u8(2) & 1) != 0;
-                            status = reply.u8(3);
-                            std::printf("control: %d nJamStatus %d\n", control, status);
-                          });
+  return exchange().query(Command(message::kQueryInterference), [&](const Reply& reply) {
+    control = (reply.u8(2) & 1) != 0;
+    status = reply.u8(3);
+    std::printf("control: %d nJamStatus %d\n", control, status);
+  });
 }
 
 unsigned int orbController_QN4470T01::gpsObtJamDetectConfig(bool enable) {
@@ -51,7 +50,7 @@ unsigned int orbController_QN4470T01::gpsObtJamDetectConfig(bool enable) {
   unsigned char status = 0;
   // The message has two body bytes: the attribute byte falls on the checksum and is not sent.
   return exchange().configure(
-      Command(message_id::kConfigureInterference, 4).u8(enable).u8(0).u8(attribute_),
+      Command(message::kConfigureInterference).u8(enable).u8(0).u8(attribute_),
       CommandExchange::kAtOnce, [&] { return gpsOrbGetJamDetectConfig(kept, status); },
       [&] { return kept == enable; });
 }
@@ -70,7 +69,7 @@ unsigned int orbController_QN4470T01::setJammingDetection(bool enable) {
 }
 
 unsigned int orbController_QN4470T01::gpsObtGetChangeDynamicMode(obt_DynamicState_t& mode) {
-  return exchange().query(Command(message_id::kQueryNavigationMode, 2), message_id::kNavigationMode,
+  return exchange().query(Command(message::kQueryNavigationMode),
                           [&](const Reply& reply) { mode = reply.u8(2); });
 }
 
@@ -78,7 +77,7 @@ unsigned int orbController_QN4470T01::gpsObtChangeDynamicMode(obt_DynamicState_t
   const unsigned char wanted = navigationMode(model);
   obt_DynamicState_t kept = 0;
   return exchange().configure(
-      Command(message_id::kConfigureNavigationMode, 4).u8(wanted).u8(attribute_), milliseconds(100),
+      Command(message::kConfigureNavigationMode).u8(wanted).u8(attribute_), milliseconds(100),
       [&] { return gpsObtGetChangeDynamicMode(kept); }, [&] { return kept == wanted; });
 }
 

@@ -1,14 +1,14 @@
 #include <cstdio>
 #include <string>
 
-#include "controller/command_exchange.h"
 #include "orb-gnss/module_driver.h"
-#include "protocol/message_ids.h"
+#include "protocol/messages.h"
+#include "transport/command_exchange.h"
 
 using orb::Command;
 using orb::CommandExchange;
 using orb::Reply;
-namespace message_id = orb::message_id;
+namespace message = orb::message;
 using std::chrono::milliseconds;
 
 namespace {
@@ -41,7 +41,7 @@ unsigned char outputTypeByte(const std::string& type) {
 }  // namespace
 
 unsigned int orbController_QN4470T01::gpsObtGetPowerMode(unsigned int& mode) {
-  return exchange().query(Command(message_id::kQueryPowerMode, 1), message_id::kPowerMode,
+  return exchange().query(Command(message::kQueryPowerMode),
                           [&](const Reply& reply) { mode = reply.u8(1); });
 }
 
@@ -49,7 +49,7 @@ unsigned int orbController_QN4470T01::gpsObtSetPowerMode(std::string mode) {
   const unsigned int wanted = mode == "POWERSAVE" ? kPowerSaving : kNormalPower;
   unsigned int kept = 0;
   return exchange().configure(
-      Command(message_id::kSetPowerMode, 3).u8(wanted).u8(0), CommandExchange::kAtOnce,
+      Command(message::kSetPowerMode).u8(wanted).u8(0), CommandExchange::kAtOnce,
       [&] { return gpsObtGetPowerMode(kept); }, [&] { return kept == wanted; });
 }
 
@@ -68,17 +68,16 @@ unsigned int orbController_QN4470T01::setRxMode(std::string mode) {
 }
 
 unsigned int orbController_QN4470T01::gpsOrbGetCfgRate(unsigned char& rate) {
-  return exchange().query(Command(message_id::kQueryUpdateRate, 1), message_id::kUpdateRate,
-                          [&](const Reply& reply) {
-                            rate = reply.u8(1);
-                            std::printf("nUpdateRate: %d\n", rate);
-                          });
+  return exchange().query(Command(message::kQueryUpdateRate), [&](const Reply& reply) {
+    rate = reply.u8(1);
+    std::printf("nUpdateRate: %d\n", rate);
+  });
 }
 
 unsigned int orbController_QN4470T01::gpsObtSetCfgRate(unsigned char rate) {
   unsigned char kept = 0;
   const unsigned int result = exchange().configure(
-      Command(message_id::kConfigureUpdateRate, 3).u8(rate).u8(attribute_), milliseconds(800),
+      Command(message::kConfigureUpdateRate).u8(rate).u8(attribute_), milliseconds(800),
       [&] { return gpsOrbGetCfgRate(kept); }, [&] { return kept == rate; });
   std::printf("applyUpdateRate:%d nUpdateRate:%d\n", rate, kept);
   return result;
@@ -86,19 +85,18 @@ unsigned int orbController_QN4470T01::gpsObtSetCfgRate(unsigned char rate) {
 
 unsigned int orbController_QN4470T01::gpsObtSetMsgType(std::string type) {
   return exchange().query(
-      Command(message_id::kSelectOutputType, 3).u8(outputTypeByte(type)).u8(attribute_),
-      message_id::kAcknowledged, [](const Reply& /*acknowledgement*/) {});
+      Command(message::kSelectOutputType).u8(outputTypeByte(type)).u8(attribute_),
+      [](const Reply& /*acknowledgement*/) {});
 }
 
 unsigned int orbController_QN4470T01::gpsObtGetNavMsg(unsigned char& interval) {
-  return exchange().query(Command(message_id::kQueryNavigationInterval, 2),
-                          message_id::kNavigationInterval,
+  return exchange().query(Command(message::kQueryNavigationInterval),
                           [&](const Reply& reply) { interval = reply.u8(2); });
 }
 
 unsigned int orbController_QN4470T01::gpsObtNavMsgConfigure(unsigned char interval) {
   return exchange().send(
-      Command(message_id::kConfigureNavigationInterval, 4).u8(interval).u8(attribute_));
+      Command(message::kConfigureNavigationInterval).u8(interval).u8(attribute_));
 }
 
 unsigned int orbController_QN4470T01::configureOrbPolling(unsigned char interval) {

@@ -1,13 +1,13 @@
 #include <cstdio>
 #include <string>
 
-#include "controller/command_exchange.h"
 #include "orb-gnss/module_driver.h"
-#include "protocol/message_ids.h"
+#include "protocol/messages.h"
+#include "transport/command_exchange.h"
 
 using orb::Command;
 using orb::Reply;
-namespace message_id = orb::message_id;
+namespace message = orb::message;
 using std::chrono::milliseconds;
 
 namespace {
@@ -20,13 +20,12 @@ constexpr unsigned int kModeOfTimeReference = 2;
 
 unsigned int orbController_QN4470T01::gpsOrbGet1ppsOutputMode(unsigned int& mode,
                                                               unsigned int& alignSource) {
-  return exchange().query(Command(message_id::kQueryPpsOutputMode, 1), message_id::kPpsOutputMode,
-                          [&](const Reply& reply) {
-                            mode = reply.u8(1);
-                            alignSource = reply.u8(2);
-                            std::printf("1PPS output mode: %d \n", static_cast<int>(mode));
-                            std::printf("1PPS Align source: %d \n", static_cast<int>(alignSource));
-                          });
+  return exchange().query(Command(message::kQueryPpsOutputMode), [&](const Reply& reply) {
+    mode = reply.u8(1);
+    alignSource = reply.u8(2);
+    std::printf("1PPS output mode: %d \n", static_cast<int>(mode));
+    std::printf("1PPS Align source: %d \n", static_cast<int>(alignSource));
+  });
 }
 
 unsigned int orbController_QN4470T01::gpsOrb1ppsOutputMode(unsigned int mode,
@@ -34,7 +33,7 @@ unsigned int orbController_QN4470T01::gpsOrb1ppsOutputMode(unsigned int mode,
   unsigned int keptMode = 0;
   unsigned int keptSource = 0;
   const unsigned int result = exchange().configure(
-      Command(message_id::kConfigurePpsOutputMode, 4).u8(mode).u8(alignSource).u8(attribute_),
+      Command(message::kConfigurePpsOutputMode).u8(mode).u8(alignSource).u8(attribute_),
       milliseconds(100), [&] { return gpsOrbGet1ppsOutputMode(keptMode, keptSource); });
   if (result != orb::kSucceeded) {
     return result;

@@ -4,13 +4,13 @@
 #include <string>
 
 #include "base/console.h"
-#include "controller/command_exchange.h"
 #include "orb-gnss/module_driver.h"
-#include "protocol/message_ids.h"
+#include "protocol/messages.h"
+#include "transport/command_exchange.h"
 
 using orb::Command;
 using orb::Reply;
-namespace message_id = orb::message_id;
+namespace message = orb::message;
 using std::chrono::milliseconds;
 
 namespace orb {
@@ -36,7 +36,7 @@ enum TimingMode : unsigned int { kDynamic = 0, kAutoSurvey = 1, kStatic = 2 };
 constexpr unsigned int kLongestSurvey = 1209600;  // seconds: 14 days
 
 Command configureTiming(const Timing& timing, unsigned char attribute) {
-  return Command(message_id::kConfigureTiming, 31)
+  return Command(message::kConfigureTiming)
       .u8(timing.mode)
       .u32(timing.surveyLength)
       .u32(timing.stdDev)
@@ -45,8 +45,6 @@ Command configureTiming(const Timing& timing, unsigned char attribute) {
       .f32(timing.altitude)
       .u8(attribute);
 }
-
-Command queryTiming() { return Command(message_id::kQueryTiming, 1); }
 
 const char* surveyModeName(unsigned int mode) {
   switch (mode) {
@@ -66,7 +64,7 @@ bool isWithin(Number value, Number lowest, Number highest) {
   return value >= lowest && value <= highest;
 }
 
-unsigned int query(orbController_QN4470T01& driver, Timing& timing) {
+unsigned int readTiming(orbController_QN4470T01& driver, Timing& timing) {
   return driver.gpsObtGetTimeMode(timing.mode, timing.surveyLength, timing.stdDev, timing.latitude,
                                   timing.longitude, timing.altitude);
 }
@@ -77,7 +75,7 @@ unsigned int orbController_QN4470T01::gpsObtGetTimeMode(unsigned int& mode,
                                                         unsigned int& surveyLength,
                                                         unsigned int& stdDev, double& latitude,
                                                         double& longitude, float& altitude) {
-  return exchange().query(queryTiming(), message_id::kTiming, [&](const Reply& reply) {
+  return exchange().query(Command(message::kQueryTiming), [&](const Reply& reply) {
     mode = reply.u8(1);
     surveyLength = reply.u32(2);
     stdDev = reply.u32(6);
@@ -103,7 +101,7 @@ unsigned int orbController_QN4470T01::setSurveyStatic(double latitude, double lo
     return orb::kRejected;
   }
   Timing timing;
-  if (query(*this, timing) != orb::kSucceeded) {
+  if (readTiming(*this, timing) != orb::kSucceeded) {
     return orb::kRejected;
   }
   timing.mode = kStatic;
@@ -119,7 +117,7 @@ unsigned int orbController_QN4470T01::setSurveyAuto(unsigned int surveyLength, f
     return orb::kRejected;
   }
   Timing timing;
-  if (query(*this, timing) != orb::kSucceeded) {
+  if (readTiming(*this, timing) != orb::kSucceeded) {
     return orb::kRejected;
   }
   timing.mode = kAutoSurvey;
@@ -135,7 +133,7 @@ unsigned int orbController_QN4470T01::setSurveyAuto() {
 
 unsigned int orbController_QN4470T01::setSurveyDynamic() {
   Timing timing;
-  if (query(*this, timing) != orb::kSucceeded) {
+  if (readTiming(*this, timing) != orb::kSucceeded) {
     return orb::kRejected;
   }
   timing.mode = kDynamic;
@@ -150,7 +148,7 @@ unsigned int orbController_QN4470T01::setSurveyMode(std::string mode) {
   std::transform(mode.begin(), mode.end(), mode.begin(),
                  [](unsigned char c) { return static_cast<char>(std::toupper(c)); });
   Timing timing;
-  if (query(*this, timing) != orb::kSucceeded) {
+  if (readTiming(*this, timing) != orb::kSucceeded) {
     return orb::kRejected;
   }
   if (mode == surveyModeName(kAutoSurvey)) {
@@ -166,7 +164,7 @@ unsigned int orbController_QN4470T01::setSurveyMode(std::string mode) {
 }
 
 unsigned int orbController_QN4470T01::getSurveyMode(std::string& mode) {
-  return exchange().query(queryTiming(), message_id::kTiming,
+  return exchange().query(Command(message::kQueryTiming),
                           [&](const Reply& reply) { mode = surveyModeName(reply.u8(1)); });
 }
 
@@ -175,7 +173,7 @@ unsigned int orbController_QN4470T01::getSurveyInfo(unsigned char& mode, double&
                                                     double& reserved, unsigned int& surveyLength,
                                                     float& stdDev) {
   Timing timing;
-  if (query(*this, timing) != orb::kSucceeded) {
+  if (readTiming(*this, timing) != orb::kSucceeded) {
     return orb::kRejected;
   }
   mode = static_cast<unsigned char>(timing.mode);

@@ -1,13 +1,13 @@
 #include <cstdio>
 
-#include "controller/command_exchange.h"
 #include "orb-gnss/module_driver.h"
-#include "protocol/message_ids.h"
+#include "protocol/messages.h"
+#include "transport/command_exchange.h"
 
 using orb::Command;
 using orb::CommandExchange;
 using orb::Reply;
-namespace message_id = orb::message_id;
+namespace message = orb::message;
 
 namespace {
 
@@ -27,11 +27,10 @@ int inDelayUnits(int delay) {
 
 unsigned int orbController_QN4470T01::gpsObtGetTimePulse(unsigned int& width) {
   width = 0;
-  return exchange().query(Command(message_id::kQueryPulseWidth, 2), message_id::kPulseWidth,
-                          [&](const Reply& reply) {
-                            width = reply.u32(2);
-                            std::printf("pulse_length_us: %d\n", static_cast<int>(width));
-                          });
+  return exchange().query(Command(message::kQueryPulseWidth), [&](const Reply& reply) {
+    width = reply.u32(2);
+    std::printf("pulse_length_us: %d\n", static_cast<int>(width));
+  });
 }
 
 unsigned int orbController_QN4470T01::gpsObtTimePulseConfigure(unsigned int width) {
@@ -40,18 +39,16 @@ unsigned int orbController_QN4470T01::gpsObtTimePulseConfigure(unsigned int widt
   }
   unsigned int kept = 0;
   return exchange().configure(
-      Command(message_id::kConfigurePulseWidth, 7).u32(width).u8(attribute_),
-      CommandExchange::kAtOnce, [&] { return gpsObtGetTimePulse(kept); },
-      [&] { return kept == width; });
+      Command(message::kConfigurePulseWidth).u32(width).u8(attribute_), CommandExchange::kAtOnce,
+      [&] { return gpsObtGetTimePulse(kept); }, [&] { return kept == width; });
 }
 
 unsigned int orbController_QN4470T01::gpsObtGetFreqOutput(unsigned int& frequency) {
   frequency = 0;
-  return exchange().query(Command(message_id::kQueryPps2Frequency, 2), message_id::kPps2Frequency,
-                          [&](const Reply& reply) {
-                            frequency = reply.u32(2);
-                            std::printf("interval_hz: %d\n", static_cast<int>(frequency));
-                          });
+  return exchange().query(Command(message::kQueryPps2Frequency), [&](const Reply& reply) {
+    frequency = reply.u32(2);
+    std::printf("interval_hz: %d\n", static_cast<int>(frequency));
+  });
 }
 
 unsigned int orbController_QN4470T01::gpsObtFreqOutputConfigure(unsigned int frequency) {
@@ -60,16 +57,16 @@ unsigned int orbController_QN4470T01::gpsObtFreqOutputConfigure(unsigned int fre
   }
   unsigned int kept = 0;
   return exchange().configure(
-      Command(message_id::kConfigurePps2Frequency, 7).u32(frequency).u8(attribute_),
+      Command(message::kConfigurePps2Frequency).u32(frequency).u8(attribute_),
       CommandExchange::kAtOnce, [&] { return gpsObtGetFreqOutput(kept); },
       [&] { return kept == frequency; });
 }
 
 unsigned int orbController_QN4470T01::gpsObtGetCableDelayConfig(int& delay) {
   delay = 0;
-  return exchange().query(
-      Command(message_id::kQueryCableDelay, 1), message_id::kCableDelay,
-      [&](const Reply& reply) { delay = static_cast<int>(reply.u32(1)) / kDelayUnits; });
+  return exchange().query(Command(message::kQueryCableDelay), [&](const Reply& reply) {
+    delay = static_cast<int>(reply.u32(1)) / kDelayUnits;
+  });
 }
 
 unsigned int orbController_QN4470T01::gpsObtCableDelayConfig(int delay) {
@@ -79,9 +76,7 @@ unsigned int orbController_QN4470T01::gpsObtCableDelayConfig(int delay) {
   }
   int kept = 0;
   return exchange().configure(
-      Command(message_id::kConfigureCableDelay, 6)
-          .u32(static_cast<unsigned int>(units))
-          .u8(attribute_),
+      Command(message::kConfigureCableDelay).u32(static_cast<unsigned int>(units)).u8(attribute_),
       CommandExchange::kAtOnce, [&] { return gpsObtGetCableDelayConfig(kept); },
       [&] { return kept == delay; });
 }

@@ -1,13 +1,13 @@
 #include <utility>
 
-#include "controller/command_exchange.h"
 #include "orb-gnss/module_driver.h"
-#include "protocol/message_ids.h"
+#include "protocol/messages.h"
+#include "transport/command_exchange.h"
 #include "transport/default_device.h"
 
 using orb::Command;
 using orb::Reply;
-namespace message_id = orb::message_id;
+namespace message = orb::message;
 
 namespace {
 
@@ -24,7 +24,7 @@ constexpr unsigned char kFixedAttribute = 1;
 
 // The date and time 1980-01-06 00:00:10, then three bytes that are sent as they stand.
 Command restartAtGpsEpoch() {
-  return Command(message_id::kRestartSystem, 15)
+  return Command(message::kRestartSystem)
       .u8(kRestartAtGpsEpoch)
       .u16(1980)
       .u8(1)
@@ -42,9 +42,9 @@ Command restartCommand(unsigned char mode) {
     case kRestartAtGpsEpoch:
       return restartAtGpsEpoch();
     case kRestartWithoutTime:
-      return Command(message_id::kRestartSystem, 15).u8(mode);
+      return Command(message::kRestartSystem).u8(mode);
     default:
-      return Command(message_id::kRestartSystem, 15);  // without the mode
+      return Command(message::kRestartSystem);  // without the mode
   }
 }
 
@@ -72,18 +72,17 @@ unsigned int orbController_QN4470T01::gpsObtChipDetect() {
 }
 
 unsigned int orbController_QN4470T01::gpsObtChipDetect(std::string device) {
-  constexpr unsigned char kQueryRevisionId = message_id::kQueryRevision >> 8;
+  constexpr unsigned char kQueryRevisionId = message::kQueryRevision.id >> 8;
+  orbIO* noChannel = nullptr;  // on a device of its own, it never runs over a setting's channel
   bool present = false;
-  exchange()
-      .on(std::move(device))
-      .within(kDetectionTimeoutSeconds)
-      .query(Command(message_id::kQueryRevision, 2).u8(kFixedByte), message_id::kAcknowledged,
+  exchange(std::move(device), noChannel, kDetectionTimeoutSeconds)
+      .query(Command(message::kQueryRevision).u8(kFixedByte), message::kAcknowledged,
              [&](const Reply& reply) { present = reply.u8(1) == kQueryRevisionId; });
   return present ? 1 : 0;
 }
 
 unsigned int orbController_QN4470T01::restart(bool flag) {
-  return exchange().send(Command(message_id::kRestart, 3).u8(flag));
+  return exchange().send(Command(message::kRestart).u8(flag));
 }
 
 unsigned int orbController_QN4470T01::gpsObtSendSoftReset(unsigned char mode) {
@@ -102,11 +101,11 @@ unsigned int orbController_QN4470T01::getResetInfo() {
 unsigned int orbController_QN4470T01::gpsObtSetUartPort(unsigned char port, unsigned int baud) {
   scratch_.fill(0);
   return exchange().send(
-      Command(message_id::kSetUpSerialPort, 4).u8(port).u8(baudCode(baud)).u8(kFixedAttribute));
+      Command(message::kSetUpSerialPort).u8(port).u8(baudCode(baud)).u8(kFixedAttribute));
 }
 
 unsigned int orbController_QN4470T01::gpsObtSetFactoryDefaults() {
-  return exchange().send(Command(message_id::kSetFactoryDefaults, 2).u8(kFixedByte));
+  return exchange().send(Command(message::kSetFactoryDefaults).u8(kFixedByte));
 }
 
 unsigned int orbController_QN4470T01::resetorbitekDefaults() { return gpsObtSetFactoryDefaults(); }

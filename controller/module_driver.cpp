@@ -2,11 +2,13 @@
 
 #include <sys/time.h>
 
-#include <cerrno>
 #include <cstdio>
 #include <ctime>
+#include <utility>
 
-#include "controller/command_exchange.h"
+#include "base/sleep.h"
+#include "transport/command_exchange.h"
+#include "transport/default_device.h"
 
 namespace {
 
@@ -23,7 +25,18 @@ orbController_QN4470T01::~orbController_QN4470T01() {
   }
 }
 
-orb::CommandExchange orbController_QN4470T01::exchange() { return orb::CommandExchange(*this); }
+orb::CommandExchange orbController_QN4470T01::exchange() {
+  return exchange(orb::kDefaultDevice, lentChannel_, replyTimeoutSeconds_);
+}
+
+orb::CommandExchange orbController_QN4470T01::exchange(std::string device, orbIO*& lentChannel,
+                                                       int replyTimeoutSeconds) {
+  return orb::CommandExchange({.device = std::move(device),
+                               .lentChannel = lentChannel,
+                               .replyTimeoutSeconds = replyTimeoutSeconds,
+                               .errorLog = errorLog_,
+                               .timeStamp = [this] { return timeStamp(); }});
+}
 
 unsigned int orbController_QN4470T01::sendORBMessage(ORBMessage message) {
   exchange().send(message);
@@ -47,12 +60,7 @@ std::string orbController_QN4470T01::timeStamp() {
 }
 
 void orbController_QN4470T01::wait(const std::chrono::nanoseconds& duration) {
-  constexpr long long kNanosecondsPerSecond = 1'000'000'000;
-  timespec remaining{};
-  remaining.tv_sec = static_cast<std::time_t>(duration.count() / kNanosecondsPerSecond);
-  remaining.tv_nsec = static_cast<long>(duration.count() % kNanosecondsPerSecond);
-  while (::nanosleep(&remaining, &remaining) != 0 && errno == EINTR) {
-  }
+  orb::sleepFor(duration);
 }
 
 // Operations that this module has no use for.

@@ -4,7 +4,7 @@
 #include <memory>
 
 #include "protocol/catalogue_index.h"
-#include "protocol/message_ids.h"
+#include "protocol/messages.h"
 #include "protocol/packet_fields.h"
 #include "protocol/packet_layout.h"
 
@@ -13,7 +13,7 @@ namespace {
 // Position of the next byte that may start a packet within [from, to), else `to`. Not for an empty
 // range.
 unsigned long findStartByte(const unsigned char* buffer, unsigned long from, unsigned long to) {
-  // A packet right behind another one, or behind its last end byte, needs no search.
+  // A packet that follows another one, or its last end byte, needs no search.
   if (buffer[from] == orb::kStartByte1) {
     return from;
   }
@@ -39,7 +39,7 @@ ORBMessageBuilder::~ORBMessageBuilder() = default;
 
 unsigned long ORBMessageBuilder::update(unsigned char /*replyId*/, const unsigned char* buffer,
                                         unsigned long length) {
-  // A packet is looked at once its header and two more bytes are there.
+  // A packet is examined once its header and two more bytes are there.
   constexpr unsigned long kHeaderLength = 6;
 
   unsigned long position = 0;
@@ -92,9 +92,9 @@ void ORBMessageBuilder::listMessage(ORBMsgId id, const unsigned char* packet,
 
   ++good_;
   const ORBMessageMsgValue type = orb::typeOf(id);
-  if (type == orb::message_id::kAcknowledged) {
+  if (type == orb::message::kAcknowledged) {
     ++acknowledged_;
-  } else if (type == orb::message_id::kRefused) {
+  } else if (type == orb::message::kRefused) {
     ++refused_;
   }
 }

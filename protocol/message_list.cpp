@@ -28,11 +28,11 @@ ORBMessage* ORBMessageList::getMessage() {
 }
 
 ORBMessage* ORBMessageList::findFirstOfMessage(ORBMessageMsgValue value) {
-  const auto behindOldest = std::make_reverse_iterator(oldest());
+  const auto reverseEnd = std::make_reverse_iterator(oldest());
   const auto found =
-      std::find_if(messages_.rbegin(), behindOldest,
+      std::find_if(messages_.rbegin(), reverseEnd,
                    [value](const ORBMessage* message) { return message->getMsgSidId() == value; });
-  if (found == behindOldest) {
+  if (found == reverseEnd) {
     return nullptr;
   }
   ORBMessage* message = *found;

@@ -25,9 +25,7 @@ unsigned char orbGetChecksumFromData(const unsigned char* checksumField) { retur
 
 ORBMsgId orbGetMsgIdFromData(const unsigned char* idField) { return orb::idAt(idField); }
 
-ORBMsgId orbConvertClassIdTypeToStruct(ORBMessageMsgValue type) {
-  return {highByte(type), lowByte(type)};
-}
+ORBMsgId orbConvertClassIdTypeToStruct(ORBMessageMsgValue type) { return orb::idOf(type); }
 
 ORBMessageMsgValue orbConvertMsgIdStructToType(ORBMsgId id) { return orb::typeOf(id); }
 

@@ -15,11 +15,15 @@ inline unsigned short lengthAt(const unsigned char* field) {
   return static_cast<unsigned short>(field[0] << 8 | field[1]);
 }
 
+constexpr ORBMsgId idOf(ORBMessageMsgValue type) {
+  return {static_cast<unsigned char>(type >> 8), static_cast<unsigned char>(type)};
+}
+
 inline ORBMsgId idAt(const unsigned char* field) {
   return {field[0], hasSubId(field[0]) ? field[1] : static_cast<unsigned char>(0)};
 }
 
-inline ORBMessageMsgValue typeOf(ORBMsgId id) {
+constexpr ORBMessageMsgValue typeOf(ORBMsgId id) {
   return static_cast<ORBMessageMsgValue>(id.id << 8 | id.subId);
 }
 
@@ -33,7 +37,7 @@ Word wordAt(const unsigned char* bytes) {
 /// Exclusive-or of all bytes: folds eight at a time, then what is left by halves.
 inline unsigned char exclusiveOr(const unsigned char* bytes, unsigned long length) {
   std::uint64_t words = 0;
-  for (const unsigned char* const behindWords = bytes + length - length % 8; bytes != behindWords;
+  for (const unsigned char* const wordsEnd = bytes + length - length % 8; bytes != wordsEnd;
        bytes += 8) {
     words ^= wordAt<std::uint64_t>(bytes);
   }

@@ -12,7 +12,7 @@ constexpr unsigned char kEndByte2 = 0x0A;
 constexpr unsigned long kLengthOffset = 2;
 constexpr unsigned long kPayloadOffset = 4;
 
-/// Bytes behind the checksum.
+/// Bytes after the checksum.
 constexpr unsigned long kEndLength = 2;
 
 /// Bytes of a packet that are not payload: start bytes, length, checksum and end bytes.

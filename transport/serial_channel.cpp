@@ -10,8 +10,8 @@
 
 #include "base/console.h"
 #include "transport/default_device.h"
+#include "transport/look_schedule.h"
 #include "transport/receive_buffer.h"
-#include "transport/silence.h"
 
 namespace {
 
@@ -19,8 +19,8 @@ constexpr unsigned long kReadSize = 1024;
 
 void complain(const char* text) { orb::standardError() << text << std::endl; }
 
-// Blocks until bytes arrive; the clock is not looked at here, so a silent line blocks for ever.
-void readSome(orbIO& channel, orb::ReceiveBuffer& buffer, orb::Silence& silence) {
+// Blocks until bytes arrive; the clock is not read here, so a silent line blocks for ever.
+void readSome(orbIO& channel, orb::ReceiveBuffer& buffer, orb::LookSchedule& schedule) {
   buffer.makeRoom();
   const auto length = static_cast<long>(std::min(buffer.space(), kReadSize));
   for (;;) {
@@ -29,7 +29,7 @@ void readSome(orbIO& channel, orb::ReceiveBuffer& buffer, orb::Silence& silence)
       buffer.append(static_cast<unsigned long>(count));
       return;
     }
-    silence.pause();
+    schedule.waitForNextLook();
   }
 }
 
@@ -105,10 +105,10 @@ ORBMessage* orbIO::ReceiveMessage(unsigned short replyId, int timeout) {
     return nullptr;
   }
   std::unique_ptr<ORBMessage> match;
-  orb::Silence silence;
+  orb::LookSchedule schedule;
   const std::time_t start = std::time(nullptr);
   for (;;) {
-    readSome(*this, buffer, silence);
+    readSome(*this, buffer, schedule);
     builder_->update(static_cast<unsigned char>(replyId >> 8), buffer.data(), buffer.size());
     takeNewest(replyId, match);
     if (match != nullptr && builder_->getErroredMessageCount() == 0) {

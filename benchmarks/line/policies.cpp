@@ -10,7 +10,7 @@
 #include <stdexcept>
 
 #include "line/query.h"
-#include "transport/silence.h"
+#include "transport/look_schedule.h"
 
 namespace orb::bench {
 
@@ -44,7 +44,7 @@ Policy share(const std::string& name, int part) {
 }
 
 Policy shipped() {
-  return {"shipped", [] { return [silence = Silence()]() mutable { silence.pause(); }; }};
+  return {"shipped", [] { return [schedule = LookSchedule()]() mutable { schedule.waitForNextLook(); }; }};
 }
 
 }  // namespace

@@ -6,7 +6,7 @@
 
 /// Everything that a client can ask of the GNSS receiver.
 ///
-/// Unless said otherwise an operation returns a mask of what went wrong, 0 for nothing:
+/// Unless stated otherwise an operation returns a mask of what went wrong, 0 for nothing:
 ///
 ///   1    an argument was rejected, or a setting read back differs from what was requested
 ///   4    the expected reply did not arrive in time
@@ -25,10 +25,10 @@
 ///   setting  is sent and then read back with its query, also when it could not be sent; any of
 ///            the bits 1, 4 and 8. A reading that does not come counts as 0, false or "": most
 ///            often 5 says that a setting was sent and its read-back stayed without an answer. An
-///            argument out of range gives 1, with nothing sent
+///            argument out of range returns 1, with nothing sent
 ///   order    is sent, and no answer is awaited; returns 0 or 8
 ///
-/// The time-out is looked at only when bytes arrive: what awaits a reply on a silent line does not
+/// The clock is read only when bytes arrive: what awaits a reply on a silent line does not
 /// return.
 ///
 /// The order of the operations is binding: clients reach them by their slot. There is no virtual
@@ -81,7 +81,7 @@ class ORB_GNSS_EXPORT ORBControlInterface {
   virtual unsigned int getInfo(std::string& info) = 0;
   /// Setting: the delay of the antenna cable, -5000 .. 5000 nanoseconds, read back at once. The
   /// delay is multiplied by 100 in 32 bits before it is checked: one whose product wraps into the
-  /// range is sent wrapped, and gives 1 when it is read back.
+  /// range is sent wrapped, and returns 1 when it is read back.
   virtual unsigned int setAntennaDelay(int delay) = 0;
   /// Query: the delay of the antenna cable in nanoseconds, hundredths cut off. On failure `delay`
   /// is 0.
@@ -163,17 +163,17 @@ class ORB_GNSS_EXPORT ORBControlInterface {
   /// modes 1, 1, 1, 2, 3, 4, 5, 5, 0; any other model is sent as mode 0, without complaint.
   virtual unsigned int setDynamicModel(unsigned char model) = 0;
   /// Does what setDynamicModel(model) does and, 100 ms later, what setFixMode(fixMode) does. A fix
-  /// mode above 2 gives exactly 256, after the model was set.
+  /// mode above 2 returns exactly 256, after the model was set.
   virtual unsigned int setDynamicModel(unsigned char model, unsigned char fixMode) = 0;
   /// Two queries, the second only after the first succeeded: the receiver's navigation mode, which
   /// is not the model that was set (see setDynamicModel()), and the fix mode in other numbers than
   /// setFixMode() takes: 0 is 3D, 1 is 2D, 2 anything else.
   virtual unsigned int getDynamicModel(unsigned char& model, unsigned char& fixMode) = 0;
   /// Setting: the fix mode, 0 for 2D, 1 for 3D, 2 for the mask pair 3D and 2D, read back at once.
-  /// Another mode gives 256, with nothing sent. getDynamicModel() numbers them otherwise.
+  /// Another mode returns 256, with nothing sent. getDynamicModel() numbers them otherwise.
   virtual unsigned int setFixMode(unsigned char fixMode) = 0;
   /// Setting: "UTC" and "GPS" both align the 1PPS output to UTC, in output mode 2; read back after
-  /// 100 ms. Any other word, "GNSS" too, gives 1, with nothing sent: configTimePulse() aligns to
+  /// 100 ms. Any other word, "GNSS" too, returns 1, with nothing sent: configTimePulse() aligns to
   /// GNSS time. 1 is not combined with 4 or 8. Prints two lines to standard output.
   virtual unsigned int setTimeReference(std::string reference) = 0;
   /// Query: what the 1PPS output is aligned to, "GNSS" or "UTC"; for anything else `reference` is
@@ -194,7 +194,7 @@ class ORB_GNSS_EXPORT ORBControlInterface {
   /// Setting: switches SBAS off, read back after 100 ms. The driver's gpsObtSbasConfigure() also
   /// switches it on.
   virtual unsigned int configureSBAS() = 0;
-  /// Does configurNmeaPollingPartial(), but returns 0 whatever became of it.
+  /// Does configurNmeaPollingPartial(), but always returns 0.
   virtual unsigned int configureNmeaPolling(unsigned char interval) = 0;
   /// Setting: one interval for all extended NMEA sentences, in the receiver's unit, read back (the
   /// first sentence alone) at once.

@@ -114,12 +114,12 @@ class ORB_GNSS_EXPORT orbController : public ORBControlInterface {
   void CreateOrbitek(std::string device);
 
   /// Writes /tmp/orbitekChip-info.txt unless it exists: whether a receiver was found, and what
-  /// getInfo() says of it behind the kernel and ODM versions. Also keeps these versions.
+  /// getInfo() says of it after the kernel and ODM versions. Also keeps these versions.
   void saveorbitekChipInfo();
 
   /// Takes the fields that end in ": " off the front of `info`, and keeps those that begin with
-  /// "KernelVersion", "ODMVersion" or "Revision" whole, key included. What stands behind the last
-  /// ": " stays in `info` and is not looked at: with the text of getInfo() that is the revision.
+  /// "KernelVersion", "ODMVersion" or "Revision" whole, key included. What follows the last
+  /// ": " stays in `info` and is not parsed: with the text of getInfo() that is the revision.
   /// Returns 0.
   unsigned int parserGnssChipInfo(std::string& info);
 

@@ -11,7 +11,7 @@
 class ORB_GNSS_EXPORT ORBMessage {
  public:
   /// A message of identity `type` with `payloadLength` bytes of payload (id, sub-id and body).
-  /// A null `data` gives a body of zero bytes. Otherwise the body is copied from `data`, which
+  /// With a null `data` the body is zero bytes. Otherwise the body is copied from `data`, which
   /// offers `payloadLength` readable bytes (orbPutPayloadIntoPacket says why so many).
   ORBMessage(ORBMessageMsgValue type, unsigned long payloadLength, const unsigned char* data);
 
@@ -41,7 +41,7 @@ class ORB_GNSS_EXPORT ORBMessage {
 
   /// Sets body byte `index` (0 is the first byte after the id or sub-id), renews the checksum and
   /// returns `value`. An `index` at or beyond the payload length changes nothing and returns the
-  /// complement of `value`. The bound counts the id and sub-id too, so the first index behind the
+  /// complement of `value`. The bound counts the id and sub-id too, so the first index after the
   /// body falls on the checksum, which is renewed at once, and for a message with a sub-id the
   /// next one on the first end byte: stay within the body.
   unsigned char setByte(unsigned long index, unsigned char value);
@@ -57,7 +57,7 @@ class ORB_GNSS_EXPORT ORBMessage {
   unsigned char getChecksum() const;
 
   /// "65 01: " and the catalogue's description, for log lines. A payload length outside the
-  /// message's limits gives "Unknown message type" behind the numbers.
+  /// message's limits gives "Unknown message type" after the numbers.
   std::string getMessageDescription() const;
 
   /// Writes the description and all packet bytes in hexadecimal as one line to std::cout and

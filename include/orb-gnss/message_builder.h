@@ -6,9 +6,9 @@
 /// Cuts received bytes into checked messages.
 ///
 /// A packet counts when its id and sub-id stand in the catalogue and its checksum is right; its
-/// length is not compared with the catalogue's limits, and its end bytes are not looked at. The
-/// builder remembers nothing of a buffer: who hands over a growing buffer gets the packets in it
-/// listed, and counted, again at every call.
+/// length is not compared with the catalogue's limits, and its end bytes are not read. The builder
+/// keeps nothing of a buffer: called again with a buffer that has grown, it lists, and counts, the
+/// packets in it again.
 class ORB_GNSS_EXPORT ORBMessageBuilder {
  public:
   /// Messages go into `list`, which outlives the builder and stays the caller's.
@@ -17,12 +17,12 @@ class ORB_GNSS_EXPORT ORBMessageBuilder {
 
   /// Scans the first `length` bytes of `buffer`, lists the good packets and counts.
   ///
-  /// Returns the position behind the last packet handled, good or bad: the end of a good packet
+  /// Returns the position after the last packet handled, good or bad: the end of a good packet
   /// (its last byte, where it has no sub-id) or the first end byte of a bad one. Returns 0 when no
   /// packet was handled or when the scan went on to the end or to the last byte of the buffer.
   ///
-  /// Behind a bad checksum the scan goes on at the packet's first end byte, so a start sequence
-  /// within the bad packet is not seen; behind an unknown id it goes on after the two start bytes.
+  /// After a bad checksum the scan goes on at the packet's first end byte, so a start sequence
+  /// within the bad packet is not seen; after an unknown id it goes on after the two start bytes.
   /// `replyId` is not used.
   unsigned long update(unsigned char replyId, const unsigned char* buffer, unsigned long length);
 

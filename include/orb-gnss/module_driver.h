@@ -20,7 +20,7 @@ using obt_DynamicState_t = unsigned int;
 
 /// Drives a receiver module QN4470T01 on /dev/tty_gps.
 ///
-/// Commands are of three kinds, with the results of ORBControlInterface. Unless said otherwise
+/// Commands are of three kinds, with the results of ORBControlInterface. Unless stated otherwise
 ///
 /// - a query sends one message and awaits its reply for up to five seconds. It returns 0, 4 or 8,
 ///   and on failure leaves its arguments untouched and prints nothing.
@@ -29,7 +29,7 @@ using obt_DynamicState_t = unsigned int;
 ///   value read back differs.
 /// - an order sends one message and awaits nothing. It returns 0 or 8.
 ///
-/// The device is opened for each command and closed behind it. On a line that stays silent a query
+/// The device is opened for each command and closed after it. On a line that stays silent a query
 /// does not return (see orbIO::ReceiveMessage). A failed exchange adds one line to
 /// /var/log/orbset-errors.log; a log that cannot be opened is silent and no error. "Prints" means
 /// to standard output.
@@ -120,7 +120,7 @@ class ORB_GNSS_EXPORT orbController_QN4470T01 : public ORBControlInterface {
   virtual unsigned int gpsOrbGet1ppsOutputMode(unsigned int& mode, unsigned int& alignSource);
 
   /// Sets the 1PPS output mode and what it is aligned to, and reads both back after 100 ms. The low
-  /// bytes are sent and the whole values compared, so one above 255 gives 1; but nothing is
+  /// bytes are sent and the whole values compared, so one above 255 returns 1; but nothing is
   /// compared, and 1 not added, when either message failed.
   virtual unsigned int gpsOrb1ppsOutputMode(unsigned int mode, unsigned int alignSource);
 
@@ -203,7 +203,7 @@ class ORB_GNSS_EXPORT orbController_QN4470T01 : public ORBControlInterface {
                                       unsigned int& cnr);
 
   /// Sets the elevation and carrier-to-noise ratio masks and reads them back at once. The low bytes
-  /// are sent and the whole values compared, so one above 255 gives 1.
+  /// are sent and the whole values compared, so one above 255 returns 1.
   unsigned int gpsObtElevConfigure(unsigned int mode, unsigned int elevation, unsigned int cnr);
 
   // Navigation model and interference detection.
@@ -229,21 +229,21 @@ class ORB_GNSS_EXPORT orbController_QN4470T01 : public ORBControlInterface {
   unsigned int gpsObtGetTimePulse(unsigned int& width);
 
   /// Sets the width of the 1PPS pulse, 1 .. 100000 microseconds, and reads it back at once. Another
-  /// width gives 1, with nothing sent.
+  /// width returns 1, with nothing sent.
   unsigned int gpsObtTimePulseConfigure(unsigned int width);
 
   /// Reads the frequency of the second pulse output, in hertz, and prints it.
   unsigned int gpsObtGetFreqOutput(unsigned int& frequency);
 
   /// Sets the frequency of the second pulse output, 0 .. 19200000 hertz, and reads it back at once.
-  /// Another frequency gives 1, with nothing sent.
+  /// Another frequency returns 1, with nothing sent.
   unsigned int gpsObtFreqOutputConfigure(unsigned int frequency);
 
   /// Reads the cable delay, in nanoseconds; hundredths are cut off.
   unsigned int gpsObtGetCableDelayConfig(int& delay);
 
   /// Sets the cable delay, -5000 .. 5000 nanoseconds, and reads it back at once. Another delay
-  /// gives 1, with nothing sent; but the delay is multiplied by 100 in 32 bits before it is
+  /// returns 1, with nothing sent; but the delay is multiplied by 100 in 32 bits before it is
   /// checked, so a product that wraps into the range passes.
   unsigned int gpsObtCableDelayConfig(int delay);
 
@@ -280,7 +280,7 @@ class ORB_GNSS_EXPORT orbController_QN4470T01 : public ORBControlInterface {
   unsigned int gpsObtGetNmeaExtendedConfigure(unsigned int& interval);
 
   /// Sets the interval of all extended NMEA sentences and reads it back at once. The low byte is
-  /// sent and the whole value compared, so one above 255 gives 1.
+  /// sent and the whole value compared, so one above 255 returns 1.
   unsigned int gpsObtNmeaExtendedConfigure(unsigned int interval);
 
   // Tools.
@@ -303,9 +303,10 @@ class ORB_GNSS_EXPORT orbController_QN4470T01 : public ORBControlInterface {
   void gpsObtGetTimeMode();
 
  private:
-  friend class orb::CommandExchange;
-
+  /// An exchange on the default device, over the lent channel where there is one.
   ORB_GNSS_HIDDEN orb::CommandExchange exchange();
+  ORB_GNSS_HIDDEN orb::CommandExchange exchange(std::string device, orbIO*& lentChannel,
+                                                int replyTimeoutSeconds);
   ORB_GNSS_HIDDEN unsigned int updateCnrMask(unsigned char cnr);
   ORB_GNSS_HIDDEN unsigned int updateElevationMask(unsigned char limit);
   ORB_GNSS_HIDDEN unsigned int writeTiming(const orb::Timing& timing,
@@ -333,6 +334,6 @@ class ORB_GNSS_EXPORT orbController_QN4470T01 : public ORBControlInterface {
   std::array<unsigned char, 300> scratch_{};
   /// The receiver's storage attribute for new settings: the last byte of configuration messages.
   unsigned char attribute_ = 0;
-  /// The open channel of a setting that is being read back, else null.
+  /// The open channel of a setting while its read-back runs, else null.
   orbIO* lentChannel_ = nullptr;
 };

@@ -33,7 +33,7 @@ class ORB_GNSS_EXPORT orbIO final : public ORBMessagingInterface {
   /// the device is not open or no such message came in time. Only `replyId` counts: a negative
   /// acknowledgement does not end the wait for an acknowledgement.
   ///
-  /// `timeout` is in seconds, counted in whole ticks of time(), and is looked at only when bytes
+  /// `timeout` is in seconds, counted in whole ticks of time(), and is checked only when bytes
   /// arrive: on a line that stays silent the call does not return. Once a packet with a bad
   /// checksum has come in, the call runs until the time-out and then returns the newest match.
   /// A time-out is reported on standard error, also when a message is returned.

@@ -1,4 +1,4 @@
-#include "controller/command.h"
+#include "protocol/command.h"
 
 #include <bit>
 #include <cstdint>

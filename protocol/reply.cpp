@@ -1,4 +1,4 @@
-#include "controller/reply.h"
+#include "protocol/reply.h"
 
 #include <bit>
 #include <cstdint>

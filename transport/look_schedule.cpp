@@ -1,4 +1,4 @@
-#include "transport/silence.h"
+#include "transport/look_schedule.h"
 
 #include <sched.h>
 
@@ -6,8 +6,8 @@
 
 namespace orb {
 
-void Silence::pause() {
-  const std::chrono::nanoseconds duration = nextSleep();
+void LookSchedule::waitForNextLook() {
+  const std::chrono::nanoseconds duration = sleepBeforeLook(looks_, slept_);
   if (duration == std::chrono::nanoseconds::zero()) {
     ++looks_;
     sched_yield();

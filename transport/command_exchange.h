@@ -1,41 +1,58 @@
 #pragma once
 
 #include <chrono>
+#include <functional>
+#include <iosfwd>
 #include <memory>
 #include <string>
 #include <utility>
 
-#include "controller/command.h"
-#include "controller/reply.h"
-#include "controller/result_bits.h"
-#include "orb-gnss/module_driver.h"
+#include "base/sleep.h"
 #include "orb-gnss/serial_channel.h"
+#include "protocol/command.h"
+#include "protocol/reply.h"
+#include "transport/result_bits.h"
 
 namespace orb {
 
+/// What an exchange works with. What is referred to outlives it.
+struct ExchangeMeans {
+  std::string device;
+  /// The open channel of a setting on this device while its read-back runs, which takes it; else
+  /// null.
+  orbIO*& lentChannel;
+  int replyTimeoutSeconds;
+  std::ostream& errorLog;
+  /// The time stamp that begins a line of the error log.
+  std::function<std::string()> timeStamp;
+};
+
 /// One exchange with the receiver, the same for every command: the channel is opened, the message
 /// is sent, a query's reply is awaited, a setting is read back, failures are logged and become
-/// result bits. A command gives only its values:
+/// result bits. A command supplies only its values:
 ///
-///     return exchange().query(Command(message_id::kQueryPowerMode, 1), message_id::kPowerMode,
+///     return exchange().query(Command(message::kQueryPowerMode),
 ///                             [&](const Reply& reply) { mode = reply.u8(1); });
 class CommandExchange {
  public:
   /// The settle time of a setting that is read back at once.
   static constexpr std::chrono::nanoseconds kAtOnce{0};
 
-  /// An exchange on the default device, with the driver's reply time-out.
-  explicit CommandExchange(orbController_QN4470T01& driver);
-
-  CommandExchange&& on(std::string device) &&;
-  CommandExchange&& within(int seconds) &&;
+  explicit CommandExchange(ExchangeMeans means) : means_(std::move(means)) {}
 
   /// Sends. Returns 0, or kNotSent.
   unsigned int send(Command&& command) { return send(command.message()); }
   unsigned int send(ORBMessage& message);
 
-  /// Sends and waits for `reply`. Where it comes, `decode` gets its payload and the result is 0;
+  /// Sends and waits for the reply. Where it comes, `decode` gets its payload and the result is 0;
   /// else the result is kNotSent or kNoReply and `decode` is not called.
+  template <typename Decode>
+  unsigned int query(Command&& command, Decode decode) {
+    const ORBMessageMsgValue reply = command.reply();
+    return query(std::move(command), reply, decode);
+  }
+
+  /// The same, for a message that is answered by another reply than usual.
   template <typename Decode>
   unsigned int query(Command&& command, ORBMessageMsgValue reply, Decode decode) {
     std::unique_ptr<ORBMessage> received;
@@ -46,22 +63,24 @@ class CommandExchange {
     return result;
   }
 
-  /// Sends a setting, gives it time to settle, and calls `readBack`, which asks for the setting and
+  /// Sends a setting, waits until it has settled, and calls `readBack`, which asks for the setting and
   /// returns the query's result: in every case, also when the setting could not be sent. Returns
   /// both results OR-ed.
   ///
   /// After some time, the read-back opens a channel of its own and with it drops what piled up
   /// meanwhile. Read back at once, the setting may still be on its way out, and opening the device
-  /// anew would destroy it: the query goes over the setting's own channel.
+  /// anew would destroy it: the query goes over the setting's own channel. But a setting that was
+  /// not sent whole has left the beginning of a packet on the line, which would swallow the query:
+  /// then the device is opened anew all the same.
   template <typename ReadBack>
   unsigned int configure(Command&& command, std::chrono::nanoseconds settle, ReadBack readBack) {
-    orbIO channel(device_);
+    orbIO channel(means_.device);
     const unsigned int result = transmit(channel, command.message());
     if (settle > kAtOnce) {
-      driver_.wait(settle);
+      sleepFor(settle);
       return result | readBack();
     }
-    const ChannelLoan loan(driver_, channel);
+    const ChannelLoan loan(means_.lentChannel, result == kSucceeded ? &channel : nullptr);
     return result | readBack();
   }
 
@@ -77,18 +96,17 @@ class CommandExchange {
   void logNoReply(const ORBMessage& message) { log("Did not receive : ", message); }
 
  private:
-  /// Lends a channel, if it is open, to the queries that the driver makes meanwhile.
+  /// Lends a channel, or none, for as long as it exists.
   class ChannelLoan {
    public:
-    ChannelLoan(orbController_QN4470T01& driver, orbIO& channel)
-        : driver_(driver),
-          previous_(std::exchange(driver.lentChannel_, channel.isOpen() ? &channel : nullptr)) {}
+    ChannelLoan(orbIO*& lentChannel, orbIO* channel)
+        : lentChannel_(lentChannel), previous_(std::exchange(lentChannel, channel)) {}
     ChannelLoan(const ChannelLoan&) = delete;
     ChannelLoan& operator=(const ChannelLoan&) = delete;
-    ~ChannelLoan() { driver_.lentChannel_ = previous_; }
+    ~ChannelLoan() { lentChannel_ = previous_; }
 
    private:
-    orbController_QN4470T01& driver_;
+    orbIO*& lentChannel_;
     orbIO* previous_;
   };
 
@@ -99,10 +117,7 @@ class CommandExchange {
   unsigned int transmit(orbIO& channel, ORBMessage& message);
   void log(const char* failure, const ORBMessage& message);
 
-  orbController_QN4470T01& driver_;
-  std::string device_;
-  bool isDefaultDevice_ = true;
-  int timeoutSeconds_;
+  ExchangeMeans means_;
 };
 
 }  // namespace orb
