@@ -11,7 +11,7 @@
 class ORB_GNSS_EXPORT ORBMessage {
  public:
   /// A message of identity `type` with `payloadLength` bytes of payload (id, sub-id and body).
-  /// With a null `data` the body is zero bytes. Otherwise the body is copied from `data`, which
+  /// With a null `data` the body is all zeros. Otherwise the body is copied from `data`, which
   /// offers `payloadLength` readable bytes (orbPutPayloadIntoPacket says why so many).
   ORBMessage(ORBMessageMsgValue type, unsigned long payloadLength, const unsigned char* data);
 

@@ -145,6 +145,29 @@ TEST_F(ReceiveMessage, KeepsForTheNextWaitWhatCameWithTheReply) {
   EXPECT_EQ(standardError(), "");
 }
 
+TEST_F(ReceiveMessage, KeepsNothingOfAWaitThatEndedInATimeOut) {
+  clock_.passSeconds({0, 2});
+  line_.deliver(kPulseWidth);
+  EXPECT_EQ(receive(channel_, 0x8300), kNothing);
+  clock_.passSeconds({0, 2});
+  line_.deliver(kAck);
+  EXPECT_EQ(receive(channel_, 0x6580), kNothing);
+}
+
+// Each round lists again all that is in the buffer, and what an earlier round listed is emptied:
+// of the pulse width that came before the limit, one copy stays for the next wait, and not two.
+TEST_F(ReceiveMessage, KeepsOneCopyOfWhatCameWithAReplyThatWasTakenAtTheLimit) {
+  clock_.passSeconds({0, 0, 2});
+  line_.deliver(join({kBadAck, kAck, kPulseWidth}));
+  line_.deliver(kOtherAck);
+  EXPECT_EQ(receive(channel_, 0x8300), kOtherAck);
+  for (const Bytes& expected : {kPulseWidth, kNothing}) {
+    clock_.passSeconds({0, 2});
+    line_.deliver(noise(1));
+    EXPECT_EQ(receive(channel_, 0x6580), expected);
+  }
+}
+
 // The limit
 
 TEST_F(ReceiveMessage, EndsOnTheTickOfTheLimit) {
