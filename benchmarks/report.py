@@ -88,21 +88,20 @@ def output_of(*command):
         return ""
 
 
-def compiler(folder):
-    cache = (folder.parent / "CMakeCache.txt").read_text()
-    found = re.search("^CMAKE_CXX_COMPILER:[^=]*=(.*)$", cache, re.MULTILINE)
-    return output_of(found[1], "--version").partition("\n")[0] if found else ""
+def line_of(text, pattern):
+    found = re.search(pattern, text, re.MULTILINE)
+    return found[1] if found else ""
 
 
 def circumstances(folder):
-    processors = re.search("^model name\\s*: (.*)$", pathlib.Path("/proc/cpuinfo").read_text(),
-                           re.MULTILINE)
+    cache = (folder.parent / "CMakeCache.txt").read_text()
+    compiler = line_of(cache, "^CMAKE_CXX_COMPILER:[^=]*=(.*)$")
     return {"date": datetime.datetime.now(datetime.timezone.utc).isoformat(timespec="seconds"),
             "commit": output_of("git", "describe", "--always", "--dirty"),
-            "compiler": compiler(folder),
+            "compiler": output_of(compiler, "--version").partition("\n")[0],
             "kernel": platform.release(),
             "architecture": platform.machine(),
-            "processor": processors[1] if processors else "",
+            "processor": line_of(output_of("lscpu"), "^Model name: *(.*)$"),
             "processors": os.cpu_count()}
 
 

@@ -7,7 +7,7 @@
 #include <thread>
 
 #include "line/raw_pty.h"
-#include "support/bytes.h"
+#include "support/sample_bytes.h"
 
 namespace orb::bench {
 

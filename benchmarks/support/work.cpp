@@ -47,7 +47,7 @@ bool Row::isWithinBound() const {
   return !bound || (sense == Sense::kAtMost ? figure <= *bound : figure >= *bound);
 }
 
-int runWorks(int argc, char** argv, std::span<const Work> works) {
+int run(int argc, char** argv, std::span<const Work> works) {
   const std::span<char*> names(argv + 1, argv + argc);
   if (!names.empty() && names.front() == std::string("--list")) {
     for (const Work& work : works) {
