@@ -30,14 +30,8 @@ class Work(typing.NamedTuple):
 
 def works_of(program):
     listing = subprocess.run([program, "--list"], check=True, stdout=subprocess.PIPE, text=True)
-    for line in listing.stdout.splitlines():
-        name, processes = line.split()
+    for name, processes in map(str.split, listing.stdout.splitlines()):
         yield Work(program, name, int(processes))
-
-
-def all_works(folder):
-    return [work for name in (folder / "programs.txt").read_text().split()
-            for work in works_of(folder / name)]
 
 
 def selects(name, work):
@@ -127,7 +121,8 @@ def main():
     parser.add_argument("works", nargs="*")
     options = parser.parse_intermixed_args()
 
-    works = all_works(options.folder)
+    programs = (options.folder / "programs.txt").read_text().split()
+    works = [work for program in programs for work in works_of(options.folder / program)]
     for name in options.works:
         if not any(selects(name, work) for work in works):
             print(f"no work is called {name}; --list names them", file=sys.stderr)

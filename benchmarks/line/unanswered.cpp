@@ -52,14 +52,6 @@ class TextFeed {
  public:
   static constexpr int kBytesPerSecond = 11520;
 
-  TextFeed() : thread_([this] { feed(); }) {}
-  TextFeed(const TextFeed&) = delete;
-  TextFeed& operator=(const TextFeed&) = delete;
-  ~TextFeed() {
-    stopping_ = true;
-    thread_.join();
-  }
-
   /// The device to open.
   const std::string& tty() const { return pty_.tty; }
 
@@ -67,11 +59,11 @@ class TextFeed {
   long bytes() const { return bytes_; }
 
  private:
-  void feed() {
+  void feed(const std::stop_token& stop) {
     constexpr std::chrono::nanoseconds kTimeOfByte(1'000'000'000 / kBytesPerSecond);
     const Bytes text = textBytes(4096);
     auto due = std::chrono::steady_clock::now();
-    for (std::size_t next = 0; !stopping_; next = (next + 1) % text.size()) {
+    for (std::size_t next = 0; !stop.stop_requested(); next = (next + 1) % text.size()) {
       std::this_thread::sleep_until(due);  // late at times: then the bytes catch up, one by one
       if (write(pty_.master.get(), &text[next], 1) == 1) {
         ++bytes_;
@@ -82,8 +74,7 @@ class TextFeed {
 
   RawPty pty_;
   std::atomic<long> bytes_{0};
-  std::atomic<bool> stopping_{false};
-  std::thread thread_;  // the last, since it uses the others
+  std::jthread thread_{[this](const std::stop_token& stop) { feed(stop); }};  // uses the others
 };
 
 std::vector<Row> timeoutUnderText() {
