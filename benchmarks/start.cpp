@@ -2,9 +2,10 @@
 // fresh process each time.
 
 #include <dlfcn.h>
-#include <sys/wait.h>
+#include <errno.h>
 #include <unistd.h>
 
+#include <cstdio>
 #include <cstdlib>
 #include <memory>
 #include <stdexcept>
@@ -12,7 +13,6 @@
 
 #include "orb-gnss/module_driver.h"
 #include "orb-sim/path_map.h"
-#include "simulator/line/owned_descriptor.h"
 #include "support/turns.h"
 
 namespace orb::bench {
@@ -43,21 +43,15 @@ void construct(const char* library, const char* constructor) {
   std::_Exit(write(STDOUT_FILENO, &taken, sizeof taken) == sizeof taken ? 0 : EXIT_FAILURE);
 }
 
-double inFreshProcess(const char* library, const char* constructor) {
-  sim::Pipe output;
-  const pid_t process = fork();
-  if (process == 0) {
-    dup2(output.writing.get(), STDOUT_FILENO);
-    execl("/proc/self/exe", "bench_start", kConstructOption, library, constructor, nullptr);
-    _exit(EXIT_FAILURE);
-  }
-  output.writing.reset();
+double inFreshProcess(const std::string& library, const std::string& constructor) {
+  const std::string command = std::string("exec '") + program_invocation_name + "' " +
+                              kConstructOption + " '" + library + "' " + constructor;
   double nanoseconds = 0;
+  std::FILE* const output = popen(command.c_str(), "re");
   const bool isRead =
-      read(output.reading.get(), &nanoseconds, sizeof nanoseconds) == sizeof nanoseconds;
-  int status = 0;
-  if (process < 0 || waitpid(process, &status, 0) != process || status != 0 || !isRead) {
-    throw std::runtime_error(std::string("cannot load ") + library);
+      output != nullptr && std::fread(&nanoseconds, sizeof nanoseconds, 1, output) == 1;
+  if (output == nullptr || pclose(output) != 0 || !isRead) {
+    throw std::runtime_error("cannot load " + library);
   }
   return nanoseconds;
 }

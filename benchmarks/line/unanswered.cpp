@@ -78,7 +78,6 @@ class TextFeed {
 };
 
 std::vector<Row> timeoutUnderText() {
-  constexpr ORBMessageMsgValue kMasks = 0xB000;
   constexpr int kTimeoutSeconds = 5;
   constexpr double kMostOfIt = 0.95;
   const TextFeed feed;

@@ -36,10 +36,6 @@ ordered_json jsonOf(const Row& row) {
   return json;
 }
 
-bool isSelected(const std::string& work, std::span<char*> names) {
-  return names.empty() || std::find(names.begin(), names.end(), work) != names.end();
-}
-
 }  // namespace
 
 bool Row::isWithinBound() const {
@@ -57,11 +53,10 @@ int run(int argc, char** argv, std::span<const Work> works) {
   }
   try {
     for (const Work& work : works) {
-      if (!isSelected(work.name, names)) {
-        continue;
-      }
-      for (const Row& row : work.measure()) {
-        std::cout << jsonOf(row) << std::endl;
+      if (names.empty() || std::ranges::count(names, work.name) > 0) {
+        for (const Row& row : work.measure()) {
+          std::cout << jsonOf(row) << std::endl;
+        }
       }
     }
   } catch (const std::exception& error) {
