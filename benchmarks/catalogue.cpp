@@ -1,27 +1,18 @@
 // The catalogue's lookup by identity.
 
-#include <benchmark/benchmark.h>
-
-#include <vector>
+#include "orb-gnss/catalogue.h"
 
 #include "limits/array_read.h"
-#include "orb-gnss/catalogue.h"
-#include "support/turn_rows.h"
+#include "support/turns.h"
+
+namespace orb::bench {
 
 namespace {
 
-using orb::bench::Row;
-
 Row lookup(const char* name, const char* title, ORBMsgId id) {
-  const auto find = [&id] {
-    benchmark::DoNotOptimize(id);
-    benchmark::DoNotOptimize(orbGetMessageDescription(id, 0));
-  };
-  const auto read = [&id] {
-    benchmark::DoNotOptimize(id);
-    benchmark::DoNotOptimize(orb::bench::readArray(id, 0));
-  };
-  return timeRow(name, title, orb::bench::takeTurns(find, read), 4, 1, "lookup");
+  const Turns turns =
+      takeTurns([&] { orbGetMessageDescription(id, 0); }, [&] { readArray(id, 0); });
+  return compared({.work = name, .title = title, .unit = "ns/lookup", .bound = 4}, turns, 1);
 }
 
 std::vector<Row> lookups() {
@@ -33,8 +24,10 @@ std::vector<Row> lookups() {
       lookup("catalogue-miss-last", "catalogue lookup, miss behind the last row", {0xFE, 0x00})};
 }
 
-const orb::bench::Work kWorks[] = {{"catalogue", lookups}};
+const Work kWorks[] = {{"catalogue", lookups}};
 
 }  // namespace
 
-int main(int argc, char** argv) { return orb::bench::runWorks(argc, argv, kWorks); }
+}  // namespace orb::bench
+
+int main(int argc, char** argv) { return orb::bench::run(argc, argv, orb::bench::kWorks); }

@@ -30,14 +30,8 @@ class Work(typing.NamedTuple):
 
 def works_of(program):
     listing = subprocess.run([program, "--list"], check=True, stdout=subprocess.PIPE, text=True)
-    for line in listing.stdout.splitlines():
-        name, processes = line.split()
+    for name, processes in map(str.split, listing.stdout.splitlines()):
         yield Work(program, name, int(processes))
-
-
-def all_works(folder):
-    return [work for name in (folder / "programs.txt").read_text().split()
-            for work in works_of(folder / name)]
 
 
 def selects(name, work):
@@ -88,21 +82,20 @@ def output_of(*command):
         return ""
 
 
-def compiler(folder):
-    cache = (folder.parent / "CMakeCache.txt").read_text()
-    found = re.search("^CMAKE_CXX_COMPILER:[^=]*=(.*)$", cache, re.MULTILINE)
-    return output_of(found[1], "--version").partition("\n")[0] if found else ""
+def line_of(text, pattern):
+    found = re.search(pattern, text, re.MULTILINE)
+    return found[1] if found else ""
 
 
 def circumstances(folder):
-    processors = re.search("^model name\\s*: (.*)$", pathlib.Path("/proc/cpuinfo").read_text(),
-                           re.MULTILINE)
+    cache = (folder.parent / "CMakeCache.txt").read_text()
+    compiler = line_of(cache, "^CMAKE_CXX_COMPILER:[^=]*=(.*)$")
     return {"date": datetime.datetime.now(datetime.timezone.utc).isoformat(timespec="seconds"),
             "commit": output_of("git", "describe", "--always", "--dirty"),
-            "compiler": compiler(folder),
+            "compiler": output_of(compiler, "--version").partition("\n")[0],
             "kernel": platform.release(),
             "architecture": platform.machine(),
-            "processor": processors[1] if processors else "",
+            "processor": line_of(output_of("lscpu"), "^Model name: *(.*)$"),
             "processors": os.cpu_count()}
 
 
@@ -128,7 +121,8 @@ def main():
     parser.add_argument("works", nargs="*")
     options = parser.parse_intermixed_args()
 
-    works = all_works(options.folder)
+    programs = (options.folder / "programs.txt").read_text().split()
+    works = [work for program in programs for work in works_of(options.folder / program)]
     for name in options.works:
         if not any(selects(name, work) for work in works):
             print(f"no work is called {name}; --list names them", file=sys.stderr)

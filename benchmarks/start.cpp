@@ -2,23 +2,22 @@
 // fresh process each time.
 
 #include <dlfcn.h>
-#include <sys/wait.h>
+#include <errno.h>
 #include <unistd.h>
 
+#include <cstdio>
 #include <cstdlib>
 #include <memory>
 #include <stdexcept>
 #include <string>
-#include <vector>
 
 #include "orb-gnss/module_driver.h"
 #include "orb-sim/path_map.h"
-#include "simulator/line/owned_descriptor.h"
-#include "support/turn_rows.h"
+#include "support/turns.h"
+
+namespace orb::bench {
 
 namespace {
-
-using orb::bench::Row;
 
 constexpr const char* kConstructOption = "--construct";
 
@@ -30,35 +29,28 @@ void* checked(void* handle) {
 }
 
 // The whole of the fresh process: writes, as a number in memory, the nanoseconds that it took to
-// load the library and to have the object constructed by the function of this name. What both need
-// is loaded before.
+// load the library and to have the object constructed by the function of this name. What the driver
+// and the trivial object both need is loaded before.
 void construct(const char* library, const char* constructor) {
-  orb::sim::mapPath("/var/log/orbset-errors.log", "/dev/null");
+  sim::mapPath("/var/log/orbset-errors.log", "/dev/null");
   checked(dlopen(ORB_PLATFORM_LIBRARY, RTLD_LAZY));
   const auto place = std::make_unique<unsigned char[]>(sizeof(orbController_QN4470T01));
 
-  const double start = orb::bench::threadNanoseconds();
+  const double start = threadNanoseconds();
   void* const handle = checked(dlopen(library, RTLD_LAZY));
   reinterpret_cast<void (*)(void*)>(checked(dlsym(handle, constructor)))(place.get());
-  const double taken = orb::bench::threadNanoseconds() - start;
+  const double taken = threadNanoseconds() - start;
   std::_Exit(write(STDOUT_FILENO, &taken, sizeof taken) == sizeof taken ? 0 : EXIT_FAILURE);
 }
 
 double inFreshProcess(const std::string& library, const std::string& constructor) {
-  orb::sim::Pipe output;
-  const pid_t process = fork();
-  if (process == 0) {
-    dup2(output.writing.get(), STDOUT_FILENO);
-    execl("/proc/self/exe", "bench_start", kConstructOption, library.c_str(), constructor.c_str(),
-          nullptr);
-    _exit(EXIT_FAILURE);
-  }
-  output.writing.reset();
+  const std::string command = std::string("exec '") + program_invocation_name + "' " +
+                              kConstructOption + " '" + library + "' " + constructor;
   double nanoseconds = 0;
+  std::FILE* const output = popen(command.c_str(), "re");
   const bool isRead =
-      read(output.reading.get(), &nanoseconds, sizeof nanoseconds) == sizeof nanoseconds;
-  int status = 0;
-  if (process < 0 || waitpid(process, &status, 0) != process || status != 0 || !isRead) {
+      output != nullptr && std::fread(&nanoseconds, sizeof nanoseconds, 1, output) == 1;
+  if (output == nullptr || pclose(output) != 0 || !isRead) {
     throw std::runtime_error("cannot load " + library);
   }
   return nanoseconds;
@@ -67,21 +59,25 @@ double inFreshProcess(const std::string& library, const std::string& constructor
 std::vector<Row> start() {
   constexpr int kTurns = 101;
   constexpr double kMicrosecond = 1000;
-  const orb::bench::Turns times = orb::bench::takeTimedTurns(
+  const Turns turns = quietest(takeTimedTurns(
       [] { return inFreshProcess(ORB_GNSS_LIBRARY, "_ZN23orbController_QN4470T01C1Ev"); },
-      [] { return inFreshProcess(ORB_TRIVIAL_OBJECT, "constructTrivial"); }, kTurns);
-  Row row = timeRow("start", "start: load the library, construct a driver", times, 3, kMicrosecond);
-  row.unit = "us";
-  return {row};
+      [] { return inFreshProcess(ORB_TRIVIAL_OBJECT, "constructTrivial"); }, kTurns));
+  return {compared({.work = "start",
+                    .title = "start: load the library, construct a driver",
+                    .unit = "us",
+                    .bound = 3},
+                   turns, kMicrosecond)};
 }
 
-const orb::bench::Work kWorks[] = {{"start", start}};
+const Work kWorks[] = {{"start", start}};
 
 }  // namespace
 
+}  // namespace orb::bench
+
 int main(int argc, char** argv) {
-  if (argc == 4 && argv[1] == std::string(kConstructOption)) {
-    construct(argv[2], argv[3]);
+  if (argc == 4 && argv[1] == std::string(orb::bench::kConstructOption)) {
+    orb::bench::construct(argv[2], argv[3]);
   }
-  return orb::bench::runWorks(argc, argv, kWorks);
+  return orb::bench::run(argc, argv, orb::bench::kWorks);
 }

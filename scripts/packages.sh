@@ -9,7 +9,7 @@ ORB_TEST_PACKAGES="bash binutils clang dbus-bin diffutils libclang-rt-dev libgmo
   libtinyxml2-dev locales procps python3 python3-nmea2 strace valgrind"
 
 # What the benchmark takes besides building the product.
-ORB_BENCH_PACKAGES="libbenchmark-dev libmodbus-dev nlohmann-json3-dev python3"
+ORB_BENCH_PACKAGES="libmodbus-dev nlohmann-json3-dev python3"
 
 # What the preset `aarch64` takes: to build and run its tests on this machine, and of the other
 # machine's packages (scripts/aarch64_sysroot.sh).

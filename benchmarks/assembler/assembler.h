@@ -4,14 +4,9 @@
 #include <cstddef>
 
 #include "orb-gnss/message_builder.h"
-#include "support/bytes.h"
-#include "support/turns.h"
-#include "support/work.h"
+#include "support/sample_bytes.h"
 
 namespace orb::bench {
-
-/// What a packet is longer than its payload.
-constexpr std::size_t kPacketOverhead = 7;
 
 /// A builder with its list.
 struct Assembler {
@@ -22,32 +17,20 @@ struct Assembler {
     constexpr unsigned char kReplyId = 0x83;
     return builder.update(kReplyId, bytes, length);
   }
+
+  /// A round of a wait in which what is listed is not what is awaited.
+  void updateAndEmpty(const unsigned char* bytes, std::size_t length) {
+    update(bytes, length);
+    list.Empty();
+  }
 };
 
-/// Calls `handle` with each piece of the bytes.
+/// Calls `handle` with pieces of the bytes, of `size` bytes each, that start `stride` bytes apart.
 template <typename Handle>
-void inPieces(const Bytes& bytes, std::size_t size, Handle handle) {
-  for (std::size_t at = 0; at < bytes.size(); at += size) {
-    handle(bytes.data() + at, std::min(size, bytes.size() - at));
+void forEachPiece(const Bytes& bytes, std::size_t size, std::size_t stride, Handle handle) {
+  for (std::size_t at = 0; at + size <= bytes.size(); at += stride) {
+    handle(bytes.data() + at, size);
   }
 }
-
-/// What it takes to cut `frames` frames out of the bytes, given in one call, and to keep them all,
-/// of the assembler and of the limit. Throws where either finds another number of frames.
-Turns assembleAllInTurns(const Bytes& bytes, std::size_t frames, int turns);
-
-/// Frames handed over in pieces of 1 KiB, the list emptied behind each.
-Row framesInPieces(std::size_t payloadLength);
-
-/// 4 MiB of frames in one call.
-Row framesInOneCall(std::size_t payloadLength);
-
-/// How the time of a frame changes with the number of frames in the call, of the assembler and of
-/// the limit, for which new memory is as dear.
-std::vector<Row> growthByFrames();
-
-/// Bytes in which nothing, or next to nothing, is found.
-Row scanOfText();
-Row scanOfNoise();
 
 }  // namespace orb::bench

@@ -4,7 +4,7 @@
 
 namespace orb::bench {
 
-/// The least that a lookup by identity can cost: one read of an array, behind a call with the
+/// The least that a lookup by identity can cost: one read of an array, by a call with the
 /// arguments of orbGetMessageDescription().
 const char* readArray(ORBMsgId id, unsigned short length);
 

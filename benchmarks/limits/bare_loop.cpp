@@ -24,7 +24,9 @@ bool exchangeByBareLoop(const std::string& tty, const Bytes& query, const Bytes&
   while (written > 0 && received < answer.size()) {
     const ssize_t count = read(fd, reply + received, sizeof reply - received);
     received += count > 0 ? static_cast<unsigned long>(count) : 0;
-    if (count <= 0) sched_yield();
+    if (count <= 0) {
+      sched_yield();
+    }
   }
   close(fd);
   return written > 0 && std::equal(answer.begin(), answer.end(), reply);

@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "support/bytes.h"
+#include "support/sample_bytes.h"
 
 namespace orb::bench {
 

@@ -10,8 +10,8 @@ struct Frame {
 };
 
 /// The least that cutting bytes into messages can cost: scan, checksum, and for each good frame two
-/// allocations and one copy. The messages are put before those in `list`, newest first.
-Frame* assembleFrames(const unsigned char* bytes, unsigned long length, Frame* list);
+/// allocations and one copy. Newest first.
+Frame* assembleFrames(const unsigned char* bytes, unsigned long length);
 
 /// Releases them all.
 void releaseFrames(Frame* list);

@@ -1,14 +1,10 @@
 #include "limits/scan.h"
 
 #include <cstring>
-
-#include "limits/exclusive_or.h"
+#include <functional>
+#include <numeric>
 
 namespace orb::bench {
-
-const void* findStartByte(const unsigned char* bytes, unsigned long length) {
-  return std::memchr(bytes, 0xA0, length);
-}
 
 unsigned long countGoodPackets(const unsigned char* bytes, unsigned long length) {
   unsigned long good = 0;
@@ -25,7 +21,7 @@ unsigned long countGoodPackets(const unsigned char* bytes, unsigned long length)
     }
     const unsigned long payload = static_cast<unsigned long>(bytes[2] << 8 | bytes[3]);
     if (static_cast<unsigned long>(end - bytes) >= payload + 7 &&
-        exclusiveOr(bytes + 4, payload) == bytes[4 + payload]) {
+        std::accumulate(bytes + 4, bytes + 5 + payload, 0, std::bit_xor<>()) == 0) {
       ++good;
       bytes += payload + 7;
     } else {

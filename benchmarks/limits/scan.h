@@ -2,11 +2,8 @@
 
 namespace orb::bench {
 
-/// The least that looking for a start byte can cost: memchr. Null when there is none.
-const void* findStartByte(const unsigned char* bytes, unsigned long length);
-
 /// The least that looking for packets can cost: finds start bytes with memchr, looks at the byte
-/// behind each and, where a packet starts, at its checksum. Returns how many packets are good.
+/// after each and, where a packet starts, at its checksum. Returns how many packets are good.
 unsigned long countGoodPackets(const unsigned char* bytes, unsigned long length);
 
 }  // namespace orb::bench

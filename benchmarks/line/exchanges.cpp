@@ -8,56 +8,48 @@
 #include <optional>
 #include <stdexcept>
 #include <string>
-#include <vector>
+#include <utility>
 
 #include "limits/bare_loop.h"
 #include "line/far_end.h"
-#include "line/latency.h"
 #include "line/query.h"
 #include "support/turns.h"
-#include "support/work.h"
+
+namespace orb::bench {
 
 namespace {
 
-using orb::bench::Blocks;
-using orb::bench::Bytes;
-using orb::bench::FarEnd;
-using orb::bench::Row;
+constexpr std::size_t kPairsPerBlock = 150;
+constexpr double kMicrosecond = 1000;
 
-constexpr int kBlocks = 21;
-constexpr int kPairsPerBlock = 150;
-constexpr double kMedian = 0.5;
+// Single exchanges in turns.
+template <typename Work, typename Limit>
+Turns exchangeInTurns(Work&& work, Limit&& limit) {
+  constexpr int kBlocks = 21;
+  return takeTimedTurns([&] { return timePerCall(work, 1, realNanoseconds); },
+                        [&] { return timePerCall(limit, 1, realNanoseconds); },
+                        kBlocks * static_cast<int>(kPairsPerBlock));
+}
 
-Row rowOf(const Blocks& times, double share, Row row) {
-  const std::vector<double> ratios = times.ratios(share);
-  row.value = Blocks::medianQuantile(times.work, share);
-  row.limit = Blocks::medianQuantile(times.limit, share);
-  row.ratio = orb::bench::median(ratios);
-  row.samples = ratios;
-  return row;
+Row exchangeRow(std::string work, std::string title, const Turns& exchanges,
+                std::optional<double> bound, double share = 0.5) {
+  return compared(
+      {.work = std::move(work), .title = std::move(title), .unit = "us", .bound = bound},
+      quantilesOfBlocks(exchanges, kPairsPerBlock, share), kMicrosecond);
 }
 
 void queryByBareLoop(const std::string& tty) {
-  if (!orb::bench::exchangeByBareLoop(tty, orb::bench::kMasksQuery, orb::bench::kMasksReply)) {
+  if (!exchangeByBareLoop(tty, kMasksQuery, kMasksReply)) {
     throw std::runtime_error("the bare loop read another answer");
   }
 }
 
 std::vector<Row> queryAtOnce() {
-  const FarEnd farEnd({{orb::bench::kStartByte, orb::bench::kMasksReply}});
-  const Blocks times =
-      orb::bench::compare([&] { orb::bench::queryByLibrary(farEnd.tty()); },
-                          [&] { queryByBareLoop(farEnd.tty()); }, kBlocks, kPairsPerBlock);
-  return {rowOf(times, kMedian,
-                {.work = "query-p50",
-                 .title = "query over a pty, answered at once, p50",
-                 .unit = "us",
-                 .bound = 1.3}),
-          rowOf(times, 0.99,
-                {.work = "query-p99",
-                 .title = "query over a pty, answered at once, p99",
-                 .unit = "us",
-                 .bound = 2})};
+  const FarEnd farEnd({{kStartByte, kMasksReply}});
+  const Turns exchanges = exchangeInTurns([&] { queryByLibrary(farEnd.tty()); },
+                                          [&] { queryByBareLoop(farEnd.tty()); });
+  return {exchangeRow("query-p50", "query over a pty, answered at once, p50", exchanges, 1.3),
+          exchangeRow("query-p99", "query over a pty, answered at once, p99", exchanges, 2, 0.99)};
 }
 
 constexpr unsigned char kSlave = 1;
@@ -65,7 +57,7 @@ constexpr unsigned char kSlave = 1;
 // receiver's masks.
 const Bytes kRegistersReply{kSlave, 0x03, 0x06, 0x00, 0x01, 0x00, 0x02, 0x00, 0x03, 0xFD, 0x74};
 
-/// A client of libmodbus.
+// A client of libmodbus.
 class Modbus {
  public:
   explicit Modbus(const std::string& tty)
@@ -94,14 +86,8 @@ class Modbus {
 };
 
 std::vector<Row> againstModbus() {
-  const FarEnd farEnd(
-      {{orb::bench::kStartByte, orb::bench::kMasksReply}, {kSlave, kRegistersReply}});
-  const auto compare = [](const auto& work, const auto& limit, const char* name, const char* title,
-                          std::optional<double> bound) {
-    const Blocks times = orb::bench::compare(work, limit, kBlocks, kPairsPerBlock);
-    return rowOf(times, kMedian, {.work = name, .title = title, .unit = "us", .bound = bound});
-  };
-  const auto query = [&] { orb::bench::queryByLibrary(farEnd.tty()); };
+  const FarEnd farEnd({{kStartByte, kMasksReply}, {kSlave, kRegistersReply}});
+  const auto query = [&] { queryByLibrary(farEnd.tty()); };
 
   Modbus connecting(farEnd.tty());
   const auto connectAndRead = [&] {
@@ -109,29 +95,34 @@ std::vector<Row> againstModbus() {
     connecting.read();
     connecting.close();
   };
-  const Row whole = compare(query, connectAndRead, "modbus-connecting",
-                            "query to libmodbus RTU that connects each time, p50", 1);
+  const Row whole =
+      exchangeRow("modbus-connecting", "query to libmodbus RTU that connects each time, p50",
+                  exchangeInTurns(query, connectAndRead), 1);
 
   Modbus open(farEnd.tty());
   open.connect();
   const auto read = [&] { open.read(); };
-  orb::bench::LibraryQuery channel(farEnd.tty());
+  LibraryQuery channel(farEnd.tty());
   const auto queryOnly = [&] {
     channel.send();
     channel.receive();
   };
-  const Row kept = compare(queryOnly, read, "modbus-open",
-                           "query to libmodbus RTU, both keep the port open, p50", 1);
+  const Row kept =
+      exchangeRow("modbus-open", "query to libmodbus RTU, both keep the port open, p50",
+                  exchangeInTurns(queryOnly, read), 1);
 
   // Shown, not bounded: what the library opens and closes each time libmodbus does not.
-  const Row opening = compare(query, read, "modbus-opening",
-                              "query that opens to libmodbus RTU that does not, p50", std::nullopt);
+  const Row opening =
+      exchangeRow("modbus-opening", "query that opens to libmodbus RTU that does not, p50",
+                  exchangeInTurns(query, read), std::nullopt);
   open.close();
   return {whole, kept, opening};
 }
 
-const orb::bench::Work kWorks[] = {{"query", queryAtOnce}, {"modbus", againstModbus}};
+const Work kWorks[] = {{"query", queryAtOnce}, {"modbus", againstModbus}};
 
 }  // namespace
 
-int main(int argc, char** argv) { return orb::bench::runWorks(argc, argv, kWorks); }
+}  // namespace orb::bench
+
+int main(int argc, char** argv) { return orb::bench::run(argc, argv, orb::bench::kWorks); }

@@ -30,18 +30,13 @@ void waitUntil(FarEnd::Clock::time_point due) {
 }  // namespace
 
 FarEnd::FarEnd(std::map<unsigned char, Bytes> answers)
-    : answers_(std::move(answers)), thread_([this] { serve(); }) {}
+    : answers_(std::move(answers)), thread_([this](const std::stop_token& stop) { serve(stop); }) {}
 
-FarEnd::~FarEnd() {
-  stopping_ = true;
-  thread_.join();
-}
-
-void FarEnd::serve() {
+void FarEnd::serve(const std::stop_token& stop) {
   unsigned char query[kQueryLength];
   unsigned long received = 0;
   pollfd line{pty_.master.get(), POLLIN, 0};
-  while (!stopping_) {
+  while (!stop.stop_requested()) {
     if (poll(&line, 1, kLookUpMilliseconds) <= 0) {
       continue;
     }

@@ -7,11 +7,11 @@
 #include <thread>
 
 #include "line/raw_pty.h"
-#include "support/bytes.h"
+#include "support/sample_bytes.h"
 
 namespace orb::bench {
 
-/// A pty, and at its far end a thread that answers: to each query of kQueryLength bytes it gives
+/// A pty, and at its far end a thread that answers: to each query of kQueryLength bytes it writes
 /// the answer that belongs to the query's first byte.
 ///
 /// The thread sleeps until a query comes, as the programs at the far end of a pty do. One that
@@ -24,9 +24,6 @@ class FarEnd {
   static constexpr unsigned long kQueryLength = 8;
 
   explicit FarEnd(std::map<unsigned char, Bytes> answers);
-  FarEnd(const FarEnd&) = delete;
-  FarEnd& operator=(const FarEnd&) = delete;
-  ~FarEnd();
 
   /// The device to open.
   const std::string& tty() const { return pty_.tty; }
@@ -34,19 +31,18 @@ class FarEnd {
   /// From the next query on, answers so long after it.
   void answerAfter(std::chrono::nanoseconds delay) { delay_ = delay; }
 
-  /// When the answer that was just received was given to the line.
+  /// When the answer that was just received was written to the line.
   Clock::time_point answeredAt() const { return answeredAt_; }
 
  private:
-  void serve();
+  void serve(const std::stop_token& stop);
   void answer(unsigned char first);
 
   const std::map<unsigned char, Bytes> answers_;
   RawPty pty_;
   std::atomic<std::chrono::nanoseconds> delay_{std::chrono::nanoseconds::zero()};
   std::atomic<Clock::time_point> answeredAt_{};
-  std::atomic<bool> stopping_{false};
-  std::thread thread_;  // the last, since it uses the others
+  std::jthread thread_;  // the last, since it uses the others
 };
 
 }  // namespace orb::bench

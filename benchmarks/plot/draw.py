@@ -48,11 +48,6 @@ def use_logarithm(axis):
     axis.set_minor_formatter(NullFormatter())
 
 
-def spread(points):
-    heights = [height for _, height in points]
-    return max(heights) / min(heights)
-
-
 def save(figure, path):
     figure.savefig(path, metadata={"Date": None})
     print(path)
@@ -90,7 +85,8 @@ def draw_growth(rows, path):
             axis.plot(*zip(*row["series"]["points"]), "o-", markersize=3, label=row["series"]["label"])
         axis.set(xscale="log", xlabel=cause, ylabel=group[0]["series"]["y"])
         use_logarithm(axis.xaxis)
-        if spread([point for row in group for point in row["series"]["points"]]) > WIDE:
+        heights = [height for row in group for _, height in row["series"]["points"]]
+        if max(heights) > WIDE * min(heights):
             axis.set_yscale("log")
             use_logarithm(axis.yaxis)
         else:

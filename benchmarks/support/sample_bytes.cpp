@@ -4,14 +4,12 @@
 #include <random>
 #include <string_view>
 
-#include "orb-gnss/message.h"
-
 namespace orb::bench {
 
 namespace {
 
-constexpr ORBMessageMsgValue kNavigationData = 0xA800;
 constexpr unsigned char kStartByte = 0xA0;
+constexpr unsigned char kNavigationData = 0xA8;
 
 }  // namespace
 
@@ -19,21 +17,23 @@ Bytes packets(std::size_t payloadLength, std::size_t length) {
   std::minstd_rand random;
   Bytes bytes;
   while (bytes.size() < length) {
-    ORBMessage message(kNavigationData, payloadLength, nullptr);
-    for (unsigned long index = 0; index + 1 < payloadLength; ++index) {
-      message.setByte(index, static_cast<unsigned char>(random() >> 8) % kStartByte);
+    Bytes packet{kStartByte, 0xA1, static_cast<unsigned char>(payloadLength >> 8),
+                 static_cast<unsigned char>(payloadLength), kNavigationData};
+    unsigned char checksum = kNavigationData;
+    for (std::size_t index = 1; index < payloadLength; ++index) {
+      packet.push_back(static_cast<unsigned char>(random() >> 8) % kStartByte);
+      checksum ^= packet.back();
     }
-    if (message.getByteFull(message.getPacketLength() - 3) == kStartByte) {
-      continue;
+    if (checksum != kStartByte) {
+      packet.insert(packet.end(), {checksum, 0x0D, 0x0A});
+      bytes.insert(bytes.end(), packet.begin(), packet.end());
     }
-    bytes.insert(bytes.end(), message.getPacketData(),
-                 message.getPacketData() + message.getPacketLength());
   }
   bytes.resize(length);
   return bytes;
 }
 
-Bytes text(std::size_t length) {
+Bytes textBytes(std::size_t length) {
   constexpr std::string_view kSentence =
       "$GNGGA,101530.00,4717.1134,N,00833.9154,E,1,12,0.7,499.6,M,48.0,M,,*43\r\n";
   Bytes bytes;

@@ -1,17 +1,18 @@
 #pragma once
 
 #include <cstddef>
-
-#include "support/bytes.h"
+#include <vector>
 
 namespace orb::bench {
+
+using Bytes = std::vector<unsigned char>;
 
 /// Good packets back to back, as many as fill `length` bytes, each with `payloadLength` bytes of
 /// payload. The bodies are random, but hold no start byte.
 Bytes packets(std::size_t payloadLength, std::size_t length);
 
 /// NMEA sentences, which hold no start byte.
-Bytes text(std::size_t length);
+Bytes textBytes(std::size_t length);
 
 /// Random bytes, the same at every call.
 Bytes randomBytes(std::size_t length);

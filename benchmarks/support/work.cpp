@@ -36,10 +36,6 @@ ordered_json jsonOf(const Row& row) {
   return json;
 }
 
-bool isSelected(const std::string& work, std::span<char*> names) {
-  return names.empty() || std::find(names.begin(), names.end(), work) != names.end();
-}
-
 }  // namespace
 
 bool Row::isWithinBound() const {
@@ -47,7 +43,7 @@ bool Row::isWithinBound() const {
   return !bound || (sense == Sense::kAtMost ? figure <= *bound : figure >= *bound);
 }
 
-int runWorks(int argc, char** argv, std::span<const Work> works) {
+int run(int argc, char** argv, std::span<const Work> works) {
   const std::span<char*> names(argv + 1, argv + argc);
   if (!names.empty() && names.front() == std::string("--list")) {
     for (const Work& work : works) {
@@ -57,11 +53,10 @@ int runWorks(int argc, char** argv, std::span<const Work> works) {
   }
   try {
     for (const Work& work : works) {
-      if (!isSelected(work.name, names)) {
-        continue;
-      }
-      for (const Row& row : work.measure()) {
-        std::cout << jsonOf(row) << std::endl;
+      if (names.empty() || std::ranges::count(names, work.name) > 0) {
+        for (const Row& row : work.measure()) {
+          std::cout << jsonOf(row) << std::endl;
+        }
       }
     }
   } catch (const std::exception& error) {

@@ -18,21 +18,20 @@ struct Series {
   std::vector<std::pair<double, double>> points;
 };
 
-/// One row of the table; ../README.md says what each member means.
+/// One row of the table.
 struct Row {
-  std::string work{};
-  std::string title{};
-  std::string unit{};
-  double value = 0;
-  std::optional<double> limit{};
-  std::optional<double> ratio{};
+  std::string work{};             ///< its name, unique
+  std::string title{};            ///< what the table prints
+  std::string unit{};             ///< of value and limit
+  double value = 0;               ///< what the library took or reached
+  std::optional<double> limit{};  ///< the same of the limit
+  std::optional<double> ratio{};  ///< median of the turns' ratios of value to limit
   Sense sense = Sense::kAtMost;
-  std::optional<double> bound{};
-  std::vector<double> samples{};
-  std::optional<Series> series{};
-  std::string note{};
+  std::optional<double> bound{};   ///< for the ratio, or for the value where there is no ratio
+  std::vector<double> samples{};   ///< the figures of which ratio or value is the median
+  std::optional<Series> series{};  ///< a curve to plot
+  std::string note{};              ///< a short remark for the table
 
-  /// Whether the ratio, or the value where there is no ratio, is within the bound.
   bool isWithinBound() const;
 };
 
@@ -47,6 +46,6 @@ struct Work {
 
 /// The whole main() of a bench program: does the works that the command line selects, and prints
 /// their rows. Returns the exit status.
-int runWorks(int argc, char** argv, std::span<const Work> works);
+int run(int argc, char** argv, std::span<const Work> works);
 
 }  // namespace orb::bench

@@ -1,9 +1,0 @@
-#pragma once
-
-#include <vector>
-
-namespace orb::bench {
-
-using Bytes = std::vector<unsigned char>;
-
-}  // namespace orb::bench
