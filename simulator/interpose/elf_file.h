@@ -51,18 +51,14 @@ class ElfFile {
   /// Whether one of the program's notes is of this owner.
   bool hasNoteOf(std::string_view owner) const noexcept;
 
-  /// Whether the names that the dynamic loader sees, of functions for instance, contain `text`.
-  bool hasNameWith(std::string_view text) const noexcept;
-
-  /// Whether a part of the program that is to be executed makes system calls itself.
-  bool makesSystemCalls() const noexcept;
-
   /// Calls `use(name)` for each library that the program needs, in the program's order.
   template <typename Use>
   void forEachLibrary(Use use) const noexcept {
     char name[256];
     for (unsigned i = 0; libraryName(i, name); ++i) {
-      if (name[0] != '\0') use(static_cast<const char*>(name));
+      if (name[0] != '\0') {
+        use(static_cast<const char*>(name));
+      }
     }
   }
 
@@ -79,7 +75,6 @@ class ElfFile {
   Elf64_Ehdr header_{};
   Elf64_Phdr dynamic_{};
   std::uint64_t texts_ = 0;  // the file offset of the dynamic section's texts
-  std::uint64_t textsSize_ = 0;
 };
 
 }  // namespace orb::sim

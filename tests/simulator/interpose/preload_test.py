@@ -204,14 +204,6 @@ class StartedProgram(PreloadTest):
                     self.first_line_of_error("env", program, MAPPED, OTHER),
                     f"orb-sim: {program} {obstacle}: it does not see the simulated device")
 
-    def test_is_named_where_it_makes_system_calls_itself(self):
-        program = PROGRAMS / "direct_calls"
-        for command in (("env", program, MAPPED), ("sh", "-c", f"'{program}' {MAPPED}; exit $?")):
-            self.assertEqual(
-                self.first_line_of_error(*command),
-                f"orb-sim: {program} makes system calls without the C library: "
-                "they reach the real machine")
-
     def test_is_not_found_as_ever(self):
         result = subprocess.run(["env", "no-such-program"],
                                 env=self.environment | {"LD_PRELOAD": str(LIBRARY),

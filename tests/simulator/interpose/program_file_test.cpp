@@ -28,11 +28,6 @@ std::string obstacleOf(const fs::path& file) {
   return obstacle != nullptr ? obstacle : kNone;
 }
 
-std::string gapOf(const fs::path& file) {
-  const char* const gap = inspectProgram(file.c_str()).gap;
-  return gap != nullptr ? gap : kNone;
-}
-
 std::string runtimesOf(const fs::path& file) { return inspectProgram(file.c_str()).runtimes; }
 
 std::string contentOf(const fs::path& file) {
@@ -108,30 +103,6 @@ TEST_F(ProgramFileTest, RefusesAProgramThatGivesRights) {
 TEST_F(ProgramFileTest, RefusesAGoProgram) {
   EXPECT_EQ(obstacleOf(kPrograms / "go_note"),
             "is a Go program, which makes system calls without the C library");
-}
-
-TEST_F(ProgramFileTest, NamesAProgramThatMakesSystemCallsItself) {
-  const std::string expected =
-      "makes system calls without the C library: they reach the real machine";
-  EXPECT_EQ(gapOf(kPrograms / "direct_calls"), expected);
-  EXPECT_EQ(obstacleOf(kPrograms / "direct_calls"), kNone);
-}
-
-TEST_F(ProgramFileTest, NamesNoProgramThatMakesThemThroughTheCLibrary) {
-  EXPECT_EQ(gapOf(kPrograms / "file_calls"), kNone);
-  EXPECT_EQ(gapOf(kPrograms / "syscall_calls"), kNone);
-  for (const char* const tool : {"/bin/sh", "/bin/ls", "/usr/bin/env", "/bin/bash"}) {
-    if (!fs::exists(tool)) continue;
-    EXPECT_EQ(gapOf(tool), kNone) << tool;
-  }
-}
-
-TEST_F(ProgramFileTest, TakesNoSanitizerRuntimeWithinAProgramForItsOwnSystemCalls) {
-  for (const auto& entry : fs::directory_iterator(kPrograms)) {
-    const std::string name = entry.path().filename();
-    if (name.find("_asan_") == std::string::npos) continue;
-    EXPECT_EQ(gapOf(entry.path()), kNone) << name;
-  }
 }
 
 TEST_F(ProgramFileTest, TakesAScriptForItsInterpreter) {
