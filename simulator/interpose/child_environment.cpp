@@ -79,7 +79,7 @@ bool isRuntime(std::string_view library) noexcept {
 }
 
 /// Makes the entry: `runtimes`, our library, and what `given` (the libraries of an LD_PRELOAD) has
-/// of others. A runtime that stands in front of our library was put there for another program.
+/// of others. A runtime that is listed before our library was put there for another program.
 void makePreload(PreloadEntry& entry, std::string_view runtimes, std::string_view given) noexcept {
   PreloadList list(entry);
   list.add(runtimes);

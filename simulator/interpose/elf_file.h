@@ -63,7 +63,7 @@ class ElfFile {
   }
 
  private:
-  /// Finds a segment of the type, the first from `index` on, and moves `index` behind it.
+  /// Finds a segment of the type, the first from `index` on, and sets `index` to the next.
   bool segment(Elf64_Word type, Elf64_Phdr& found, unsigned& index) const noexcept;
   bool segment(Elf64_Word type, Elf64_Phdr& found) const noexcept;
   bool dynamicEntry(unsigned index, Elf64_Dyn& entry) const noexcept;

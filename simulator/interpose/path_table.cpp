@@ -41,7 +41,7 @@ void dropLastComponent(PathBuffer& path) noexcept {
   }
 }
 
-/// Appends the components of `path` to `out`, each with a slash in front; "" stands for the root.
+/// Appends the components of `path` to `out`, each after a slash; "" stands for the root.
 /// False when there is no room.
 bool appendComponents(PathBuffer& out, std::string_view path) noexcept {
   while (!path.empty()) {

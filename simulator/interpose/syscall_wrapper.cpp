@@ -1,5 +1,5 @@
-// syscall(2), by which a program makes a system call that the C library has no function for, or for
-// which it does not want to use it: the system calls behind the functions that are wrapped.
+// syscall(2), by which a program makes a system call by its number: those that the wrapped
+// functions make are wrapped here too.
 
 #include <fcntl.h>
 #include <sys/ioctl.h>

@@ -91,11 +91,8 @@ TEST_F(Bus, RefusesWhatItsAdapterCannotDo) {
 
 class Smbus : public testing::Test {
  protected:
-  int write(std::uint32_t size, std::uint8_t command) {
-    return sim::transferSmbus(expander_, address_, {I2C_SMBUS_WRITE, command, size, &data_});
-  }
-  int read(std::uint32_t size, std::uint8_t command) {
-    return sim::transferSmbus(expander_, address_, {I2C_SMBUS_READ, command, size, &data_});
+  int carry(std::uint8_t direction, std::uint8_t command, std::uint32_t kind) {
+    return sim::transferSmbus(expander_, address_, {direction, command, kind, &data_});
   }
   /// The data: a block, or what is in its place.
   void setData(const Bytes& bytes) { std::copy(bytes.begin(), bytes.end(), data_.block); }
@@ -109,9 +106,9 @@ class Smbus : public testing::Test {
 TEST_F(Smbus, FindsTheExpanderByAQuickCommandAndByAByte) {
   for (address_ = 0; address_ < 0x80; ++address_) {
     const int expected = address_ == kAddress ? 0 : -ENXIO;
-    EXPECT_EQ(write(I2C_SMBUS_QUICK, 0), expected);
-    EXPECT_EQ(read(I2C_SMBUS_QUICK, 0), expected);
-    EXPECT_EQ(read(I2C_SMBUS_BYTE, 0), expected);
+    EXPECT_EQ(carry(I2C_SMBUS_WRITE, 0, I2C_SMBUS_QUICK), expected);
+    EXPECT_EQ(carry(I2C_SMBUS_READ, 0, I2C_SMBUS_QUICK), expected);
+    EXPECT_EQ(carry(I2C_SMBUS_READ, 0, I2C_SMBUS_BYTE), expected);
   }
 }
 
@@ -119,69 +116,60 @@ TEST_F(Smbus, SelectsARegisterByALoneByteAndReadsFromThere) {
   set(expander_, 2, {0x12, 0x34});
   EXPECT_EQ(sim::transferSmbus(expander_, kAddress, {I2C_SMBUS_WRITE, 3, I2C_SMBUS_BYTE, nullptr}),
             0);
-  EXPECT_EQ(read(I2C_SMBUS_BYTE, 0), 0);
-  EXPECT_EQ(data_.byte, 0x34);
+  EXPECT_EQ(carry(I2C_SMBUS_READ, 0, I2C_SMBUS_BYTE), 0);
+  EXPECT_EQ(data(2), (Bytes{0x34, 0}));
 }
 
-TEST_F(Smbus, WritesAndReadsOneRegister) {
-  setData({0x12, 0x55});
-  EXPECT_EQ(write(I2C_SMBUS_BYTE_DATA, 3), 0);
-  EXPECT_EQ(pair(expander_, 2), (Bytes{0xFF, 0x12}));
-  data_ = {};
-  EXPECT_EQ(read(I2C_SMBUS_BYTE_DATA, 3), 0);
-  EXPECT_EQ(data(2), (Bytes{0x12, 0}));
-}
-
-TEST_F(Smbus, CarriesTheLowByteOfAWordFirst) {
-  data_.word = 0x3412;
-  EXPECT_EQ(write(I2C_SMBUS_WORD_DATA, 2), 0);
-  EXPECT_EQ(pair(expander_, 2), (Bytes{0x12, 0x34}));
-  data_ = {};
-  EXPECT_EQ(read(I2C_SMBUS_WORD_DATA, 2), 0);
-  EXPECT_EQ(data_.word, 0x3412);
-}
-
-TEST_F(Smbus, AnswersAProcessCallWithTheWordThatFollows) {
-  data_.word = 0x3412;
-  EXPECT_EQ(write(I2C_SMBUS_PROC_CALL, 2), 0);
-  EXPECT_EQ(data_.word, 0x3412);
-  EXPECT_EQ(pair(expander_, 2), (Bytes{0x12, 0x34}));
-  EXPECT_EQ(write(I2C_SMBUS_PROC_CALL, 0), 0);
-  EXPECT_EQ(data_.word, 0xFFFF);
-}
-
-TEST_F(Smbus, WritesAndReadsABlockWithoutItsLength) {
-  for (const std::uint32_t size : {I2C_SMBUS_I2C_BLOCK_DATA, I2C_SMBUS_I2C_BLOCK_BROKEN}) {
-    setData({3, 0x12, 0x34, 0x56});
-    EXPECT_EQ(write(size, 2), 0);
-    EXPECT_EQ(pair(expander_, 2), (Bytes{0x56, 0x34}));
-    setData({2, 0, 0, 0});
-    EXPECT_EQ(read(size, 2), 0);
-    EXPECT_EQ(data(4), (Bytes{2, 0x56, 0x34, 0}));
+TEST_F(Smbus, WritesAndReadsWhatEachKindHasOnTheWire) {
+  struct Row {
+    std::uint32_t kind;
+    std::uint8_t direction;
+    Bytes data;       // as the program hands it over
+    Bytes dataAfter;  // as it finds it afterwards
+    Bytes output;     // the output registers afterwards, before 0A 0B
+  };
+  constexpr std::uint8_t kRead = I2C_SMBUS_READ;
+  constexpr std::uint8_t kWrite = I2C_SMBUS_WRITE;
+  const Row rows[] = {
+      {I2C_SMBUS_BYTE_DATA, kWrite, {0x12, 0x34}, {0x12, 0x34}, {0x12, 0x0B}},
+      {I2C_SMBUS_BYTE_DATA, kRead, {0, 0}, {0x0A, 0}, {0x0A, 0x0B}},
+      {I2C_SMBUS_WORD_DATA, kWrite, {0x12, 0x34, 0x56}, {0x12, 0x34, 0x56}, {0x12, 0x34}},
+      {I2C_SMBUS_WORD_DATA, kRead, {0, 0, 0}, {0x0A, 0x0B, 0}, {0x0A, 0x0B}},
+      {I2C_SMBUS_PROC_CALL, kWrite, {0x12, 0x34, 0x56}, {0x12, 0x34, 0x56}, {0x12, 0x34}},
+      {I2C_SMBUS_I2C_BLOCK_DATA, kWrite, {1, 0x12, 0x34}, {1, 0x12, 0x34}, {0x12, 0x0B}},
+      {I2C_SMBUS_I2C_BLOCK_DATA, kRead, {2, 0, 0, 0}, {2, 0x0A, 0x0B, 0}, {0x0A, 0x0B}},
+      {I2C_SMBUS_I2C_BLOCK_BROKEN, kRead, {2, 0, 0, 0}, {2, 0x0A, 0x0B, 0}, {0x0A, 0x0B}},
+      {I2C_SMBUS_BLOCK_DATA, kWrite, {1, 0x12, 0x34}, {1, 0x12, 0x34}, {1, 0x12}},
+  };
+  for (const Row& row : rows) {
+    set(expander_, 2, {0x0A, 0x0B});
+    setData(row.data);
+    EXPECT_EQ(carry(row.direction, 2, row.kind), 0) << row.kind;
+    EXPECT_EQ(data(row.data.size()), row.dataAfter) << row.kind;
+    EXPECT_EQ(pair(expander_, 2), row.output) << row.kind;
   }
 }
 
-TEST_F(Smbus, WritesABlockAfterItsLength) {
-  setData({1, 0x12});
-  EXPECT_EQ(write(I2C_SMBUS_BLOCK_DATA, 2), 0);
-  EXPECT_EQ(pair(expander_, 2), (Bytes{0x01, 0x12}));
+TEST_F(Smbus, AnswersAProcessCallWithTheWordThatFollows) {
+  EXPECT_EQ(carry(I2C_SMBUS_WRITE, 0, I2C_SMBUS_PROC_CALL), 0);
+  EXPECT_EQ(data_.word, 0xFFFF);  // the inputs, which are not to be written
 }
 
 TEST_F(Smbus, CarriesTheLongestBlockAndRefusesALongerOne) {
   setData({I2C_SMBUS_BLOCK_MAX});
-  EXPECT_EQ(read(I2C_SMBUS_I2C_BLOCK_DATA, 2), 0);
-  EXPECT_EQ(data(I2C_SMBUS_BLOCK_MAX + 2).back(), 0);
-  EXPECT_EQ(data(I2C_SMBUS_BLOCK_MAX + 1).back(), 0xFF);
+  EXPECT_EQ(carry(I2C_SMBUS_READ, 2, I2C_SMBUS_I2C_BLOCK_DATA), 0);
+  EXPECT_EQ(data_.block[I2C_SMBUS_BLOCK_MAX], 0xFF);
+  EXPECT_EQ(data_.block[I2C_SMBUS_BLOCK_MAX + 1], 0);
   setData({I2C_SMBUS_BLOCK_MAX + 1});
-  EXPECT_EQ(write(I2C_SMBUS_I2C_BLOCK_DATA, 2), -EINVAL);
-  EXPECT_EQ(read(I2C_SMBUS_I2C_BLOCK_DATA, 2), -EINVAL);
-  EXPECT_EQ(write(I2C_SMBUS_BLOCK_DATA, 2), -EINVAL);
+  EXPECT_EQ(carry(I2C_SMBUS_WRITE, 2, I2C_SMBUS_I2C_BLOCK_DATA), -EINVAL);
+  EXPECT_EQ(carry(I2C_SMBUS_READ, 2, I2C_SMBUS_I2C_BLOCK_DATA), -EINVAL);
+  EXPECT_EQ(carry(I2C_SMBUS_WRITE, 2, I2C_SMBUS_BLOCK_DATA), -EINVAL);
   EXPECT_EQ(pair(expander_, 2), (Bytes{0xFF, 0xFF}));
 }
 
 TEST_F(Smbus, RefusesWhatItsAdapterCannotDo) {
-  EXPECT_EQ(read(I2C_SMBUS_BLOCK_DATA, 2), -EOPNOTSUPP);
-  EXPECT_EQ(write(I2C_SMBUS_BLOCK_PROC_CALL, 2), -EOPNOTSUPP);
+  EXPECT_EQ(carry(I2C_SMBUS_READ, 2, I2C_SMBUS_BLOCK_DATA), -EOPNOTSUPP);
+  EXPECT_EQ(carry(I2C_SMBUS_WRITE, 2, I2C_SMBUS_BLOCK_PROC_CALL), -EOPNOTSUPP);
 }
 
 }  // namespace

@@ -1,16 +1,11 @@
 """Uses the board's I2C bus through the preloaded library, by the programs that people use."""
 
 import os
-import pathlib
 import re
 import stat
-import subprocess
-import tempfile
 import unittest
 
-LIBRARY = pathlib.Path(os.environ["ORB_SIM_PRELOAD"])
-PROGRAMS = pathlib.Path(os.environ["ORB_SIM_TEST_PROGRAMS"])
-LIMIT = 60  # seconds for one program
+from held_program import HeldProgramTest, PROGRAMS, SANITIZED, escaped
 
 DEVICE = "/dev/i2c-77"  # as the tools make it of their bus number, and none of the real ones
 
@@ -38,25 +33,17 @@ def error_of(call, *arguments):
 """
 
 
-class I2cDeviceTest(unittest.TestCase):
+class I2cDeviceTest(HeldProgramTest):
     def setUp(self):
-        folder = tempfile.TemporaryDirectory(prefix="i2c device.")
-        self.addCleanup(folder.cleanup)
-        self.registers = pathlib.Path(folder.name) / "registers.txt"
+        super().setUp()
+        self.registers = self.folder / "registers.txt"
         self.registers.write_text(FACTORY_TEXT)
-        bus = pathlib.Path(folder.name) / "bus"
-        pathlib.Path(f"{bus}.registers").symlink_to(self.registers)
+        (self.folder / "bus.registers").symlink_to(self.registers)
+        bus = self.folder / "bus"
         os.mknod(bus, stat.S_IFSOCK | 0o600)
-        self.environment = os.environ | {
-            "LD_PRELOAD": str(LIBRARY), "ORB_SIM_PATHS": f"{DEVICE}={bus}", "ORB_SIM_I2C": str(bus),
+        self.environment |= {
+            "ORB_SIM_PATHS": f"{DEVICE}={escaped(bus)}", "ORB_SIM_I2C": str(bus),
             "PATH": os.environ["PATH"] + ":/usr/sbin"}
-
-    def run_program(self, *command, status=0, error=""):
-        """Runs a program, which must end as expected; returns its output."""
-        result = subprocess.run([str(part) for part in command], env=self.environment,
-                                capture_output=True, text=True, timeout=LIMIT)
-        self.assertEqual((result.returncode, result.stderr), (status, error), result.stdout)
-        return result.stdout
 
     def run_python(self, code):
         return self.run_program("/usr/bin/python3", "-c", PYTHON + code)
@@ -79,18 +66,14 @@ class CProgram(I2cDeviceTest):
         self.check_every_way("env", "-i", PROGRAMS / "i2c_calls", DEVICE)
 
     def test_finds_every_way_to_use_the_bus_when_it_is_sanitized(self):
-        sanitized = sorted(PROGRAMS.glob("i2c_calls_asan_*[+]"))
-        self.assertTrue(sanitized)
-        for program in sanitized:
-            with self.subTest(program):
-                # The shell's child gets the runtime in front of the library.
-                self.check_every_way("sh", "-c", '"$@"; exit $?', "sh", program, DEVICE)
+        for kind in SANITIZED:
+            with self.subTest(kind):
+                # The shell's child gets the runtime before the library.
+                self.check_every_way(
+                    "sh", "-c", '"$@"; exit $?', "sh", f"{PROGRAMS}/i2c_calls{kind}", DEVICE)
 
     def test_fails_without_the_library(self):
-        result = subprocess.run([PROGRAMS / "i2c_calls", DEVICE], capture_output=True, text=True,
-                                timeout=LIMIT)
-        self.assertEqual(result.returncode, 1)
-        self.assertIn("open: No such file or directory\n", result.stderr)
+        self.check_fails_without_the_library(PROGRAMS / "i2c_calls", DEVICE)
 
 
 class I2cTools(I2cDeviceTest):

@@ -12,13 +12,14 @@
 #include <random>
 #include <string>
 
+#include "support/temporary_folder.h"
+
+namespace orb::test {
 namespace {
 
 namespace fs = std::filesystem;
 
-using orb::sim::findProgram;
-using orb::sim::inspectProgram;
-using orb::sim::ProgramFile;
+using sim::inspectProgram;
 
 const fs::path kPrograms = ORB_SIM_TEST_PROGRAMS;
 constexpr char kNone[] = "none";
@@ -37,8 +38,6 @@ std::string contentOf(const fs::path& file) {
 
 class ProgramFileTest : public testing::Test {
  protected:
-  ~ProgramFileTest() override { fs::remove_all(folder_); }
-
   fs::path makeFile(const std::string& content, const std::string& name = "file") const {
     const fs::path file = folder_ / name;
     std::ofstream(file, std::ios::binary) << content;
@@ -53,12 +52,7 @@ class ProgramFileTest : public testing::Test {
     return makeFile(content);
   }
 
-  static fs::path makeFolder() {
-    std::string name = (fs::temp_directory_path() / "program-file.XXXXXX").string();
-    return mkdtemp(name.data());
-  }
-
-  const fs::path folder_ = makeFolder();
+  const TemporaryFolder folder_;
 };
 
 TEST_F(ProgramFileTest, LetsAnOrdinaryProgramBe) {
@@ -119,7 +113,7 @@ TEST_F(ProgramFileTest, ComesToAnEndWithAScriptThatInterpretsItself) {
 
 TEST_F(ProgramFileTest, LetsWhatIsNoProgramBe) {
   EXPECT_EQ(obstacleOf(folder_ / "missing"), kNone);
-  EXPECT_EQ(obstacleOf(folder_), kNone);
+  EXPECT_EQ(obstacleOf(folder_.path()), kNone);
   EXPECT_EQ(obstacleOf(makeFile("")), kNone);
   EXPECT_EQ(obstacleOf(makeFile("#!")), kNone);
   EXPECT_EQ(obstacleOf(makeFile("#!" + std::string(10'000, '/'))), kNone);
@@ -150,19 +144,19 @@ TEST_F(ProgramFileTest, SurvivesProgramsWithDamagedHeaders) {
     for (int i = 0; i < kDamagedBytes; ++i) {
       damaged[EI_NIDENT + random() % (kHeaders - EI_NIDENT)] = static_cast<char>(random());
     }
-    const ProgramFile program = inspectProgram(makeFile(damaged).c_str());
+    const sim::ProgramFile program = inspectProgram(makeFile(damaged).c_str());
     EXPECT_LT(std::string(program.runtimes).size(), sizeof program.runtimes);
   }
 }
 
 class FoundProgram : public ProgramFileTest {
  protected:
-  FoundProgram() { setenv("PATH", ("/nonexistent:" + folder_.string()).c_str(), 1); }
+  FoundProgram() { setenv("PATH", ("/nonexistent:" + folder_.path().string()).c_str(), 1); }
   ~FoundProgram() override { setenv("PATH", before_.c_str(), 1); }
 
   static std::string find(const char* name) {
     char found[PATH_MAX];
-    return findProgram(name, found);
+    return sim::findProgram(name, found);
   }
 
   const std::string before_ = std::getenv("PATH");
@@ -185,10 +179,11 @@ TEST_F(FoundProgram, IsNoFolder) {
 TEST_F(FoundProgram, IsLookedForInTheCurrentDirectoryWhereThePathHasAGap) {
   makeFile("");
   const fs::path before = fs::current_path();
-  fs::current_path(folder_);
+  fs::current_path(folder_.path());
   setenv("PATH", "/nonexistent::/bin", 1);
   EXPECT_EQ(find("file"), "./file");
   fs::current_path(before);
 }
 
 }  // namespace
+}  // namespace orb::test

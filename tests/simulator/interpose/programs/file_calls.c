@@ -6,17 +6,15 @@
  * Neither path exists before or after. */
 
 #include <dlfcn.h>
-#include <errno.h>
 #include <fcntl.h>
 #include <limits.h>
-#include <stdio.h>
 #include <stdlib.h>
-#include <string.h>
 #include <sys/stat.h>
 #include <sys/time.h>
 #include <sys/xattr.h>
-#include <unistd.h>
 #include <utime.h>
+
+#include "check.h"
 
 /* What fortified headers make of calls whose arguments are not known at compile time. */
 int __open_2(const char* path, int flags);
@@ -30,22 +28,12 @@ char* __realpath_chk(const char* path, char* resolved, size_t size);
 
 static const char* path;
 static const char* other;
-static int failures = 0;
-
-static void check(int good, const char* call) {
-  if (good) return;
-  fprintf(stderr, "%s: %s\n", call, strerror(errno));
-  ++failures;
-}
-
-static void checkDescriptor(int descriptor, const char* call) {
-  check(descriptor >= 0, call);
-  if (descriptor >= 0) close(descriptor);
-}
 
 static void checkStream(FILE* stream, const char* call) {
   check(stream != NULL, call);
-  if (stream != NULL) fclose(stream);
+  if (stream != NULL) {
+    fclose(stream);
+  }
 }
 
 static void openTheFile(void) {
@@ -171,7 +159,9 @@ static void linkTheFile(void) {
 }
 
 int main(int argc, char** argv) {
-  if (argc != 3) return 2;
+  if (argc != 3) {
+    return 2;
+  }
   path = argv[1];
   other = argv[2];
   openTheFile();

@@ -5,29 +5,18 @@
  *
  * The expander's output registers are 12 34 afterwards. */
 
-#include <errno.h>
 #include <fcntl.h>
 #include <linux/i2c-dev.h>
 #include <linux/i2c.h>
 #include <pthread.h>
 #include <stdint.h>
-#include <stdio.h>
-#include <string.h>
 #include <sys/ioctl.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
-#include <unistd.h>
+
+#include "check.h"
 
 static const char* path;
-static int failures = 0;
-
-static void check(int good, const char* what) {
-  if (good) {
-    return;
-  }
-  fprintf(stderr, "%s: %s\n", what, strerror(errno));
-  ++failures;
-}
 
 static int openedAt(int address) {
   const int bus = open(path, O_RDWR | O_CLOEXEC);
