@@ -45,16 +45,14 @@ TEST(RegisterText, ShowsEveryRegisterInItsPlace) {
 }
 
 TEST(RegisterText, TellsWhetherTheAntennaIsSupplied) {
-  const auto endsWith = [](const std::string& text, const std::string& end) {
-    return text.size() > end.size() && text.substr(text.size() - end.size()) == end;
-  };
   sim::PortExpander expander;
+  const auto supply = [&] { return textOf(expander).substr(sim::RegisterText::kSize - 11); };
   set(expander, 3, {0xFE});
-  EXPECT_TRUE(endsWith(textOf(expander), " not driven\n"));
+  EXPECT_EQ(supply(), "not driven\n");
   set(expander, 7, {0xFE});
-  EXPECT_TRUE(endsWith(textOf(expander), " off\n"));
+  EXPECT_EQ(supply(), "       off\n");
   set(expander, 3, {0x01});
-  EXPECT_TRUE(endsWith(textOf(expander), " on\n"));
+  EXPECT_EQ(supply(), "        on\n");
 }
 
 TEST(RegisterText, SetsTheRegisters) {

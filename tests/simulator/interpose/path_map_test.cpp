@@ -5,7 +5,6 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <cstdio>
 #include <filesystem>
 #include <fstream>
 #include <string>
@@ -53,20 +52,6 @@ TEST_F(PathMap, HoldsForTheFilesystemLibrary) {
   EXPECT_TRUE(fs::exists(target_));
   EXPECT_TRUE(fs::remove(kMappedFile));
   EXPECT_FALSE(fs::exists(target_));
-}
-
-TEST_F(PathMap, HoldsForOpenAndStat) {
-  struct stat status;
-  EXPECT_EQ(stat(kMappedFile, &status), -1);
-  EXPECT_EQ(errno, ENOENT);
-  const int descriptor = open(kMappedFile, O_WRONLY | O_CREAT | O_EXCL, 0640);
-  ASSERT_GE(descriptor, 0);
-  EXPECT_EQ(write(descriptor, "abc", 3), 3);
-  close(descriptor);
-  ASSERT_EQ(stat(kMappedFile, &status), 0);
-  EXPECT_EQ(status.st_size, 3);
-  EXPECT_EQ(status.st_mode & 0777, 0640u & ~umask(umask(0)));
-  EXPECT_EQ(contentOf(target_), "abc");
 }
 
 TEST_F(PathMap, LeavesOtherPathsAlone) {

@@ -25,11 +25,16 @@ class PreloadTest(HeldProgramTest):
         self.target.unlink()
 
 
-class CProgram(PreloadTest):
+class PlainProgram(PreloadTest):
     def test_finds_every_call_on_the_mapped_path(self):
         for name in "file_calls", "file_calls_fortified", "syscall_calls":
             with self.subTest(name):
                 self.run_program(PROGRAMS / name, MAPPED, OTHER)
+
+    def test_writes_streams_to_the_mapped_path(self):
+        for _ in range(2):
+            self.run_program(PROGRAMS / "file_streams", MAPPED)
+        self.assert_target("stream\nstream\n")
 
     def test_fails_without_the_library(self):
         self.check_fails_without_the_library(PROGRAMS / "file_calls", MAPPED, OTHER)
@@ -62,13 +67,6 @@ class SanitizedProgram(PreloadTest):
                     program = f"{PROGRAMS}/start_program{kind}"
                     output = self.run_child(program, way, 'echo "$LD_PRELOAD"')
                     self.assertEqual(output, f"{LIBRARY}\n")
-
-
-class CxxProgram(PreloadTest):
-    def test_writes_streams_to_the_mapped_path(self):
-        for _ in range(2):
-            self.run_program(PROGRAMS / "file_streams", MAPPED)
-        self.assert_target("stream\nstream\n")
 
 
 class Shell(PreloadTest):

@@ -68,8 +68,10 @@ TEST_F(ProgramFileTest, FindsTheSanitizerRuntimesThatAProgramNeeds) {
   EXPECT_NE(runtimes.find(":libubsan.so."), std::string::npos) << runtimes;
 }
 
-TEST_F(ProgramFileTest, RefusesAStaticProgram) {
+TEST_F(ProgramFileTest, RefusesAStaticProgramAndAGoProgram) {
   EXPECT_EQ(obstacleOf(kPrograms / "static_program"), "is statically linked");
+  EXPECT_EQ(obstacleOf(kPrograms / "go_note"),
+            "is a Go program, which makes system calls without the C library");
 }
 
 TEST_F(ProgramFileTest, RefusesAProgramForAnotherMachineOrWordSize) {
@@ -92,11 +94,6 @@ TEST_F(ProgramFileTest, RefusesAProgramThatGivesRights) {
   EXPECT_EQ(obstacleOf(program), expected);
   ASSERT_EQ(chmod(program.c_str(), 0755), 0);
   EXPECT_EQ(obstacleOf(program), kNone);
-}
-
-TEST_F(ProgramFileTest, RefusesAGoProgram) {
-  EXPECT_EQ(obstacleOf(kPrograms / "go_note"),
-            "is a Go program, which makes system calls without the C library");
 }
 
 TEST_F(ProgramFileTest, TakesAScriptForItsInterpreter) {
@@ -162,18 +159,15 @@ class FoundProgram : public ProgramFileTest {
   const std::string before_ = std::getenv("PATH");
 };
 
-TEST_F(FoundProgram, IsTheFirstExecutableInThePath) {
+TEST_F(FoundProgram, IsTheFirstExecutableFileInThePath) {
+  fs::create_directory(folder_ / "file");
   EXPECT_EQ(find("file"), "file");
+  fs::remove(folder_ / "file");
   const fs::path file = makeFile("");
   EXPECT_EQ(find("file"), file);
   fs::permissions(file, fs::perms::owner_read);
   EXPECT_EQ(find("file"), "file");
   EXPECT_EQ(find("./file"), "./file");
-}
-
-TEST_F(FoundProgram, IsNoFolder) {
-  fs::create_directory(folder_ / "file");
-  EXPECT_EQ(find("file"), "file");
 }
 
 TEST_F(FoundProgram, IsLookedForInTheCurrentDirectoryWhereThePathHasAGap) {
