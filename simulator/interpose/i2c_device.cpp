@@ -71,8 +71,10 @@ bool store(int file, const PortExpander& expander) noexcept {
 template <typename Use>
 int onBus(Use use) noexcept {
   const ScopedDescriptor file(openFile(registersPath, O_RDWR | O_CLOEXEC));
-  if (file.get() < 0 || systemCall(SYS_flock, file.get(), LOCK_EX) < 0) {
-    return -errno;
+  while (file.get() < 0 || systemCall(SYS_flock, file.get(), LOCK_EX) < 0) {
+    if (errno != EINTR) {
+      return -errno;
+    }
   }
   PortExpander expander;
   int result = load(file.get(), expander) ? use(expander) : -EIO;

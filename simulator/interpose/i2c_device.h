@@ -3,25 +3,26 @@
 #include <string_view>
 
 // i2c-dev's device for the board's I2C bus, which a mapped path leads to. Programs use it by ioctl;
-// the kernel fails whatever else they do with a descriptor of it.
+// the kernel refuses to read or write a descriptor of it.
 //
-// An open of the device is a file in memory that keeps the selected address, so that duplicates,
-// children and whoever else is handed the descriptor share the address as they share a device's.
-// The program's descriptor only names that file (O_PATH): it can neither be read nor written by it.
-// The port expander's registers are a file that every process uses under a lock.
+// Each open makes a file in memory that keeps the selected address, so that duplicates, children
+// and whoever else is handed the descriptor share the address as they share a device's. The
+// program's descriptor names that file without opening it (O_PATH). The port expander's registers
+// are in a file that every process uses under a lock.
 //
 // Functions that take a descriptor return -1 and set errno where they fail, as system calls do.
 
 namespace orb::sim {
 
-/// Makes the path `bus` the device's; "`bus`.registers" is the file of the registers. What is at
-/// `bus` should be nothing that can be opened, for the sake of calls that no wrapper sees.
+/// Makes the path `bus` the device's; "`bus`.registers" is the file of the registers. At `bus`
+/// should be a file that cannot be opened, such as a socket, so that calls which no wrapper sees
+/// fail.
 void setI2cBus(std::string_view bus) noexcept;
 
 /// Whether `path`, after mapping, is the device.
 bool isI2cDevice(const char* path) noexcept;
 
-/// Opens the device, for reading and writing whatever the flags of open ask for.
+/// Opens the device. Of the flags of open, O_CLOEXEC alone matters.
 int openI2cDevice(int flags) noexcept;
 
 /// Whether an ioctl is one of i2c-dev's and `descriptor` is open on the device. Leaves errno alone.

@@ -1,5 +1,5 @@
-// The functions that open a file. The C library's own calls, as for a stream, are not wrapped, so
-// that what is made of a path before them is all that can be: they cannot open the I2C bus.
+// The functions that open a file. The I2C bus is opened by open and openat alone: the calls that
+// the C library makes itself, for a stream for instance, reach no wrapper.
 
 #include <fcntl.h>
 #include <spawn.h>

@@ -43,9 +43,9 @@ class MappedTerminal : public testing::Test {
   }
 
   /// What the far end gets next: the flags of a change, or 0 and the bytes written.
-  std::string farEndReads(int limit = kReadLimit) const {
+  std::string farEndReads() const {
     pollfd source{farEnd_, POLLIN | POLLPRI, 0};
-    if (poll(&source, 1, limit) != 1) return "nothing";
+    if (poll(&source, 1, kReadLimit) != 1) return "nothing";
     std::array<char, 64> bytes{};
     const ssize_t length = read(farEnd_, bytes.data(), bytes.size());
     return length < 0 ? "an error" : std::string(bytes.data(), static_cast<std::size_t>(length));

@@ -10,10 +10,12 @@
 #include <linux/i2c-dev.h>
 #include <linux/i2c.h>
 #include <pthread.h>
+#include <signal.h>
 #include <stdint.h>
 #include <stdlib.h>
 #include <sys/ioctl.h>
 #include <sys/syscall.h>
+#include <sys/time.h>
 #include <sys/wait.h>
 
 #include "check.h"
@@ -122,8 +124,10 @@ static void* countUp(void* number) {
   return (void*)good;
 }
 
-/* A process and a thread beside this one, each with one of the registers. Children that are forked
- * meanwhile and live on keep nobody from the bus. */
+static void doNothing(int number) { (void)number; }
+
+/* A process and a thread beside this one, each with one of the registers. Signals interrupt no
+ * transfer, and children that are forked meanwhile and live on keep nobody from the bus. */
 static void countAtTheSameTime(void) {
   uint8_t numbers[] = {2, 3, 4};
   int held[2];
@@ -133,6 +137,10 @@ static void countAtTheSameTime(void) {
   if (process == 0) {
     _exit(countUp(&numbers[2]) != NULL ? 42 : 1);
   }
+  const struct sigaction interrupt = {.sa_handler = doNothing};
+  const struct itimerval often = {{0, 500}, {0, 500}};
+  const struct itimerval never = {{0, 0}, {0, 0}};
+  check(sigaction(SIGALRM, &interrupt, NULL) == 0, "sigaction");
   check(pthread_create(&thread, NULL, countUp, &numbers[1]) == 0, "pthread_create");
   for (int i = 0; i < 20; ++i) {
     if (fork() == 0) {
@@ -140,7 +148,9 @@ static void countAtTheSameTime(void) {
       _exit((int)read(held[0], &numbers, 1));
     }
   }
+  setitimer(ITIMER_REAL, &often, NULL);
   check(countUp(&numbers[0]) != NULL, "counting up");
+  setitimer(ITIMER_REAL, &never, NULL);
   void* good = NULL;
   check(pthread_join(thread, &good) == 0 && good != NULL, "a thread that counts up");
   int status = 0;
