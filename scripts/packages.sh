@@ -5,8 +5,8 @@ ORB_BUILD_PACKAGES="g++ cmake ninja-build pkg-config libsystemd-dev libtomlplusp
   libcli11-dev libeigen3-dev nlohmann-json3-dev dbus-daemon"
 
 # What testing it takes besides.
-ORB_TEST_PACKAGES="bash binutils clang dbus-bin diffutils libclang-rt-dev libgmock-dev libgtest-dev
-  libtinyxml2-dev locales procps python3 python3-nmea2 strace valgrind"
+ORB_TEST_PACKAGES="bash binutils clang dbus-bin diffutils i2c-tools libclang-rt-dev libgmock-dev
+  libgtest-dev libtinyxml2-dev locales procps python3 python3-nmea2 python3-smbus strace valgrind"
 
 # What the benchmark takes besides building the product.
 ORB_BENCH_PACKAGES="libmodbus-dev nlohmann-json3-dev python3"

@@ -13,7 +13,9 @@ std::uint8_t PortExpander::get(unsigned int number) const noexcept {
 }
 
 void PortExpander::set(unsigned int number, std::uint8_t value) noexcept {
-  if (number >= kOutput) registers_[number] = value;
+  if (number >= kOutput) {
+    registers_[number] = value;
+  }
 }
 
 std::uint8_t PortExpander::input(unsigned int port) const noexcept {
@@ -23,18 +25,17 @@ std::uint8_t PortExpander::input(unsigned int port) const noexcept {
   return static_cast<std::uint8_t>(level ^ registers_[kPolarity + port]);
 }
 
-void PortExpander::receive(const std::uint8_t* bytes, std::size_t count) noexcept {
-  if (count > 0) select(bytes[0]);
-  for (std::size_t i = 1; i < count; ++i) {
+void PortExpander::write(const std::uint8_t* bytes, std::size_t count) noexcept {
+  for (std::size_t i = 0; i < count; ++i) {
     set(selected_, bytes[i]);
-    moveOn();
+    selectOtherPort();
   }
 }
 
-void PortExpander::send(std::uint8_t* bytes, std::size_t count) noexcept {
+void PortExpander::read(std::uint8_t* bytes, std::size_t count) noexcept {
   for (std::size_t i = 0; i < count; ++i) {
     bytes[i] = get(selected_);
-    moveOn();
+    selectOtherPort();
   }
 }
 

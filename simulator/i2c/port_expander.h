@@ -8,9 +8,9 @@ namespace orb::sim {
 
 /// The carrier board's I2C port expander: two 8-bit ports, and four pairs of registers for them.
 ///
-/// The first byte of a write names a register, by its low three bits; each byte that is written
-/// after it, or read, moves on to the other register of the pair, so that two bytes carry both
-/// ports. A read starts at the register where the last transfer stopped.
+/// A transfer selects a register; each byte that is written or read after that selects the other
+/// register of the pair, so that two bytes carry both ports. A read that selects none starts at the
+/// register where the last transfer stopped.
 class PortExpander {
  public:
   static constexpr std::uint16_t kAddress = 0x21;
@@ -19,7 +19,7 @@ class PortExpander {
   enum Register : std::uint8_t {
     kInput = 0,      ///< the level of the pins, or its opposite; not to be written
     kOutput = 2,     ///< what the output pins are driven to
-    kPolarity = 4,   ///< a set bit turns the input bit over
+    kPolarity = 4,   ///< a set bit inverts the input bit
     kDirection = 6,  ///< a set bit makes the pin an input
   };
 
@@ -31,21 +31,22 @@ class PortExpander {
   /// Sets a register; the input registers stay as their pins are.
   void set(unsigned int number, std::uint8_t value) noexcept;
 
-  /// The register that the next byte goes to or comes from.
+  /// The register that the next byte is written to or read from.
   std::uint8_t selected() const noexcept { return selected_; }
+
+  /// Selects a register by the low three bits of its number.
   void select(std::uint8_t number) noexcept { selected_ = number % kRegisterCount; }
 
-  /// Takes a write, and gives a read.
-  void receive(const std::uint8_t* bytes, std::size_t count) noexcept;
-  void send(std::uint8_t* bytes, std::size_t count) noexcept;
+  void write(const std::uint8_t* bytes, std::size_t count) noexcept;
+  void read(std::uint8_t* bytes, std::size_t count) noexcept;
 
   static constexpr unsigned int kRegisterCount = 8;
 
  private:
   std::uint8_t input(unsigned int port) const noexcept;
-  void moveOn() noexcept { selected_ ^= 1; }
+  void selectOtherPort() noexcept { selected_ ^= 1; }
 
-  // As when its supply comes on: every pin is an input, and the output registers are set.
+  // As after power-up: every pin is an input, and the output registers are set.
   std::array<std::uint8_t, kRegisterCount> registers_{0, 0, 0xFF, 0xFF, 0, 0, 0xFF, 0xFF};
   std::uint8_t selected_ = 0;
 };

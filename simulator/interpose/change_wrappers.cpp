@@ -64,9 +64,7 @@ ORB_SIM_WRAPPER int truncate(const char* path, off_t length) noexcept {
   return callNext<"truncate", decltype(::truncate)>(mapped(path), length);
 }
 
-ORB_SIM_WRAPPER int truncate64(const char* path, off64_t length) noexcept {
-  return callNext<"truncate64", decltype(::truncate64)>(mapped(path), length);
-}
+ORB_SIM_WRAPPER int truncate64(const char*, off64_t) noexcept __attribute__((alias("truncate")));
 
 ORB_SIM_WRAPPER int chmod(const char* path, mode_t mode) noexcept {
   return callNext<"chmod", decltype(::chmod)>(mapped(path), mode);

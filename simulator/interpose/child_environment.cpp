@@ -32,7 +32,9 @@ bool beginsWith(const char* text, std::string_view start) noexcept {
 
 const char* find(char* const* variables, std::string_view name) noexcept {
   for (; variables != nullptr && *variables != nullptr; ++variables) {
-    if (beginsWith(*variables, name)) return *variables;
+    if (beginsWith(*variables, name)) {
+      return *variables;
+    }
   }
   return nullptr;
 }
@@ -43,14 +45,20 @@ class PreloadList {
   explicit PreloadList(PreloadEntry& entry) noexcept : text_(entry.text) { append(kPreloadName); }
 
   void add(std::string_view libraries) noexcept {
-    if (libraries.empty()) return;
-    if (length_ > kPreloadName.size()) append(":");
+    if (libraries.empty()) {
+      return;
+    }
+    if (length_ > kPreloadName.size()) {
+      append(":");
+    }
     append(libraries);
   }
 
  private:
   void append(std::string_view part) noexcept {
-    if (length_ + part.size() >= sizeof(PreloadEntry)) endProcess("LD_PRELOAD is too long");
+    if (length_ + part.size() >= sizeof(PreloadEntry)) {
+      endProcess("LD_PRELOAD is too long");
+    }
     std::memcpy(text_ + length_, part.data(), part.size());
     length_ += part.size();
     text_[length_] = '\0';
@@ -62,14 +70,16 @@ class PreloadList {
 
 bool isRuntime(std::string_view library) noexcept {
   char name[PATH_MAX];
-  if (library.size() >= sizeof name) return false;
+  if (library.size() >= sizeof name) {
+    return false;
+  }
   std::memcpy(name, library.data(), library.size());
   name[library.size()] = '\0';
   return isSanitizerRuntime(name);
 }
 
 /// Makes the entry: `runtimes`, our library, and what `given` (the libraries of an LD_PRELOAD) has
-/// of others. A runtime that stands in front of our library was put there for another program.
+/// of others. A runtime that is listed before our library was put there for another program.
 void makePreload(PreloadEntry& entry, std::string_view runtimes, std::string_view given) noexcept {
   PreloadList list(entry);
   list.add(runtimes);
@@ -95,23 +105,33 @@ std::string_view givenLibraries(char* const* variables) noexcept {
 }  // namespace
 
 void keepEnvironment(const char* library) noexcept {
-  if (std::strlen(library) >= sizeof keptLibrary) endProcess("the path of the library is too long");
+  if (std::strlen(library) >= sizeof keptLibrary) {
+    endProcess("the path of the library is too long");
+  }
   std::strcpy(keptLibrary, library);
   for (KeptVariable& kept : keptVariables) {
     const char* const variable = find(environ, kept.name);
-    if (variable == nullptr) continue;
-    if (std::strlen(variable) >= sizeof kept.text) endProcess("a variable of orb-sim is too long");
+    if (variable == nullptr) {
+      continue;
+    }
+    if (std::strlen(variable) >= sizeof kept.text) {
+      endProcess("a variable of orb-sim is too long");
+    }
     std::strcpy(kept.text, variable);
   }
   makePreload(ownPreload, "", givenLibraries(environ));
   for (char** variable = environ; *variable != nullptr; ++variable) {
-    if (beginsWith(*variable, kPreloadName)) *variable = ownPreload.text;
+    if (beginsWith(*variable, kPreloadName)) {
+      *variable = ownPreload.text;
+    }
   }
 }
 
 bool isComplete(char* const* variables) noexcept {
   for (const KeptVariable& kept : keptVariables) {
-    if (kept.text[0] != '\0' && find(variables, kept.name) == nullptr) return false;
+    if (kept.text[0] != '\0' && find(variables, kept.name) == nullptr) {
+      return false;
+    }
   }
   return givenLibraries(variables).find(keptLibrary) != std::string_view::npos;
 }
@@ -132,16 +152,18 @@ void completeEnvironment(const char* program, char* const* given, PreloadEntry& 
   const bool isValgrind = find(given, "VALGRIND_LAUNCHER=") != nullptr;
   if (file.obstacle != nullptr && !isValgrind) {
     say({program, " ", file.obstacle, ": it does not see the simulated device"});
-  } else if (file.gap != nullptr) {
-    say({program, " ", file.gap});
   }
   makePreload(entry, file.runtimes, givenLibraries(given));
   *out++ = entry.text;
   for (const KeptVariable& kept : keptVariables) {
-    if (kept.text[0] != '\0' && find(given, kept.name) == nullptr) *out++ = kept.text;
+    if (kept.text[0] != '\0' && find(given, kept.name) == nullptr) {
+      *out++ = kept.text;
+    }
   }
   for (; given != nullptr && *given != nullptr; ++given) {
-    if (!beginsWith(*given, kPreloadName)) *out++ = *given;
+    if (!beginsWith(*given, kPreloadName)) {
+      *out++ = *given;
+    }
   }
   *out = nullptr;
 }

@@ -3,10 +3,6 @@
 #include <fcntl.h>
 #include <unistd.h>
 
-#include <algorithm>
-
-#include "interpose/machine_code.h"
-
 // The start of the program or library that this file is part of, set by the linker.
 extern "C" const Elf64_Ehdr __ehdr_start __attribute__((visibility("hidden")));
 
@@ -16,7 +12,9 @@ ProgramBytes::ProgramBytes(const char* path) noexcept
     : descriptor_(open(path, O_RDONLY | O_CLOEXEC | O_NONBLOCK)) {}
 
 ProgramBytes::~ProgramBytes() {
-  if (descriptor_ >= 0) close(descriptor_);
+  if (descriptor_ >= 0) {
+    close(descriptor_);
+  }
 }
 
 std::size_t ProgramBytes::read(std::uint64_t offset, void* buffer,
@@ -27,11 +25,14 @@ std::size_t ProgramBytes::read(std::uint64_t offset, void* buffer,
 
 ElfFile::ElfFile(const ProgramBytes& bytes) noexcept : bytes_(bytes) {
   if (!bytes_.read(0, header_)) header_ = {};  // not half a header
-  if (!isForThisMachine() || !segment(PT_DYNAMIC, dynamic_)) return;
+  if (!isForThisMachine() || !segment(PT_DYNAMIC, dynamic_)) {
+    return;
+  }
   Elf64_Dyn entry;
   for (unsigned i = 0; dynamicEntry(i, entry); ++i) {
-    if (entry.d_tag == DT_STRTAB && !fileOffset(entry.d_un.d_ptr, texts_)) texts_ = 0;
-    if (entry.d_tag == DT_STRSZ) textsSize_ = entry.d_un.d_val;
+    if (entry.d_tag == DT_STRTAB && !fileOffset(entry.d_un.d_ptr, texts_)) {
+      texts_ = 0;
+    }
   }
 }
 
@@ -56,30 +57,9 @@ bool ElfFile::hasNoteOf(std::string_view owner) const noexcept {
     };
     for (std::uint64_t at = 0; at < notes.p_filesz && bytes_.read(notes.p_offset + at, note);
          at += sizeof note + padded(note.n_namesz) + padded(note.n_descsz)) {
-      if (bytes_.readText(notes.p_offset + at + sizeof note, name) && name == owner) return true;
-    }
-  }
-  return false;
-}
-
-bool ElfFile::hasNameWith(std::string_view text) const noexcept {
-  char piece[4096];
-  if (texts_ == 0) return false;
-  for (std::uint64_t done = 0; done < textsSize_; done += sizeof piece - text.size()) {
-    const std::size_t length =
-        bytes_.read(texts_ + done, piece, std::min<std::uint64_t>(textsSize_ - done, sizeof piece));
-    if (std::string_view(piece, length).find(text) != std::string_view::npos) return true;
-    if (length < sizeof piece) return false;
-  }
-  return false;
-}
-
-bool ElfFile::makesSystemCalls() const noexcept {
-  Elf64_Phdr loaded;
-  for (unsigned i = 0; segment(PT_LOAD, loaded, i);) {
-    if ((loaded.p_flags & PF_X) != 0 &&
-        sim::makesSystemCalls(bytes_, loaded.p_offset, loaded.p_filesz)) {
-      return true;
+      if (bytes_.readText(notes.p_offset + at + sizeof note, name) && name == owner) {
+        return true;
+      }
     }
   }
   return false;
@@ -87,8 +67,12 @@ bool ElfFile::makesSystemCalls() const noexcept {
 
 bool ElfFile::segment(Elf64_Word type, Elf64_Phdr& found, unsigned& index) const noexcept {
   while (index < header_.e_phnum) {
-    if (!bytes_.read(header_.e_phoff + index++ * sizeof found, found)) return false;
-    if (found.p_type == type) return true;
+    if (!bytes_.read(header_.e_phoff + index++ * sizeof found, found)) {
+      return false;
+    }
+    if (found.p_type == type) {
+      return true;
+    }
   }
   return false;
 }
@@ -116,9 +100,13 @@ bool ElfFile::dynamicEntry(unsigned index, Elf64_Dyn& entry) const noexcept {
 
 bool ElfFile::libraryName(unsigned index, char (&name)[256]) const noexcept {
   Elf64_Dyn entry;
-  if (!dynamicEntry(index, entry)) return false;
+  if (!dynamicEntry(index, entry)) {
+    return false;
+  }
   const bool isName = entry.d_tag == DT_NEEDED && texts_ != 0;
-  if (!isName || !bytes_.readText(texts_ + entry.d_un.d_val, name)) name[0] = '\0';
+  if (!isName || !bytes_.readText(texts_ + entry.d_un.d_val, name)) {
+    name[0] = '\0';
+  }
   return true;
 }
 

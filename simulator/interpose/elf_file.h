@@ -51,23 +51,19 @@ class ElfFile {
   /// Whether one of the program's notes is of this owner.
   bool hasNoteOf(std::string_view owner) const noexcept;
 
-  /// Whether the names that the dynamic loader sees, of functions for instance, contain `text`.
-  bool hasNameWith(std::string_view text) const noexcept;
-
-  /// Whether a part of the program that is to be executed makes system calls itself.
-  bool makesSystemCalls() const noexcept;
-
   /// Calls `use(name)` for each library that the program needs, in the program's order.
   template <typename Use>
   void forEachLibrary(Use use) const noexcept {
     char name[256];
     for (unsigned i = 0; libraryName(i, name); ++i) {
-      if (name[0] != '\0') use(static_cast<const char*>(name));
+      if (name[0] != '\0') {
+        use(static_cast<const char*>(name));
+      }
     }
   }
 
  private:
-  /// Finds a segment of the type, the first from `index` on, and moves `index` behind it.
+  /// Finds a segment of the type, the first from `index` on, and sets `index` to the next.
   bool segment(Elf64_Word type, Elf64_Phdr& found, unsigned& index) const noexcept;
   bool segment(Elf64_Word type, Elf64_Phdr& found) const noexcept;
   bool dynamicEntry(unsigned index, Elf64_Dyn& entry) const noexcept;
@@ -79,7 +75,6 @@ class ElfFile {
   Elf64_Ehdr header_{};
   Elf64_Phdr dynamic_{};
   std::uint64_t texts_ = 0;  // the file offset of the dynamic section's texts
-  std::uint64_t textsSize_ = 0;
 };
 
 }  // namespace orb::sim

@@ -18,7 +18,9 @@ void say(std::initializer_list<std::string_view> parts) noexcept {
     length += taken;
   };
   append("orb-sim: ");
-  for (const std::string_view part : parts) append(part);
+  for (const std::string_view part : parts) {
+    append(part);
+  }
   line[length++] = '\n';
   const int savedErrno = errno;
   if (write(STDERR_FILENO, line, length) < 0) {

@@ -3,15 +3,13 @@
 #include <fcntl.h>
 #include <limits.h>
 #include <sys/stat.h>
-#include <sys/syscall.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <atomic>
 #include <cerrno>
-#include <cstdio>
 #include <cstring>
 
+#include "interpose/descriptor_path.h"
 #include "interpose/message.h"
 #include "interpose/system_call.h"
 #include "orb-sim/path_map.h"
@@ -43,19 +41,23 @@ void dropLastComponent(PathBuffer& path) noexcept {
   }
 }
 
-/// Appends the components of `path` to `out`, each with a slash in front; "" stands for the root.
+/// Appends the components of `path` to `out`, each after a slash; "" stands for the root.
 /// False when there is no room.
 bool appendComponents(PathBuffer& out, std::string_view path) noexcept {
   while (!path.empty()) {
     const std::size_t length = std::min(path.find('/'), path.size());
     const std::string_view component(path.data(), length);
     path.remove_prefix(std::min(length + 1, path.size()));
-    if (component.empty() || component == ".") continue;
+    if (component.empty() || component == ".") {
+      continue;
+    }
     if (component == "..") {
       dropLastComponent(out);
       continue;
     }
-    if (out.length + 1 + length >= sizeof out.text) return false;
+    if (out.length + 1 + length >= sizeof out.text) {
+      return false;
+    }
     out.text[out.length++] = '/';
     std::memcpy(out.text + out.length, component.data(), length);
     out.length += length;
@@ -67,8 +69,8 @@ bool appendComponents(PathBuffer& out, std::string_view path) noexcept {
 /// Appends the directory that a relative path starts from. The C library's function for it is among
 /// those that are wrapped.
 bool appendDirectory(PathBuffer& out, int directory) noexcept {
-  char link[32] = "/proc/self/cwd";
-  if (directory != AT_FDCWD) std::snprintf(link, sizeof link, "/proc/self/fd/%d", directory);
+  const DescriptorPath opened(directory);
+  const char* const link = directory == AT_FDCWD ? "/proc/self/cwd" : opened.text;
   char target[PATH_MAX];
   const long length = systemCall(SYS_readlinkat, AT_FDCWD, link, target, sizeof target);
   return length > 0 && appendComponents(out, {target, static_cast<std::size_t>(length)});
@@ -80,10 +82,14 @@ const char* findMapped(int directory, const char* path) noexcept {
   const bool known =
       (path[0] == '/' || appendDirectory(absolute, directory)) && appendComponents(absolute, path);
   errno = savedErrno;
-  if (!known) return path;
+  if (!known) {
+    return path;
+  }
   const int count = mappingCount.load(std::memory_order_acquire);
   for (int i = 0; i < count; ++i) {
-    if (std::strcmp(mappings[i].from, absolute.text) == 0) return mappings[i].to;
+    if (std::strcmp(mappings[i].from, absolute.text) == 0) {
+      return mappings[i].to;
+    }
   }
   return path;
 }
@@ -91,7 +97,9 @@ const char* findMapped(int directory, const char* path) noexcept {
 int indexOf(const char* from) noexcept {
   const int count = mappingCount.load(std::memory_order_relaxed);
   int index = 0;
-  while (index < count && std::strcmp(mappings[index].from, from) != 0) ++index;
+  while (index < count && std::strcmp(mappings[index].from, from) != 0) {
+    ++index;
+  }
   return index;
 }
 
@@ -100,11 +108,17 @@ int indexOf(const char* from) noexcept {
 PathBuffer takeUntil(const char*& text, char end) noexcept {
   PathBuffer taken;
   for (; *text != '\0' && *text != end; ++text) {
-    if (*text == '\\' && text[1] != '\0') ++text;
-    if (taken.length + 1 == sizeof taken.text) endProcess("a path of ORB_SIM_PATHS is too long");
+    if (*text == '\\' && text[1] != '\0') {
+      ++text;
+    }
+    if (taken.length + 1 == sizeof taken.text) {
+      endProcess("a path of ORB_SIM_PATHS is too long");
+    }
     taken.text[taken.length++] = *text;
   }
-  if (*text == end) ++text;
+  if (*text == end) {
+    ++text;
+  }
   taken.text[taken.length] = '\0';
   return taken;
 }
@@ -112,12 +126,16 @@ PathBuffer takeUntil(const char*& text, char end) noexcept {
 }  // namespace
 
 const char* mapped(int directory, const char* path) noexcept {
-  if (path == nullptr) return nullptr;
+  if (path == nullptr) {
+    return nullptr;
+  }
   const int count = mappingCount.load(std::memory_order_acquire);
   // Nearly every call is for another file, which its last component tells.
   const char* const name = lastComponent(path);
   for (int i = 0; i < count; ++i) {
-    if (std::strcmp(mappings[i].name, name) == 0) return findMapped(directory, path);
+    if (std::strcmp(mappings[i].name, name) == 0) {
+      return findMapped(directory, path);
+    }
   }
   return path;
 }
@@ -142,12 +160,16 @@ bool isMappedTerminal(int descriptor) noexcept {
 
 void mapPath(std::string_view from, std::string_view to) noexcept {
   PathBuffer absolute;
-  if (from.empty() || from[0] != '/') endProcess("a path to be mapped is not absolute");
+  if (from.empty() || from[0] != '/') {
+    endProcess("a path to be mapped is not absolute");
+  }
   if (to.empty() || to.size() >= PATH_MAX || !appendComponents(absolute, from)) {
     endProcess("a path to be mapped is too long, or its target is empty");
   }
   const int index = indexOf(absolute.text);
-  if (index == kMaxMappedPaths) endProcess("more paths are mapped than there is room for");
+  if (index == kMaxMappedPaths) {
+    endProcess("more paths are mapped than there is room for");
+  }
   Mapping& mapping = mappings[index];
   std::memcpy(mapping.to, to.data(), to.size());
   mapping.to[to.size()] = '\0';

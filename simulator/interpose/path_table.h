@@ -9,7 +9,7 @@ namespace orb::sim {
 /// changed, else `path` itself. Null stays null.
 ///
 /// A path is recognised by its spelling: after doubled slashes, "." and ".." are gone, and with
-/// the current directory in front of a relative one. Symbolic links are not followed.
+/// the current directory before a relative one. Symbolic links are not followed.
 const char* mapped(const char* path) noexcept;
 
 /// The same for a path relative to the directory that `directory` is open on (or AT_FDCWD).

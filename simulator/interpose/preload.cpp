@@ -13,10 +13,14 @@ namespace {
 [[gnu::constructor]] void setUp() noexcept {
   const char* const paths = std::getenv("ORB_SIM_PATHS");
   Dl_info self;
-  if (paths == nullptr || dladdr(reinterpret_cast<void*>(&setUp), &self) == 0) return;
+  if (paths == nullptr || dladdr(reinterpret_cast<void*>(&setUp), &self) == 0) {
+    return;
+  }
   orb::sim::mapPathsFromText(paths);
   const char* const bus = std::getenv("ORB_SIM_I2C");
-  if (bus != nullptr) orb::sim::setI2cBus(bus);
+  if (bus != nullptr) {
+    orb::sim::setI2cBus(bus);
+  }
   orb::sim::keepEnvironment(self.dli_fname);
 }
 

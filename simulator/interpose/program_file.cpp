@@ -23,7 +23,9 @@ constexpr const char* kRuntimeNames[] = {"libasan.so",  "libtsan.so",   "liblsan
 /// then ignores LD_PRELOAD.
 bool givesRights(const char* path) noexcept {
   struct stat status;
-  if (stat(path, &status) != 0) return false;
+  if (stat(path, &status) != 0) {
+    return false;
+  }
   const bool otherUser = (status.st_mode & S_ISUID) != 0 && status.st_uid != getuid();
   const bool otherGroup = (status.st_mode & S_ISGID) != 0 && status.st_gid != getgid();
   const bool capabilities = getuid() != 0 && getxattr(path, "security.capability", nullptr, 0) > 0;
@@ -35,7 +37,9 @@ bool givesRights(const char* path) noexcept {
 bool readInterpreter(const ProgramBytes& bytes, char (&path)[PATH_MAX]) noexcept {
   char line[256] = "";
   bytes.read(0, line, sizeof line - 1);
-  if (line[0] != '#' || line[1] != '!') return false;
+  if (line[0] != '#' || line[1] != '!') {
+    return false;
+  }
   const char* const start = line + 2 + std::strspn(line + 2, " \t");
   const std::size_t length = std::strcspn(start, " \t\n");
   std::memcpy(path, start, length);
@@ -49,12 +53,6 @@ void addRuntime(ProgramFile& program, const char* name) noexcept {
                 used != 0 ? ":" : "", name);
 }
 
-/// Whether a sanitizer's runtime is part of the program. It makes system calls of its own, which
-/// hide those of the program; none of them is for a file that is mapped.
-bool hasRuntimeWithin(const ElfFile& elf, const ProgramFile& program) noexcept {
-  return program.runtimes[0] == '\0' && elf.hasNameWith("__sanitizer_");
-}
-
 ProgramFile inspectElf(const ProgramBytes& bytes) noexcept {
   const ElfFile elf(bytes);
   ProgramFile program;
@@ -66,11 +64,10 @@ ProgramFile inspectElf(const ProgramBytes& bytes) noexcept {
     program.obstacle = "is a Go program, which makes system calls without the C library";
   } else {
     elf.forEachLibrary([&](const char* name) {
-      if (isSanitizerRuntime(name)) addRuntime(program, name);
+      if (isSanitizerRuntime(name)) {
+        addRuntime(program, name);
+      }
     });
-    if (!hasRuntimeWithin(elf, program) && elf.makesSystemCalls()) {
-      program.gap = "makes system calls without the C library: they reach the real machine";
-    }
   }
   return program;
 }
@@ -91,7 +88,9 @@ ProgramFile inspectProgram(const char* path) noexcept {
     if (bytes.read(0, magic) && std::memcmp(magic, ELFMAG, SELFMAG) == 0) {
       program = inspectElf(bytes);
     }
-    if (givesRights(path)) program.obstacle = "runs with other rights than its caller's";
+    if (givesRights(path)) {
+      program.obstacle = "runs with other rights than its caller's";
+    }
     break;
   }
   errno = savedErrno;
@@ -102,16 +101,22 @@ bool isSanitizerRuntime(const char* library) noexcept {
   const char* const slash = std::strrchr(library, '/');
   const char* const name = slash != nullptr ? slash + 1 : library;
   for (const char* const runtime : kRuntimeNames) {
-    if (std::strncmp(name, runtime, std::strlen(runtime)) == 0) return true;
+    if (std::strncmp(name, runtime, std::strlen(runtime)) == 0) {
+      return true;
+    }
   }
   return false;
 }
 
 const char* findProgram(const char* name, char (&found)[PATH_MAX]) noexcept {
-  if (std::strchr(name, '/') != nullptr) return name;
+  if (std::strchr(name, '/') != nullptr) {
+    return name;
+  }
   const int savedErrno = errno;
   const char* folders = std::getenv("PATH");
-  if (folders == nullptr) folders = "/bin:/usr/bin";
+  if (folders == nullptr) {
+    folders = "/bin:/usr/bin";
+  }
   const char* result = name;
   while (result == name) {
     const int length = static_cast<int>(std::strcspn(folders, ":"));
@@ -123,7 +128,9 @@ const char* findProgram(const char* name, char (&found)[PATH_MAX]) noexcept {
         access(found, X_OK) == 0) {
       result = found;
     }
-    if (folders[length] == '\0') break;
+    if (folders[length] == '\0') {
+      break;
+    }
     folders += length + 1;
   }
   errno = savedErrno;

@@ -10,11 +10,7 @@ struct ProgramFile {
   /// they can, and where the file cannot be read.
   const char* obstacle = nullptr;
 
-  /// What the wrappers may not see of what the program does, as the end of "PROGRAM ..."; null
-  /// where nothing is known of.
-  const char* gap = nullptr;
-
-  /// The sanitizer runtimes that the program needs, separated by colons. Their place is in front of
+  /// The sanitizer runtimes that the program needs, separated by colons. Their place is before
   /// every other preloaded library. A program that has its runtime linked in statically needs none.
   char runtimes[512] = "";
 };

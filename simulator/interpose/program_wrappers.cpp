@@ -1,7 +1,6 @@
 // The functions that start a program: it gets the settings that keep it on the simulated device,
 // whatever environment its parent gives it.
 
-#include <fcntl.h>
 #include <spawn.h>
 #include <stdio.h>
 #include <stdlib.h>
@@ -11,10 +10,12 @@
 #include <cstdarg>
 
 #include "interpose/child_environment.h"
+#include "interpose/descriptor_path.h"
 #include "interpose/program_file.h"
 #include "interpose/wrap.h"
 
 using orb::sim::callNext;
+using orb::sim::DescriptorPath;
 using orb::sim::findProgram;
 using orb::sim::withCompleteEnvironment;
 
@@ -27,32 +28,25 @@ int withArguments(const char* first, va_list& arguments, Start start) noexcept {
   va_list counted;
   va_copy(counted, arguments);
   std::size_t count = 1;
-  while (va_arg(counted, const char*) != nullptr) ++count;
+  while (va_arg(counted, const char*) != nullptr) {
+    ++count;
+  }
   va_end(counted);
   auto** const argv = static_cast<const char**>(alloca((count + 1) * sizeof(const char*)));
   argv[0] = first;
-  for (std::size_t i = 1; i <= count; ++i) argv[i] = va_arg(arguments, const char*);
+  for (std::size_t i = 1; i <= count; ++i) {
+    argv[i] = va_arg(arguments, const char*);
+  }
   return start(const_cast<char**>(argv), arguments);
 }
-
-/// The path of what a descriptor is open on, and of `path` relative to it.
-struct DescriptorPath {
-  DescriptorPath(int descriptor, const char* path) noexcept {
-    const char* const slash = path[0] != '\0' ? "/" : "";
-    if (path[0] == '/' || descriptor == AT_FDCWD) {
-      std::snprintf(text, sizeof text, "%s", path);
-    } else {
-      std::snprintf(text, sizeof text, "/proc/self/fd/%d%s%s", descriptor, slash, path);
-    }
-  }
-  char text[PATH_MAX];
-};
 
 /// Calls `run` while the process's environment has what a child must see. A program may have
 /// cleared it; the C library's own functions hand it to the shell as it is.
 template <typename Run>
 auto withOwnEnvironmentComplete(Run run) noexcept {
-  if (orb::sim::isComplete(environ)) return run();
+  if (orb::sim::isComplete(environ)) {
+    return run();
+  }
   char** const cleared = environ;
   return withCompleteEnvironment("/bin/sh", cleared, [&](char** variables) {
     environ = variables;
@@ -114,7 +108,7 @@ ORB_SIM_WRAPPER int execlp(const char* name, const char* first, ...) noexcept {
 }
 
 ORB_SIM_WRAPPER int fexecve(int descriptor, char* const argv[], char* const envp[]) noexcept {
-  return withCompleteEnvironment(DescriptorPath(descriptor, "").text, envp, [&](char** variables) {
+  return withCompleteEnvironment(DescriptorPath(descriptor).text, envp, [&](char** variables) {
     return callNext<"fexecve", decltype(::fexecve)>(descriptor, argv, variables);
   });
 }

@@ -1,5 +1,5 @@
-// syscall(2), by which a program makes a system call that the C library has no function for, or for
-// which it does not want to use it: the system calls behind the functions that are wrapped.
+// syscall(2), by which a program makes a system call by its number: those that the wrapped
+// functions make are wrapped here too.
 
 #include <fcntl.h>
 #include <sys/ioctl.h>
@@ -8,9 +8,7 @@
 
 #include <cerrno>
 #include <cstdarg>
-#include <cstdint>
 
-#include "interpose/i2c_device.h"
 #include "interpose/wrap.h"
 
 #ifndef SYS_fchmodat2
@@ -18,7 +16,6 @@
 #endif
 
 using orb::sim::callNext;
-using orb::sim::isI2cDevice;
 using orb::sim::mapped;
 
 namespace {
@@ -64,33 +61,12 @@ struct Arguments {
 
 void mapPaths(long number, Arguments& arguments) noexcept {
   for (const PathArgument& place : kPathArguments) {
-    if (place.number != number) continue;
+    if (place.number != number) {
+      continue;
+    }
     const int directory = place.directory == kNone ? AT_FDCWD : arguments.number(place.directory);
     const char* const path = mapped(directory, arguments.pointer<const char>(place.path));
     arguments.at[place.path] = reinterpret_cast<long>(path);
-  }
-}
-
-/// Opens the I2C bus's device if the call, whose paths are mapped, is for it.
-bool opensI2cDevice(long number, const Arguments& arguments, long& result) noexcept {
-  const auto open = [&](int path, int flags) {
-    if (!isI2cDevice(arguments.pointer<const char>(path))) return false;
-    result = orb::sim::openI2cDevice(flags);
-    return true;
-  };
-  switch (number) {
-    case SYS_openat:
-      return open(1, arguments.number(2));
-    case SYS_openat2:  // the structure that it points to begins with the flags
-      return open(1, static_cast<int>(*arguments.pointer<const std::uint64_t>(2)));
-#ifdef SYS_open
-    case SYS_open:
-      return open(0, arguments.number(1));
-    case SYS_creat:
-      return open(0, O_WRONLY);
-#endif
-    default:
-      return false;
   }
 }
 
@@ -100,7 +76,9 @@ ORB_SIM_WRAPPER long syscall(long number, ...) noexcept {
   va_list given;
   va_start(given, number);
   Arguments arguments;
-  for (long& argument : arguments.at) argument = va_arg(given, long);
+  for (long& argument : arguments.at) {
+    argument = va_arg(given, long);
+  }
   va_end(given);
 
   switch (number) {
@@ -114,12 +92,6 @@ ORB_SIM_WRAPPER long syscall(long number, ...) noexcept {
     case SYS_ioctl:
       return ioctl(arguments.number(0), static_cast<unsigned long>(arguments.at[1]),
                    arguments.pointer<void>(2));
-    case SYS_read:
-      return read(arguments.number(0), arguments.pointer<void>(1),
-                  static_cast<size_t>(arguments.at[2]));
-    case SYS_write:
-      return write(arguments.number(0), arguments.pointer<const void>(1),
-                   static_cast<size_t>(arguments.at[2]));
     case SYS_io_uring_setup:
       // Its ring would carry paths past the wrappers. Programs know kernels without it.
       errno = ENOSYS;
@@ -128,8 +100,6 @@ ORB_SIM_WRAPPER long syscall(long number, ...) noexcept {
       break;
   }
   mapPaths(number, arguments);
-  long result = 0;
-  if (opensI2cDevice(number, arguments, result)) return result;
   const auto& at = arguments.at;
   return callNext<"syscall", decltype(::syscall)>(number, at[0], at[1], at[2], at[3], at[4], at[5]);
 }

@@ -26,7 +26,9 @@ namespace orb::sim {
 template <std::size_t kSize>
 struct SymbolName {
   consteval SymbolName(const char (&name)[kSize]) {
-    for (std::size_t i = 0; i < kSize; ++i) text[i] = name[i];
+    for (std::size_t i = 0; i < kSize; ++i) {
+      text[i] = name[i];
+    }
   }
   char text[kSize]{};
 };

@@ -6,7 +6,6 @@
 #include <climits>
 #include <cstring>
 #include <fstream>
-#include <iostream>
 #include <sstream>
 #include <string>
 
@@ -54,7 +53,6 @@ std::filesystem::path commandFile(const std::string& name) {
         name + " " + program.obstacle + ": it would use the real device, so it is not started",
         kExitNotStartable);
   }
-  if (program.gap != nullptr) std::cerr << "orb-sim: " << name << ' ' << program.gap << '\n';
   return file;
 }
 

@@ -1,6 +1,10 @@
 #include "program/simulated_device.h"
 
+#include <sys/stat.h>
+
+#include <cerrno>
 #include <cstdlib>
+#include <cstring>
 #include <fstream>
 #include <system_error>
 
@@ -50,15 +54,21 @@ fs::path linkLibrary(const fs::path& folder) {
   return link;
 }
 
-/// Makes the I2C bus, a link to the registers of its port expander, which are as when its supply
-/// comes on. The registers themselves are for people to look at.
+/// Makes the I2C bus, and beside it a link to the registers of its port expander, which are as
+/// after power-up; the registers themselves are for people to look at. The bus is a socket's name,
+/// which nothing can open: the preloaded library alone makes a device of it.
 fs::path makeI2cBus(const fs::path& files, const fs::path& folder) {
   const fs::path registers = files / "i2c-registers.txt";
   std::ofstream stream(registers, std::ios::binary);
   stream << RegisterText(PortExpander()).view();
-  if (!stream.flush()) throw Failure("cannot write " + registers.string());
+  if (!stream.flush()) {
+    throw Failure("cannot write " + registers.string());
+  }
   const fs::path bus = folder / kI2cBus;
-  fs::create_symlink(registers, bus);
+  fs::create_symlink(registers, bus.string() + ".registers");
+  if (mknod(bus.c_str(), S_IFSOCK | S_IRUSR | S_IWUSR, 0) != 0) {
+    throw Failure("cannot make " + bus.string() + ": " + std::strerror(errno));
+  }
   return bus;
 }
 

@@ -48,7 +48,8 @@ port expander at 0x21   port 0   port 1
 next register                         0
 antenna supply               not driven
 END
-ln -s registers "$folder/bus"
+ln -s registers "$folder/bus.registers"
+python3 -c 'import os, stat, sys; os.mknod(sys.argv[1], stat.S_IFSOCK | 0o600)' "$folder/bus"
 export ORB_SIM_PATHS="$device=$folder/bus" ORB_SIM_I2C="$folder/bus"
 held i2c_calls "$device"
 grep -q '^2 3  output *12 *34$' "$folder/registers"

@@ -30,6 +30,5 @@ leave_out("orb-sim refuses the commands that it is to run: they are programs of 
   simulator.i2c.antenna
   simulator.interpose.preload
   simulator.interpose.i2c_device
-  simulator.interpose.unheld_command
   simulator.program.run
   simulator.program.scenario)

@@ -137,35 +137,34 @@ def inventory_file():
     ]
 
 
-def elf_program():
-    """A program with a loader, a dynamic section, a note and a little code."""
+def elf_program(owner):
+    """A program with a loader, a dynamic section and a note of `owner` (four bytes)."""
     texts = b"\0libasan.so.8\0libc.so.6\0pthread_create\0"
     interpreter = b"/lib64/ld-linux-x86-64.so.2\0"
-    note = struct.pack("<III", 3, 4, 4) + b"Go\0\0" + b"abcd"
-    code = bytes.fromhex("554889e5b83c0000000f05c9c3e800000000662e0f1f840000000000")
-    places, at = {}, 64 + 5 * 56
-    for name, data in (("texts", texts), ("interp", interpreter), ("note", note), ("code", code)):
+    note = struct.pack("<III", 3, 4, 4) + owner + b"abcd"
+    places, at = {}, 64 + 4 * 56
+    for name, data in (("texts", texts), ("interp", interpreter), ("note", note)):
         places[name], at = (at, len(data)), at + len(data)
-    entries = [(1, 1), (1, 14), (5, places["texts"][0]), (10, len(texts)), (0, 0)]
+    entries = [(1, 1), (1, 14), (5, places["texts"][0]), (0, 0)]
     dynamic = b"".join(struct.pack("<QQ", *entry) for entry in entries)
     places["dynamic"] = (at, len(dynamic))
     segments = [
         struct.pack("<IIQQQQQQ", kind, flags, place, place, place, size, size, align)
         for kind, flags, (place, size), align in (
             (1, 5, (0, at + len(dynamic)), 0x1000),
-            (1, 5, places["code"], 0x1000),
             (2, 4, places["dynamic"], 8),
             (3, 4, places["interp"], 1),
             (4, 4, places["note"], 4),
         )
     ]
     identity = b"\x7fELF\x02\x01\x01" + bytes(9)
-    header = identity + struct.pack("<HHIQQQIHHHHHH", 3, 62, 1, 0, 64, 0, 0, 64, 56, 5, 0, 0, 0)
-    return header + b"".join(segments) + texts + interpreter + note + code + dynamic
+    header = identity + struct.pack("<HHIQQQIHHHHHH", 3, 62, 1, 0, 64, 0, 0, 64, 56, 4, 0, 0, 0)
+    return header + b"".join(segments) + texts + interpreter + note + dynamic
 
 
 def program_file():
-    return [elf_program(), b"#!/bin/sh -e\necho\n", b"#! /usr/bin/env python3\n", b"text"]
+    programs = [elf_program(owner) for owner in (b"Go\0\0", b"GNU\0")]
+    return programs + [b"#!/bin/sh -e\necho\n", b"#! /usr/bin/env python3\n", b"text"]
 
 
 def i2c_bus():
@@ -214,7 +213,7 @@ TRACE_WORDS = {
     for word in ('"orb-sim-trace":1', '"time":', '"from":"client"', '"from":"receiver"')
     + ('"bytes":"', "{", "}", "\n", "A0A1", "0D0A", "1e300", "-1")
 }
-CODE_WORDS = {b"\x0f\x05", b"\x0f\x34", b"\xcd\x80", b"#!", b"\x7fELF", b"\xc4\xe2", b"\x62\xf1"}
+PROGRAM_WORDS = {b"#!", b"\x7fELF", b"libasan.so", b"Go\0"}
 PORT_WORDS = {b"ff", b"00", b"port expander at 0x21", b"next register"}
 
 TARGETS = {
@@ -227,7 +226,7 @@ TARGETS = {
     trace_file: lambda: TRACE_WORDS,
     scenario_file: lambda: toml_words("docs/scenarios.md", r"`[^`]+`|^    .*$"),
     inventory_file: lambda: toml_words("platform/inventoryd/inventory.example.toml", r"^[^#\n]+"),
-    program_file: lambda: CODE_WORDS,
+    program_file: lambda: PROGRAM_WORDS,
     i2c_bus: lambda: PORT_WORDS,
 }
 

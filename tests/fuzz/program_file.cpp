@@ -8,7 +8,6 @@
 #include <string>
 
 #include "interpose/program_file.h"
-#include "interpose/x86_instruction.h"
 #include "support/check.h"
 #include "support/input.h"
 
@@ -36,21 +35,12 @@ class MemoryFile {
   int descriptor_;
 };
 
-/// An instruction's length counts on as many bytes as the longest one has.
-void measureInstruction(Bytes code) {
-  code.resize(sim::kLongestInstruction);
-  const std::size_t length = sim::instructionLength(code.data());
-  check(length <= sim::kLongestInstruction, "an instruction's length");
-}
-
 void inspect(Input input) {
   static const MemoryFile file;
-  const Bytes content = input.rest();
-  file.fill(content);
+  file.fill(input.rest());
   const sim::ProgramFile program = sim::inspectProgram(file.path().c_str());
   check(std::memchr(program.runtimes, '\0', sizeof program.runtimes) != nullptr,
         "the runtimes are a text");
-  measureInstruction(content);
 }
 
 }  // namespace

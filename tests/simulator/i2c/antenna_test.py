@@ -25,40 +25,19 @@ class AntennaSupply(unittest.TestCase):
         return subprocess.run([ORB_SIM, "run", f"--keep={self.keep}", "--", *command],
                               env=self.environment, capture_output=True, text=True, timeout=LIMIT)
 
-    def assert_registers(self, output, direction, supply):
-        lines = self.registers.read_text().splitlines()
-        self.assertEqual(lines[2].split(), ["2", "3", "output", *output])
-        self.assertEqual(lines[4].split(), ["6", "7", "direction", *direction])
-        self.assertEqual(lines[6], f"antenna supply{supply:>25}")
-
-    def switch(self, *states, status=0):
-        result = self.run_command(SWITCH_ANTENNA, *states)
-        self.assertEqual((result.returncode, result.stderr), (status, ""))
-
-    def test_is_not_driven_where_nobody_has_switched_it(self):
-        self.switch()
-        self.assert_registers(["ff", "ff"], ["ff", "ff"], "not driven")
-
-    def test_is_switched_on(self):
-        self.switch("on")
-        self.assert_registers(["ff", "ff"], ["ff", "fe"], "on")
-
-    def test_is_switched_off(self):
-        self.switch("on", "OFF")
-        self.assert_registers(["ff", "fe"], ["ff", "fe"], "off")
-
-    def test_is_switched_on_again(self):
-        self.switch("off", "on")
-        self.assert_registers(["ff", "ff"], ["ff", "fe"], "on")
-
-    def test_becomes_an_output_and_no_more_by_another_word(self):
-        self.switch("off", "standby", status=1)
-        self.assert_registers(["ff", "fe"], ["ff", "fe"], "off")
-
-    def test_is_as_after_power_up_in_the_next_run(self):
-        self.switch("off")
-        self.switch()
-        self.assert_registers(["ff", "ff"], ["ff", "ff"], "not driven")
+    def test_is_as_it_was_last_switched_and_begins_anew_in_each_run(self):
+        on = ["ff", "ff"], ["ff", "fe"], "on"
+        off = ["ff", "fe"], ["ff", "fe"], "off"
+        for states, status, (output, direction, supply) in (
+                (["on"], 0, on), (["on", "OFF"], 0, off), (["off", "on"], 0, on),
+                (["off", "standby"], 1, off), ([], 0, (["ff", "ff"], ["ff", "ff"], "not driven"))):
+            with self.subTest(states):
+                result = self.run_command(SWITCH_ANTENNA, *states)
+                self.assertEqual((result.returncode, result.stderr), (status, ""))
+                lines = self.registers.read_text().splitlines()
+                self.assertEqual(lines[2].split(), ["2", "3", "output", *output])
+                self.assertEqual(lines[4].split(), ["6", "7", "direction", *direction])
+                self.assertEqual(lines[6], f"antenna supply{supply:>25}")
 
     def test_is_shared_by_the_programs_of_a_run_which_can_look_at_it(self):
         result = self.run_command("sh", "-ec", f"""

@@ -7,10 +7,12 @@
 #include <unistd.h>
 
 #include <array>
+#include <functional>
 #include <string>
 
 #include "orb-sim/path_map.h"
 
+namespace orb::test {
 namespace {
 
 constexpr const char* kMappedTty = "/nonexistent-orb-sim/tty";
@@ -26,7 +28,7 @@ class MappedTerminal : public testing::Test {
     ioctl(farEnd_, TIOCPKT, &packetMode);
     std::array<char, 64> name{};
     ptsname_r(farEnd_, name.data(), name.size());
-    orb::sim::mapPath(kMappedTty, name.data());
+    sim::mapPath(kMappedTty, name.data());
     tty_ = open(kMappedTty, O_RDWR | O_NOCTTY | O_NONBLOCK);
     termios settings;
     tcgetattr(tty_, &settings);
@@ -37,13 +39,13 @@ class MappedTerminal : public testing::Test {
   ~MappedTerminal() override {
     close(tty_);
     close(farEnd_);
-    orb::sim::clearPathMap();
+    sim::clearPathMap();
   }
 
   /// What the far end gets next: the flags of a change, or 0 and the bytes written.
-  std::string farEndReads(int limit = kReadLimit) const {
+  std::string farEndReads() const {
     pollfd source{farEnd_, POLLIN | POLLPRI, 0};
-    if (poll(&source, 1, limit) != 1) return "nothing";
+    if (poll(&source, 1, kReadLimit) != 1) return "nothing";
     std::array<char, 64> bytes{};
     const ssize_t length = read(farEnd_, bytes.data(), bytes.size());
     return length < 0 ? "an error" : std::string(bytes.data(), static_cast<std::size_t>(length));
@@ -61,32 +63,23 @@ const std::string kInputFlushed(1, TIOCPKT_FLUSHREAD);
 const std::string kWritten("\0written", 8);
 
 TEST_F(MappedTerminal, KeepsWhatWasWrittenWhenBothDirectionsAreFlushed) {
-  ASSERT_EQ(write(tty_, "written", 7), 7);
-  ASSERT_EQ(tcflush(tty_, TCIOFLUSH), 0);
-  EXPECT_EQ(farEndReads(), kInputFlushed);
-  EXPECT_EQ(farEndReads(), kWritten);
+  const int duplicate = dup(tty_);
+  const std::function<int()> flushes[] = {[&] { return tcflush(tty_, TCIOFLUSH); },
+                                          [&] { return tcflush(duplicate, TCIOFLUSH); },
+                                          [&] { return ioctl(tty_, TCFLSH, TCIOFLUSH); }};
+  for (const auto& flush : flushes) {
+    ASSERT_EQ(write(tty_, "written", 7), 7);
+    ASSERT_EQ(flush(), 0);
+    EXPECT_EQ(farEndReads(), kInputFlushed);
+    EXPECT_EQ(farEndReads(), kWritten);
+  }
+  close(duplicate);
 }
 
 TEST_F(MappedTerminal, KeepsWhatWasWrittenWhenOutputIsFlushed) {
   ASSERT_EQ(write(tty_, "written", 7), 7);
   ASSERT_EQ(tcflush(tty_, TCOFLUSH), 0);
   EXPECT_EQ(farEndReads(), kWritten);
-}
-
-TEST_F(MappedTerminal, KeepsWhatWasWrittenWhenItIsFlushedByIoctl) {
-  ASSERT_EQ(write(tty_, "written", 7), 7);
-  ASSERT_EQ(ioctl(tty_, TCFLSH, TCIOFLUSH), 0);
-  EXPECT_EQ(farEndReads(), kInputFlushed);
-  EXPECT_EQ(farEndReads(), kWritten);
-}
-
-TEST_F(MappedTerminal, KeepsWhatWasWrittenWhenADuplicateIsFlushed) {
-  const int duplicate = dup(tty_);
-  ASSERT_EQ(write(tty_, "written", 7), 7);
-  ASSERT_EQ(tcflush(duplicate, TCIOFLUSH), 0);
-  EXPECT_EQ(farEndReads(), kInputFlushed);
-  EXPECT_EQ(farEndReads(), kWritten);
-  close(duplicate);
 }
 
 TEST_F(MappedTerminal, LosesInputThatIsFlushed) {
@@ -106,9 +99,10 @@ TEST_F(MappedTerminal, RefusesAnUnknownQueue) {
 }
 
 TEST_F(MappedTerminal, IsTheOnlyTerminalThatKeepsWhatWasWritten) {
-  orb::sim::clearPathMap();
+  sim::clearPathMap();
   ASSERT_EQ(tcflush(tty_, TCOFLUSH), 0);
   EXPECT_EQ(farEndReads(), std::string(1, TIOCPKT_FLUSHWRITE));
 }
 
 }  // namespace
+}  // namespace orb::test

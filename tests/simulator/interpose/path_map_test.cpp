@@ -5,12 +5,13 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <cstdio>
 #include <filesystem>
 #include <fstream>
-#include <memory>
 #include <string>
 
+#include "support/temporary_folder.h"
+
+namespace orb::test {
 namespace {
 
 namespace fs = std::filesystem;
@@ -24,18 +25,10 @@ std::string contentOf(const fs::path& file) {
 
 class PathMap : public testing::Test {
  protected:
-  PathMap() { orb::sim::mapPath(kMappedFile, target_.string()); }
-  ~PathMap() override {
-    orb::sim::clearPathMap();
-    fs::remove_all(folder_);
-  }
+  PathMap() { sim::mapPath(kMappedFile, target_.string()); }
+  ~PathMap() override { sim::clearPathMap(); }
 
-  static fs::path makeFolder() {
-    std::string name = (fs::temp_directory_path() / "path-map.XXXXXX").string();
-    return mkdtemp(name.data());
-  }
-
-  const fs::path folder_ = makeFolder();
+  const TemporaryFolder folder_;
   const fs::path target_ = folder_ / "target.log";
 };
 
@@ -61,20 +54,6 @@ TEST_F(PathMap, HoldsForTheFilesystemLibrary) {
   EXPECT_FALSE(fs::exists(target_));
 }
 
-TEST_F(PathMap, HoldsForOpenAndStat) {
-  struct stat status;
-  EXPECT_EQ(stat(kMappedFile, &status), -1);
-  EXPECT_EQ(errno, ENOENT);
-  const int descriptor = open(kMappedFile, O_WRONLY | O_CREAT | O_EXCL, 0640);
-  ASSERT_GE(descriptor, 0);
-  EXPECT_EQ(write(descriptor, "abc", 3), 3);
-  close(descriptor);
-  ASSERT_EQ(stat(kMappedFile, &status), 0);
-  EXPECT_EQ(status.st_size, 3);
-  EXPECT_EQ(status.st_mode & 0777, 0640u & ~umask(umask(0)));
-  EXPECT_EQ(contentOf(target_), "abc");
-}
-
 TEST_F(PathMap, LeavesOtherPathsAlone) {
   const fs::path other = folder_ / "device.log";
   std::ofstream(other) << "its own";
@@ -95,8 +74,8 @@ TEST_F(PathMap, RecognisesOtherSpellingsOfAPath) {
 
 TEST_F(PathMap, RecognisesAPathRelativeToADirectory) {
   const fs::path mappedHere = folder_ / "here.log";
-  orb::sim::mapPath(mappedHere.string(), target_.string());
-  const int directory = open(folder_.c_str(), O_RDONLY | O_DIRECTORY);
+  sim::mapPath(mappedHere.string(), target_.string());
+  const int directory = open(folder_.path().c_str(), O_RDONLY | O_DIRECTORY);
   ASSERT_GE(directory, 0);
   const int descriptor = openat(directory, "here.log", O_WRONLY | O_CREAT, 0600);
   ASSERT_GE(descriptor, 0);
@@ -113,15 +92,15 @@ TEST_F(PathMap, RecognisesAPathRelativeToADirectory) {
 
 TEST_F(PathMap, RecognisesAPathRelativeToTheCurrentDirectory) {
   const fs::path before = fs::current_path();
-  orb::sim::mapPath((folder_ / "here.log").string(), target_.string());
-  fs::current_path(folder_);
+  sim::mapPath((folder_ / "here.log").string(), target_.string());
+  fs::current_path(folder_.path());
   std::ofstream("here.log") << "y";
   fs::current_path(before);
   EXPECT_EQ(contentOf(target_), "y");
 }
 
 TEST_F(PathMap, ReplacesAnEarlierTarget) {
-  orb::sim::mapPath(kMappedFile, (folder_ / "second").string());
+  sim::mapPath(kMappedFile, (folder_ / "second").string());
   std::ofstream(kMappedFile) << "z";
   EXPECT_FALSE(fs::exists(target_));
   EXPECT_EQ(contentOf(folder_ / "second"), "z");
@@ -129,9 +108,9 @@ TEST_F(PathMap, ReplacesAnEarlierTarget) {
 
 TEST_F(PathMap, IsEmptyAfterClearing) {
   std::ofstream(target_) << "z";
-  orb::sim::clearPathMap();
+  sim::clearPathMap();
   EXPECT_FALSE(fs::exists(kMappedFile));
-  orb::sim::mapPath(kMappedFile, target_.string());
+  sim::mapPath(kMappedFile, target_.string());
   EXPECT_TRUE(fs::exists(kMappedFile));
 }
 
@@ -151,16 +130,17 @@ TEST_F(PathMap, PassesANullPathOn) {
 using PathMapDeathTest = PathMap;
 
 TEST_F(PathMapDeathTest, EndsTheProcessWhereAPathCannotBeMapped) {
-  EXPECT_DEATH(orb::sim::mapPath("relative", "/x"), "orb-sim: a path to be mapped is not absolute");
-  EXPECT_DEATH(orb::sim::mapPath("/a", ""), "orb-sim: a path to be mapped is too long");
-  EXPECT_DEATH(orb::sim::mapPath("/" + std::string(5000, 'a'), "/x"), "too long");
+  EXPECT_DEATH(sim::mapPath("relative", "/x"), "orb-sim: a path to be mapped is not absolute");
+  EXPECT_DEATH(sim::mapPath("/a", ""), "orb-sim: a path to be mapped is too long");
+  EXPECT_DEATH(sim::mapPath("/" + std::string(5000, 'a'), "/x"), "too long");
   EXPECT_DEATH(
       {
-        for (int i = 0; i < orb::sim::kMaxMappedPaths; ++i) {
-          orb::sim::mapPath("/nonexistent-orb-sim/" + std::to_string(i), "/x");
+        for (int i = 0; i < sim::kMaxMappedPaths; ++i) {
+          sim::mapPath("/nonexistent-orb-sim/" + std::to_string(i), "/x");
         }
       },
       "orb-sim: more paths are mapped than there is room for");
 }
 
 }  // namespace
+}  // namespace orb::test

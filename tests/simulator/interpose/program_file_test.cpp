@@ -12,13 +12,14 @@
 #include <random>
 #include <string>
 
+#include "support/temporary_folder.h"
+
+namespace orb::test {
 namespace {
 
 namespace fs = std::filesystem;
 
-using orb::sim::findProgram;
-using orb::sim::inspectProgram;
-using orb::sim::ProgramFile;
+using sim::inspectProgram;
 
 const fs::path kPrograms = ORB_SIM_TEST_PROGRAMS;
 constexpr char kNone[] = "none";
@@ -26,11 +27,6 @@ constexpr char kNone[] = "none";
 std::string obstacleOf(const fs::path& file) {
   const char* const obstacle = inspectProgram(file.c_str()).obstacle;
   return obstacle != nullptr ? obstacle : kNone;
-}
-
-std::string gapOf(const fs::path& file) {
-  const char* const gap = inspectProgram(file.c_str()).gap;
-  return gap != nullptr ? gap : kNone;
 }
 
 std::string runtimesOf(const fs::path& file) { return inspectProgram(file.c_str()).runtimes; }
@@ -42,8 +38,6 @@ std::string contentOf(const fs::path& file) {
 
 class ProgramFileTest : public testing::Test {
  protected:
-  ~ProgramFileTest() override { fs::remove_all(folder_); }
-
   fs::path makeFile(const std::string& content, const std::string& name = "file") const {
     const fs::path file = folder_ / name;
     std::ofstream(file, std::ios::binary) << content;
@@ -58,12 +52,7 @@ class ProgramFileTest : public testing::Test {
     return makeFile(content);
   }
 
-  static fs::path makeFolder() {
-    std::string name = (fs::temp_directory_path() / "program-file.XXXXXX").string();
-    return mkdtemp(name.data());
-  }
-
-  const fs::path folder_ = makeFolder();
+  const TemporaryFolder folder_;
 };
 
 TEST_F(ProgramFileTest, LetsAnOrdinaryProgramBe) {
@@ -79,8 +68,10 @@ TEST_F(ProgramFileTest, FindsTheSanitizerRuntimesThatAProgramNeeds) {
   EXPECT_NE(runtimes.find(":libubsan.so."), std::string::npos) << runtimes;
 }
 
-TEST_F(ProgramFileTest, RefusesAStaticProgram) {
+TEST_F(ProgramFileTest, RefusesAStaticProgramAndAGoProgram) {
   EXPECT_EQ(obstacleOf(kPrograms / "static_program"), "is statically linked");
+  EXPECT_EQ(obstacleOf(kPrograms / "go_note"),
+            "is a Go program, which makes system calls without the C library");
 }
 
 TEST_F(ProgramFileTest, RefusesAProgramForAnotherMachineOrWordSize) {
@@ -105,35 +96,6 @@ TEST_F(ProgramFileTest, RefusesAProgramThatGivesRights) {
   EXPECT_EQ(obstacleOf(program), kNone);
 }
 
-TEST_F(ProgramFileTest, RefusesAGoProgram) {
-  EXPECT_EQ(obstacleOf(kPrograms / "go_note"),
-            "is a Go program, which makes system calls without the C library");
-}
-
-TEST_F(ProgramFileTest, NamesAProgramThatMakesSystemCallsItself) {
-  const std::string expected =
-      "makes system calls without the C library: they reach the real machine";
-  EXPECT_EQ(gapOf(kPrograms / "direct_calls"), expected);
-  EXPECT_EQ(obstacleOf(kPrograms / "direct_calls"), kNone);
-}
-
-TEST_F(ProgramFileTest, NamesNoProgramThatMakesThemThroughTheCLibrary) {
-  EXPECT_EQ(gapOf(kPrograms / "file_calls"), kNone);
-  EXPECT_EQ(gapOf(kPrograms / "syscall_calls"), kNone);
-  for (const char* const tool : {"/bin/sh", "/bin/ls", "/usr/bin/env", "/bin/bash"}) {
-    if (!fs::exists(tool)) continue;
-    EXPECT_EQ(gapOf(tool), kNone) << tool;
-  }
-}
-
-TEST_F(ProgramFileTest, TakesNoSanitizerRuntimeWithinAProgramForItsOwnSystemCalls) {
-  for (const auto& entry : fs::directory_iterator(kPrograms)) {
-    const std::string name = entry.path().filename();
-    if (name.find("_asan_") == std::string::npos) continue;
-    EXPECT_EQ(gapOf(entry.path()), kNone) << name;
-  }
-}
-
 TEST_F(ProgramFileTest, TakesAScriptForItsInterpreter) {
   const fs::path first = makeFile("#! " + (kPrograms / "static_program").string() + " -x\n", "a");
   const fs::path second = makeFile("#!" + first.string(), "b");
@@ -148,7 +110,7 @@ TEST_F(ProgramFileTest, ComesToAnEndWithAScriptThatInterpretsItself) {
 
 TEST_F(ProgramFileTest, LetsWhatIsNoProgramBe) {
   EXPECT_EQ(obstacleOf(folder_ / "missing"), kNone);
-  EXPECT_EQ(obstacleOf(folder_), kNone);
+  EXPECT_EQ(obstacleOf(folder_.path()), kNone);
   EXPECT_EQ(obstacleOf(makeFile("")), kNone);
   EXPECT_EQ(obstacleOf(makeFile("#!")), kNone);
   EXPECT_EQ(obstacleOf(makeFile("#!" + std::string(10'000, '/'))), kNone);
@@ -179,26 +141,28 @@ TEST_F(ProgramFileTest, SurvivesProgramsWithDamagedHeaders) {
     for (int i = 0; i < kDamagedBytes; ++i) {
       damaged[EI_NIDENT + random() % (kHeaders - EI_NIDENT)] = static_cast<char>(random());
     }
-    const ProgramFile program = inspectProgram(makeFile(damaged).c_str());
+    const sim::ProgramFile program = inspectProgram(makeFile(damaged).c_str());
     EXPECT_LT(std::string(program.runtimes).size(), sizeof program.runtimes);
   }
 }
 
 class FoundProgram : public ProgramFileTest {
  protected:
-  FoundProgram() { setenv("PATH", ("/nonexistent:" + folder_.string()).c_str(), 1); }
+  FoundProgram() { setenv("PATH", ("/nonexistent:" + folder_.path().string()).c_str(), 1); }
   ~FoundProgram() override { setenv("PATH", before_.c_str(), 1); }
 
   static std::string find(const char* name) {
     char found[PATH_MAX];
-    return findProgram(name, found);
+    return sim::findProgram(name, found);
   }
 
   const std::string before_ = std::getenv("PATH");
 };
 
-TEST_F(FoundProgram, IsTheFirstExecutableInThePath) {
+TEST_F(FoundProgram, IsTheFirstExecutableFileInThePath) {
+  fs::create_directory(folder_ / "file");
   EXPECT_EQ(find("file"), "file");
+  fs::remove(folder_ / "file");
   const fs::path file = makeFile("");
   EXPECT_EQ(find("file"), file);
   fs::permissions(file, fs::perms::owner_read);
@@ -206,18 +170,14 @@ TEST_F(FoundProgram, IsTheFirstExecutableInThePath) {
   EXPECT_EQ(find("./file"), "./file");
 }
 
-TEST_F(FoundProgram, IsNoFolder) {
-  fs::create_directory(folder_ / "file");
-  EXPECT_EQ(find("file"), "file");
-}
-
 TEST_F(FoundProgram, IsLookedForInTheCurrentDirectoryWhereThePathHasAGap) {
   makeFile("");
   const fs::path before = fs::current_path();
-  fs::current_path(folder_);
+  fs::current_path(folder_.path());
   setenv("PATH", "/nonexistent::/bin", 1);
   EXPECT_EQ(find("file"), "./file");
   fs::current_path(before);
 }
 
 }  // namespace
+}  // namespace orb::test

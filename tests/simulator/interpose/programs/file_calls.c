@@ -6,17 +6,15 @@
  * Neither path exists before or after. */
 
 #include <dlfcn.h>
-#include <errno.h>
 #include <fcntl.h>
 #include <limits.h>
-#include <stdio.h>
 #include <stdlib.h>
-#include <string.h>
 #include <sys/stat.h>
 #include <sys/time.h>
 #include <sys/xattr.h>
-#include <unistd.h>
 #include <utime.h>
+
+#include "check.h"
 
 /* What fortified headers make of calls whose arguments are not known at compile time. */
 int __open_2(const char* path, int flags);
@@ -30,26 +28,19 @@ char* __realpath_chk(const char* path, char* resolved, size_t size);
 
 static const char* path;
 static const char* other;
-static int failures = 0;
-
-static void check(int good, const char* call) {
-  if (good) return;
-  fprintf(stderr, "%s: %s\n", call, strerror(errno));
-  ++failures;
-}
-
-static void checkDescriptor(int descriptor, const char* call) {
-  check(descriptor >= 0, call);
-  if (descriptor >= 0) close(descriptor);
-}
 
 static void checkStream(FILE* stream, const char* call) {
   check(stream != NULL, call);
-  if (stream != NULL) fclose(stream);
+  if (stream != NULL) {
+    fclose(stream);
+  }
 }
 
 static void openTheFile(void) {
+  struct stat status = {0};
+  check(stat(path, &status) == -1 && errno == ENOENT, "stat of no file");
   checkDescriptor(open(path, O_WRONLY | O_CREAT | O_EXCL, 0600), "open");
+  check(stat(path, &status) == 0 && (status.st_mode & 0777) == 0600, "open's mode");
   checkDescriptor(open64(path, O_RDWR | O_CREAT, 0600), "open64");
   checkDescriptor(openat(AT_FDCWD, path, O_RDWR | O_CREAT, 0600), "openat");
   checkDescriptor(openat64(AT_FDCWD, path, O_RDWR | O_CREAT, 0600), "openat64");
@@ -78,19 +69,13 @@ enum { kStatVersion = 0 };
 
 static void checkVersioned(const char* name) {
   int (*function)(int, const char*, struct stat*);
+  int (*functionAt)(int, int, const char*, struct stat*, int);
   struct stat status = {0};
-  *(void**)&function = dlsym(RTLD_DEFAULT, name);
-  check(function != NULL && function(kStatVersion, path, &status) == 0 && S_ISREG(status.st_mode),
-        name);
-}
-
-static void checkVersionedAt(const char* name) {
-  int (*function)(int, int, const char*, struct stat*, int);
-  struct stat status = {0};
-  *(void**)&function = dlsym(RTLD_DEFAULT, name);
-  check(function != NULL && function(kStatVersion, AT_FDCWD, path, &status, 0) == 0 &&
-            S_ISREG(status.st_mode),
-        name);
+  *(void**)&function = *(void**)&functionAt = dlsym(RTLD_DEFAULT, name);
+  const int result = strncmp(name, "__fxstatat", 10) == 0
+                         ? functionAt(kStatVersion, AT_FDCWD, path, &status, 0)
+                         : function(kStatVersion, path, &status);
+  check(result == 0 && S_ISREG(status.st_mode), name);
 }
 
 static void lookAtTheFile(void) {
@@ -113,8 +98,8 @@ static void lookAtTheFile(void) {
   checkVersioned("__xstat64");
   checkVersioned("__lxstat");
   checkVersioned("__lxstat64");
-  checkVersionedAt("__fxstatat");
-  checkVersionedAt("__fxstatat64");
+  checkVersioned("__fxstatat");
+  checkVersioned("__fxstatat64");
   check(access(path, R_OK) == 0, "access");
   check(faccessat(AT_FDCWD, path, R_OK, 0) == 0, "faccessat");
   check(eaccess(path, R_OK) == 0, "eaccess");
@@ -171,7 +156,9 @@ static void linkTheFile(void) {
 }
 
 int main(int argc, char** argv) {
-  if (argc != 3) return 2;
+  if (argc != 3) {
+    return 2;
+  }
   path = argv[1];
   other = argv[2];
   openTheFile();

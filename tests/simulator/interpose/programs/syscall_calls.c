@@ -5,36 +5,24 @@
  *
  * Neither path exists before or after. */
 
-#include <errno.h>
 #include <fcntl.h>
 #include <linux/openat2.h>
-#include <stdio.h>
-#include <string.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
-#include <unistd.h>
+
+#include "check.h"
 
 static const char* path;
 static const char* other;
-static int failures = 0;
-
-static void check(int good, const char* call) {
-  if (good) return;
-  fprintf(stderr, "%s: %s\n", call, strerror(errno));
-  ++failures;
-}
-
-static void checkDescriptor(long descriptor, const char* call) {
-  check(descriptor >= 0, call);
-  if (descriptor >= 0) close((int)descriptor);
-}
 
 static void openTheFile(void) {
   checkDescriptor(syscall(SYS_openat, AT_FDCWD, path, O_WRONLY | O_CREAT | O_EXCL, 0600), "openat");
   struct open_how how = {.flags = O_RDONLY};
   const long descriptor = syscall(SYS_openat2, AT_FDCWD, path, &how, sizeof how);
   check(descriptor >= 0 || errno == ENOSYS || errno == EPERM, "openat2");
-  if (descriptor >= 0) close((int)descriptor);
+  if (descriptor >= 0) {
+    close((int)descriptor);
+  }
 #ifdef SYS_open
   checkDescriptor(syscall(SYS_open, path, O_RDONLY), "open");
   checkDescriptor(syscall(SYS_creat, path, 0600), "creat");
@@ -64,7 +52,9 @@ static void moveAndRemoveTheFile(void) {
 }
 
 int main(int count, char** arguments) {
-  if (count != 3) return 2;
+  if (count != 3) {
+    return 2;
+  }
   path = arguments[1];
   other = arguments[2];
   openTheFile();
