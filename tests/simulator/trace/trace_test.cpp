@@ -8,7 +8,7 @@
 #include <random>
 #include <system_error>
 
-#include "hex.h"
+#include "rate_query.h"
 #include "support/temporary_folder.h"
 
 namespace orb::sim {
@@ -19,7 +19,7 @@ bool operator==(const TraceRecord& left, const TraceRecord& right) {
 
 }  // namespace orb::sim
 
-namespace orb::sim::test {
+namespace orb::test {
 namespace {
 
 using std::chrono::microseconds;
@@ -41,10 +41,10 @@ class Trace : public testing::Test {
     return {std::istreambuf_iterator<char>(stream), {}};
   }
 
-  /// What is said of a trace with these lines behind the header.
+  /// What is said of a trace with these lines after the header.
   std::string errorOf(const std::string& text) const {
     try {
-      loadTrace(write(text));
+      sim::loadTrace(write(text));
     } catch (const std::runtime_error& error) {
       return error.what();
     }
@@ -55,26 +55,28 @@ class Trace : public testing::Test {
     return file_.string() + ":" + std::to_string(line) + ": " + problem;
   }
 
-  const orb::test::TemporaryFolder folder_;
+  const TemporaryFolder folder_;
   const std::filesystem::path file_ = folder_.path() / "a.trace";
 };
 
 TEST_F(Trace, IsReadAsItWasWritten) {
-  const std::vector<TraceRecord> records{
-      {microseconds(0), Speaker::Client, hex("A0 A1 00")},
-      {microseconds(1), Speaker::Receiver, hex("00 FF 7F")},
-      {microseconds(1), Speaker::Receiver, {}},
-      {seconds(100'000'000) + microseconds(123'457), Speaker::Client, Bytes(5000, 0xAB)},
+  const std::vector<sim::TraceRecord> records{
+      {microseconds(0), sim::Speaker::Client, hex("A0 A1 00")},
+      {microseconds(1), sim::Speaker::Receiver, hex("00 FF 7F")},
+      {microseconds(1), sim::Speaker::Receiver, {}},
+      {seconds(100'000'000) + microseconds(123'457), sim::Speaker::Client, sim::Bytes(5000, 0xAB)},
   };
-  TraceWriter writer(file_, "/dev/ttyS1");
-  for (const TraceRecord& record : records) writer.write(record);
-  EXPECT_EQ(loadTrace(file_), records);
+  sim::TraceWriter writer(file_, "/dev/ttyS1");
+  for (const sim::TraceRecord& record : records) {
+    writer.write(record);
+  }
+  EXPECT_EQ(sim::loadTrace(file_), records);
 }
 
 TEST_F(Trace, IsALineForEachPieceBehindAHeader) {
-  TraceWriter writer(file_, "/dev/\"odd\"\n\xFF");
-  writer.write({microseconds(1'234'567), Speaker::Client, hex("A0 0d")});
-  writer.write({microseconds(2'000'000), Speaker::Receiver, hex("01")});
+  sim::TraceWriter writer(file_, "/dev/\"odd\"\n\xFF");
+  writer.write({microseconds(1'234'567), sim::Speaker::Client, hex("A0 0d")});
+  writer.write({microseconds(2'000'000), sim::Speaker::Receiver, hex("01")});
   EXPECT_THAT(written(),
               testing::MatchesRegex(R"(\{"orb-sim-trace":1,"started":"20..-..-..T..:..:..Z",)"
                                     R"("device":"/dev/\\"odd\\"\\n.*"\})"
@@ -86,23 +88,23 @@ TEST_F(Trace, IsALineForEachPieceBehindAHeader) {
 }
 
 TEST_F(Trace, IsWholeUpToItsLastLineWhileItIsWritten) {
-  TraceWriter writer(file_, "/dev/ttyS1");
-  EXPECT_THAT(loadTrace(file_), IsEmpty());
-  writer.write({microseconds(1), Speaker::Client, hex("01")});
-  EXPECT_EQ(loadTrace(file_).size(), 1U);
+  sim::TraceWriter writer(file_, "/dev/ttyS1");
+  EXPECT_THAT(sim::loadTrace(file_), IsEmpty());
+  writer.write({microseconds(1), sim::Speaker::Client, hex("01")});
+  EXPECT_EQ(sim::loadTrace(file_).size(), 1U);
 }
 
 TEST_F(Trace, ReplacesAnEarlierOne) {
-  write("something longer than the header of a trace, so that some of it would stay behind it");
-  const TraceWriter writer(file_, "x");
-  EXPECT_THAT(loadTrace(file_), IsEmpty());
+  write("something longer than the header of a trace, so that some of it would stay after it");
+  const sim::TraceWriter writer(file_, "x");
+  EXPECT_THAT(sim::loadTrace(file_), IsEmpty());
 }
 
 TEST_F(Trace, MayHaveMoreMembersAndNoLastNewline) {
-  const std::vector<TraceRecord> expected{{seconds(2), Speaker::Client, hex("AB")}};
-  EXPECT_EQ(loadTrace(write(R"({"orb-sim-trace":1,"by":"hand"})"
-                            "\r\n"
-                            R"({"time":2,"note":[1,{}],"bytes":"aB","from":"client"})")),
+  const std::vector<sim::TraceRecord> expected{{seconds(2), sim::Speaker::Client, hex("AB")}};
+  EXPECT_EQ(sim::loadTrace(write(R"({"orb-sim-trace":1,"by":"hand"})"
+                                 "\r\n"
+                                 R"({"time":2,"note":[1,{}],"bytes":"aB","from":"client"})")),
             expected);
 }
 
@@ -143,18 +145,19 @@ TEST_F(Trace, IsRefusedWithoutItsHeader) {
 }
 
 TEST_F(Trace, IsRefusedWhereALineIsTooLong) {
-  EXPECT_EQ(errorOf(kHeader + std::string("\n") + std::string(TraceParser::kLongestLine + 1, ' ')),
-            errorAt(2, "the line is too long"));
+  EXPECT_EQ(
+      errorOf(kHeader + std::string("\n") + std::string(sim::TraceParser::kLongestLine + 1, ' ')),
+      errorAt(2, "the line is too long"));
 }
 
 TEST_F(Trace, IsNotWrittenWhereThereIsNoRoom) {
-  const auto writeToFull = [] { TraceWriter("/dev/full", "x"); };
+  const auto writeToFull = [] { sim::TraceWriter("/dev/full", "x"); };
   EXPECT_THROW(writeToFull(), std::system_error);
 }
 
 TEST_F(Trace, TellsWhyItCannotBeMade) {
   try {
-    TraceWriter(folder_.path() / "no" / "file", "x");
+    sim::TraceWriter(folder_.path() / "no" / "file", "x");
     FAIL() << "it was made";
   } catch (const std::system_error& error) {
     EXPECT_EQ(error.code(), std::errc::no_such_file_or_directory);
@@ -162,8 +165,8 @@ TEST_F(Trace, TellsWhyItCannotBeMade) {
 }
 
 TEST_F(Trace, IsNotReadWhereThereIsNoFile) {
-  EXPECT_THROW(loadTrace(file_), std::system_error);
-  EXPECT_THROW(loadTrace(folder_.path()), std::exception);
+  EXPECT_THROW(sim::loadTrace(file_), std::system_error);
+  EXPECT_THROW(sim::loadTrace(folder_.path()), std::exception);
 }
 
 TEST(TraceParser, TakesTextThatIsCutAnywhere) {
@@ -171,9 +174,9 @@ TEST(TraceParser, TakesTextThatIsCutAnywhere) {
                            R"({"time":1,"from":"client","bytes":"01"})" + "\n" +
                            R"({"time":2,"from":"receiver","bytes":"02"})" + "\n";
   for (std::size_t cut = 0; cut <= text.size(); ++cut) {
-    TraceParser parser("trace");
-    Bytes bytes;
-    const auto sink = [&](const TraceRecord& record) { append(bytes, record.bytes); };
+    sim::TraceParser parser("trace");
+    sim::Bytes bytes;
+    const auto sink = [&](const sim::TraceRecord& record) { sim::append(bytes, record.bytes); };
     parser.push(text.substr(0, cut), sink);
     parser.push(text.substr(cut), sink);
     parser.finish(sink);
@@ -190,10 +193,10 @@ TEST(TraceParser, SurvivesDamagedLines) {
   for (int trial = 0; trial < 5000; ++trial) {
     std::string damaged = text;
     damaged[random() % damaged.size()] = static_cast<char>(random());
-    TraceParser parser("trace");
+    sim::TraceParser parser("trace");
     try {
-      parser.push(damaged, [](const TraceRecord&) {});
-      parser.finish([](const TraceRecord&) {});
+      parser.push(damaged, [](const sim::TraceRecord&) {});
+      parser.finish([](const sim::TraceRecord&) {});
     } catch (const std::runtime_error& error) {
       ++errors;
       EXPECT_THAT(error.what(), HasSubstr("trace:"));
@@ -203,4 +206,4 @@ TEST(TraceParser, SurvivesDamagedLines) {
 }
 
 }  // namespace
-}  // namespace orb::sim::test
+}  // namespace orb::test
