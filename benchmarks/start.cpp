@@ -11,9 +11,9 @@
 #include <string>
 #include <vector>
 
+#include "base/pipe.h"
 #include "orb-gnss/module_driver.h"
 #include "orb-sim/path_map.h"
-#include "simulator/line/owned_descriptor.h"
 #include "support/turn_rows.h"
 
 namespace {
@@ -45,7 +45,7 @@ void construct(const char* library, const char* constructor) {
 }
 
 double inFreshProcess(const std::string& library, const std::string& constructor) {
-  orb::sim::Pipe output;
+  orb::Pipe output;
   const pid_t process = fork();
   if (process == 0) {
     dup2(output.writing.get(), STDOUT_FILENO);

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "simulator/line/owned_descriptor.h"
+#include "base/owned_descriptor.h"
 
 namespace orb::bench {
 
@@ -30,7 +30,7 @@ class PolicyQuery {
   void receive(const Pause& pause);
 
  private:
-  sim::OwnedDescriptor tty_;
+  OwnedDescriptor tty_;
 };
 
 }  // namespace orb::bench

@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "simulator/line/owned_descriptor.h"
+#include "base/owned_descriptor.h"
 
 namespace orb::bench {
 
@@ -11,9 +11,9 @@ struct RawPty {
   /// Throws std::system_error where the system gives none.
   RawPty();
 
-  sim::OwnedDescriptor master;
-  sim::OwnedDescriptor slave;  ///< held, so that the pty outlives the near end's descriptors
-  std::string tty;             ///< the device to open
+  OwnedDescriptor master;
+  OwnedDescriptor slave;  ///< held, so that the pty outlives the near end's descriptors
+  std::string tty;        ///< the device to open
 };
 
 }  // namespace orb::bench

@@ -21,7 +21,9 @@ std::string interpreterOf(const std::filesystem::path& file) {
   std::ifstream stream(file, std::ios::binary);
   std::string line;
   std::string interpreter;
-  if (stream.get() != '#' || stream.get() != '!' || !std::getline(stream, line)) return interpreter;
+  if (stream.get() != '#' || stream.get() != '!' || !std::getline(stream, line)) {
+    return interpreter;
+  }
   std::istringstream(line) >> interpreter;
   return interpreter;
 }
@@ -54,7 +56,9 @@ std::filesystem::path commandFile(const std::string& name) {
         name + " " + program.obstacle + ": it would use the real device, so it is not started",
         kExitNotStartable);
   }
-  if (program.gap != nullptr) std::cerr << "orb-sim: " << name << ' ' << program.gap << '\n';
+  if (program.gap != nullptr) {
+    std::cerr << "orb-sim: " << name << ' ' << program.gap << '\n';
+  }
   return file;
 }
 
