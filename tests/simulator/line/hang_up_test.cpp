@@ -54,13 +54,6 @@ TEST_F(HangUp, IsSeenByTheClientBehindTheLastByte) {
   EXPECT_EQ(errno, EIO);
 }
 
-TEST_F(HangUp, OfTheDevicesOwnAccordIsSeenToo) {
-  TtyClient client(line_.path());
-  EXPECT_EQ(client.echoOf(hex("01")), hex("01"));
-  device_.drop();
-  EXPECT_TRUE(client.waitForHangUp());
-}
-
 TEST_F(HangUp, IsSeenByEveryClient) {
   TtyClient one(link_.string());
   TtyClient other(link_.string());

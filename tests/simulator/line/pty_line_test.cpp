@@ -60,10 +60,6 @@ TEST(PtyLine, IsRawFromTheStart) {
   EXPECT_EQ(settings.c_cflag & CSIZE, static_cast<tcflag_t>(CS8));
 }
 
-TEST_F(LineWithAClient, AnswersLikeTheReceiver) {
-  EXPECT_EQ(answerTo(kRateQuery, kRateAnswer.size()), kRateAnswer);
-}
-
 TEST_F(LineWithAClient, AnswersTheNextClientOnTheSamePath) {
   for (int i = 0; i < 20; ++i) {
     TtyClient next(line_.path());
@@ -152,14 +148,6 @@ TEST_F(LineWithAClient, DeliversPiecesOneByOne) {
   EXPECT_GE(sim::PtyLine::Clock::now() - start, 200ms);
   // A client that is held up finds several pieces at once; three is what an idle machine shows.
   EXPECT_LE(reads, 3U);
-}
-
-TEST_F(LineWithAClient, KeepsSilentByRule) {
-  script_.on(0x1000).nothing();
-  client_.write(kRateQuery);
-  ASSERT_TRUE(line_.waitForMessage(0x1000));
-  line_.send(hex("55"));
-  EXPECT_EQ(client_.read(1), hex("55"));
 }
 
 TEST_F(LineWithAClient, TakesARuleWhileItRuns) {

@@ -8,8 +8,6 @@
 
 #include "device/echo_device.h"
 #include "line_client.h"
-#include "orb-sim/frame.h"
-#include "orb-sim/receiver.h"
 #include "processor_time.h"
 #include "rate_query.h"
 
@@ -111,14 +109,6 @@ TEST(TcpLine, TakesAFreePortOfItsOwnOrTheOneThatItIsGiven) {
   }
   const sim::TcpLine again(device, port);
   EXPECT_EQ(again.port(), port);
-}
-
-TEST(TcpLine, AnswersLikeTheReceiver) {
-  sim::Receiver receiver;
-  sim::TcpLine line(receiver);
-  TcpClient client(line.port());
-  client.write(kRateQuery);
-  EXPECT_EQ(client.read(kRateAnswer.size()), kRateAnswer);
 }
 
 // A write to a connection that the client has closed would end the process with SIGPIPE.

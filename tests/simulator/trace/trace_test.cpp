@@ -109,31 +109,30 @@ TEST_F(Trace, MayHaveMoreMembersAndNoLastNewline) {
 }
 
 TEST_F(Trace, HasAnErrorThatNamesFileAndLine) {
-  const auto errorOfRecord = [&](const std::string& record) {
-    return errorOf(kHeader + std::string("\n") + record + "\n");
-  };
+  const std::string header = std::string(kHeader) + "\n";
   const std::string good = R"({"time":1,"from":"client","bytes":""})";
-  EXPECT_EQ(errorOfRecord("{"), errorAt(2, "not a JSON object"));
-  EXPECT_EQ(errorOfRecord(""), errorAt(2, "not a JSON object"));
-  EXPECT_EQ(errorOfRecord("[]"), errorAt(2, "not a JSON object"));
-  EXPECT_EQ(errorOfRecord(good + "\n" + good + "x"), errorAt(3, "not a JSON object"));
-  EXPECT_EQ(errorOfRecord(R"({"from":"client","bytes":""})"), errorAt(2, R"("time" is missing)"));
-  EXPECT_EQ(errorOfRecord(R"({"time":"1","from":"client","bytes":""})"),
-            errorAt(2, R"("time" is not a number of seconds)"));
-  for (const char* const time : {"-1", "1e10"}) {
-    EXPECT_EQ(errorOfRecord(std::string(R"({"time":)") + time + R"(,"from":"client","bytes":""})"),
-              errorAt(2, R"("time" is out of range)"));
+  const std::pair<std::string, const char*> records[] = {
+      {"{", "not a JSON object"},
+      {"", "not a JSON object"},
+      {"[]", "not a JSON object"},
+      {good + "x", "not a JSON object"},
+      {R"({"time":1e400,"from":"client","bytes":""})", "not a JSON object"},
+      {R"({"from":"client","bytes":""})", R"("time" is missing)"},
+      {R"({"time":"1","from":"client","bytes":""})", R"("time" is not a number of seconds)"},
+      {R"({"time":-1,"from":"client","bytes":""})", R"("time" is out of range)"},
+      {R"({"time":1e10,"from":"client","bytes":""})", R"("time" is out of range)"},
+      {R"({"time":1,"bytes":""})", R"("from" is missing)"},
+      {R"({"time":1,"from":"me","bytes":""})", R"("from" is neither "client" nor "receiver")"},
+      {R"({"time":1,"from":"client"})", R"("bytes" is missing)"},
+  };
+  for (const auto& [record, problem] : records) {
+    EXPECT_EQ(errorOf(header + record + "\n"), errorAt(2, problem)) << record;
+    EXPECT_EQ(errorOf(header + good + "\n" + record + "\n"), errorAt(3, problem)) << record;
   }
-  EXPECT_EQ(errorOfRecord(R"({"time":1e400,"from":"client","bytes":""})"),
-            errorAt(2, "not a JSON object"));
-  EXPECT_EQ(errorOfRecord(good + "\n" + R"({"time":0.5,"from":"client","bytes":""})"),
+  EXPECT_EQ(errorOf(header + good + "\n" + R"({"time":0.5,"from":"client","bytes":""})"),
             errorAt(3, R"("time" is earlier than in the line before)"));
-  EXPECT_EQ(errorOfRecord(R"({"time":1,"bytes":""})"), errorAt(2, R"("from" is missing)"));
-  EXPECT_EQ(errorOfRecord(R"({"time":1,"from":"me","bytes":""})"),
-            errorAt(2, R"("from" is neither "client" nor "receiver")"));
-  EXPECT_EQ(errorOfRecord(R"({"time":1,"from":"client"})"), errorAt(2, R"("bytes" is missing)"));
   for (const char* const bytes : {"\"A\"", "\"0G\"", "\"A0 A1\"", "\"-1\"", "[160]", "null"}) {
-    EXPECT_EQ(errorOfRecord(std::string(R"({"time":1,"from":"client","bytes":)") + bytes + "}"),
+    EXPECT_EQ(errorOf(header + R"({"time":1,"from":"client","bytes":)" + bytes + "}\n"),
               errorAt(2, R"("bytes" is not a text of hexadecimal digits, two a byte)"));
   }
 }
