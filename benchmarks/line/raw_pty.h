@@ -8,7 +8,7 @@
 #include <string>
 #include <system_error>
 
-#include "simulator/line/owned_descriptor.h"
+#include "base/owned_descriptor.h"
 
 namespace orb::bench {
 
@@ -30,9 +30,9 @@ struct RawPty {
     fcntl(master.get(), F_SETFL, O_NONBLOCK);
   }
 
-  sim::OwnedDescriptor master;
-  sim::OwnedDescriptor slave;  ///< held, so that the pty outlives the near end's descriptors
-  std::string tty;             ///< the device to open
+  OwnedDescriptor master;
+  OwnedDescriptor slave;  ///< held, so that the pty outlives the near end's descriptors
+  std::string tty;        ///< the device to open
 };
 
 }  // namespace orb::bench

@@ -10,7 +10,7 @@
 #include <cstdint>
 #include <utility>
 
-#include "i2c/file_descriptor.h"
+#include "base/owned_descriptor.h"
 
 namespace {
 
@@ -32,7 +32,7 @@ int smbusTransfer(int device, std::uint8_t direction, std::uint8_t command, std:
 
 struct I2CDev::Impl {
   std::string path;
-  orb::FileDescriptor device;
+  orb::OwnedDescriptor device;
   std::uint16_t address = 0;
   bool isSmbusOnly = false;
 
@@ -95,11 +95,11 @@ I2CDev::I2CDev(const std::string& path) : impl_(std::make_shared<Impl>()) { impl
 I2CDev::~I2CDev() = default;
 
 int I2CDev::open(int address) {
-  impl_->device.close();
+  impl_->device.reset();
   if (address < 0 || address > kHighestAddress) {
     return -EINVAL;
   }
-  orb::FileDescriptor device(::open(impl_->path.c_str(), O_RDWR | O_CLOEXEC));
+  orb::OwnedDescriptor device(::open(impl_->path.c_str(), O_RDWR | O_CLOEXEC));
   unsigned long functions = 0;
   if (!device.isOpen() || ::ioctl(device.get(), I2C_SLAVE, static_cast<long>(address)) < 0 ||
       ::ioctl(device.get(), I2C_FUNCS, &functions) < 0) {

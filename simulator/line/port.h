@@ -12,13 +12,13 @@ class Port {
   Port& operator=(const Port&) = delete;
   virtual ~Port() = default;
 
-  /// To be polled before each read(). It is another one from time to time.
+  /// To be polled before each read(); may be a new one after each call of a member.
   virtual int descriptor() const = 0;
 
   /// What clients have written; empty when nothing is there. Never blocks.
   virtual Bytes read() = 0;
 
-  /// Hands the client as many of the bytes, from the first on, as there is room for, and takes
+  /// Sends the client as many of the bytes, from the first on, as there is room for, and takes
   /// them out of `bytes`. Never blocks.
   virtual void write(Bytes& bytes) = 0;
 

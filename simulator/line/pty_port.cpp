@@ -1,38 +1,76 @@
 #include "line/pty_port.h"
 
+#include <fcntl.h>
+#include <poll.h>
+#include <stdlib.h>
+#include <termios.h>
+
+#include <array>
 #include <chrono>
 #include <system_error>
+#include <thread>
 #include <utility>
+
+#include "line/available_bytes.h"
 
 namespace orb::sim {
 namespace {
 
-// A client that reads at all has read by then; one that does not must not hold the line up.
-constexpr std::chrono::milliseconds kTimeToRead{250};
+using std::chrono::milliseconds;
+using std::chrono::steady_clock;
+
+std::string ttyOf(int master) {
+  checked(::grantpt(master), "grantpt");
+  checked(::unlockpt(master), "unlockpt");
+  std::array<char, 64> path{};
+  checked(-::ptsname_r(master, path.data(), path.size()), "ptsname_r");
+  return path.data();
+}
 
 }  // namespace
 
-PtyPort::PtyPort(const std::filesystem::path& link)
-    : pty_(std::make_unique<Pty>()), link_(link, pty_->path()), path_(pty_->path()) {}
+PtyPort::Pty::Pty()
+    : master(::posix_openpt(O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC), "posix_openpt"),
+      path(ttyOf(master.get())),
+      tty(::open(path.c_str(), O_RDWR | O_NOCTTY | O_CLOEXEC), path) {
+  termios settings{};
+  checked(::tcgetattr(tty.get(), &settings), "tcgetattr");
+  ::cfmakeraw(&settings);
+  checked(::tcsetattr(tty.get(), TCSANOW, &settings), "tcsetattr");
+}
+
+PtyPort::PtyPort(const std::filesystem::path& link) : link_(link, pty_.path) {}
 
 std::string PtyPort::path() const {
   const std::lock_guard lock(mutex_);
-  return path_;
+  return pty_.path;
 }
+
+Bytes PtyPort::read() { return readAvailable(pty_.master.get()).value_or(Bytes{}); }
+
+void PtyPort::write(Bytes& bytes) { writeAvailable(pty_.master.get(), bytes); }
 
 // The new pty is in its place before the old one goes, so that a client that sees the hang-up finds
 // it at once.
 void PtyPort::hangUp() {
-  pty_->waitUntilRead(kTimeToRead);
+  waitUntilRead();
   try {
-    auto next = std::make_unique<Pty>();
-    link_.pointTo(next->path());
-    {
-      const std::lock_guard lock(mutex_);
-      path_ = next->path();
-    }
-    pty_ = std::move(next);
+    Pty next;
+    link_.pointTo(next.path);
+    const std::lock_guard lock(mutex_);
+    std::swap(pty_, next);
   } catch (const std::system_error&) {
+  }
+}
+
+// The tty is readable here exactly while clients have something left to read.
+void PtyPort::waitUntilRead() const {
+  // A client that reads at all has read by then; one that does not must not hold the line up.
+  constexpr milliseconds kTimeToRead{250};
+  const auto end = steady_clock::now() + kTimeToRead;
+  pollfd polled{pty_.tty.get(), POLLIN, 0};
+  while (::poll(&polled, 1, 0) == 1 && steady_clock::now() < end) {
+    std::this_thread::sleep_for(milliseconds{1});
   }
 }
 

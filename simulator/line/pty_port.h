@@ -1,17 +1,16 @@
 #pragma once
 
 #include <filesystem>
-#include <memory>
 #include <mutex>
 #include <string>
 
+#include "base/owned_descriptor.h"
 #include "line/port.h"
-#include "line/pty.h"
 #include "line/stable_link.h"
 
 namespace orb::sim {
 
-/// A line that is a pseudo-terminal, with a link that follows it.
+/// A pseudo-terminal, seen from the device's end, with a link that leads to its tty.
 class PtyPort : public Port {
  public:
   /// Without a link where `link` is empty. Throws std::system_error.
@@ -20,18 +19,29 @@ class PtyPort : public Port {
   /// The tty that clients are to open now. May be called from any thread.
   std::string path() const;
 
-  int descriptor() const override { return pty_->descriptor(); }
-  Bytes read() override { return pty_->read(); }
-  void write(Bytes& bytes) override { pty_->write(bytes); }
+  int descriptor() const override { return pty_.master.get(); }
+  Bytes read() override;
+  void write(Bytes& bytes) override;
 
-  /// Where no other pty is to be had, the line stays as it is.
+  /// Offers another pty. Clients that have the old tty open see a hang-up: reads end, writes fail
+  /// with EIO. Where no other pty is to be had, the line stays as it is.
   void hangUp() override;
 
  private:
-  std::unique_ptr<Pty> pty_;
+  /// Raw from the start. The tty stays open, so that a client that closes it is not seen as a
+  /// hang-up, which would make every poll return at once.
+  struct Pty {
+    Pty();
+    OwnedDescriptor master;
+    std::string path;
+    OwnedDescriptor tty;
+  };
+
+  void waitUntilRead() const;
+
+  mutable std::mutex mutex_;  ///< guards pty_.path
+  Pty pty_;
   StableLink link_;
-  mutable std::mutex mutex_;  ///< guards what follows
-  std::string path_;
 };
 
 }  // namespace orb::sim

@@ -20,7 +20,7 @@ using std::chrono::milliseconds;
 // Another thread may change a device at any time without telling the line.
 constexpr milliseconds kLongestSleep{50};
 
-/// Starts a thread that no signal of the program is delivered to.
+/// Starts a thread that no signal of the program is delivered to; a SIGPIPE of its own neither.
 template <typename Function>
 std::thread startWithoutSignals(Function function) {
   sigset_t all;

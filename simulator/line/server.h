@@ -5,7 +5,7 @@
 #include <optional>
 #include <thread>
 
-#include "line/owned_descriptor.h"
+#include "base/owned_descriptor.h"
 #include "line/port.h"
 #include "line/received_log.h"
 #include "orb-sim/device.h"

@@ -20,7 +20,9 @@ std::string interpreterOf(const std::filesystem::path& file) {
   std::ifstream stream(file, std::ios::binary);
   std::string line;
   std::string interpreter;
-  if (stream.get() != '#' || stream.get() != '!' || !std::getline(stream, line)) return interpreter;
+  if (stream.get() != '#' || stream.get() != '!' || !std::getline(stream, line)) {
+    return interpreter;
+  }
   std::istringstream(line) >> interpreter;
   return interpreter;
 }

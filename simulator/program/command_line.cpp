@@ -86,7 +86,9 @@ std::string unexpected(const CLI::App& app, const Invocation& invocation) {
   const std::vector<std::string> words = app.remaining(true);
   std::string message = words.size() > 1 ? "The following arguments were not expected:"
                                          : "The following argument was not expected:";
-  for (const std::string& word : words) message += " " + word;
+  for (const std::string& word : words) {
+    message += " " + word;
+  }
   const CLI::App* const asked = askedFor(app);
   const bool mayBeCommand = invocation.command.empty() && words.front().front() != '-';
   if (mayBeCommand && invocation.commandTakers.contains(asked)) {
@@ -160,7 +162,9 @@ int execute(int argc, char** argv) {
     app.parse(arguments);
   } catch (const CLI::ParseError& error) {
     std::ostringstream help;  // so that it is flushed where a loss is told
-    if (app.exit(error, help, std::cerr) != 0) return kExitOwnFailure;
+    if (app.exit(error, help, std::cerr) != 0) {
+      return kExitOwnFailure;
+    }
     std::cout << help.str();
     requireOutput();
     return 0;

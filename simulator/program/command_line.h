@@ -32,7 +32,9 @@ Number wholeNumber(const std::string& text) {
   Number number{};
   const char* const end = text.data() + text.size();
   const auto [last, error] = std::from_chars(text.data(), end, number);
-  if (error == std::errc{} && last == end) return number;
+  if (error == std::errc{} && last == end) {
+    return number;
+  }
   throw CLI::ValidationError(text + " is not a whole number from 0 to " +
                              std::to_string(std::numeric_limits<Number>::max()));
 }

@@ -1,17 +1,15 @@
 #include <fcntl.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <array>
 #include <cstdio>
 #include <iostream>
 #include <memory>
-#include <optional>
 #include <string>
 #include <string_view>
 #include <system_error>
 
-#include "line/owned_descriptor.h"
+#include "base/owned_descriptor.h"
 #include "orb-sim/trace.h"
 #include "program/command_line.h"
 #include "program/standard_streams.h"
@@ -27,7 +25,39 @@ constexpr char kDecodeDescription[] =
     "Takes any bytes, and traces of orb-sim tap. Without FILE, or with -, reads standard input\n"
     "and prints what comes as it comes.";
 
-/// Prints the messages of a stream of bytes behind their offsets.
+/// A file, or standard input.
+class Input {
+ public:
+  explicit Input(const std::string& file) {
+    if (!file.empty() && file != "-") {
+      name_ = file;
+      opened_ = {open(file.c_str(), O_RDONLY | O_CLOEXEC), file};
+    }
+  }
+
+  const std::string& name() const { return name_; }
+
+  /// What comes next, as soon as something comes; empty at the end.
+  std::string_view read() {
+    for (;;) {
+      const int descriptor = opened_.isOpen() ? opened_.get() : STDIN_FILENO;
+      const ssize_t count = ::read(descriptor, block_.data(), block_.size());
+      if (count >= 0) {
+        return {block_.data(), static_cast<std::size_t>(count)};
+      }
+      if (errno != EINTR) {
+        throw std::system_error(errno, std::generic_category(), name_);
+      }
+    }
+  }
+
+ private:
+  std::string name_ = "standard input";
+  OwnedDescriptor opened_;
+  std::array<char, 65536> block_;
+};
+
+/// Prints the messages of a stream of bytes after their offsets.
 class RawPrinter {
  public:
   void push(std::string_view text) { decoder_.push(Bytes(text.begin(), text.end())); }
@@ -68,58 +98,33 @@ class TracePrinter {
   TraceParser::Sink sink_ = [this](const TraceRecord& record) { transcript_.add(record); };
 };
 
-/// Decides by the first bytes which of the two prints.
-class Printer {
- public:
-  explicit Printer(std::string name) : name_(std::move(name)) {}
-
-  void push(std::string_view text) {
-    if (trace_) return trace_->push(text);
-    if (!isRaw_) {
-      start_ += text;
-      const std::size_t length = std::min(start_.size(), TraceParser::kStart.size());
-      isRaw_ = start_.compare(0, length, TraceParser::kStart, 0, length) != 0;
-      if (!isRaw_ && length < TraceParser::kStart.size()) return;
-      if (!isRaw_) trace_.emplace(name_);
-      return push(std::exchange(start_, {}));
-    }
-    raw_.push(text);
-  }
-
-  void finish() {
-    if (trace_) return trace_->finish();
-    raw_.push(start_);
-    raw_.finish();
-  }
-
- private:
-  std::string name_;
-  std::string start_;  ///< what is not decided yet
-  bool isRaw_ = false;
-  RawPrinter raw_;
-  std::optional<TracePrinter> trace_;
-};
-
-int decode(const std::string& file) {
-  OwnedDescriptor opened;
-  const bool isStandardInput = file.empty() || file == "-";
-  if (!isStandardInput) opened = {open(file.c_str(), O_RDONLY | O_CLOEXEC), file};
-  const int input = isStandardInput ? STDIN_FILENO : opened.get();
-  const std::string name = isStandardInput ? "standard input" : file;
-
-  std::ios::sync_with_stdio(false);
-  Printer printer(name);
-  std::array<char, 65536> block;
-  for (;;) {
-    const ssize_t count = read(input, block.data(), block.size());
-    if (count < 0 && errno == EINTR) continue;
-    if (count < 0) throw std::system_error(errno, std::generic_category(), name);
-    if (count == 0) break;
-    printer.push({block.data(), static_cast<std::size_t>(count)});
-    if (static_cast<std::size_t>(count) < block.size() || !std::cout) requireOutput();
+/// Prints `start` and what follows it. Where the input pauses, all that has come is shown.
+template <typename Printer>
+void print(Printer printer, std::string_view start, Input& input) {
+  for (std::string_view text = start; !text.empty(); text = input.read()) {
+    printer.push(text);
+    requireOutput();
   }
   printer.finish();
   requireOutput();
+}
+
+int decode(const std::string& file) {
+  std::ios::sync_with_stdio(false);
+  Input input(file);
+  std::string start(input.read());
+  while (start.size() < TraceParser::kStart.size() && TraceParser::kStart.starts_with(start)) {
+    const std::string_view more = input.read();
+    if (more.empty()) {
+      break;
+    }
+    start += more;
+  }
+  if (start.starts_with(TraceParser::kStart)) {
+    print(TracePrinter(input.name()), start, input);
+  } else {
+    print(RawPrinter(), start, input);
+  }
   return 0;
 }
 

@@ -1,22 +1,25 @@
 #include "program/device_process.h"
 
-#include <poll.h>
-#include <sys/socket.h>
+#include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <cerrno>
+#include <cstdlib>
+#include <ctime>
 #include <exception>
 #include <system_error>
 
 #include "program/failure.h"
 #include "program/process.h"
-#include "program/process_tree.h"
 #include "program/signals.h"
 #include "program/simulated_device.h"
 
 namespace orb::sim {
 namespace {
+
+/// The signal that carries a passed-on one as its value, negative when it is from the terminal. It
+/// is also what the kernel sends when the front is gone. A real-time signal, since those queue.
+int carrier() { return SIGRTMIN; }
 
 /// Starts the command where the shell would have: in the foreground, with the user's input, output
 /// and signals.
@@ -42,10 +45,14 @@ pid_t startCommand(const RunOptions& options, const Front& front, const Simulate
 }
 
 /// Passes on what came before the command could get it.
-void passEarlySignals(pid_t command, const OwnedDescriptor& connection) {
-  PassedSignal signal;
-  while (recv(connection.get(), &signal, sizeof signal, MSG_DONTWAIT) > 0) {
-    kill(command, signal.number);
+void passEarlySignals(pid_t command) {
+  const sigset_t early = signalSet({carrier()});
+  const timespec atOnce{0, 0};
+  siginfo_t signal{};
+  while (sigtimedwait(&early, &signal, &atOnce) > 0) {
+    if (signal.si_code == SI_QUEUE) {
+      kill(command, std::abs(signal.si_value.sival_int));
+    }
   }
 }
 
@@ -54,7 +61,9 @@ bool collect(pid_t command, int& status) {
   for (;;) {
     int ended = 0;
     const pid_t child = waitpid(-1, &ended, WNOHANG);
-    if (child <= 0) return false;
+    if (child <= 0) {
+      return false;
+    }
     if (child == command) {
       status = shellStatus(ended);
       return true;
@@ -63,40 +72,46 @@ bool collect(pid_t command, int& status) {
 }
 
 /// Waits for the command's end and passes signals on to it. Returns its exit status, or
-/// kExitOwnFailure where the other process has gone.
-int superviseCommand(pid_t command, const OwnedDescriptor& connection) {
-  const OwnedDescriptor childSignals = signalSource(signalSet({SIGCHLD}));
-  pollfd sources[] = {{childSignals.get(), POLLIN, 0}, {connection.get(), POLLIN, 0}};
-  for (;;) {
-    if (poll(sources, std::size(sources), -1) < 0) {
-      if (errno == EINTR) continue;
-      throw std::system_error(errno, std::generic_category(), "poll");
+/// kExitOwnFailure where the front is gone.
+int superviseCommand(pid_t command, pid_t front) {
+  const sigset_t awaited = signalSet({SIGCHLD, carrier()});
+  while (getppid() == front) {
+    const siginfo_t signal = takeSignal(awaited);
+    int status = 0;
+    if (signal.si_signo == SIGCHLD && collect(command, status)) {
+      return status;
     }
-    if (sources[0].revents != 0) {
-      takeSignal(childSignals);
-      int status = 0;
-      if (collect(command, status)) return status;
-    }
-    if (sources[1].revents != 0) {
-      PassedSignal signal;
-      if (recv(connection.get(), &signal, sizeof signal, 0) <= 0) return kExitOwnFailure;
-      if (!signal.fromTerminal) kill(command, signal.number);
+    if (signal.si_code == SI_QUEUE && signal.si_value.sival_int > 0) {
+      kill(command, signal.si_value.sival_int);
     }
   }
+  return kExitOwnFailure;
 }
 
 int runCommand(const RunOptions& options, const Front& front) {
   adoptOrphans();
   const SimulatedDevice device(options, front.folder.path());
   const pid_t command = startCommand(options, front, device);
-  passEarlySignals(command, front.connection);
+  passEarlySignals(command);
   leaveInputAndOutput();
-  return superviseCommand(command, front.connection);
+  return superviseCommand(command, front.process);
 }
 
 }  // namespace
 
+void passOn(pid_t deviceProcess, int signal, bool fromTerminal) {
+  sigval value{};
+  value.sival_int = fromTerminal ? -signal : signal;
+  sigqueue(deviceProcess, carrier(), value);
+}
+
 int runDevice(const RunOptions& options, const Front& front) noexcept {
+  // Alone in a process group, so that the terminal's signals reach the command and not this.
+  setpgid(0, 0);
+  sigset_t all;
+  sigfillset(&all);
+  blockSignals(all);
+  prctl(PR_SET_PDEATHSIG, carrier());
   int status = kExitOwnFailure;
   try {
     status = runCommand(options, front);

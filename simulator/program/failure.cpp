@@ -7,7 +7,9 @@ namespace orb::sim {
 
 int report(const std::exception& error) {
   std::istringstream lines(error.what());
-  for (std::string line; std::getline(lines, line);) std::cerr << "orb-sim: " << line << '\n';
+  for (std::string line; std::getline(lines, line);) {
+    std::cerr << "orb-sim: " << line << '\n';
+  }
   const auto* const failure = dynamic_cast<const Failure*>(&error);
   return failure != nullptr ? failure->status() : kExitOwnFailure;
 }

@@ -17,7 +17,9 @@ fs::path find(std::initializer_list<const char*> places) {
   const fs::path folder = fs::read_symlink("/proc/self/exe").parent_path();
   for (const char* const place : places) {
     const fs::path file = (folder / place).lexically_normal();
-    if (fs::exists(file)) return file;
+    if (fs::exists(file)) {
+      return file;
+    }
   }
   throw Failure("the installation is not complete: " + (folder / *places.begin()).string() +
                 " is missing");
@@ -38,7 +40,9 @@ fs::path busDaemon() {
   char found[PATH_MAX];
   for (const char* const name : {"dbus-daemon", "/usr/bin/dbus-daemon"}) {
     const fs::path file = findProgram(name, found);
-    if (file.is_absolute() && fs::exists(file)) return file;
+    if (file.is_absolute() && fs::exists(file)) {
+      return file;
+    }
   }
   throw Failure("dbus-daemon was not found; on Debian the package dbus-daemon has it");
 }

@@ -37,7 +37,9 @@ CLI::Option* addLinkOption(CLI::App& subcommand, fs::path& link) {
 
 void requireFreeLink(const fs::path& link) {
   std::error_code ignored;
-  if (!fs::is_symlink(link, ignored) || !fs::exists(link, ignored)) return;
+  if (!fs::is_symlink(link, ignored) || !fs::exists(link, ignored)) {
+    return;
+  }
   throw Failure("--link: " + link.string() + " points to " +
                 fs::read_symlink(link, ignored).string() +
                 " already; end the orb-sim that offers it, or remove the link");

@@ -14,12 +14,9 @@ struct ProcessStart {
   std::vector<std::string> arguments;  ///< from argv[0] on
   std::vector<std::string> variables;  ///< the whole environment, "NAME=value"
 
-  /// What the child has as standard input, output and error; -1: what this process has.
-  int input = -1;
-  int output = -1;
-  int error = -1;
-  /// Whether the child gets none of this process's descriptors but these three.
-  bool onlyThese = false;
+  /// A file to append output and errors to. The child then has no input and none of this process's
+  /// descriptors. Empty: the child has all that are not closed on exec.
+  std::filesystem::path log;
 
   std::optional<pid_t> group;  ///< the process group to join instead of this process's
   sigset_t blockedSignals{};   ///< default: none
@@ -41,5 +38,13 @@ void leaveInputAndOutput();
 /// The exit status as a shell tells it: 128 and the signal's number for a process that a signal
 /// has ended.
 int shellStatus(int waitStatus);
+
+/// Lets the processes that this one's descendants leave behind become its own children, instead of
+/// escaping.
+void adoptOrphans();
+
+/// Kills every child of this process, and theirs as they become its own, until there is none.
+/// Children that may not be killed, having gained other rights, are left.
+void endAllChildren() noexcept;
 
 }  // namespace orb::sim

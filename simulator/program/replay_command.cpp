@@ -9,7 +9,6 @@
 #include "program/failure.h"
 #include "program/offered_line.h"
 #include "program/run.h"
-#include "program/run_options.h"
 #include "program/signals.h"
 #include "program/standard_streams.h"
 
@@ -46,7 +45,9 @@ int replay(const ReplayOptions& options, const std::vector<std::string>& command
   }
   Replay replay{loadTrace(options.trace),
                 options.fast ? ReplayDevice::Pace::Fast : ReplayDevice::Pace::Recorded};
-  if (command.empty()) return offer(replay, options.link);
+  if (command.empty()) {
+    return offer(replay, options.link);
+  }
   RunOptions run;
   run.replay = std::move(replay);
   run.command = command;

@@ -1,8 +1,38 @@
 #pragma once
 
-#include "program/run_options.h"
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "orb-sim/replay.h"
+#include "orb-sim/scenario.h"
+#include "orb-sim/trace.h"
 
 namespace orb::sim {
+
+/// A trace to be played back.
+struct Replay {
+  std::vector<TraceRecord> trace;
+  ReplayDevice::Pace pace = ReplayDevice::Pace::Recorded;
+};
+
+/// How a COMMAND is to be run.
+struct RunOptions {
+  Scenario scenario;
+
+  /// What answers in the place of the scenario's receiver.
+  std::optional<Replay> replay;
+
+  /// The line that COMMAND finds at /dev/tty_gps instead of one with a simulated receiver.
+  std::filesystem::path tty;
+
+  /// Where the log and identity files are left; empty: they go with the run.
+  std::filesystem::path keep;
+
+  /// COMMAND and its arguments, as the user gave them.
+  std::vector<std::string> command;
+};
 
 /// Runs the command on a simulated device of its own; returns the exit status for the shell.
 ///

@@ -3,7 +3,6 @@
 #include "program/command_line.h"
 #include "program/failure.h"
 #include "program/run.h"
-#include "program/run_options.h"
 #include "program/scenario_options.h"
 
 namespace orb::sim {

@@ -5,7 +5,8 @@
 #include <cstdio>
 
 #include "program/command_line.h"
-#include "program/scenario_folder.h"
+#include "program/failure.h"
+#include "program/installation.h"
 
 namespace orb::sim {
 namespace {
@@ -31,7 +32,9 @@ Numbers threeNumbers(const std::string& text) {
 Version version(const std::string& text) {
   const Numbers numbers = threeNumbers(text);
   for (const unsigned int number : numbers) {
-    if (number > kMaxByte) throw wrong(std::to_string(number) + " is above 255");
+    if (number > kMaxByte) {
+      throw wrong(std::to_string(number) + " is above 255");
+    }
   }
   const auto byte = [&](std::size_t index) { return static_cast<std::uint8_t>(numbers[index]); };
   return {byte(0), byte(1), byte(2)};
@@ -53,7 +56,9 @@ Edit revision(const std::string& text) {
   }
   const std::chrono::year_month_day date{std::chrono::year(static_cast<int>(year)),
                                          std::chrono::month(month), std::chrono::day(day)};
-  if (month > kMaxByte || day > kMaxByte || !date.ok()) throw wrong(text + " is no date");
+  if (month > kMaxByte || day > kMaxByte || !date.ok()) {
+    throw wrong(text + " is no date");
+  }
   return
       [year = static_cast<std::uint8_t>(year - kCentury), month = static_cast<std::uint8_t>(month),
        day = static_cast<std::uint8_t>(day)](Scenario& scenario) {
@@ -70,6 +75,20 @@ Edit seed(const std::string& text) {
 
 Edit hardwareId(const std::string& text) {
   return [text](Scenario& scenario) { scenario.hardwareId = text; };
+}
+
+/// The file of a scenario: `name` itself where it has a slash or ends in ".toml", otherwise that of
+/// the ready scenario of this name.
+std::filesystem::path scenarioFile(const std::string& name) {
+  const std::filesystem::path given = name;
+  if (given.has_parent_path() || given.extension() == ".toml") {
+    return given;
+  }
+  const std::filesystem::path file = scenarioFolder() / (name + ".toml");
+  if (!std::filesystem::exists(file)) {
+    throw Failure("there is no scenario " + name + "; orb-sim scenarios lists them");
+  }
+  return file;
 }
 
 }  // namespace
@@ -117,7 +136,9 @@ void ScenarioOptions::addDeviceOptions(CLI::App& subcommand) {
 
 Scenario ScenarioOptions::scenario() const {
   Scenario scenario = name_.empty() ? Scenario{} : loadScenario(scenarioFile(name_));
-  for (const Edit& edit : edits_) edit(scenario);
+  for (const Edit& edit : edits_) {
+    edit(scenario);
+  }
   return scenario;
 }
 

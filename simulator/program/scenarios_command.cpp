@@ -1,9 +1,11 @@
 #include <algorithm>
+#include <filesystem>
 #include <iostream>
+#include <set>
 
 #include "orb-sim/scenario.h"
 #include "program/command_line.h"
-#include "program/scenario_folder.h"
+#include "program/installation.h"
 #include "program/standard_streams.h"
 
 namespace orb::sim {
@@ -15,7 +17,9 @@ constexpr char kScenariosDescription[] =
 
 int listScenarios() {
   constexpr std::size_t kWidth = 16;
-  for (const std::filesystem::path& file : readyScenarios()) {
+  const std::filesystem::directory_iterator entries(scenarioFolder());
+  const std::set<std::filesystem::path> files(begin(entries), end(entries));
+  for (const std::filesystem::path& file : files) {
     std::string name = file.stem();
     name.resize(std::max(kWidth, name.size() + 1), ' ');
     std::cout << name << loadScenario(file).description << '\n';

@@ -30,7 +30,9 @@ void setSpeed(termios& settings, unsigned int baud) {
                                          [&](const auto& speed) { return speed.first == baud; });
   if (found == std::end(kSpeeds)) {
     std::string known;
-    for (const auto& speed : kSpeeds) known += " " + std::to_string(speed.first);
+    for (const auto& speed : kSpeeds) {
+      known += " " + std::to_string(speed.first);
+    }
     throw Failure("--baud: " + std::to_string(baud) + " is none of" + known);
   }
   cfsetispeed(&settings, found->second);
@@ -41,35 +43,51 @@ void setSpeed(termios& settings, unsigned int baud) {
 
 bool mayBeTerminal(const std::filesystem::path& path) {
   struct stat info {};
-  if (stat(path.c_str(), &info) != 0 || !S_ISCHR(info.st_mode)) return false;
+  if (stat(path.c_str(), &info) != 0 || !S_ISCHR(info.st_mode)) {
+    return false;
+  }
   // Opening and closing a pseudo-terminal could hang up the program at its other end.
   constexpr unsigned int kFirstPtyMajor = 136;
   constexpr unsigned int kLastPtyMajor = 143;
   // Opened, it would be a new terminal's far end.
   const dev_t pseudoTerminals = makedev(5, 2);
-  if (info.st_rdev == pseudoTerminals) return false;
+  if (info.st_rdev == pseudoTerminals) {
+    return false;
+  }
   const unsigned int kind = major(info.st_rdev);
-  if (kind >= kFirstPtyMajor && kind <= kLastPtyMajor) return true;
+  if (kind >= kFirstPtyMajor && kind <= kLastPtyMajor) {
+    return true;
+  }
   const int opened = open(path.c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC);
-  if (opened < 0) return true;
+  if (opened < 0) {
+    return true;
+  }
   return isatty(OwnedDescriptor(opened, path.string()).get()) != 0;
 }
 
 OwnedDescriptor openSerialPort(const std::filesystem::path& device,
                                std::optional<unsigned int> baud) {
   const int descriptor = open(device.c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC);
-  if (descriptor < 0) fail(device);
+  if (descriptor < 0) {
+    fail(device);
+  }
   OwnedDescriptor port(descriptor, device.string());
   termios settings{};
   if (tcgetattr(port.get(), &settings) != 0) {
-    if (errno == ENOTTY) throw Failure(device.string() + " is no serial port");
+    if (errno == ENOTTY) {
+      throw Failure(device.string() + " is no serial port");
+    }
     fail(device);
   }
   cfmakeraw(&settings);
   settings.c_cflag |= CLOCAL | CREAD;
   settings.c_cflag &= ~static_cast<tcflag_t>(CRTSCTS | CSTOPB);
-  if (baud) setSpeed(settings, *baud);
-  if (tcsetattr(port.get(), TCSANOW, &settings) != 0) fail(device);
+  if (baud) {
+    setSpeed(settings, *baud);
+  }
+  if (tcsetattr(port.get(), TCSANOW, &settings) != 0) {
+    fail(device);
+  }
   return port;
 }
 

@@ -4,7 +4,7 @@
 #include <optional>
 #include <string>
 
-#include "line/owned_descriptor.h"
+#include "base/owned_descriptor.h"
 
 namespace orb::sim {
 

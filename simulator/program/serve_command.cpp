@@ -11,7 +11,7 @@
 #include "program/failure.h"
 #include "program/offered_line.h"
 #include "program/scenario_options.h"
-#include "program/shared_device.h"
+#include "device/shared_device.h"
 #include "program/signals.h"
 #include "program/standard_streams.h"
 
@@ -36,7 +36,9 @@ int serve(const ServeOptions& options) {
   if (scenario.presence == Scenario::Presence::Absent) {
     throw Failure("the scenario has no receiver that could be served");
   }
-  if (!options.link.empty()) requireFreeLink(options.link);
+  if (!options.link.empty()) {
+    requireFreeLink(options.link);
+  }
   const EndSignals end;
   ScenarioDevice receiver(scenario);
   SharedDevice shared(receiver);

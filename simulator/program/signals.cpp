@@ -1,17 +1,23 @@
 #include "program/signals.h"
 
+#include <sys/signalfd.h>
+
 namespace orb::sim {
 
 sigset_t signalSet(std::initializer_list<int> signals) {
   sigset_t set;
   sigemptyset(&set);
-  for (const int signal : signals) sigaddset(&set, signal);
+  for (const int signal : signals) {
+    sigaddset(&set, signal);
+  }
   return set;
 }
 
 sigset_t passedOnSignals() {
   sigset_t set = signalSet({SIGHUP, SIGINT, SIGQUIT, SIGTERM, SIGALRM, SIGUSR1, SIGUSR2});
-  for (int signal = SIGRTMIN; signal <= SIGRTMAX; ++signal) sigaddset(&set, signal);
+  for (int signal = SIGRTMIN; signal <= SIGRTMAX; ++signal) {
+    sigaddset(&set, signal);
+  }
   return set;
 }
 
@@ -21,14 +27,9 @@ sigset_t blockSignals(const sigset_t& signals) {
   return before;
 }
 
-OwnedDescriptor signalSource(const sigset_t& signals) {
-  return {signalfd(-1, &signals, SFD_CLOEXEC), "signalfd"};
-}
-
-signalfd_siginfo takeSignal(const OwnedDescriptor& source) {
-  signalfd_siginfo taken{};
-  while (read(source.get(), &taken, sizeof taken) != sizeof taken) {
-    if (errno != EINTR) throw std::system_error(errno, std::generic_category(), "reading a signal");
+siginfo_t takeSignal(const sigset_t& signals) {
+  siginfo_t taken{};
+  while (sigwaitinfo(&signals, &taken) < 0) {
   }
   return taken;
 }
@@ -42,7 +43,9 @@ sigset_t endSignals() {
   for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
     struct sigaction action {};
     sigaction(signal, nullptr, &action);
-    if (action.sa_handler != SIG_IGN) sigaddset(&set, signal);
+    if (action.sa_handler != SIG_IGN) {
+      sigaddset(&set, signal);
+    }
   }
   return set;
 }
@@ -50,7 +53,9 @@ sigset_t endSignals() {
 }  // namespace
 
 EndSignals::EndSignals()
-    : signals_(endSignals()), before_(blockSignals(signals_)), source_(signalSource(signals_)) {
+    : signals_(endSignals()),
+      before_(blockSignals(signals_)),
+      source_(signalfd(-1, &signals_, SFD_CLOEXEC), "signalfd") {
   std::signal(SIGPIPE, SIG_IGN);
 }
 

@@ -1,11 +1,9 @@
 #pragma once
 
-#include <sys/signalfd.h>
-
 #include <csignal>
 #include <initializer_list>
 
-#include "line/owned_descriptor.h"
+#include "base/owned_descriptor.h"
 
 namespace orb::sim {
 
@@ -19,11 +17,8 @@ sigset_t passedOnSignals();
 /// Blocks the signals in this process; returns what was blocked before.
 sigset_t blockSignals(const sigset_t& signals);
 
-/// A descriptor that can be read when one of these blocked signals has come.
-OwnedDescriptor signalSource(const sigset_t& signals);
-
-/// Takes one signal from a source.
-signalfd_siginfo takeSignal(const OwnedDescriptor& source);
+/// Waits for one of these blocked signals and takes it.
+siginfo_t takeSignal(const sigset_t& signals);
 
 /// Waits for the signals by which a user or a service manager ends a program that would go on for
 /// ever, and lets it outlive the readers of its output. As long as this exists, they do nothing
@@ -38,7 +33,7 @@ class EndSignals {
   /// Can be read when one of them has come.
   int descriptor() const { return source_.get(); }
 
-  void wait() const { takeSignal(source_); }
+  void wait() const { takeSignal(signals_); }
 
  private:
   sigset_t signals_;

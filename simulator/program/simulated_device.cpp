@@ -32,11 +32,15 @@ constexpr const char* kWrittenFiles[] = {
 
 /// What COMMAND finds at the far end of its line; none where there is no line or it is another's.
 std::unique_ptr<Device> makeReceiver(const RunOptions& options) {
-  if (!options.tty.empty()) return nullptr;
+  if (!options.tty.empty()) {
+    return nullptr;
+  }
   if (options.replay) {
     return std::make_unique<ReplayDevice>(options.replay->trace, options.replay->pace);
   }
-  if (options.scenario.presence == Scenario::Presence::Absent) return nullptr;
+  if (options.scenario.presence == Scenario::Presence::Absent) {
+    return nullptr;
+  }
   return std::make_unique<ScenarioDevice>(options.scenario);
 }
 
@@ -44,7 +48,9 @@ fs::path makeFilesFolder(const RunOptions& options, const fs::path& folder) {
   const fs::path files = options.keep.empty() ? folder / "files" : fs::absolute(options.keep);
   std::error_code error;
   fs::create_directories(files, error);
-  if (error) throw Failure("cannot make the folder " + files.string() + ": " + error.message());
+  if (error) {
+    throw Failure("cannot make the folder " + files.string() + ": " + error.message());
+  }
   return files;
 }
 
@@ -75,7 +81,9 @@ fs::path makeI2cBus(const fs::path& files, const fs::path& folder) {
 std::string escaped(const std::string& path) {
   std::string result;
   for (const char c : path) {
-    if (c == ':' || c == '=' || c == '\\') result += '\\';
+    if (c == ':' || c == '=' || c == '\\') {
+      result += '\\';
+    }
     result += c;
   }
   return result;
@@ -92,7 +100,9 @@ SimulatedDevice::SimulatedDevice(const RunOptions& options, const fs::path& fold
       receiver_(makeReceiver(options)),
       busAddress_(startBus(folder)) {
   startInventory(folder, busAddress_, options.scenario.hardwareId);
-  if (receiver_) line_ = std::make_unique<PtyLine>(*receiver_, tty_);
+  if (receiver_) {
+    line_ = std::make_unique<PtyLine>(*receiver_, tty_);
+  }
 }
 
 SimulatedDevice::~SimulatedDevice() = default;
@@ -111,7 +121,9 @@ std::vector<std::string> SimulatedDevice::variablesFor(const fs::path& file) con
   std::string libraries = inspectProgram(file.c_str()).runtimes;
   libraries += (libraries.empty() ? "" : ":") + library_.string();
   const char* const others = std::getenv("LD_PRELOAD");
-  if (others != nullptr && *others != '\0') libraries += std::string(":") + others;
+  if (others != nullptr && *others != '\0') {
+    libraries += std::string(":") + others;
+  }
   return {"LD_PRELOAD=" + libraries, "ORB_SIM_PATHS=" + pathMap(),
           "ORB_SIM_I2C=" + i2cBus_.string(), "DBUS_SYSTEM_BUS_ADDRESS=" + busAddress_};
 }

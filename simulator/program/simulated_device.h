@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "orb-sim/pty_line.h"
-#include "program/run_options.h"
+#include "program/run.h"
 
 namespace orb::sim {
 

@@ -1,15 +1,10 @@
 #pragma once
 
-#include <string>
-
 namespace orb::sim {
 
 /// Puts /dev/null in the place of standard input, output and error where they are closed, so that
 /// no other descriptor takes their numbers. As on a closed one, reading and writing fail.
 void occupyClosedStreams();
-
-/// Writes out what has been printed. Returns why it is lost; empty where it is not.
-std::string lossOfOutput();
 
 /// Writes out what has been printed. Returns whether it is lost, and says so on standard error.
 bool warnOfLostOutput();

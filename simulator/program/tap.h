@@ -3,8 +3,8 @@
 #include <chrono>
 #include <optional>
 
-#include "line/pty.h"
-#include "line/stable_link.h"
+#include "base/owned_descriptor.h"
+#include "line/pty_port.h"
 #include "orb-sim/bytes.h"
 #include "orb-sim/trace.h"
 #include "program/signals.h"
@@ -22,7 +22,7 @@ class Tap {
       std::optional<TraceWriter> trace);
 
   /// The tty for clients.
-  const std::string& tty() const { return pty_.path(); }
+  std::string tty() const { return client_.path(); }
 
   /// Works until a signal asks for the end; also where standard output cannot be written, which it
   /// says once. Throws Failure where the port is gone, and as TraceWriter does.
@@ -31,10 +31,9 @@ class Tap {
  private:
   using Clock = std::chrono::steady_clock;
 
-  bool wait(const EndSignals& end);
+  bool passOn(const EndSignals& end);
   void takeFromPort();
   void takeFromClient();
-  void passOn();
   void note(Speaker from, const Bytes& bytes);
   void checkDisplay();
   std::chrono::microseconds now() const;
@@ -42,15 +41,12 @@ class Tap {
   const Clock::time_point start_ = Clock::now();
   OwnedDescriptor port_;
   const std::string name_;
-  Pty pty_;
-  StableLink link_;
+  PtyPort client_;
   std::optional<TraceWriter> trace_;
   Transcript transcript_;
 
   Bytes toPort_;
   Bytes toClient_;
-  bool portCanBeRead_ = false;
-  bool clientCanBeRead_ = false;
   bool isDisplayLost_ = false;
 };
 

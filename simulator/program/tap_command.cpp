@@ -41,7 +41,9 @@ int tap(const TapOptions& options) {
   const EndSignals end;
   OwnedDescriptor port = openSerialPort(options.device, options.baud);
   std::optional<TraceWriter> trace;
-  if (!options.trace.empty()) trace.emplace(options.trace, options.device);
+  if (!options.trace.empty()) {
+    trace.emplace(options.trace, options.device);
+  }
   Tap tap(std::move(port), options.device, options.link, std::move(trace));
   announceLine(options.link, tap.tty());
   tap.run(end);

@@ -24,8 +24,12 @@ std::string_view catalogueText(const Frame& frame, std::size_t length) {
                     static_cast<unsigned char>(frame.id() & 0xFF)};
   static const std::string_view kUnknown = orbGetMessageDescription({0xFE, 0}, 0);
   std::string_view text = orbGetMessageDescription(id, static_cast<unsigned short>(length));
-  if (text == kUnknown) return {};
-  while (!text.empty() && text.back() == ' ') text.remove_suffix(1);
+  if (text == kUnknown) {
+    return {};
+  }
+  while (!text.empty() && text.back() == ' ') {
+    text.remove_suffix(1);
+  }
   return text;
 }
 
@@ -56,7 +60,9 @@ bool isText(std::uint8_t byte) { return byte >= 0x20 && byte < 0x7F; }
 /// A line's text without its end; empty where there are other bytes in it.
 std::string lineOf(const Bytes& bytes) {
   auto end = bytes.end();
-  while (end != bytes.begin() && (end[-1] == '\n' || end[-1] == '\r')) --end;
+  while (end != bytes.begin() && (end[-1] == '\n' || end[-1] == '\r')) {
+    --end;
+  }
   return std::all_of(bytes.begin(), end, isText) ? std::string(bytes.begin(), end) : std::string();
 }
 
@@ -69,7 +75,9 @@ std::string describeOther(const StreamItem& item) {
   const auto shown = static_cast<std::ptrdiff_t>(std::min(kFewBytes, item.bytes.size()));
   std::string text = std::to_string(item.length) + (item.length == 1 ? " byte: " : " bytes: ");
   text += toHex(Bytes(item.bytes.begin(), item.bytes.begin() + shown), " ");
-  if (item.length > kFewBytes) text += " ...";
+  if (item.length > kFewBytes) {
+    text += " ...";
+  }
   return labelled("other", text);
 }
 
@@ -105,7 +113,9 @@ std::string StreamCounts::text() const {
                      std::to_string(unknown) + " unknown), " +
                      counted(damaged, "bad packet", "bad packets") + ", " +
                      counted(sentences, "sentence", "sentences");
-  if (badSentences > 0) text += " (" + std::to_string(badSentences) + " bad)";
+  if (badSentences > 0) {
+    text += " (" + std::to_string(badSentences) + " bad)";
+  }
   return text + ", " + counted(otherBytes, "other byte", "other bytes");
 }
 

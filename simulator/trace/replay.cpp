@@ -41,7 +41,9 @@ Bytes ReplayDevice::receive(const Bytes& bytes) {
 Bytes ReplayDevice::takeLeftovers() {
   Bytes output;
   for (const Piece& piece : due_) {
-    if (piece.delay < answerEnd_) append(output, piece.bytes);
+    if (piece.delay < answerEnd_) {
+      append(output, piece.bytes);
+    }
   }
   due_.clear();
   return output;

@@ -31,7 +31,9 @@ bool hasRightChecksum(const std::uint8_t* first, const std::uint8_t* last) {
   constexpr int kBase = 16;
   constexpr std::ptrdiff_t kDigits = 2;
   const std::uint8_t* const star = std::find(first, last, '*');
-  if (star == last) return true;
+  if (star == last) {
+    return true;
+  }
   const char* const digits = reinterpret_cast<const char*>(star + 1);
   const char* const digitsEnd = reinterpret_cast<const char*>(last);
   std::uint8_t said = 0;
@@ -53,8 +55,12 @@ void StreamDecoder::finish() {
 }
 
 StreamDecoder::Verdict StreamDecoder::judge(std::size_t position) const {
-  if (pending_[position] == kStart1) return judgePacket(position);
-  if (pending_[position] == '$') return judgeSentence(position);
+  if (pending_[position] == kStart1) {
+    return judgePacket(position);
+  }
+  if (pending_[position] == '$') {
+    return judgeSentence(position);
+  }
   return {};
 }
 
@@ -62,14 +68,20 @@ StreamDecoder::Verdict StreamDecoder::judgePacket(std::size_t position) const {
   using Kind = Verdict::Kind;
   const std::uint8_t* const begin = pending_.data() + position;
   const std::size_t available = pending_.size() - position;
-  if (available > 1 && begin[1] != kStart2) return {};
-  if (available < kHeaderLength) return {Kind::Incomplete};
+  if (available > 1 && begin[1] != kStart2) {
+    return {};
+  }
+  if (available < kHeaderLength) {
+    return {Kind::Incomplete};
+  }
   const std::size_t payload = static_cast<std::size_t>(begin[2]) << 8 | begin[3];
   if (payload == 0 || payload > FrameReader::kLongestPayload) {
     return {Kind::Damaged, kHeaderLength, "impossible length"};
   }
   const std::size_t length = kHeaderLength + payload + kTrailerLength;
-  if (available < length) return {Kind::Incomplete, length};
+  if (available < length) {
+    return {Kind::Incomplete, length};
+  }
   const std::uint8_t* const trailer = begin + kHeaderLength + payload;
   if (checksum(begin + kHeaderLength, trailer) != trailer[0]) {
     return {Kind::Damaged, length, "wrong checksum"};
@@ -85,14 +97,22 @@ StreamDecoder::Verdict StreamDecoder::judgeSentence(std::size_t position) const 
   const auto begin = pending_.begin() + static_cast<std::ptrdiff_t>(position);
   const auto end = std::find_if_not(begin, pending_.end(), isText);
   const auto textLength = static_cast<std::size_t>(end - begin);
-  if (textLength > kLongestSentence) return {};
-  if (end == pending_.end()) return {Kind::Incomplete, textLength};
+  if (textLength > kLongestSentence) {
+    return {};
+  }
+  if (end == pending_.end()) {
+    return {Kind::Incomplete, textLength};
+  }
   std::size_t length = textLength + 1;
   if (*end == '\r') {
-    if (end + 1 == pending_.end()) return {Kind::Incomplete, length};
+    if (end + 1 == pending_.end()) {
+      return {Kind::Incomplete, length};
+    }
     ++length;
   }
-  if (begin[static_cast<std::ptrdiff_t>(length) - 1] != '\n') return {};
+  if (begin[static_cast<std::ptrdiff_t>(length) - 1] != '\n') {
+    return {};
+  }
   const bool isRight = hasRightChecksum(&*begin, &*begin + textLength);
   return {Kind::Whole, length, isRight ? "" : "wrong checksum"};
 }
@@ -102,7 +122,9 @@ void StreamDecoder::scan(bool isEnd) {
   while (position < pending_.size()) {
     Verdict verdict = judge(position);
     if (verdict.kind == Verdict::Kind::Incomplete) {
-      if (!isEnd) break;
+      if (!isEnd) {
+        break;
+      }
       // What never became whole is a damaged packet if it has a header; a sentence is just text.
       const bool isPacket = pending_[position] == kStart1 && verdict.length > 0;
       verdict = isPacket ? Verdict{Verdict::Kind::Damaged, verdict.length, "cut short"} : Verdict{};
@@ -133,7 +155,9 @@ void StreamDecoder::hand(std::size_t position, const Verdict& verdict) {
 void StreamDecoder::skip(std::size_t position, const Verdict& verdict) {
   const std::uint64_t offset = pendingOffset_ + position;
   const bool isDamaged = verdict.kind == Verdict::Kind::Damaged;
-  if (isDamaged || endsRest(offset)) handRest();
+  if (isDamaged || endsRest(offset)) {
+    handRest();
+  }
   if (rest_.length == 0) {
     rest_.kind = isDamaged ? StreamItem::Kind::Damaged : StreamItem::Kind::Other;
     rest_.offset = offset;
@@ -149,7 +173,9 @@ void StreamDecoder::skip(std::size_t position, const Verdict& verdict) {
   const std::uint8_t byte = pending_[position];
   restIsText_ = restIsText_ && (isText(byte) || byte == '\r' || byte == '\n');
   // Text is handed on by lines.
-  if (restIsText_ && byte == '\n') handRest();
+  if (restIsText_ && byte == '\n') {
+    handRest();
+  }
 }
 
 /// Whether a skipped byte at this offset does not belong to the skipped ones before it.
@@ -159,7 +185,9 @@ bool StreamDecoder::endsRest(std::uint64_t offset) const {
 }
 
 void StreamDecoder::handRest() {
-  if (rest_.length == 0) return;
+  if (rest_.length == 0) {
+    return;
+  }
   const StreamItem item = std::move(rest_);
   rest_ = {};
   sink_(item);

@@ -9,8 +9,6 @@ namespace {
 
 using std::chrono::microseconds;
 
-const char* nameOf(Speaker speaker) { return speaker == Speaker::Client ? "client" : "receiver"; }
-
 /// The beginning of a line: time in seconds, and who speaks.
 std::string heading(microseconds at, Speaker speaker) {
   std::array<char, 64> text{};
@@ -40,7 +38,9 @@ void Transcript::add(const TraceRecord& record) {
 
 void Transcript::letTimePass(microseconds now) {
   for (Side* const side : {&client_, &receiver_}) {
-    if (now - side->last >= kPatience) side->decoder.finish();
+    if (now - side->last >= kPatience) {
+      side->decoder.finish();
+    }
   }
 }
 

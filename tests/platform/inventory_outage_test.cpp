@@ -11,10 +11,10 @@
 #include <functional>
 #include <thread>
 
+#include "base/owned_descriptor.h"
 #include "dbus/inventory_interface.h"
 #include "dbus/sd_bus_handles.h"
 #include "environment_variable.h"
-#include "i2c/file_descriptor.h"
 #include "orb-platform/orb-platform.h"
 #include "private_bus.h"
 #include "temporary_folder.h"
@@ -140,7 +140,7 @@ TEST_F(InventoryOutage, ASilentServiceIsGivenUpByEveryQuestion) {
 
 TEST_F(InventoryOutage, ASilentBusIsGivenUpAfterTwoSeconds) {
   const std::string path = (folder_ / "silent.socket").string();
-  const orb::FileDescriptor listener(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
+  const orb::OwnedDescriptor listener(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
   sockaddr_un name{};
   name.sun_family = AF_UNIX;
   path.copy(name.sun_path, sizeof name.sun_path - 1);

@@ -9,10 +9,10 @@
 
 #include <fstream>
 
+#include "base/owned_descriptor.h"
 #include "dbus/inventory_interface.h"
 #include "dbus/sd_bus_handles.h"
 #include "environment_variable.h"
-#include "i2c/file_descriptor.h"
 #include "private_bus.h"
 #include "temporary_folder.h"
 
@@ -135,7 +135,7 @@ TEST_F(Inventoryd, EndsWellWhenTheBusGoes) {
 
 TEST_F(Inventoryd, TellsTheServiceManagerWhenItIsReady) {
   const std::string path = (folder_ / "notify.socket").string();
-  const orb::FileDescriptor socket(::socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0));
+  const orb::OwnedDescriptor socket(::socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0));
   sockaddr_un name{};
   name.sun_family = AF_UNIX;
   path.copy(name.sun_path, sizeof name.sun_path - 1);

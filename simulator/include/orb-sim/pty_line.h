@@ -26,7 +26,7 @@ namespace orb::sim {
 ///
 /// Where the device drops the line (Device::takeHangUp()), clients that hold the tty open see a
 /// hang-up: they read what has been written so far, then the end of the file, and cannot write
-/// (EIO). Another tty has then taken its place already: path() and the link lead there. What
+/// (EIO). A new tty has then taken its place already: path() and the link lead there. What
 /// clients have written and the device has not yet seen is lost. Clients that do not read for a
 /// quarter of a second lose what they have not read.
 ///
@@ -59,7 +59,7 @@ class PtyLine {
   PtyLine& operator=(const PtyLine&) = delete;
   ~PtyLine();
 
-  /// The tty for clients to open: another one after each hang-up.
+  /// The tty for clients to open: a new one after each hang-up.
   std::string path() const;
 
   /// All bytes and all packets that clients have written since the start or the last

@@ -14,11 +14,11 @@ namespace orb::sim {
 ///     TcpLine line(receiver);
 ///     // clients connect to 127.0.0.1:line.port()
 ///
-/// A thread of the line's own serves the device. One client at a time holds the line; another one
-/// that connects meanwhile waits for its turn. A client that has closed its connection, or only its
+/// A thread of the line's own serves the device. One client at a time holds the line; one that
+/// connects meanwhile waits for its turn. A client that has closed its connection, or only its
 /// sending side, has left. What the device says while there is no client is lost.
 ///
-/// Where the device drops the line (Device::takeHangUp()), the client's connection is closed behind
+/// Where the device drops the line (Device::takeHangUp()), the client's connection is closed after
 /// what has been written so far; the next client is let in at once.
 class TcpLine {
  public:

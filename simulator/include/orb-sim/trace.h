@@ -19,6 +19,9 @@ namespace orb::sim {
 /// Who has said something.
 enum class Speaker : std::uint8_t { Client, Receiver };
 
+/// "client" or "receiver".
+const char* nameOf(Speaker speaker);
+
 /// Bytes that came from one side at one moment. They are cut as they came, not at packets.
 struct TraceRecord {
   std::chrono::microseconds at{0};  ///< since the trace began
@@ -40,7 +43,7 @@ class TraceParser {
   /// `name` is what errors call the trace, as a rule its file.
   explicit TraceParser(std::string name) : name_(std::move(name)) {}
 
-  /// Takes text, cut anywhere, and hands on the records that it completes. Throws
+  /// Takes text, cut anywhere, and passes on the records that it completes. Throws
   /// std::runtime_error, with name and line, where it is not a trace.
   void push(std::string_view text, const Sink& sink);
 

@@ -5,7 +5,7 @@
 #include <chrono>
 #include <thread>
 
-namespace orb::sim::test {
+namespace orb::test {
 
 /// Whether something in this process spins: a thread that does takes as much processor time as the
 /// clock shows, one that sleeps next to none.
@@ -21,4 +21,4 @@ inline bool spins() {
   return used() - before >= kWatched / 4;
 }
 
-}  // namespace orb::sim::test
+}  // namespace orb::test

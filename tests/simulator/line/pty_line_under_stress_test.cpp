@@ -8,29 +8,26 @@
 #include <string>
 #include <thread>
 
-#include "hex.h"
+#include "line_client.h"
 #include "orb-sim/pty_line.h"
 #include "orb-sim/receiver.h"
 #include "orb-sim/script.h"
 #include "processor_time.h"
-#include "tty_client.h"
+#include "rate_query.h"
 
-namespace orb::sim::test {
+namespace orb::test {
 namespace {
 
 using namespace std::chrono_literals;
 
-const Bytes kRateQuery = frame(0x1000);
-const Bytes kRateAnswer = acknowledge(0x1000) + frame(0x8600, {1});
-
 /// Speaks one numbered block at every tick, whether anybody listens or not.
-class Flood : public Device {
+class Flood : public sim::Device {
  public:
   static constexpr std::size_t kBlock = 1000;
 
-  Bytes receive(const Bytes&) override { return {}; }
-  Bytes tick(std::chrono::milliseconds) override {
-    return Bytes(kBlock, static_cast<std::uint8_t>(ticks_++ & 0x7F));
+  sim::Bytes receive(const sim::Bytes&) override { return {}; }
+  sim::Bytes tick(std::chrono::milliseconds) override {
+    return sim::Bytes(kBlock, static_cast<std::uint8_t>(ticks_++ & 0x7F));
   }
   std::chrono::milliseconds untilNextOutput() const override { return 1ms; }
 
@@ -41,9 +38,9 @@ class Flood : public Device {
 };
 
 TEST(PtyLine, TakesNextToNoProcessorWhileItIsIdleAndAfterItsClientHasHungUp) {
-  Receiver receiver;
-  receiver.change([](State& state) { state.outputType = OutputType::None; });
-  const PtyLine line(receiver);
+  sim::Receiver receiver;
+  receiver.change([](sim::State& state) { state.outputType = sim::OutputType::None; });
+  const sim::PtyLine line(receiver);
   {
     TtyClient client(line.path());
     client.write(kRateQuery);
@@ -57,19 +54,19 @@ TEST(PtyLine, TakesNextToNoProcessorWhileItIsIdleAndAfterItsClientHasHungUp) {
 }
 
 TEST(PtyLine, TakesNextToNoProcessorWhileItsClientDoesNotRead) {
-  Script silent;
-  PtyLine line(silent);
+  sim::Script silent;
+  sim::PtyLine line(silent);
   const TtyClient client(line.path());
-  line.send(Bytes(1000000, 'x'));
+  line.send(sim::Bytes(1000000, 'x'));
   std::this_thread::sleep_for(100ms);
   EXPECT_FALSE(spins());
 }
 
 TEST(PtyLine, DeliversALongAnswerWholeToASlowReader) {
-  Script script;
-  PtyLine line(script);
+  sim::Script script;
+  sim::PtyLine line(script);
   TtyClient client(line.path());
-  Bytes answer(300000);
+  sim::Bytes answer(300000);
   for (std::size_t i = 0; i < answer.size(); ++i) {
     answer[i] = static_cast<std::uint8_t>(i * 7 + i / 251);
   }
@@ -81,7 +78,7 @@ TEST(PtyLine, DeliversALongAnswerWholeToASlowReader) {
 
 TEST(PtyLine, LosesWholeOutputsWhileTheTtyIsFull) {
   Flood flood;
-  PtyLine line(flood);
+  sim::PtyLine line(flood);
   TtyClient client(line.path());
   while (flood.ticks() < 300) {
     std::this_thread::sleep_for(1ms);
@@ -89,7 +86,7 @@ TEST(PtyLine, LosesWholeOutputsWhileTheTtyIsFull) {
   line.send({0xFF});
   std::size_t bytes = 0;
   for (bool marked = false; !marked;) {
-    const Bytes some = client.readSome();
+    const sim::Bytes some = client.readSome();
     ASSERT_FALSE(some.empty());
     const auto marker = std::find(some.begin(), some.end(), 0xFF);
     bytes += static_cast<std::size_t>(marker - some.begin());
@@ -100,16 +97,16 @@ TEST(PtyLine, LosesWholeOutputsWhileTheTtyIsFull) {
 }
 
 TEST(PtyLine, EndsAtOnceAlsoWithAnAnswerOnItsWay) {
-  Receiver receiver;
-  Script script(receiver);
+  sim::Receiver receiver;
+  sim::Script script(receiver);
   script.on(0x1000).after(1h);
-  std::optional<PtyLine> line(std::in_place, script);
+  std::optional<sim::PtyLine> line(std::in_place, script);
   TtyClient client(line->path());
   client.write(kRateQuery);
   ASSERT_TRUE(line->waitForMessage(0x1000));
-  const auto start = PtyLine::Clock::now();
+  const auto start = sim::PtyLine::Clock::now();
   line.reset();
-  EXPECT_LT(PtyLine::Clock::now() - start, 2s);
+  EXPECT_LT(sim::PtyLine::Clock::now() - start, 2s);
 }
 
 TEST(PtyLine, TakesNoSignalOfTheProgram) {
@@ -117,8 +114,8 @@ TEST(PtyLine, TakesNoSignalOfTheProgram) {
   sigset_t before;
   sigemptyset(&wanted);
   sigaddset(&wanted, SIGUSR1);
-  Receiver receiver;
-  const PtyLine line(receiver);
+  sim::Receiver receiver;
+  const sim::PtyLine line(receiver);
   ASSERT_EQ(pthread_sigmask(SIG_BLOCK, &wanted, &before), 0);
   // Any thread of the program that does not block the signal would now die of it.
   ASSERT_EQ(::kill(::getpid(), SIGUSR1), 0);
@@ -129,9 +126,9 @@ TEST(PtyLine, TakesNoSignalOfTheProgram) {
 }
 
 TEST(PtyLine, CanBeUsedFromSeveralThreadsAtOnce) {
-  Receiver receiver;
-  Script script(receiver);
-  PtyLine line(script);
+  sim::Receiver receiver;
+  sim::Script script(receiver);
+  sim::PtyLine line(script);
   std::atomic<bool> over{false};
   const auto whileItRuns = [&](auto action) {
     return std::thread([&over, action] {
@@ -152,15 +149,15 @@ TEST(PtyLine, CanBeUsedFromSeveralThreadsAtOnce) {
         script.clear();
       }),
       whileItRuns([&] {
-        receiver.change([](State& state) { ++state.navigation.satellites; });
+        receiver.change([](sim::State& state) { ++state.navigation.satellites; });
         EXPECT_LE(receiver.state().updateRate, 200);
       }),
       whileItRuns([&] { EXPECT_LE(line.receivedPackets().size(), 200U); }),
   };
   TtyClient client(line.path());
   for (std::uint8_t rate = 1; rate <= 200; ++rate) {
-    client.write(frame(0x0E00, {rate, 0}));
-    EXPECT_TRUE(line.waitForPacket(frame(0x0E00, {rate, 0})));
+    client.write(sim::frame(0x0E00, {rate, 0}));
+    EXPECT_TRUE(line.waitForPacket(sim::frame(0x0E00, {rate, 0})));
     client.readSome(0ms);
   }
   over = true;
@@ -171,4 +168,4 @@ TEST(PtyLine, CanBeUsedFromSeveralThreadsAtOnce) {
 }
 
 }  // namespace
-}  // namespace orb::sim::test
+}  // namespace orb::test

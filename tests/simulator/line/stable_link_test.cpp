@@ -1,4 +1,4 @@
-#include "stable_link.h"
+#include "line/stable_link.h"
 
 #include <gtest/gtest.h>
 
@@ -8,21 +8,21 @@
 #include "orb-sim/receiver.h"
 #include "support/temporary_folder.h"
 
-namespace orb::sim::test {
+namespace orb::test {
 namespace {
 
 namespace fs = std::filesystem;
 
 class StableLinkTo : public testing::Test {
  protected:
-  orb::test::TemporaryFolder folder_;
+  TemporaryFolder folder_;
   const fs::path link_ = folder_.path() / "tty_gps";
 };
 
 TEST_F(StableLinkTo, ThePtyLivesAsLongAsTheLine) {
-  Receiver receiver;
+  sim::Receiver receiver;
   {
-    const PtyLine line(receiver, link_);
+    const sim::PtyLine line(receiver, link_);
     EXPECT_EQ(fs::read_symlink(link_), line.path());
   }
   EXPECT_TRUE(fs::is_empty(folder_.path()));
@@ -30,23 +30,24 @@ TEST_F(StableLinkTo, ThePtyLivesAsLongAsTheLine) {
 
 TEST_F(StableLinkTo, SomethingElseIsReplaced) {
   fs::create_symlink("/nonexistent", link_);
-  const StableLink link(link_, "/dev/null");
+  const sim::StableLink link(link_, "/dev/null");
   EXPECT_EQ(fs::read_symlink(link_), "/dev/null");
 }
 
 TEST_F(StableLinkTo, AFileIsNeverReplaced) {
   std::ofstream(link_) << "precious";
-  EXPECT_THROW(StableLink(link_, "/dev/null"), fs::filesystem_error);
+  EXPECT_THROW(sim::StableLink(link_, "/dev/null"), fs::filesystem_error);
   EXPECT_TRUE(fs::is_regular_file(link_));
 }
 
 TEST_F(StableLinkTo, NoWhereIsMadeInAFolderThatIsMissing) {
-  EXPECT_THROW(StableLink(folder_.path() / "missing" / "link", "/dev/null"), fs::filesystem_error);
+  EXPECT_THROW(sim::StableLink(folder_.path() / "missing" / "link", "/dev/null"),
+               fs::filesystem_error);
 }
 
 TEST_F(StableLinkTo, AnothersTargetIsLeftAlone) {
   {
-    const StableLink link(link_, "/dev/null");
+    const sim::StableLink link(link_, "/dev/null");
     fs::remove(link_);
     fs::create_symlink("/dev/zero", link_);
   }
@@ -54,4 +55,4 @@ TEST_F(StableLinkTo, AnothersTargetIsLeftAlone) {
 }
 
 }  // namespace
-}  // namespace orb::sim::test
+}  // namespace orb::test

@@ -6,56 +6,45 @@
 #include <optional>
 #include <system_error>
 
-#include "dropping_device.h"
-#include "hex.h"
-#include "orb-sim/frame.h"
-#include "orb-sim/receiver.h"
+#include "device/echo_device.h"
+#include "line_client.h"
 #include "processor_time.h"
-#include "tcp_client.h"
+#include "rate_query.h"
 
-namespace orb::sim::test {
+namespace orb::test {
 namespace {
 
 using namespace std::chrono_literals;
 
-const Bytes kRateQuery = frame(0x1000);
-const Bytes kRateAnswer = acknowledge(0x1000) + frame(0x8600, {1});
-
 /// Speaks at every tick, whether anybody listens or not.
-class Chatterbox : public Device {
+class Chatterbox : public sim::Device {
  public:
-  Bytes receive(const Bytes&) override { return {}; }
-  Bytes tick(std::chrono::milliseconds) override { return Bytes(100000, 0x11); }
+  sim::Bytes receive(const sim::Bytes&) override { return {}; }
+  sim::Bytes tick(std::chrono::milliseconds) override { return sim::Bytes(100000, 0x11); }
   std::chrono::milliseconds untilNextOutput() const override { return 1ms; }
 };
 
 /// A line to a device that says what it hears.
 class TcpLineTo : public testing::Test {
  protected:
-  Bytes echoOf(TcpClient& client, const Bytes& bytes) {
-    client.write(bytes);
-    return client.read(bytes.size());
-  }
-
-  DroppingDevice echo_;
-  TcpLine line_{echo_};
+  EchoDevice echo_;
+  sim::TcpLine line_{echo_};
 };
 
 TEST_F(TcpLineTo, AClientCarriesEveryByteBothWays) {
   TcpClient client(line_.port());
-  Bytes all(256);
+  sim::Bytes all(256);
   std::iota(all.begin(), all.end(), std::uint8_t{0});
-  all.erase(all.begin() + DroppingDevice::kDrop);
-  EXPECT_EQ(echoOf(client, all), all);
+  EXPECT_EQ(client.echoOf(all), all);
 }
 
 TEST_F(TcpLineTo, AClientIsTheOnlyOneUntilItLeaves) {
   std::optional<TcpClient> first(std::in_place, line_.port());
-  EXPECT_EQ(echoOf(*first, hex("01")), hex("01"));
+  EXPECT_EQ(first->echoOf(hex("01")), hex("01"));
   TcpClient second(line_.port());
   second.write(hex("02"));
-  EXPECT_EQ(second.read(1, 50ms), Bytes{});
-  EXPECT_EQ(echoOf(*first, hex("03")), hex("03"));
+  EXPECT_EQ(second.read(1, 50ms), sim::Bytes{});
+  EXPECT_EQ(first->echoOf(hex("03")), hex("03"));
   first.reset();
   EXPECT_EQ(second.read(1), hex("02"));
 }
@@ -66,22 +55,21 @@ TEST_F(TcpLineTo, OneClientAfterAnotherServesEach) {
     if (i % 2 == 1) {
       client.resetWhenClosed();
     }
-    ASSERT_EQ(echoOf(client, {i}), Bytes{i});
+    ASSERT_EQ(client.echoOf({i}), sim::Bytes{i});
   }
 }
 
 TEST_F(TcpLineTo, AClientEndsWithTheLastByteWhenTheDeviceDropsIt) {
   TcpClient client(line_.port());
-  EXPECT_EQ(echoOf(client, {1, 2, 3, DroppingDevice::kDrop}),
-            (Bytes{1, 2, 3, DroppingDevice::kDrop}));
+  EXPECT_EQ(client.echoOf({1, 2, 3, EchoDevice::kDrop}), (sim::Bytes{1, 2, 3, EchoDevice::kDrop}));
   EXPECT_TRUE(client.isAtEnd());
   TcpClient next(line_.port());
-  EXPECT_EQ(echoOf(next, hex("04")), hex("04"));
+  EXPECT_EQ(next.echoOf(hex("04")), hex("04"));
 }
 
 TEST_F(TcpLineTo, AClientEndsAlsoWhenTheDeviceDropsItOfItsOwnAccord) {
   TcpClient client(line_.port());
-  EXPECT_EQ(echoOf(client, hex("01")), hex("01"));
+  EXPECT_EQ(client.echoOf(hex("01")), hex("01"));
   echo_.drop();
   EXPECT_TRUE(client.isAtEnd());
 }
@@ -90,9 +78,9 @@ TEST_F(TcpLineTo, NobodyOutlivesAHangUp) {
   echo_.drop();
   TcpClient client(line_.port());
   // The hang-up may fall on this client or come before it.
-  if (echoOf(client, hex("01")).empty()) {
+  if (client.echoOf(hex("01")).empty()) {
     TcpClient next(line_.port());
-    EXPECT_EQ(echoOf(next, hex("01")), hex("01"));
+    EXPECT_EQ(next.echoOf(hex("01")), hex("01"));
   }
 }
 
@@ -100,7 +88,7 @@ TEST_F(TcpLineTo, NobodyAndThenAClientAndThenNobodyDoesNotSpin) {
   EXPECT_FALSE(spins());
   {
     TcpClient client(line_.port());
-    EXPECT_EQ(echoOf(client, hex("01")), hex("01"));
+    EXPECT_EQ(client.echoOf(hex("01")), hex("01"));
     const TcpClient waiting(line_.port());
     EXPECT_FALSE(spins());
   }
@@ -108,36 +96,28 @@ TEST_F(TcpLineTo, NobodyAndThenAClientAndThenNobodyDoesNotSpin) {
 }
 
 TEST(TcpLine, TakesAFreePortOfItsOwnOrTheOneThatItIsGiven) {
-  DroppingDevice device;
+  EchoDevice device;
   std::uint16_t port = 0;
   {
-    const TcpLine one(device);
-    const TcpLine other(device);
+    const sim::TcpLine one(device);
+    const sim::TcpLine other(device);
     EXPECT_NE(one.port(), 0);
     EXPECT_NE(one.port(), other.port());
-    EXPECT_THROW(TcpLine(device, one.port()), std::system_error);
+    EXPECT_THROW(sim::TcpLine(device, one.port()), std::system_error);
     port = one.port();
     const TcpClient client(port);
   }
-  const TcpLine again(device, port);
+  const sim::TcpLine again(device, port);
   EXPECT_EQ(again.port(), port);
-}
-
-TEST(TcpLine, AnswersLikeTheReceiver) {
-  Receiver receiver;
-  TcpLine line(receiver);
-  TcpClient client(line.port());
-  client.write(kRateQuery);
-  EXPECT_EQ(client.read(kRateAnswer.size()), kRateAnswer);
 }
 
 // A write to a connection that the client has closed would end the process with SIGPIPE.
 TEST(TcpLine, OutlivesClientsThatLeaveInTheMiddleOfItsOutput) {
   Chatterbox device;
-  TcpLine line(device);
+  sim::TcpLine line(device);
   for (int i = 0; i < 20; ++i) {
     TcpClient client(line.port());
-    EXPECT_EQ(client.read(10), Bytes(10, 0x11));
+    EXPECT_EQ(client.read(10), sim::Bytes(10, 0x11));
   }
 }
 
@@ -147,11 +127,11 @@ TEST(TcpLine, DoesNotSpinForAClientThatDoesNotRead) {
     std::chrono::milliseconds untilNextOutput() const override { return 50ms; }
   };
   Loud device;
-  TcpLine line(device);
+  sim::TcpLine line(device);
   TcpClient client(line.port());
   EXPECT_EQ(client.read(10).size(), 10U);
   EXPECT_FALSE(spins());
 }
 
 }  // namespace
-}  // namespace orb::sim::test
+}  // namespace orb::test

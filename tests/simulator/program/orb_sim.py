@@ -3,6 +3,7 @@
 import contextlib
 import os
 import pathlib
+import shlex
 import subprocess
 import sys
 import tempfile
@@ -16,17 +17,21 @@ ASK_VERSION = bytes.fromhex("A0A100020201030D0A")
 ACKNOWLEDGED = bytes.fromhex("A0A100028302810D0A")
 REFUSED = bytes.fromhex("A0A100028402860D0A")
 
-# Sends the version query and prints what comes back within a second as hexadecimal digits.
+# Sends the version query and prints what comes back within a second as hexadecimal digits: as many
+# bytes as the first argument says.
 ASK_RECEIVER = f"""
-import os, select, tty
+import os, select, sys, tty
+length = int(sys.argv[1])
 line = os.open("/dev/tty_gps", os.O_RDWR | os.O_NOCTTY)
 tty.setraw(line)
 os.write(line, {ASK_VERSION!r})
 answer = b""
-while len(answer) < 9 and select.select([line], [], [], 1)[0]:
-    answer += os.read(line, 9 - len(answer))
+while len(answer) < length and select.select([line], [], [], 1)[0]:
+    answer += os.read(line, length - len(answer))
 print(answer.hex())
 """
+ASK_FOR_ACKNOWLEDGEMENT = (sys.executable, "-c", ASK_RECEIVER, "9")
+ASK_FOR_VERSION = (sys.executable, "-c", ASK_RECEIVER, "30")  # the acknowledgement as well
 
 
 def not_emulated(reason):
@@ -35,6 +40,16 @@ def not_emulated(reason):
 
 
 runs_a_command = not_emulated("orb-sim refuses commands, which are programs of another machine")
+
+
+def ask_inventory(method, *arguments):
+    """The shell command that asks the inventory on the system bus."""
+    return shlex.join(("dbus-send", "--system", "--print-reply=literal",
+                       "--dest=org.orb_gnss.Inventory1", "/org/orb_gnss/Inventory1",
+                       "org.orb_gnss.Inventory1." + method) + arguments)
+
+
+ASK_HARDWARE_ID = ask_inventory("GetSystemRecord", "uint32:1", "string:HardwareSetId")
 
 
 def wait_until(condition, what):
@@ -75,14 +90,26 @@ class OrbSimTest(unittest.TestCase):
         self.assertEqual(list(self.temporary.iterdir()), [])
         self.assertEqual(processes_of(self.temporary / "orb-sim"), [])
 
+    def run_program(self, *command, **more):
+        """Runs a program to its end."""
+        return subprocess.run(command, env=self.environment, timeout=LIMIT,
+                              **({"capture_output": True, "text": True} | more))
+
     def orb_sim(self, *arguments, **more):
         """Runs orb-sim to its end."""
-        return subprocess.run([ORB_SIM, *arguments], env=self.environment, cwd=self.folder,
-                              capture_output=True, timeout=LIMIT, **({"text": True} | more))
+        return self.run_program(ORB_SIM, *arguments, cwd=self.folder, **more)
+
+    def output_of(self, result):
+        """The output of a program that must succeed silently."""
+        self.assertEqual((result.returncode, result.stderr or ""), (0, ""))
+        return result.stdout
+
+    def check_result(self, result, status, output, errors):
+        self.assertEqual((result.returncode, result.stdout, result.stderr),
+                         (status, output, errors))
 
     def check_failure(self, message, *arguments):
-        result = self.orb_sim(*arguments)
-        self.assertEqual((result.returncode, result.stdout, result.stderr), (125, "", message))
+        self.check_result(self.orb_sim(*arguments), 125, "", message)
 
     @contextlib.contextmanager
     def background(self, *arguments):
@@ -97,7 +124,7 @@ class OrbSimTest(unittest.TestCase):
 
     @contextlib.contextmanager
     def offered_line(self, subcommand, link, *arguments):
-        """Runs a subcommand that offers a line at `link`, and waits until it is there. Gives its
+        """Runs a subcommand that offers a line at `link`, and waits until it is there. Yields its
         process and what it has said until then."""
         with self.background(subcommand, "--link", str(link), *arguments) as process:
             said = [process.stdout.readline() for _ in range(4)]
@@ -117,11 +144,9 @@ class OrbSimTest(unittest.TestCase):
         return [ORB_SIM, "run", *options, "--", *command]
 
     def run_command(self, *command, options=(), **more):
-        return subprocess.run(self.arguments(options, command), env=self.environment,
-                              capture_output=True, text=True, timeout=LIMIT, **more)
+        """Runs a command on a simulated device."""
+        return self.run_program(*self.arguments(options, command), **more)
 
     def run_shell(self, script, options=(), **more):
-        """Runs a script that must succeed silently; returns its output."""
-        result = self.run_command("sh", "-c", script, options=options, **more)
-        self.assertEqual((result.returncode, result.stderr), (0, ""))
-        return result.stdout
+        """Runs a script on a simulated device, which must succeed silently; returns its output."""
+        return self.output_of(self.run_command("sh", "-c", script, options=options, **more))

@@ -3,10 +3,9 @@
 import os
 import re
 import shlex
-import subprocess
 import unittest
 
-from orb_sim import LIMIT, ORB_SIM, OrbSimTest
+from orb_sim import ORB_SIM, OrbSimTest
 
 VERSION = os.environ["ORB_VERSION"]
 
@@ -24,9 +23,7 @@ OPTIONS = {
 
 class Help(OrbSimTest):
     def output(self, *arguments):
-        result = self.orb_sim(*arguments)
-        self.assertEqual((result.returncode, result.stderr), (0, ""))
-        return result.stdout
+        return self.output_of(self.orb_sim(*arguments))
 
     def test_tells_the_version(self):
         self.assertEqual(self.output("--version"), f"orb-sim {VERSION}\n")
@@ -140,20 +137,16 @@ class CommandLine(OrbSimTest):
         self.check("DEVICE is required", "tap", "--link", "x", see="tap ")
         self.check("--link is required", "tap", "/dev/null", see="tap ")
         self.check("TRACE is required", "replay", see="replay ")
-        self.check_failure("orb-sim: give either --link PATH or COMMAND, behind --\n",
-                           "replay", "x")
-        self.check_failure("orb-sim: give either --link PATH or COMMAND, behind --\n",
-                           "replay", "x", "--link", "y", "--", "true")
-
+        for arguments in (("x",), ("x", "--link", "y", "--", "true")):
+            self.check_failure("orb-sim: give either --link PATH or COMMAND, behind --\n",
+                               "replay", *arguments)
 
 
 class LostOutput(OrbSimTest):
-    def check_lost(self, redirection, reason, *arguments, **more):
+    def check_lost(self, redirection, reason, *arguments):
         command = shlex.join([ORB_SIM, *arguments])
-        result = subprocess.run(["sh", "-c", f"{command} {redirection}"], env=self.environment,
-                                capture_output=True, text=True, timeout=LIMIT, **more)
-        self.assertEqual((result.returncode, result.stderr),
-                         (125, f"orb-sim: cannot write standard output: {reason}\n"))
+        self.check_result(self.run_program("sh", "-c", f"{command} {redirection}"), 125, "",
+                          f"orb-sim: cannot write standard output: {reason}\n")
 
     def test_is_an_error(self):
         for arguments in (("scenarios",), ("--help",), ("run", "--help"), ("--version",),
@@ -164,8 +157,7 @@ class LostOutput(OrbSimTest):
 
     def test_ends_silently_where_the_reader_has_seen_enough(self):
         command = shlex.join([ORB_SIM, "decode", "/bin/sh"])
-        result = subprocess.run(["sh", "-c", f"{command} | head -n 1"], env=self.environment,
-                                capture_output=True, text=True, timeout=LIMIT)
+        result = self.run_program("sh", "-c", f"{command} | head -n 1")
         self.assertEqual((result.stdout.count("\n"), result.stderr), (1, ""))
 
 

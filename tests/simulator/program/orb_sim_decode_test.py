@@ -15,8 +15,7 @@ NOTHING = "0 good packets (0 unknown), 0 bad packets, 0 sentences, 0 other bytes
 class Decode(OrbSimTest):
     def decode(self, data, *arguments):
         result = self.orb_sim("decode", *arguments, input=data, text=False)
-        self.assertEqual((result.returncode, result.stderr), (0, b""))
-        return result.stdout.decode("ascii")
+        return self.output_of(result).decode("ascii")
 
     def test_prints_messages_sentences_and_counts(self):
         damaged = ASK_VERSION[:-3] + b"\x00\x0D\x0A"
@@ -55,9 +54,8 @@ receiver: """ + NOTHING)
                             len(text) == 1, text)
 
     def test_tells_where_a_trace_is_damaged(self):
-        result = self.orb_sim("decode", input='{"orb-sim-trace":1}\n{}\n')
-        self.assertEqual((result.returncode, result.stdout, result.stderr),
-                         (125, "", "orb-sim: standard input:2: \"time\" is missing\n"))
+        self.check_result(self.orb_sim("decode", input='{"orb-sim-trace":1}\n{}\n'), 125, "",
+                          "orb-sim: standard input:2: \"time\" is missing\n")
 
     def test_tells_what_cannot_be_read(self):
         self.check_failure("orb-sim: none: No such file or directory\n", "decode", "none")

@@ -9,24 +9,15 @@ import shlex
 import shutil
 import signal
 import subprocess
-import sys
-import time
 import unittest
 
-from orb_sim import (ACKNOWLEDGED, ASK_RECEIVER, LIMIT, ORB_SIM, OrbSimTest, processes_of,
-                     wait_until)
+from orb_sim import (ACKNOWLEDGED, ASK_FOR_ACKNOWLEDGEMENT, ASK_FOR_VERSION, ASK_HARDWARE_ID, LIMIT,
+                     ORB_SIM, OrbSimTest, ask_inventory, processes_of, wait_until)
 
 STATIC_PROGRAM = os.environ["ORB_SIM_STATIC_PROGRAM"]
 
 REAL_FILES = ("/var/log/orbset.log", "/var/log/orbset-errors.log", "/tmp/orbitekChip-info.txt")
 FITTED_MODULE = "47205318-001"
-
-
-def ask_inventory(method, *arguments):
-    """The shell command that asks the inventory on the system bus."""
-    return shlex.join(("dbus-send", "--system", "--print-reply=literal",
-                       "--dest=org.orb_gnss.Inventory1", "/org/orb_gnss/Inventory1",
-                       "org.orb_gnss.Inventory1." + method) + arguments)
 
 
 class RunTest(OrbSimTest):
@@ -60,15 +51,11 @@ class Command(RunTest):
         for closed in ("<&-", ">&-", "2>&-", "<&- >&-", "<&- >&- 2>&-"):
             with self.subTest(closed):
                 command = shlex.join(self.arguments((), ("sh", "-c", "test -c /dev/tty_gps")))
-                result = subprocess.run(["sh", "-c", f"{command} {closed}"], env=self.environment,
-                                        capture_output=True, text=True, timeout=LIMIT)
-                self.assertEqual((result.returncode, result.stdout, result.stderr), (0, "", ""))
+                self.check_result(self.run_program("sh", "-c", f"{command} {closed}"), 0, "", "")
 
     def test_cannot_write_to_an_output_that_is_closed(self):
         command = shlex.join(self.arguments((), ("sh", "-c", "echo lost 2>/dev/null || exit 42")))
-        result = subprocess.run(["sh", "-c", f"{command} >&-"], env=self.environment,
-                                timeout=LIMIT)
-        self.assertEqual(result.returncode, 42)
+        self.assertEqual(self.run_program("sh", "-c", f"{command} >&-").returncode, 42)
 
     def test_gets_its_arguments_and_name_as_they_are(self):
         script = self.folder / "name with blanks"
@@ -93,9 +80,7 @@ class Command(RunTest):
 
     def test_finds_a_signal_ignored_that_was(self):
         command = shlex.join(self.arguments((), ("sh", "-c", "kill -HUP $$; echo alive")))
-        result = subprocess.run(["sh", "-c", f"trap '' HUP; {command}"], env=self.environment,
-                                capture_output=True, text=True, timeout=LIMIT)
-        self.assertEqual(result.stdout, "alive\n")
+        self.assertEqual(self.run_program("sh", "-c", f"trap '' HUP; {command}").stdout, "alive\n")
 
     def test_gets_the_signals_that_are_sent_to_orb_sim(self):
         for name in ("HUP", "INT", "QUIT", "TERM", "USR1", "USR2", "ALRM"):
@@ -112,9 +97,7 @@ class Command(RunTest):
 
 class Failure(RunTest):
     def check(self, status, message, *command, options=()):
-        result = self.run_command(*command, options=options)
-        self.assertEqual((result.returncode, result.stdout), (status, ""))
-        self.assertEqual(result.stderr, message)
+        self.check_result(self.run_command(*command, options=options), status, "", message)
 
     def test_is_said_where_the_command_is_not_found(self):
         self.check(127, "orb-sim: command not found: no-such-program\n", "no-such-program")
@@ -146,8 +129,7 @@ class Failure(RunTest):
     def test_is_said_where_the_command_is_missing(self):
         message = "orb-sim: COMMAND is missing; write it behind --, as in: orb-sim run -- ./client\n"
         self.check(125, message)
-        result = subprocess.run([ORB_SIM, "run"], capture_output=True, text=True, timeout=LIMIT)
-        self.assertEqual((result.returncode, result.stderr), (125, message))
+        self.check_failure(message, "run")
 
     def test_is_said_where_the_line_is_missing(self):
         self.check(125, "orb-sim: --tty: /no/line does not exist\n", "true",
@@ -162,8 +144,7 @@ class Failure(RunTest):
         program = self.folder / "bin" / "orb-sim"
         program.parent.mkdir()
         shutil.copy(ORB_SIM, program)
-        result = subprocess.run([program, "run", "--", "true"], env=self.environment,
-                                capture_output=True, text=True, timeout=LIMIT)
+        result = self.run_program(program, "run", "--", "true")
         self.assertEqual((result.returncode, result.stdout), (125, ""))
         self.assertRegex(result.stderr, "^orb-sim: the installation is not complete: "
                          ".*/liborb-sim-preload.so is missing\n$")
@@ -175,16 +156,14 @@ class Failure(RunTest):
 
 class Device(RunTest):
     def ask_receiver(self, *options):
-        result = self.run_command(sys.executable, "-c", ASK_RECEIVER, options=options)
-        self.assertEqual((result.returncode, result.stderr), (0, ""))
-        return bytes.fromhex(result.stdout)
+        result = self.run_command(*ASK_FOR_ACKNOWLEDGEMENT, options=options)
+        return bytes.fromhex(self.output_of(result))
 
     def test_has_a_receiver_that_answers(self):
         self.assertEqual(self.ask_receiver(), ACKNOWLEDGED)
 
     def test_has_a_receiver_for_a_child_without_environment(self):
-        self.assertEqual(self.run_shell(shlex.join(
-            ("env", "-i", sys.executable, "-c", ASK_RECEIVER))),
+        self.assertEqual(self.run_shell(shlex.join(("env", "-i", *ASK_FOR_ACKNOWLEDGEMENT))),
                          ACKNOWLEDGED.hex() + "\n")
 
     def test_can_have_a_silent_receiver(self):
@@ -199,14 +178,12 @@ class Device(RunTest):
     def test_has_the_expected_module(self):
         self.assertEqual(self.run_shell(ask_inventory("GetModuleLocations")).split()[-2:],
                          ["1", "]"])
-        self.assertIn(FITTED_MODULE, self.run_shell(
-            ask_inventory("GetSystemRecord", "uint32:1", "string:HardwareSetId")))
+        self.assertIn(FITTED_MODULE, self.run_shell(ASK_HARDWARE_ID))
 
     def test_can_have_another_module(self):
         identifier = 'odd "text" \\ = [x]'
-        self.assertIn(identifier, self.run_shell(
-            ask_inventory("GetSystemRecord", "uint32:1", "string:HardwareSetId"),
-            options=("--hardware-id", identifier)))
+        self.assertIn(identifier, self.run_shell(ASK_HARDWARE_ID,
+                                                 options=("--hardware-id", identifier)))
 
     def test_can_have_no_module(self):
         self.assertEqual(self.run_shell(ask_inventory("GetModuleLocations"),
@@ -214,8 +191,7 @@ class Device(RunTest):
 
     def test_reports_the_versions_asked_for(self):
         # The version report follows the acknowledgement; its fields are the last three of each four.
-        script = ASK_RECEIVER.replace("< 9", "< 30").replace("9 - ", "30 - ")
-        result = self.run_command(sys.executable, "-c", script, options=(
+        result = self.run_command(*ASK_FOR_VERSION, options=(
             "--kernel-version", "9.8.7", "--odm-version", "6.5.4", "--revision", "2031.11.29"))
         report = bytes.fromhex(result.stdout)[9:]
         self.assertEqual(report[4], 0x80)
@@ -321,8 +297,7 @@ class SeveralRuns(RunTest):
         """
         runs = [subprocess.Popen(
             self.arguments(("--hardware-id", name),
-                           ("sh", "-c", script.format(name, self.folder) + ask_inventory(
-                               "GetSystemRecord", "uint32:1", "string:HardwareSetId"))),
+                           ("sh", "-c", script.format(name, self.folder) + ASK_HARDWARE_ID)),
             env=self.environment, stdout=subprocess.PIPE, text=True) for name in ("one", "two")]
         outputs = [run.communicate(timeout=LIMIT)[0].splitlines() for run in runs]
         self.assertEqual([run.returncode for run in runs], [0, 0])
@@ -334,8 +309,7 @@ class SeveralRuns(RunTest):
 
     def test_can_stand_one_within_the_other(self):
         inner = shlex.join(self.arguments(("--hardware-id", "inner"), (
-            "sh", "-c", "echo inner > /var/log/orbset.log; " + ask_inventory(
-                "GetSystemRecord", "uint32:1", "string:HardwareSetId"))))
+            "sh", "-c", "echo inner > /var/log/orbset.log; " + ASK_HARDWARE_ID)))
         output = self.run_shell(f"echo outer > /var/log/orbset.log; {inner}; "
                                 "cat /var/log/orbset.log", options=("--hardware-id", "outer"))
         self.assertRegex(output, r"inner\s*outer\n\Z")

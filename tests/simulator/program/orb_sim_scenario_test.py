@@ -4,7 +4,7 @@ import os
 import sys
 import unittest
 
-from orb_sim import ASK_RECEIVER, ASK_VERSION, OrbSimTest
+from orb_sim import ASK_FOR_VERSION, ASK_HARDWARE_ID, ASK_VERSION, OrbSimTest
 
 READY = ("chatty-nmea", "cold-start", "flaky-cable", "healthy", "noisy-line", "old-firmware",
          "silent", "slow-uart", "wrong-module")
@@ -45,14 +45,10 @@ class Scenario(OrbSimTest):
 
     def damage(self, *options):
         """Which answers are damaged, for these options of run."""
-        result = self.run_command(sys.executable, "-c", ASK_OFTEN, options=options)
-        self.assertEqual((result.returncode, result.stderr), (0, ""))
-        return result.stdout
+        return self.output_of(self.run_command(sys.executable, "-c", ASK_OFTEN, options=options))
 
     def version_fields(self, *options):
-        script = ASK_RECEIVER.replace("< 9", "< 30").replace("9 - ", "30 - ")
-        result = self.run_command(sys.executable, "-c", script, options=options)
-        return bytes.fromhex(result.stdout)[14:27]
+        return bytes.fromhex(self.run_command(*ASK_FOR_VERSION, options=options).stdout)[14:27]
 
     def test_damages_answers(self):
         self.assertEqual(self.damage(), "0" * 40)
@@ -70,10 +66,8 @@ class Scenario(OrbSimTest):
 
     def test_gives_way_to_the_other_options(self):
         def module(*options):
-            return self.run_shell(
-                "dbus-send --system --print-reply=literal --dest=org.orb_gnss.Inventory1 "
-                "/org/orb_gnss/Inventory1 org.orb_gnss.Inventory1.GetSystemRecord uint32:1 "
-                "string:HardwareSetId", options=("--scenario", str(self.file), *options))
+            return self.run_shell(ASK_HARDWARE_ID,
+                                  options=("--scenario", str(self.file), *options))
         self.assertIn("11111111-111", module())
         self.assertIn("222", module("--hardware-id", "222"))
         self.run_shell("test ! -e /dev/tty_gps",
@@ -89,8 +83,7 @@ class Scenario(OrbSimTest):
     def test_is_found_as_a_file_in_the_current_folder(self):
         (self.folder / "mine.toml").write_text(HALF_BAD)
         for name in ("mine.toml", "./mine.toml"):
-            result = self.orb_sim("run", "--scenario", name, "--", "true")
-            self.assertEqual((result.returncode, result.stderr), (0, ""))
+            self.output_of(self.orb_sim("run", "--scenario", name, "--", "true"))
 
     def test_that_does_not_exist_is_refused(self):
         self.check_failure("orb-sim: there is no scenario flaky; orb-sim scenarios lists them\n",
@@ -130,9 +123,8 @@ class DocumentedProgram(OrbSimTest):
 
 class Scenarios(OrbSimTest):
     def test_are_listed_with_a_sentence_each(self):
-        result = self.orb_sim("scenarios")
-        self.assertEqual((result.returncode, result.stderr), (0, ""))
-        lines = [line.split(None, 1) for line in result.stdout.splitlines()]
+        lines = [line.split(None, 1)
+                 for line in self.output_of(self.orb_sim("scenarios")).splitlines()]
         self.assertEqual(tuple(name for name, _ in lines), READY)
         for name, sentence in lines:
             self.assertRegex(sentence, r"^[A-Z].*\.$", name)

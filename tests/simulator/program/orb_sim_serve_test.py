@@ -8,13 +8,12 @@ import select
 import signal
 import socket
 import subprocess
-import sys
 import termios
 import time
 import tty
 import unittest
 
-from orb_sim import (ACKNOWLEDGED, ASK_RECEIVER, ASK_VERSION, LIMIT, OrbSimTest, runs_a_command,
+from orb_sim import (ACKNOWLEDGED, ASK_FOR_VERSION, ASK_VERSION, LIMIT, OrbSimTest, runs_a_command,
                      wait_until)
 
 ANSWER_LENGTH = 30  # acknowledgement and version
@@ -158,10 +157,8 @@ orb-sim: other users' programs need rights to read and write {tty_path}
     @runs_a_command
     def test_is_the_line_of_a_command_without_any_rights(self):
         with self.offered_line("serve", self.link, "--kernel-version", "9.8.7"):
-            script = ASK_RECEIVER.replace("< 9", "< 30").replace("9 - ", "30 - ")
-            result = self.run_command(sys.executable, "-c", script, options=("--tty", self.link))
-            self.assertEqual(result.stderr, "")
-            self.assertIn(bytes((9, 8, 7)), bytes.fromhex(result.stdout))
+            result = self.run_command(*ASK_FOR_VERSION, options=("--tty", self.link))
+            self.assertIn(bytes((9, 8, 7)), bytes.fromhex(self.output_of(result)))
 
     def test_has_the_circumstances_of_its_scenario(self):
         with self.offered_line("serve", self.link, "--scenario", "silent"):
@@ -192,7 +189,7 @@ orb-sim: other users' programs need rights to read and write {tty_path}
 class Tcp(OrbSimTest):
     @contextlib.contextmanager
     def served(self, *options):
-        """Offers the receiver at a TCP port; gives process and port."""
+        """Offers the receiver at a TCP port; yields process and port."""
         with self.background("serve", "--tcp", "0", *options) as process:
             for line in process.stdout:
                 found = re.fullmatch(r"orb-sim: the line is at TCP port 127\.0\.0\.1:(\d+)\n", line)

@@ -7,12 +7,10 @@ import pty
 import shlex
 import signal
 import subprocess
-import sys
 import termios
-import tty
 import unittest
 
-from orb_sim import (ACKNOWLEDGED, ASK_RECEIVER, ASK_VERSION, LIMIT, ORB_SIM, REFUSED,
+from orb_sim import (ACKNOWLEDGED, ASK_FOR_ACKNOWLEDGEMENT, ASK_VERSION, LIMIT, ORB_SIM, REFUSED,
                      OrbSimTest, runs_a_command, wait_until)
 from orb_sim_serve_test import ask, opened, processor_seconds, read_exactly
 
@@ -111,10 +109,9 @@ class Tap(TapTest):
             os.close(port)
 
     def test_of_what_is_no_serial_port_is_refused(self):
-        self.check_failure("orb-sim: /dev/null is no serial port\n", "tap", "/dev/null", "--link",
-                           "gps")
-        self.check_failure("orb-sim: /no/such: No such file or directory\n", "tap", "/no/such",
-                           "--link", "gps")
+        for device, message in (("/dev/null", " is no serial port"),
+                                ("/no/such", ": No such file or directory")):
+            self.check_failure(f"orb-sim: {device}{message}\n", "tap", device, "--link", "gps")
 
     def test_in_the_place_of_its_own_port_is_refused(self):
         self.device.symlink_to("/dev/null")
@@ -130,12 +127,10 @@ class Tap(TapTest):
 
     def test_that_cannot_record_is_refused(self):
         with self.offered_line("serve", self.device):
-            result = self.orb_sim("tap", "device", "--link", "gps", "--trace", "/dev/full")
-            self.assertEqual((result.returncode, result.stderr),
-                             (125, "orb-sim: /dev/full: No space left on device\n"))
-            result = self.orb_sim("tap", "device", "--link", "gps", "--trace", "/no/such/file")
-            self.assertEqual((result.returncode, result.stderr),
-                             (125, "orb-sim: /no/such/file: No such file or directory\n"))
+            for trace, problem in (("/dev/full", "No space left on device"),
+                                   ("/no/such/file", "No such file or directory")):
+                self.check_failure(f"orb-sim: {trace}: {problem}\n", "tap", "device", "--link",
+                                   "gps", "--trace", trace)
 
     def check_goes_on(self, redirection, *options):
         """With its output lost, a tap goes on, and says so once. Here it has to have no other
@@ -210,9 +205,8 @@ class Replay(TapTest):
     @runs_a_command
     def test_is_the_receiver_of_a_command(self):
         self.write_trace((0.1, "client", ASK_VERSION), (0.2, "receiver", ACKNOWLEDGED))
-        result = self.orb_sim("replay", str(self.trace), "--", sys.executable, "-c", ASK_RECEIVER)
-        self.assertEqual((result.returncode, result.stdout, result.stderr),
-                         (0, ACKNOWLEDGED.hex() + "\n", ""))
+        result = self.orb_sim("replay", str(self.trace), "--", *ASK_FOR_ACKNOWLEDGEMENT)
+        self.check_result(result, 0, ACKNOWLEDGED.hex() + "\n", "")
 
     def test_of_what_is_no_trace_is_refused(self):
         self.trace.write_text(HEADER + '{"time":0,"from":"client","bytes":"0"}\n')

@@ -1,4 +1,5 @@
 #include "trace/stream_decoder.h"
+#include "rate_query.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -7,8 +8,6 @@
 #include <random>
 #include <string>
 #include <vector>
-
-#include "hex.h"
 
 namespace orb::sim {
 
@@ -24,32 +23,34 @@ void PrintTo(const StreamItem& item, std::ostream* stream) {
 
 }  // namespace orb::sim
 
-namespace orb::sim::test {
+namespace orb::test {
 namespace {
 
-using Kind = StreamItem::Kind;
+using Kind = sim::StreamItem::Kind;
 using testing::ElementsAre;
 
-const Bytes kQuery = hex("A0 A1 00 02 02 01 03 0D 0A");
+const sim::Bytes kQuery = hex("A0 A1 00 02 02 01 03 0D 0A");
 
-Bytes text(const std::string& text) { return {text.begin(), text.end()}; }
+sim::Bytes text(const std::string& text) { return {text.begin(), text.end()}; }
 
-std::vector<StreamItem> decode(const std::vector<Bytes>& pieces) {
-  std::vector<StreamItem> items;
-  StreamDecoder decoder([&](const StreamItem& item) { items.push_back(item); });
-  for (const Bytes& piece : pieces) decoder.push(piece);
+std::vector<sim::StreamItem> decode(const std::vector<sim::Bytes>& pieces) {
+  std::vector<sim::StreamItem> items;
+  sim::StreamDecoder decoder([&](const sim::StreamItem& item) { items.push_back(item); });
+  for (const sim::Bytes& piece : pieces) {
+    decoder.push(piece);
+  }
   decoder.finish();
   EXPECT_FALSE(decoder.isMidItem());
   return items;
 }
 
-StreamItem item(Kind kind, std::uint64_t offset, const Bytes& bytes,
-                std::string_view trouble = "") {
+sim::StreamItem item(Kind kind, std::uint64_t offset, const sim::Bytes& bytes,
+                     std::string_view trouble = "") {
   return {kind, offset, bytes, bytes.size(), trouble};
 }
 
 TEST(StreamDecoder, FindsPacketsAndSentencesAndTellsTheRest) {
-  const Bytes sentence = text("$GPZDA*48\r\n");
+  const sim::Bytes sentence = text("$GPZDA*48\r\n");
   EXPECT_THAT(
       decode({hex("00 01") + kQuery + sentence + text("hello\r\n") + kQuery}),
       ElementsAre(item(Kind::Other, 0, hex("00 01")), item(Kind::Packet, 2, kQuery),
@@ -58,23 +59,23 @@ TEST(StreamDecoder, FindsPacketsAndSentencesAndTellsTheRest) {
 }
 
 TEST(StreamDecoder, FindsTheSameHoweverTheStreamIsCut) {
-  const Bytes stream = hex("0A A0 A1 A0") + kQuery + text("$GP*00\r\n$X\n$") +
-                       hex("A0 A1 00 02 02 01 04 0D 0A A0 A1 FF FF") + kQuery +
-                       hex("A0 A1 00 10 01");
-  const std::vector<StreamItem> whole = decode({stream});
+  const sim::Bytes stream = hex("0A A0 A1 A0") + kQuery + text("$GP*00\r\n$X\n$") +
+                            hex("A0 A1 00 02 02 01 04 0D 0A A0 A1 FF FF") + kQuery +
+                            hex("A0 A1 00 10 01");
+  const std::vector<sim::StreamItem> whole = decode({stream});
   for (std::size_t cut = 0; cut <= stream.size(); ++cut) {
     const auto middle = stream.begin() + static_cast<std::ptrdiff_t>(cut);
-    EXPECT_EQ(decode({Bytes(stream.begin(), middle), Bytes(middle, stream.end())}), whole)
+    EXPECT_EQ(decode({sim::Bytes(stream.begin(), middle), sim::Bytes(middle, stream.end())}), whole)
         << "cut at " << cut;
   }
 }
 
 TEST(StreamDecoder, TellsWhatIsWrongWithAPacket) {
-  const Bytes checksum = hex("A0 A1 00 02 02 01 04 0D 0A");
-  const Bytes end = hex("A0 A1 00 02 02 01 03 0D 0D");
-  const Bytes empty = hex("A0 A1 00 00");
-  const Bytes longer = hex("A0 A1 01 06");
-  const Bytes cut = hex("A0 A1 00 05 01 02");
+  const sim::Bytes checksum = hex("A0 A1 00 02 02 01 04 0D 0A");
+  const sim::Bytes end = hex("A0 A1 00 02 02 01 03 0D 0D");
+  const sim::Bytes empty = hex("A0 A1 00 00");
+  const sim::Bytes longer = hex("A0 A1 01 06");
+  const sim::Bytes cut = hex("A0 A1 00 05 01 02");
   EXPECT_THAT(decode({checksum + end + empty + longer + cut}),
               ElementsAre(item(Kind::Damaged, 0, checksum, "wrong checksum"),
                           item(Kind::Damaged, 9, end, "wrong end bytes"),
@@ -84,9 +85,10 @@ TEST(StreamDecoder, TellsWhatIsWrongWithAPacket) {
 }
 
 TEST(StreamDecoder, FindsAGoodPacketInsideADamagedOne) {
-  EXPECT_THAT(decode({hex("A0 A1 00 10 55") + kQuery + Bytes(20, 0x77)}),
-              ElementsAre(item(Kind::Damaged, 0, hex("A0 A1 00 10 55"), "wrong checksum"),
-                          item(Kind::Packet, 5, kQuery), item(Kind::Other, 14, Bytes(20, 0x77))));
+  EXPECT_THAT(
+      decode({hex("A0 A1 00 10 55") + kQuery + sim::Bytes(20, 0x77)}),
+      ElementsAre(item(Kind::Damaged, 0, hex("A0 A1 00 10 55"), "wrong checksum"),
+                  item(Kind::Packet, 5, kQuery), item(Kind::Other, 14, sim::Bytes(20, 0x77))));
 }
 
 TEST(StreamDecoder, TellsASentenceWithAWrongChecksum) {
@@ -100,19 +102,22 @@ TEST(StreamDecoder, TellsASentenceWithAWrongChecksum) {
 }
 
 TEST(StreamDecoder, TakesADollarThatBeginsNoSentenceForOther) {
-  const Bytes tooLong = text("$" + std::string(StreamDecoder::kLongestSentence, 'x') + "\r\n");
-  for (const Bytes& stream : {text("$GP"), text("$G\r"), text("$G\rP"), text("$G\x01\r\n")}) {
+  const sim::Bytes tooLong =
+      text("$" + std::string(sim::StreamDecoder::kLongestSentence, 'x') + "\r\n");
+  for (const sim::Bytes& stream : {text("$GP"), text("$G\r"), text("$G\rP"), text("$G\x01\r\n")}) {
     EXPECT_THAT(decode({stream}), ElementsAre(item(Kind::Other, 0, stream)));
   }
-  for (const StreamItem& found : decode({tooLong})) EXPECT_EQ(found.kind, Kind::Other);
+  for (const sim::StreamItem& found : decode({tooLong})) {
+    EXPECT_EQ(found.kind, Kind::Other);
+  }
 }
 
 TEST(StreamDecoder, KeepsOnlyTheBeginningOfWhatItDoesNotKnow) {
-  const std::vector<StreamItem> items = decode({Bytes(10'000, 0x55)});
+  const std::vector<sim::StreamItem> items = decode({sim::Bytes(10'000, 0x55)});
   std::size_t length = 0;
-  for (const StreamItem& found : items) {
+  for (const sim::StreamItem& found : items) {
     EXPECT_EQ(found.kind, Kind::Other);
-    EXPECT_EQ(found.bytes.size(), StreamItem::kShownBytes);
+    EXPECT_EQ(found.bytes.size(), sim::StreamItem::kShownBytes);
     length += found.length;
   }
   EXPECT_EQ(length, 10'000U);
@@ -120,7 +125,7 @@ TEST(StreamDecoder, KeepsOnlyTheBeginningOfWhatItDoesNotKnow) {
 
 TEST(StreamDecoder, HandsAnItemOnWhenItIsComplete) {
   std::size_t count = 0;
-  StreamDecoder decoder([&](const StreamItem&) { ++count; });
+  sim::StreamDecoder decoder([&](const sim::StreamItem&) { ++count; });
   for (std::size_t index = 0; index < kQuery.size(); ++index) {
     EXPECT_EQ(count, 0U);
     decoder.push({kQuery[index]});
@@ -134,8 +139,8 @@ TEST(StreamDecoder, HandsAnItemOnWhenItIsComplete) {
 }
 
 TEST(StreamDecoder, GoesOnBehindWhatWasIncomplete) {
-  std::vector<StreamItem> items;
-  StreamDecoder decoder([&](const StreamItem& found) { items.push_back(found); });
+  std::vector<sim::StreamItem> items;
+  sim::StreamDecoder decoder([&](const sim::StreamItem& found) { items.push_back(found); });
   decoder.push(hex("A0 A1 00 05"));
   decoder.finish();
   decoder.push(kQuery);
@@ -146,30 +151,37 @@ TEST(StreamDecoder, GoesOnBehindWhatWasIncomplete) {
 // Of bytes that are likely to mean something, each is in one item, and the good packets are those
 // of FrameReader.
 TEST(StreamDecoder, AgreesWithTheFrameReaderOnAnyStream) {
-  const Bytes alphabet = hex("A0 A1 00 01 02 03 0D 0A 24 2A 83");
+  const sim::Bytes alphabet = hex("A0 A1 00 01 02 03 0D 0A 24 2A 83");
   std::mt19937 random(7);
   for (int trial = 0; trial < 300; ++trial) {
-    Bytes stream;
+    sim::Bytes stream;
     for (int part = 0; part < 60; ++part) {
-      append(stream, random() % 5 == 0 ? kQuery : Bytes{alphabet[random() % alphabet.size()]});
+      sim::append(stream,
+                  random() % 5 == 0 ? kQuery : sim::Bytes{alphabet[random() % alphabet.size()]});
     }
-    std::vector<Bytes> packets;
+    std::vector<sim::Bytes> packets;
     std::uint64_t end = 0;
-    for (const StreamItem& found : decode({stream})) {
+    for (const sim::StreamItem& found : decode({stream})) {
       ASSERT_EQ(found.offset, end);
       end += found.length;
-      if (found.kind == Kind::Packet) packets.push_back(found.bytes);
+      if (found.kind == Kind::Packet) {
+        packets.push_back(found.bytes);
+      }
     }
     ASSERT_EQ(end, stream.size());
-    std::vector<Bytes> expected;
-    FrameReader reader;
-    for (const Frame& frame : reader.push(stream)) expected.push_back(frame.packet());
+    std::vector<sim::Bytes> expected;
+    sim::FrameReader reader;
+    for (const sim::Frame& frame : reader.push(stream)) {
+      expected.push_back(frame.packet());
+    }
     while (reader.midFrame()) {
-      for (const Frame& frame : reader.abandon()) expected.push_back(frame.packet());
+      for (const sim::Frame& frame : reader.abandon()) {
+        expected.push_back(frame.packet());
+      }
     }
     ASSERT_EQ(packets, expected);
   }
 }
 
 }  // namespace
-}  // namespace orb::sim::test
+}  // namespace orb::test

@@ -8,7 +8,7 @@
 #include <random>
 #include <system_error>
 
-#include "hex.h"
+#include "rate_query.h"
 #include "support/temporary_folder.h"
 
 namespace orb::sim {
@@ -19,7 +19,7 @@ bool operator==(const TraceRecord& left, const TraceRecord& right) {
 
 }  // namespace orb::sim
 
-namespace orb::sim::test {
+namespace orb::test {
 namespace {
 
 using std::chrono::microseconds;
@@ -41,10 +41,10 @@ class Trace : public testing::Test {
     return {std::istreambuf_iterator<char>(stream), {}};
   }
 
-  /// What is said of a trace with these lines behind the header.
+  /// What is said of a trace with these lines after the header.
   std::string errorOf(const std::string& text) const {
     try {
-      loadTrace(write(text));
+      sim::loadTrace(write(text));
     } catch (const std::runtime_error& error) {
       return error.what();
     }
@@ -55,26 +55,28 @@ class Trace : public testing::Test {
     return file_.string() + ":" + std::to_string(line) + ": " + problem;
   }
 
-  const orb::test::TemporaryFolder folder_;
+  const TemporaryFolder folder_;
   const std::filesystem::path file_ = folder_.path() / "a.trace";
 };
 
 TEST_F(Trace, IsReadAsItWasWritten) {
-  const std::vector<TraceRecord> records{
-      {microseconds(0), Speaker::Client, hex("A0 A1 00")},
-      {microseconds(1), Speaker::Receiver, hex("00 FF 7F")},
-      {microseconds(1), Speaker::Receiver, {}},
-      {seconds(100'000'000) + microseconds(123'457), Speaker::Client, Bytes(5000, 0xAB)},
+  const std::vector<sim::TraceRecord> records{
+      {microseconds(0), sim::Speaker::Client, hex("A0 A1 00")},
+      {microseconds(1), sim::Speaker::Receiver, hex("00 FF 7F")},
+      {microseconds(1), sim::Speaker::Receiver, {}},
+      {seconds(100'000'000) + microseconds(123'457), sim::Speaker::Client, sim::Bytes(5000, 0xAB)},
   };
-  TraceWriter writer(file_, "/dev/ttyS1");
-  for (const TraceRecord& record : records) writer.write(record);
-  EXPECT_EQ(loadTrace(file_), records);
+  sim::TraceWriter writer(file_, "/dev/ttyS1");
+  for (const sim::TraceRecord& record : records) {
+    writer.write(record);
+  }
+  EXPECT_EQ(sim::loadTrace(file_), records);
 }
 
 TEST_F(Trace, IsALineForEachPieceBehindAHeader) {
-  TraceWriter writer(file_, "/dev/\"odd\"\n\xFF");
-  writer.write({microseconds(1'234'567), Speaker::Client, hex("A0 0d")});
-  writer.write({microseconds(2'000'000), Speaker::Receiver, hex("01")});
+  sim::TraceWriter writer(file_, "/dev/\"odd\"\n\xFF");
+  writer.write({microseconds(1'234'567), sim::Speaker::Client, hex("A0 0d")});
+  writer.write({microseconds(2'000'000), sim::Speaker::Receiver, hex("01")});
   EXPECT_THAT(written(),
               testing::MatchesRegex(R"(\{"orb-sim-trace":1,"started":"20..-..-..T..:..:..Z",)"
                                     R"("device":"/dev/\\"odd\\"\\n.*"\})"
@@ -86,52 +88,51 @@ TEST_F(Trace, IsALineForEachPieceBehindAHeader) {
 }
 
 TEST_F(Trace, IsWholeUpToItsLastLineWhileItIsWritten) {
-  TraceWriter writer(file_, "/dev/ttyS1");
-  EXPECT_THAT(loadTrace(file_), IsEmpty());
-  writer.write({microseconds(1), Speaker::Client, hex("01")});
-  EXPECT_EQ(loadTrace(file_).size(), 1U);
+  sim::TraceWriter writer(file_, "/dev/ttyS1");
+  EXPECT_THAT(sim::loadTrace(file_), IsEmpty());
+  writer.write({microseconds(1), sim::Speaker::Client, hex("01")});
+  EXPECT_EQ(sim::loadTrace(file_).size(), 1U);
 }
 
 TEST_F(Trace, ReplacesAnEarlierOne) {
-  write("something longer than the header of a trace, so that some of it would stay behind it");
-  const TraceWriter writer(file_, "x");
-  EXPECT_THAT(loadTrace(file_), IsEmpty());
+  write("something longer than the header of a trace, so that some of it would stay after it");
+  const sim::TraceWriter writer(file_, "x");
+  EXPECT_THAT(sim::loadTrace(file_), IsEmpty());
 }
 
 TEST_F(Trace, MayHaveMoreMembersAndNoLastNewline) {
-  const std::vector<TraceRecord> expected{{seconds(2), Speaker::Client, hex("AB")}};
-  EXPECT_EQ(loadTrace(write(R"({"orb-sim-trace":1,"by":"hand"})"
-                            "\r\n"
-                            R"({"time":2,"note":[1,{}],"bytes":"aB","from":"client"})")),
+  const std::vector<sim::TraceRecord> expected{{seconds(2), sim::Speaker::Client, hex("AB")}};
+  EXPECT_EQ(sim::loadTrace(write(R"({"orb-sim-trace":1,"by":"hand"})"
+                                 "\r\n"
+                                 R"({"time":2,"note":[1,{}],"bytes":"aB","from":"client"})")),
             expected);
 }
 
 TEST_F(Trace, HasAnErrorThatNamesFileAndLine) {
-  const auto errorOfRecord = [&](const std::string& record) {
-    return errorOf(kHeader + std::string("\n") + record + "\n");
-  };
+  const std::string header = std::string(kHeader) + "\n";
   const std::string good = R"({"time":1,"from":"client","bytes":""})";
-  EXPECT_EQ(errorOfRecord("{"), errorAt(2, "not a JSON object"));
-  EXPECT_EQ(errorOfRecord(""), errorAt(2, "not a JSON object"));
-  EXPECT_EQ(errorOfRecord("[]"), errorAt(2, "not a JSON object"));
-  EXPECT_EQ(errorOfRecord(good + "\n" + good + "x"), errorAt(3, "not a JSON object"));
-  EXPECT_EQ(errorOfRecord(R"({"from":"client","bytes":""})"), errorAt(2, R"("time" is missing)"));
-  EXPECT_EQ(errorOfRecord(R"({"time":"1","from":"client","bytes":""})"),
-            errorAt(2, R"("time" is not a number of seconds)"));
-  for (const char* const time : {"-1", "1e10"}) {
-    EXPECT_EQ(errorOfRecord(std::string(R"({"time":)") + time + R"(,"from":"client","bytes":""})"),
-              errorAt(2, R"("time" is out of range)"));
+  const std::pair<std::string, const char*> records[] = {
+      {"{", "not a JSON object"},
+      {"", "not a JSON object"},
+      {"[]", "not a JSON object"},
+      {good + "x", "not a JSON object"},
+      {R"({"time":1e400,"from":"client","bytes":""})", "not a JSON object"},
+      {R"({"from":"client","bytes":""})", R"("time" is missing)"},
+      {R"({"time":"1","from":"client","bytes":""})", R"("time" is not a number of seconds)"},
+      {R"({"time":-1,"from":"client","bytes":""})", R"("time" is out of range)"},
+      {R"({"time":1e10,"from":"client","bytes":""})", R"("time" is out of range)"},
+      {R"({"time":1,"bytes":""})", R"("from" is missing)"},
+      {R"({"time":1,"from":"me","bytes":""})", R"("from" is neither "client" nor "receiver")"},
+      {R"({"time":1,"from":"client"})", R"("bytes" is missing)"},
+  };
+  for (const auto& [record, problem] : records) {
+    EXPECT_EQ(errorOf(header + record + "\n"), errorAt(2, problem)) << record;
+    EXPECT_EQ(errorOf(header + good + "\n" + record + "\n"), errorAt(3, problem)) << record;
   }
-  EXPECT_EQ(errorOfRecord(R"({"time":1e400,"from":"client","bytes":""})"),
-            errorAt(2, "not a JSON object"));
-  EXPECT_EQ(errorOfRecord(good + "\n" + R"({"time":0.5,"from":"client","bytes":""})"),
+  EXPECT_EQ(errorOf(header + good + "\n" + R"({"time":0.5,"from":"client","bytes":""})"),
             errorAt(3, R"("time" is earlier than in the line before)"));
-  EXPECT_EQ(errorOfRecord(R"({"time":1,"bytes":""})"), errorAt(2, R"("from" is missing)"));
-  EXPECT_EQ(errorOfRecord(R"({"time":1,"from":"me","bytes":""})"),
-            errorAt(2, R"("from" is neither "client" nor "receiver")"));
-  EXPECT_EQ(errorOfRecord(R"({"time":1,"from":"client"})"), errorAt(2, R"("bytes" is missing)"));
   for (const char* const bytes : {"\"A\"", "\"0G\"", "\"A0 A1\"", "\"-1\"", "[160]", "null"}) {
-    EXPECT_EQ(errorOfRecord(std::string(R"({"time":1,"from":"client","bytes":)") + bytes + "}"),
+    EXPECT_EQ(errorOf(header + R"({"time":1,"from":"client","bytes":)" + bytes + "}\n"),
               errorAt(2, R"("bytes" is not a text of hexadecimal digits, two a byte)"));
   }
 }
@@ -143,18 +144,19 @@ TEST_F(Trace, IsRefusedWithoutItsHeader) {
 }
 
 TEST_F(Trace, IsRefusedWhereALineIsTooLong) {
-  EXPECT_EQ(errorOf(kHeader + std::string("\n") + std::string(TraceParser::kLongestLine + 1, ' ')),
-            errorAt(2, "the line is too long"));
+  EXPECT_EQ(
+      errorOf(kHeader + std::string("\n") + std::string(sim::TraceParser::kLongestLine + 1, ' ')),
+      errorAt(2, "the line is too long"));
 }
 
 TEST_F(Trace, IsNotWrittenWhereThereIsNoRoom) {
-  const auto writeToFull = [] { TraceWriter("/dev/full", "x"); };
+  const auto writeToFull = [] { sim::TraceWriter("/dev/full", "x"); };
   EXPECT_THROW(writeToFull(), std::system_error);
 }
 
 TEST_F(Trace, TellsWhyItCannotBeMade) {
   try {
-    TraceWriter(folder_.path() / "no" / "file", "x");
+    sim::TraceWriter(folder_.path() / "no" / "file", "x");
     FAIL() << "it was made";
   } catch (const std::system_error& error) {
     EXPECT_EQ(error.code(), std::errc::no_such_file_or_directory);
@@ -162,8 +164,8 @@ TEST_F(Trace, TellsWhyItCannotBeMade) {
 }
 
 TEST_F(Trace, IsNotReadWhereThereIsNoFile) {
-  EXPECT_THROW(loadTrace(file_), std::system_error);
-  EXPECT_THROW(loadTrace(folder_.path()), std::exception);
+  EXPECT_THROW(sim::loadTrace(file_), std::system_error);
+  EXPECT_THROW(sim::loadTrace(folder_.path()), std::exception);
 }
 
 TEST(TraceParser, TakesTextThatIsCutAnywhere) {
@@ -171,9 +173,9 @@ TEST(TraceParser, TakesTextThatIsCutAnywhere) {
                            R"({"time":1,"from":"client","bytes":"01"})" + "\n" +
                            R"({"time":2,"from":"receiver","bytes":"02"})" + "\n";
   for (std::size_t cut = 0; cut <= text.size(); ++cut) {
-    TraceParser parser("trace");
-    Bytes bytes;
-    const auto sink = [&](const TraceRecord& record) { append(bytes, record.bytes); };
+    sim::TraceParser parser("trace");
+    sim::Bytes bytes;
+    const auto sink = [&](const sim::TraceRecord& record) { sim::append(bytes, record.bytes); };
     parser.push(text.substr(0, cut), sink);
     parser.push(text.substr(cut), sink);
     parser.finish(sink);
@@ -190,10 +192,10 @@ TEST(TraceParser, SurvivesDamagedLines) {
   for (int trial = 0; trial < 5000; ++trial) {
     std::string damaged = text;
     damaged[random() % damaged.size()] = static_cast<char>(random());
-    TraceParser parser("trace");
+    sim::TraceParser parser("trace");
     try {
-      parser.push(damaged, [](const TraceRecord&) {});
-      parser.finish([](const TraceRecord&) {});
+      parser.push(damaged, [](const sim::TraceRecord&) {});
+      parser.finish([](const sim::TraceRecord&) {});
     } catch (const std::runtime_error& error) {
       ++errors;
       EXPECT_THAT(error.what(), HasSubstr("trace:"));
@@ -203,4 +205,4 @@ TEST(TraceParser, SurvivesDamagedLines) {
 }
 
 }  // namespace
-}  // namespace orb::sim::test
+}  // namespace orb::test

@@ -1,21 +1,21 @@
 #include "trace/transcript.h"
+#include "rate_query.h"
 
 #include <gtest/gtest.h>
 
 #include <sstream>
 
-#include "hex.h"
-
-namespace orb::sim::test {
+namespace orb::test {
 namespace {
 
 using namespace std::chrono_literals;
 
 TEST(Transcript, TellsWhoSaidWhatAndWhen) {
   std::ostringstream output;
-  Transcript transcript(output);
-  transcript.add({0us, Speaker::Client, frame(0x1000)});
-  transcript.add({1234567us, Speaker::Receiver, acknowledge(0x1000) + frame(0x8600, hex("01"))});
+  sim::Transcript transcript(output);
+  transcript.add({0us, sim::Speaker::Client, sim::frame(0x1000)});
+  transcript.add({1234567us, sim::Speaker::Receiver,
+                  sim::acknowledge(0x1000) + sim::frame(0x8600, hex("01"))});
   transcript.finish();
   EXPECT_EQ(output.str(),
             "    0.000000  client    10     Query the position update rate of GNSS system\n"
@@ -27,11 +27,11 @@ TEST(Transcript, TellsWhoSaidWhatAndWhen) {
 
 TEST(Transcript, KeepsTheSidesApart) {
   std::ostringstream output;
-  Transcript transcript(output);
-  const Bytes query = frame(0x1000);
-  transcript.add({1us, Speaker::Client, Bytes(query.begin(), query.begin() + 4)});
-  transcript.add({2us, Speaker::Receiver, frame(0x8600, hex("01"))});
-  transcript.add({3us, Speaker::Client, Bytes(query.begin() + 4, query.end())});
+  sim::Transcript transcript(output);
+  const sim::Bytes query = sim::frame(0x1000);
+  transcript.add({1us, sim::Speaker::Client, sim::Bytes(query.begin(), query.begin() + 4)});
+  transcript.add({2us, sim::Speaker::Receiver, sim::frame(0x8600, hex("01"))});
+  transcript.add({3us, sim::Speaker::Client, sim::Bytes(query.begin() + 4, query.end())});
   EXPECT_EQ(output.str(),
             "    0.000002  receiver  86     Position update rate of GNSS system: 01\n"
             "    0.000003  client    10     Query the position update rate of GNSS system\n");
@@ -39,8 +39,8 @@ TEST(Transcript, KeepsTheSidesApart) {
 
 TEST(Transcript, WritesDownWhatStaysIncomplete) {
   std::ostringstream output;
-  Transcript transcript(output);
-  transcript.add({1s, Speaker::Receiver, hex("A0 A1 00 05 01")});
+  sim::Transcript transcript(output);
+  transcript.add({1s, sim::Speaker::Receiver, hex("A0 A1 00 05 01")});
   EXPECT_TRUE(transcript.isMidItem());
   transcript.letTimePass(2s - 1us);
   EXPECT_EQ(output.str(), "");
@@ -50,4 +50,4 @@ TEST(Transcript, WritesDownWhatStaysIncomplete) {
 }
 
 }  // namespace
-}  // namespace orb::sim::test
+}  // namespace orb::test

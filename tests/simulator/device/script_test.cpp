@@ -2,29 +2,27 @@
 
 #include <gtest/gtest.h>
 
-#include "hex.h"
 #include "orb-sim/receiver.h"
+#include "rate_query.h"
 
-namespace orb::sim::test {
+namespace orb::test {
 namespace {
 
 using namespace std::chrono_literals;
 
-const Bytes kRateQuery = frame(0x1000);
-const Bytes kRateAnswer = acknowledge(0x1000) + frame(0x8600, {1});
-const Bytes kPowerQuery = frame(0x1500);
-const Bytes kPowerAnswer = acknowledge(0x1500) + frame(0xB900, {0});
-const Bytes kGarbage = hex("DE AD A0 BE EF");
+const sim::Bytes kPowerQuery = sim::frame(0x1500);
+const sim::Bytes kPowerAnswer = sim::acknowledge(0x1500) + sim::frame(0xB900, {0});
+const sim::Bytes kGarbage = hex("DE AD A0 BE EF");
 
 class ScriptedReceiver : public testing::Test {
  protected:
   // Without output of the receiver's own, what ticks bring is the script's.
   ScriptedReceiver() {
-    receiver_.change([](State& state) { state.outputType = OutputType::None; });
+    receiver_.change([](sim::State& state) { state.outputType = sim::OutputType::None; });
   }
 
-  Receiver receiver_;
-  Script script_{receiver_};
+  sim::Receiver receiver_;
+  sim::Script script_{receiver_};
 };
 
 TEST_F(ScriptedReceiver, AnswersWhereThereIsNoRule) {
@@ -39,19 +37,19 @@ TEST_F(ScriptedReceiver, GivesWayToTheBytesOfARule) {
 }
 
 TEST_F(ScriptedReceiver, DoesNotSeeASettingThatARuleAnswers) {
-  script_.on(0x0E00).answer(acknowledge(0x0E00));
-  EXPECT_EQ(script_.receive(frame(0x0E00, {20, 0})), acknowledge(0x0E00));
+  script_.on(0x0E00).answer(sim::acknowledge(0x0E00));
+  EXPECT_EQ(script_.receive(sim::frame(0x0E00, {20, 0})), sim::acknowledge(0x0E00));
   EXPECT_EQ(receiver_.state().updateRate, 1);
 }
 
 TEST_F(ScriptedReceiver, SeesASettingWhoseAnswerIsAltered) {
-  script_.on(0x0E00).altered([](Bytes) { return Bytes{}; });
-  EXPECT_EQ(script_.receive(frame(0x0E00, {20, 0})), Bytes{});
+  script_.on(0x0E00).altered([](sim::Bytes) { return sim::Bytes{}; });
+  EXPECT_EQ(script_.receive(sim::frame(0x0E00, {20, 0})), sim::Bytes{});
   EXPECT_EQ(receiver_.state().updateRate, 20);
 }
 
 TEST_F(ScriptedReceiver, IsAlteredByAFunctionOfItsAnswer) {
-  script_.on(0x1000).altered([](Bytes answer) {
+  script_.on(0x1000).altered([](sim::Bytes answer) {
     answer[15] ^= 0x01;
     return answer;
   });
@@ -62,10 +60,10 @@ TEST_F(ScriptedReceiver, IsAlteredByAFunctionOfItsAnswer) {
 TEST_F(ScriptedReceiver, KeepsSilentOrRefusesByRule) {
   script_.on(0x1000).nothing();
   script_.on(0x6418).refusal();
-  script_.on(0x6420).answer([](const Frame& packet) { return packet.payload; });
-  EXPECT_EQ(script_.receive(kRateQuery), Bytes{});
-  EXPECT_EQ(script_.receive(frame(0x6418)), hex("A0 A1 00 02 84 64 E0 0D 0A"));
-  EXPECT_EQ(script_.receive(frame(0x6420)), hex("64 20"));
+  script_.on(0x6420).answer([](const sim::Frame& packet) { return packet.payload; });
+  EXPECT_EQ(script_.receive(kRateQuery), sim::Bytes{});
+  EXPECT_EQ(script_.receive(sim::frame(0x6418)), hex("A0 A1 00 02 84 64 E0 0D 0A"));
+  EXPECT_EQ(script_.receive(sim::frame(0x6420)), hex("64 20"));
 }
 
 TEST_F(ScriptedReceiver, IsAnsweredForByTheNewestRuleThatApplies) {
@@ -75,7 +73,7 @@ TEST_F(ScriptedReceiver, IsAnsweredForByTheNewestRuleThatApplies) {
   EXPECT_EQ(script_.receive(kRateQuery), hex("01"));
   EXPECT_EQ(script_.receive(kRateQuery), hex("02"));
   EXPECT_EQ(script_.receive(kRateQuery), hex("01"));
-  EXPECT_EQ(script_.receive(kPowerQuery), refuse(0x1500));
+  EXPECT_EQ(script_.receive(kPowerQuery), sim::refuse(0x1500));
 }
 
 TEST_F(ScriptedReceiver, IsReplacedInSomeOccurrencesOnly) {
@@ -86,9 +84,9 @@ TEST_F(ScriptedReceiver, IsReplacedInSomeOccurrencesOnly) {
 }
 
 TEST_F(ScriptedReceiver, IsReplacedForOneExactPacket) {
-  script_.on(frame(0x0E00, {20, 0})).nothing();
-  EXPECT_EQ(script_.receive(frame(0x0E00, {20, 0})), Bytes{});
-  EXPECT_EQ(script_.receive(frame(0x0E00, {21, 0})), acknowledge(0x0E00));
+  script_.on(sim::frame(0x0E00, {20, 0})).nothing();
+  EXPECT_EQ(script_.receive(sim::frame(0x0E00, {20, 0})), sim::Bytes{});
+  EXPECT_EQ(script_.receive(sim::frame(0x0E00, {21, 0})), sim::acknowledge(0x0E00));
   EXPECT_EQ(receiver_.state().updateRate, 21);
 }
 
@@ -99,7 +97,7 @@ TEST_F(ScriptedReceiver, IsItselfAgainWhenTheRulesAreCleared) {
 }
 
 TEST_F(ScriptedReceiver, AnswersPacketsThatComeInPieces) {
-  Bytes answer;
+  sim::Bytes answer;
   for (const std::uint8_t byte : hex("00 A0") + kRateQuery) {
     answer = answer + script_.receive({byte});
   }
@@ -108,12 +106,12 @@ TEST_F(ScriptedReceiver, AnswersPacketsThatComeInPieces) {
 
 TEST_F(ScriptedReceiver, IsDelayed) {
   script_.on(0x1000).after(50ms);
-  EXPECT_EQ(script_.receive(kRateQuery), Bytes{});
+  EXPECT_EQ(script_.receive(kRateQuery), sim::Bytes{});
   EXPECT_EQ(script_.untilNextOutput(), 50ms);
-  EXPECT_EQ(script_.tick(49ms), Bytes{});
+  EXPECT_EQ(script_.tick(49ms), sim::Bytes{});
   EXPECT_EQ(script_.untilNextOutput(), 1ms);
   EXPECT_EQ(script_.tick(1ms), kRateAnswer);
-  EXPECT_EQ(script_.tick(1000ms), Bytes{});
+  EXPECT_EQ(script_.tick(1000ms), sim::Bytes{});
 }
 
 TEST_F(ScriptedReceiver, IsOvertakenWhileItIsDelayed) {
@@ -126,43 +124,43 @@ TEST_F(ScriptedReceiver, IsCutIntoPieces) {
   script_.on(0x1000).answer(hex("01 02 03 04 05")).inPieces(2, 10ms);
   EXPECT_EQ(script_.receive(kRateQuery), hex("01 02"));
   EXPECT_EQ(script_.tick(10ms), hex("03 04"));
-  EXPECT_EQ(script_.tick(9ms), Bytes{});
+  EXPECT_EQ(script_.tick(9ms), sim::Bytes{});
   EXPECT_EQ(script_.tick(1ms), hex("05"));
-  EXPECT_EQ(script_.tick(1000ms), Bytes{});
+  EXPECT_EQ(script_.tick(1000ms), sim::Bytes{});
 }
 
 TEST_F(ScriptedReceiver, IsDelayedAndCutIntoPieces) {
   script_.on(0x1000).answer(hex("01 02 03")).after(5ms).inPieces(1, 10ms);
-  EXPECT_EQ(script_.receive(kRateQuery), Bytes{});
+  EXPECT_EQ(script_.receive(kRateQuery), sim::Bytes{});
   EXPECT_EQ(script_.tick(5ms), hex("01"));
   EXPECT_EQ(script_.tick(25ms), hex("02 03"));
 }
 
 TEST_F(ScriptedReceiver, StillSendsItsOwnOutput) {
-  receiver_.change([](State& state) { state.outputType = OutputType::Binary; });
+  receiver_.change([](sim::State& state) { state.outputType = sim::OutputType::Binary; });
   receiver_.talkFromTheStart();
   EXPECT_EQ(script_.untilNextOutput(), 1000ms);
   EXPECT_EQ(script_.tick(1000ms).size(), 66U);
 }
 
 TEST(Script, IsSilentWithNothingBehindIt) {
-  Script script;
-  EXPECT_EQ(script.receive(kRateQuery), Bytes{});
-  EXPECT_EQ(script.tick(10000ms), Bytes{});
-  EXPECT_EQ(script.untilNextOutput(), Device::kNever);
+  sim::Script script;
+  EXPECT_EQ(script.receive(kRateQuery), sim::Bytes{});
+  EXPECT_EQ(script.tick(10000ms), sim::Bytes{});
+  EXPECT_EQ(script.untilNextOutput(), sim::Device::kNever);
   script.on(0x1000).answer(kGarbage);
   EXPECT_EQ(script.receive(kRateQuery), kGarbage);
 }
 
 TEST(Script, TakesARuleIntoForceWhenItIsWhole) {
-  Script script;
+  sim::Script script;
   {
-    Script::Rule rule = script.on(0x1000);
+    sim::Script::Rule rule = script.on(0x1000);
     rule.answer(kGarbage);
-    EXPECT_EQ(script.receive(kRateQuery), Bytes{});
+    EXPECT_EQ(script.receive(kRateQuery), sim::Bytes{});
   }
   EXPECT_EQ(script.receive(kRateQuery), kGarbage);
 }
 
 }  // namespace
-}  // namespace orb::sim::test
+}  // namespace orb::test

@@ -1,4 +1,4 @@
-#include "program/shared_device.h"
+#include "device/shared_device.h"
 
 #include <algorithm>
 #include <utility>
@@ -32,7 +32,9 @@ milliseconds SharedDevice::End::untilNextOutput() const {
 
 bool SharedDevice::End::takeHangUp() {
   const std::lock_guard lock(shared_.mutex_);
-  if (shared_.device_.takeHangUp()) shared_.hangUps_.fill(true);
+  if (shared_.device_.takeHangUp()) {
+    shared_.hangUps_.fill(true);
+  }
   return std::exchange(shared_.hangUps_[self_], false);
 }
 

@@ -1,0 +1,216 @@
+#include "orb-sim/trace.h"
+
+#include <array>
+#include <cerrno>
+#include <cmath>
+#include <ctime>
+#include <nlohmann/json.hpp>
+#include <stdexcept>
+#include <system_error>
+
+#include "trace/hex.h"
+
+namespace orb::sim {
+namespace {
+
+using nlohmann::json;
+using std::chrono::microseconds;
+
+constexpr int kVersion = 1;
+
+/// What is wrong with a line; the parser adds file and line.
+class Problem : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
+json parseObject(const std::string& line) {
+  json object = json::parse(line, nullptr, false);
+  if (!object.is_object()) {
+    throw Problem("not a JSON object");
+  }
+  return object;
+}
+
+const json& member(const json& object, const char* name) {
+  const auto found = object.find(name);
+  if (found == object.end()) {
+    throw Problem(std::string("\"") + name + "\" is missing");
+  }
+  return *found;
+}
+
+void checkHeader(const json& header) {
+  const auto version = header.find("orb-sim-trace");
+  if (version == header.end()) {
+    throw Problem("not a trace: it does not begin with \"orb-sim-trace\"");
+  }
+  if (*version != kVersion) {
+    throw Problem("traces of version " + version->dump() + " are not known");
+  }
+}
+
+microseconds timeOf(const json& record) {
+  constexpr double kLongestTrace = 1e9;  // seconds, some 30 years
+  constexpr double kMicrosecondsPerSecond = 1e6;
+  const json& time = member(record, "time");
+  if (!time.is_number()) {
+    throw Problem("\"time\" is not a number of seconds");
+  }
+  const double seconds = time.get<double>();
+  if (seconds < 0 || seconds > kLongestTrace) {
+    throw Problem("\"time\" is out of range");
+  }
+  return microseconds(std::llround(seconds * kMicrosecondsPerSecond));
+}
+
+Speaker speakerOf(const json& record) {
+  const json& from = member(record, "from");
+  for (const Speaker speaker : {Speaker::Client, Speaker::Receiver}) {
+    if (from == nameOf(speaker)) {
+      return speaker;
+    }
+  }
+  throw Problem(R"("from" is neither "client" nor "receiver")");
+}
+
+Bytes bytesOf(const json& record) {
+  const json& digits = member(record, "bytes");
+  std::optional<Bytes> bytes;
+  if (digits.is_string()) {
+    bytes = fromHex(digits.get_ref<const std::string&>());
+  }
+  if (!bytes) {
+    throw Problem("\"bytes\" is not a text of hexadecimal digits, two a byte");
+  }
+  return *std::move(bytes);
+}
+
+TraceRecord recordOf(const json& object, microseconds previous) {
+  TraceRecord record{timeOf(object), speakerOf(object), bytesOf(object)};
+  if (record.at < previous) {
+    throw Problem("\"time\" is earlier than in the line before");
+  }
+  return record;
+}
+
+/// As in 2026-11-21T08:20:00Z.
+std::string utcNow() {
+  const std::time_t now = std::time(nullptr);
+  std::tm parts{};
+  gmtime_r(&now, &parts);
+  std::array<char, 32> text{};
+  std::strftime(text.data(), text.size(), "%FT%TZ", &parts);
+  return text.data();
+}
+
+[[noreturn]] void fail(const std::filesystem::path& file) {
+  throw std::system_error(errno != 0 ? errno : EIO, std::generic_category(), file.string());
+}
+
+}  // namespace
+
+const char* nameOf(Speaker speaker) { return speaker == Speaker::Client ? "client" : "receiver"; }
+
+void TraceParser::push(std::string_view text, const Sink& sink) {
+  while (!text.empty()) {
+    const std::size_t end = text.find('\n');
+    line_ += text.substr(0, end);
+    if (line_.size() > kLongestLine) {
+      fail("the line is too long");
+    }
+    if (end == std::string_view::npos) {
+      return;
+    }
+    text.remove_prefix(end + 1);
+    takeLine(sink);
+  }
+}
+
+void TraceParser::finish(const Sink& sink) {
+  if (!line_.empty()) {
+    takeLine(sink);
+  }
+  if (!hasHeader_) {
+    fail("the trace is empty");
+  }
+}
+
+void TraceParser::takeLine(const Sink& sink) {
+  TraceRecord record;
+  try {
+    const json object = parseObject(line_);
+    if (hasHeader_) {
+      record = recordOf(object, last_);
+    } else {
+      checkHeader(object);
+    }
+  } catch (const Problem& problem) {
+    fail(problem.what());
+  }
+  line_.clear();
+  ++lineNumber_;
+  last_ = record.at;
+  if (hasHeader_) {
+    sink(record);
+  }
+  hasHeader_ = true;
+}
+
+void TraceParser::fail(const std::string& problem) const {
+  throw std::runtime_error(name_ + ":" + std::to_string(lineNumber_) + ": " + problem);
+}
+
+std::vector<TraceRecord> loadTrace(const std::filesystem::path& file) {
+  std::vector<TraceRecord> records;
+  const auto keep = [&](const TraceRecord& record) { records.push_back(record); };
+  TraceParser parser(file.string());
+  errno = 0;
+  std::ifstream stream(file, std::ios::binary);
+  if (!stream) {
+    fail(file);
+  }
+  std::array<char, 65536> block;
+  do {
+    stream.read(block.data(), block.size());
+    parser.push({block.data(), static_cast<std::size_t>(stream.gcount())}, keep);
+  } while (stream);
+  if (stream.bad()) {
+    fail(file);
+  }
+  parser.finish(keep);
+  return records;
+}
+
+TraceWriter::TraceWriter(const std::filesystem::path& file, const std::string& device)
+    : file_(file) {
+  errno = 0;
+  stream_.open(file, std::ios::binary | std::ios::trunc);
+  if (!stream_) {
+    fail(file);
+  }
+  nlohmann::ordered_json header;
+  header["orb-sim-trace"] = kVersion;
+  header["started"] = utcNow();
+  header["device"] = device;
+  // A name that is no UTF-8 is noted as well as it goes.
+  writeLine(header.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace));
+}
+
+void TraceWriter::write(const TraceRecord& record) {
+  nlohmann::ordered_json line;
+  line["time"] = std::chrono::duration<double>(record.at).count();
+  line["from"] = nameOf(record.from);
+  line["bytes"] = toHex(record.bytes);
+  writeLine(line.dump());
+}
+
+void TraceWriter::writeLine(const std::string& line) {
+  errno = 0;
+  stream_ << line << '\n' << std::flush;
+  if (!stream_) {
+    fail(file_);
+  }
+}
+
+}  // namespace orb::sim

@@ -1,0 +1,16 @@
+#pragma once
+
+#include "hex.h"
+#include "orb-sim/frame.h"
+
+namespace orb::sim::test {}
+
+namespace orb::test {
+
+using namespace sim::test;
+
+/// The query of the update rate, and what a receiver with its default settings answers.
+inline const sim::Bytes kRateQuery = sim::frame(0x1000);
+inline const sim::Bytes kRateAnswer = sim::acknowledge(0x1000) + sim::frame(0x8600, {1});
+
+}  // namespace orb::test
