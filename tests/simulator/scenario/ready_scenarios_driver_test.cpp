@@ -92,7 +92,7 @@ TEST_F(ReadyScenario, WrongModuleIsLeftAlone) {
   std::string info;
   facade.getInfo(info);
   EXPECT_EQ(info, "");
-  EXPECT_EQ(line_->received(), Bytes{});
+  EXPECT_EQ(line_->received(), sim::Bytes{});
 }
 
 TEST_F(ReadyScenario, OldFirmwareHasItsSecondBandSwitched) {
