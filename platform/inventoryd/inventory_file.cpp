@@ -1,50 +1,77 @@
 #include "inventoryd/inventory_file.h"
 
-#include <limits>
+#include <initializer_list>
 #include <utility>
 
+#include "base/toml/table_reader.h"
 #include "base/toml/text_file.h"
-#include "inventoryd/toml_fields.h"
 
 namespace orb::inventory {
 namespace {
 
-constexpr std::int64_t kMaxUint32 = std::numeric_limits<std::uint32_t>::max();
-constexpr std::int64_t kMaxInt32 = std::numeric_limits<std::int32_t>::max();
-constexpr std::int64_t kMaxInt64 = std::numeric_limits<std::int64_t>::max();
-
-std::vector<PcieBar> readBars(const toml::node& node, ProblemList& problems) {
-  std::vector<PcieBar> bars;
-  const toml::array* array = node.as_array();
-  if (array == nullptr) {
-    addWrongType(node, "\"bars\"", "an array of { index, address, size }", problems);
-    return bars;
+void allowOnly(TableReader& table, std::initializer_list<std::string_view> keys) {
+  for (const std::string_view key : keys) {
+    table.find(key);
   }
-  for (const toml::node& element : *array) {
+  table.refuseUnknownKeys();
+}
+
+template <typename Integer>
+bool readNumber(TableReader& table, std::string_view key, Integer& value, std::int64_t least) {
+  table.require({key});
+  return table.integer(key, value, least);
+}
+
+/// A text that D-Bus can carry.
+std::string textAt(TableReader& table, std::string_view key) {
+  std::string text;
+  table.text(key, text);
+  if (text.find('\0') != std::string::npos) {
+    table.refuse(key, "holds a null character, which D-Bus cannot carry");
+    text.clear();
+  }
+  return text;
+}
+
+std::string deviceNameAt(TableReader& module, std::string_view key) {
+  const std::string name = textAt(module, key);
+  if (name.starts_with('/')) {
+    module.refuse(key, "is " + inQuotes(name) + "; it has to be a name below /dev, not a path");
+  }
+  return name;
+}
+
+std::vector<PcieBar> readBars(const toml::array& array, ProblemList& problems) {
+  std::vector<PcieBar> bars;
+  for (const toml::node& element : array) {
     const toml::table* table = element.as_table();
     if (table == nullptr) {
       addWrongType(element, "an element of \"bars\"", "{ index, address, size }", problems);
       continue;
     }
-    const TomlFields fields(*table, "the BAR", problems);
-    fields.allowOnly({"index", "address", "size"});
-    bars.push_back({static_cast<std::uint32_t>(fields.number("index", 0, kMaxUint32).value_or(0)),
-                    static_cast<std::uint64_t>(fields.number("address", 0, kMaxInt64).value_or(0)),
-                    static_cast<std::uint64_t>(fields.number("size", 1, kMaxInt64).value_or(0))});
+    TableReader reader(*table, TableName::words("the BAR"), problems);
+    allowOnly(reader, {"index", "address", "size"});
+    PcieBar& bar = bars.emplace_back();
+    readNumber(reader, "index", bar.index, 0);
+    readNumber(reader, "address", bar.address, 0);
+    readNumber(reader, "size", bar.size, 1);
   }
   return bars;
 }
 
-ModuleRecord readRecord(const toml::node& node, std::string_view name, ProblemList& problems) {
-  const toml::table* table = node.as_table();
+/// A record is a text, or a table with its type and its text.
+ModuleRecord readRecord(TableReader& records, const std::string& name, ProblemList& problems) {
+  const toml::table* table = records.find(name)->as_table();
   if (table == nullptr) {
-    return {1, busTextOf(node, inQuotes(name), problems).value_or("")};
+    return {1, textAt(records, name)};
   }
-  const std::string what = "the record " + inQuotes(name);
-  const TomlFields fields(*table, what, problems);
-  fields.allowOnly({"type", "data"});
-  return {static_cast<std::int32_t>(fields.number("type", 1, kMaxInt32).value_or(1)),
-          fields.text("data").value_or("")};
+  TableReader reader(*table, TableName::words("the record " + inQuotes(name)), problems);
+  allowOnly(reader, {"type", "data"});
+  ModuleRecord record;
+  readNumber(reader, "type", record.type, 1);
+  reader.require({"data"});
+  record.data = textAt(reader, "data");
+  return record;
 }
 
 std::map<std::string, ModuleRecord> readRecords(const toml::node& node, ProblemList& problems) {
@@ -54,40 +81,42 @@ std::map<std::string, ModuleRecord> readRecords(const toml::node& node, ProblemL
     addWrongType(node, "\"records\"", "a table [module.records]", problems);
     return records;
   }
+  TableReader reader(*table, TableName::words("the records"), problems);
   for (const auto& [key, value] : *table) {
     const std::string name(key.str());
     if (name.find('\0') != std::string::npos) {
       problems.add(lineOf(value),
                    "a record's name holds a null character, which D-Bus cannot carry");
     }
-    records.emplace(name, readRecord(value, name, problems));
+    records.emplace(name, readRecord(reader, name, problems));
   }
   return records;
 }
 
 void readModule(const toml::table& table, Inventory& inventory, ProblemList& problems) {
-  const TomlFields fields(table, "the module", problems);
-  fields.allowOnly({"location", "i2c-bus", "spi-device", "bars", "records"});
+  TableReader reader(table, TableName::words("the module"), problems);
+  allowOnly(reader, {"location", "i2c-bus", "spi-device", "bars", "records"});
   Module module;
-  module.i2cBus = fields.deviceName("i2c-bus");
-  module.spiDevice = fields.deviceName("spi-device");
-  if (fields.has("bars")) {
-    module.bars = readBars(*table.get("bars"), problems);
+  module.i2cBus = deviceNameAt(reader, "i2c-bus");
+  module.spiDevice = deviceNameAt(reader, "spi-device");
+  if (const toml::array* bars = reader.arrayAt("bars", "an array of { index, address, size }")) {
+    module.bars = readBars(*bars, problems);
   }
-  if (fields.has("records")) {
-    module.records = readRecords(*table.get("records"), problems);
+  if (const toml::node* records = reader.find("records")) {
+    module.records = readRecords(*records, problems);
   }
-  const auto location = fields.number("location", 0, kMaxUint32);
-  if (location &&
-      !inventory.emplace(static_cast<std::uint32_t>(*location), std::move(module)).second) {
+  std::uint32_t location = 0;
+  if (readNumber(reader, "location", location, 0) &&
+      !inventory.emplace(location, std::move(module)).second) {
     problems.add(lineOf(*table.get("location")),
-                 "location " + std::to_string(*location) + " already has a module");
+                 "location " + std::to_string(location) + " already has a module");
   }
 }
 
 void readModules(const toml::table& file, Inventory& inventory, ProblemList& problems) {
-  TomlFields(file, "the file", problems).allowOnly({"module"});
-  const toml::node* modules = file.get("module");
+  TableReader reader(file, TableName::words("the file"), problems);
+  allowOnly(reader, {"module"});
+  const toml::node* modules = reader.find("module");
   if (modules == nullptr) {
     return;
   }

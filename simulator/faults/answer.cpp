@@ -4,48 +4,23 @@
 #include <utility>
 
 #include "faults/frame_faults.h"
-#include "faults/nmea_burst.h"
+#include "model/message_ids.h"
 #include "orb-sim/frame.h"
 
 namespace orb::sim {
 namespace {
 
-bool isAcknowledgement(const Frame& frame) {
-  constexpr std::uint8_t kAcknowledged = 0x83;
-  constexpr std::uint8_t kRefused = 0x84;
-  return frame.payload[0] == kAcknowledged || frame.payload[0] == kRefused;
-}
-
-AnswerPart text(Bytes bytes) {
-  AnswerPart part;
-  part.bytes = std::move(bytes);
-  return part;
-}
-
-AnswerPart part(const Frame& frame) {
-  AnswerPart part = text(frame.packet());
-  part.isAcknowledgement = isAcknowledgement(frame);
-  part.isReply = !part.isAcknowledgement;
-  return part;
+AnswerPart partOf(const Frame& frame) {
+  const bool isAcknowledgement =
+      frame.id() == message::kAcknowledged || frame.id() == message::kRefused;
+  return {.bytes = frame.packet(),
+          .isAcknowledgement = isAcknowledgement,
+          .isReply = !isAcknowledgement};
 }
 
 bool isMeant(const AnswerPart& part, FaultTarget target) {
-  switch (target) {
-    case FaultTarget::Reply:
-      return part.isReply;
-    case FaultTarget::Acknowledgement:
-      return part.isAcknowledgement;
-    case FaultTarget::Both:
-      return part.isReply || part.isAcknowledgement;
-  }
-  return false;
-}
-
-/// Text that comes just in front of a part.
-AnswerPart inFrontOf(const AnswerPart& part, Bytes bytes) {
-  AnswerPart front = text(std::move(bytes));
-  front.delay = part.delay;
-  return front;
+  return (part.isReply && target != FaultTarget::Acknowledgement) ||
+         (part.isAcknowledgement && target != FaultTarget::Reply);
 }
 
 Answer spoilt(AnswerPart part, const FaultRule& rule, Draw& draw) {
@@ -74,17 +49,13 @@ Answer spoilt(AnswerPart part, const FaultRule& rule, Draw& draw) {
       part.gap = rule.delay;
       break;
     case FaultKind::NoiseBefore:
-      return {inFrontOf(part, noise(rule.length, draw)), part};
+      return {{.bytes = noise(rule.length, draw), .delay = part.delay}, part};
     case FaultKind::NoiseInside:
       insertInMiddle(part.bytes, noise(rule.length, draw));
       break;
     case FaultKind::NmeaBurst:
-      return {inFrontOf(part, nmeaBurst(rule.length)), part};
-    case FaultKind::Refusal:
-    case FaultKind::WrongValue:
-    case FaultKind::Silence:
-    case FaultKind::HangUp:
-    case FaultKind::SlowRestart:
+      return {{.bytes = nmeaBurst(rule.length), .delay = part.delay}, part};
+    default:  // is not about frames
       break;
   }
   return {part};
@@ -100,13 +71,13 @@ Answer splitAnswer(const Bytes& bytes) {
     const Bytes packet = frame.packet();
     const auto found = std::search(rest, bytes.end(), packet.begin(), packet.end());
     if (found != rest) {
-      answer.push_back(text(Bytes(rest, found)));
+      answer.push_back({Bytes(rest, found)});
     }
-    answer.push_back(part(frame));
+    answer.push_back(partOf(frame));
     rest = found + static_cast<std::ptrdiff_t>(packet.size());
   }
   if (rest != bytes.end()) {
-    answer.push_back(text(Bytes(rest, bytes.end())));
+    answer.push_back({Bytes(rest, bytes.end())});
   }
   const auto isReply = [](const AnswerPart& part) { return part.isReply; };
   if (std::none_of(answer.begin(), answer.end(), isReply)) {

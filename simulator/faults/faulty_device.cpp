@@ -16,8 +16,8 @@ using std::chrono::milliseconds;
 
 class FaultyDevice::Implementation {
  public:
-  Implementation(Device& behind, std::vector<FaultRule> rules, std::uint64_t seed)
-      : behind_(behind), rules_(std::move(rules), seed) {}
+  Implementation(Device& device, std::vector<FaultRule> rules, std::uint64_t seed)
+      : device_(device), rules_(std::move(rules), seed) {}
 
   Bytes receive(const Bytes& bytes);
   Bytes tick(milliseconds elapsed);
@@ -37,7 +37,7 @@ class FaultyDevice::Implementation {
   bool isDeaf() const { return now_ < deafUntil_; }
 
   mutable std::mutex mutex_;
-  Device& behind_;
+  Device& device_;
   RuleBook rules_;
   std::vector<Event> events_;
   FrameReader reader_;
@@ -95,7 +95,7 @@ Answer FaultyDevice::Implementation::answerOfReceiver(Frame packet, Hits& hits) 
       deafUntil_ = std::max(deafUntil_, now_ + hit.rule.delay);
     }
   }
-  return splitAnswer(behind_.receive(packet.packet()));
+  return splitAnswer(device_.receive(packet.packet()));
 }
 
 void FaultyDevice::Implementation::carryOut(RuleBook::Hit& hit, Answer& answer) {
@@ -131,7 +131,7 @@ Bytes FaultyDevice::Implementation::tick(milliseconds elapsed) {
 }
 
 void FaultyDevice::Implementation::letPass(milliseconds elapsed) {
-  Bytes output = behind_.tick(elapsed);
+  Bytes output = device_.tick(elapsed);
   if (!isDeaf()) {
     outbox_.add(now_ + elapsed, {std::move(output)});
   }
@@ -143,7 +143,7 @@ void FaultyDevice::Implementation::letPass(milliseconds elapsed) {
 }
 
 /// The next time after now at which something changes here; kNever when only the client or the
-/// device behind can change anything.
+/// receiver can change anything.
 milliseconds FaultyDevice::Implementation::nextEvent() const {
   milliseconds next = kNever;
   const auto consider = [&](milliseconds time) {
@@ -165,13 +165,13 @@ milliseconds FaultyDevice::Implementation::untilNextOutput() const {
     return milliseconds{0};
   }
   const milliseconds next = nextEvent();
-  return std::min(behind_.untilNextOutput(), next == kNever ? kNever : next - now_);
+  return std::min(device_.untilNextOutput(), next == kNever ? kNever : next - now_);
 }
 
 bool FaultyDevice::Implementation::takeHangUp() {
   const std::lock_guard lock(mutex_);
-  const bool fromBehind = behind_.takeHangUp();
-  return std::exchange(hangUp_, false) || fromBehind;
+  const bool fromDevice = device_.takeHangUp();
+  return std::exchange(hangUp_, false) || fromDevice;
 }
 
 std::vector<FaultyDevice::Event> FaultyDevice::Implementation::events() const {
@@ -179,8 +179,8 @@ std::vector<FaultyDevice::Event> FaultyDevice::Implementation::events() const {
   return events_;
 }
 
-FaultyDevice::FaultyDevice(Device& behind, std::vector<FaultRule> rules, std::uint64_t seed)
-    : implementation_(std::make_unique<Implementation>(behind, std::move(rules), seed)) {}
+FaultyDevice::FaultyDevice(Device& device, std::vector<FaultRule> rules, std::uint64_t seed)
+    : implementation_(std::make_unique<Implementation>(device, std::move(rules), seed)) {}
 
 FaultyDevice::~FaultyDevice() = default;
 

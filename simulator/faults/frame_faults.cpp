@@ -1,7 +1,12 @@
 #include "faults/frame_faults.h"
 
 #include <algorithm>
+#include <array>
 #include <cstdint>
+#include <string>
+
+#include "model/message_ids.h"
+#include "model/nmea_format.h"
 
 namespace orb::sim {
 namespace {
@@ -10,17 +15,18 @@ constexpr std::size_t kLengthPosition = 2;
 constexpr std::size_t kIdPosition = 4;
 constexpr std::size_t kTrailerLength = 3;  // checksum and end bytes
 
-struct Id {
-  std::uint8_t id;
-  std::uint8_t subId;
+constexpr std::array<const char*, 4> kSentences{
+    "GPGGA,120000.000,4822.2740,N,01134.0734,E,1,09,0.9,475.9,M,44.2,M,,0000",
+    "GPRMC,120000.000,A,4822.2740,N,01134.0734,E,000.0,000.0,010324,,,A",
+    "GPGSA,A,3,02,05,07,09,13,15,20,28,30,,,,1.6,0.9,1.3",
+    "GPZDA,120000.000,01,03,2024,00,00",
 };
 
-constexpr std::uint8_t kPowerMode = 0xB9;
-constexpr std::uint8_t kUpdateRate = 0x86;
-constexpr Id kNavigationMode{0x64, 0x8B};
-constexpr Id kSecondBand{0x64, 0x9F};
-
 std::size_t payloadEnd(const Bytes& packet) { return packet.size() - kTrailerLength; }
+
+message::Id otherThan(int id, message::Id usual, message::Id inItsPlace) {
+  return id == usual ? inItsPlace : usual;
+}
 
 void fitChecksum(Bytes& packet) {
   std::uint8_t sum = 0;
@@ -37,15 +43,16 @@ void giveWrongId(Bytes& packet) {
   if (packet.size() < kShortest) {
     return;
   }
-  std::uint8_t& id = packet[kIdPosition];
+  std::uint8_t& idByte = packet[kIdPosition];
   std::uint8_t& subId = packet[kIdPosition + 1];
-  if (hasSubId(id)) {
-    const bool same = id == kNavigationMode.id && subId == kNavigationMode.subId;
-    const Id other = same ? kSecondBand : kNavigationMode;
-    id = other.id;
-    subId = other.subId;
+  if (hasSubId(idByte)) {
+    const message::Id wrong =
+        otherThan(idByte << 8 | subId, message::kNavigationMode, message::kSecondBand);
+    idByte = static_cast<std::uint8_t>(wrong >> 8);
+    subId = static_cast<std::uint8_t>(wrong & 0xFF);
   } else {
-    id = id == kPowerMode ? kUpdateRate : kPowerMode;
+    const message::Id wrong = otherThan(idByte << 8, message::kPowerMode, message::kUpdateRate);
+    idByte = static_cast<std::uint8_t>(wrong >> 8);
   }
   fitChecksum(packet);
 }
@@ -81,6 +88,15 @@ Bytes noise(std::size_t count, Draw& draw) {
     byte = static_cast<std::uint8_t>(draw.next() & 0xFF);
   }
   return bytes;
+}
+
+Bytes nmeaBurst(std::size_t sentences) {
+  Bytes burst;
+  for (std::size_t i = 0; i < sentences; ++i) {
+    const std::string sentence = nmeaSentence(kSentences[i % kSentences.size()]);
+    burst.insert(burst.end(), sentence.begin(), sentence.end());
+  }
+  return burst;
 }
 
 void turnOneBit(Frame& message, Draw& draw) {

@@ -28,6 +28,10 @@ void insertInMiddle(Bytes& packet, const Bytes& bytes);
 /// Random bytes.
 Bytes noise(std::size_t count, Draw& draw);
 
+/// So many NMEA sentences of a receiver that stands still: GGA, RMC, GSA, ZDA, and from the start
+/// again.
+Bytes nmeaBurst(std::size_t sentences);
+
 /// Turns one bit over in a message's body, but not in its last byte where there are more: most
 /// settings end with their attribute byte. A message without a body stays as it is.
 void turnOneBit(Frame& message, Draw& draw);

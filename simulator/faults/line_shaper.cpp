@@ -13,8 +13,8 @@ using std::chrono::milliseconds;
 
 class LineShaper::Implementation {
  public:
-  Implementation(Device& behind, LineConditions conditions, std::uint64_t seed)
-      : behind_(behind),
+  Implementation(Device& device, LineConditions conditions, std::uint64_t seed)
+      : device_(device),
         conditions_(std::move(conditions)),
         seed_(seed),
         fromClient_(conditions_.baud),
@@ -39,7 +39,7 @@ class LineShaper::Implementation {
   void askForHangUp();
   Bytes takeOutput();
 
-  Device& behind_;
+  Device& device_;
   const LineConditions conditions_;
   const std::uint64_t seed_;
   milliseconds now_{0};
@@ -80,7 +80,7 @@ Bytes LineShaper::Implementation::letPass(milliseconds elapsed) {
   const bool lineIsDown = hangUp_;
   now_ += elapsed;
   Bytes output = lineIsDown ? Bytes{} : toClient_.take(elapsed);
-  const Bytes unasked = behind_.tick(elapsed);
+  const Bytes unasked = device_.tick(elapsed);
   if (toClient_.waiting() <= kLongestBacklog) {
     toClient_.add(unasked);
   }
@@ -119,7 +119,7 @@ void LineShaper::Implementation::delay(Bytes bytes) {
 void LineShaper::Implementation::hear() {
   const Bytes heard = heardLater_.take(now_);
   if (!heard.empty()) {
-    toClient_.add(behind_.receive(heard));
+    toClient_.add(device_.receive(heard));
     askForHangUp();
   }
 }
@@ -135,7 +135,7 @@ void LineShaper::Implementation::chatter() {
 }
 
 void LineShaper::Implementation::askForHangUp() {
-  if (behind_.takeHangUp()) {
+  if (device_.takeHangUp()) {
     hangUp_ = true;
     fromClient_.clear();
     heardLater_ = {};
@@ -155,11 +155,11 @@ Bytes LineShaper::Implementation::takeOutput() {
 milliseconds LineShaper::Implementation::untilNextOutput() const {
   const auto until = [&](milliseconds time) { return time == kNever ? kNever : time - now_; };
   return std::min({fromClient_.untilNext(), toClient_.untilNext(), until(heardLater_.next()),
-                   until(nextChatter_), behind_.untilNextOutput()});
+                   until(nextChatter_), device_.untilNextOutput()});
 }
 
-LineShaper::LineShaper(Device& behind, const LineConditions& conditions, std::uint64_t seed)
-    : implementation_(std::make_unique<Implementation>(behind, conditions, seed)) {}
+LineShaper::LineShaper(Device& device, const LineConditions& conditions, std::uint64_t seed)
+    : implementation_(std::make_unique<Implementation>(device, conditions, seed)) {}
 
 LineShaper::~LineShaper() = default;
 

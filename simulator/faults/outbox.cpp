@@ -1,19 +1,8 @@
 #include "faults/outbox.h"
 
-#include <algorithm>
 #include <utility>
 
 namespace orb::sim {
-namespace {
-
-Bytes takeFirst(Bytes& bytes, std::size_t count) {
-  const auto end = bytes.begin() + static_cast<std::ptrdiff_t>(std::min(count, bytes.size()));
-  Bytes first(bytes.begin(), end);
-  bytes.erase(bytes.begin(), end);
-  return first;
-}
-
-}  // namespace
 
 void Outbox::add(Milliseconds due, Item item) {
   if (item.bytes.empty()) {

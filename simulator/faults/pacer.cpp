@@ -18,9 +18,7 @@ Bytes Pacer::take(Milliseconds elapsed) {
     count = static_cast<std::size_t>(std::min<std::uint64_t>(count, passed_ / kByte));
     passed_ -= count * kByte;
   }
-  const auto end = waiting_.begin() + static_cast<std::ptrdiff_t>(count);
-  Bytes bytes(waiting_.begin(), end);
-  waiting_.erase(waiting_.begin(), end);
+  Bytes bytes = takeFirst(waiting_, count);
   if (waiting_.empty()) {
     passed_ = 0;  // an idle line saves nothing up
   }

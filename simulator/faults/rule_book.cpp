@@ -3,7 +3,7 @@
 #include <stdexcept>
 #include <string>
 
-#include "model/messages.h"
+#include "model/commands.h"
 
 namespace orb::sim {
 namespace {
@@ -24,7 +24,7 @@ void check(const FaultRule& rule, std::size_t index) {
 
 bool isAbout(const FaultRule& rule, const Frame& message) {
   const bool fits = !rule.message || *rule.message == message.id();
-  return fits && (rule.kind != FaultKind::WrongValue || findSetting(message.id()) != nullptr);
+  return fits && (rule.kind != FaultKind::WrongValue || isSetting(message.id()));
 }
 
 }  // namespace

@@ -5,78 +5,102 @@
 #include <cstddef>
 #include <cstdint>
 #include <string_view>
+#include <tuple>
+#include <type_traits>
 
 #include "orb-sim/bytes.h"
+#include "orb-sim/settings.h"
 
 namespace orb::sim {
 
-/// Reads the fields of a message body from front to back, big-endian. Reading past the end throws
-/// std::out_of_range.
+/// The members of a setting that has several. They are declared in the order of the message body.
+template <typename Setting>
+auto fieldsOf(Setting& setting) {
+  if constexpr (std::is_same_v<std::remove_const_t<Setting>, Timing>) {
+    auto& [mode, length, deviation, latitude, longitude, altitude] = setting;
+    return std::tie(mode, length, deviation, latitude, longitude, altitude);
+  } else if constexpr (std::is_same_v<std::remove_const_t<Setting>, ElevationCnrMask>) {
+    auto& [mode, elevation, cnr] = setting;
+    return std::tie(mode, elevation, cnr);
+  } else {
+    auto& [first, second] = setting;
+    return std::tie(first, second);
+  }
+}
+
+/// The unsigned number that has the bits of a value.
+template <typename Value>
+using BitsOf = std::conditional_t<
+    sizeof(Value) == 8, std::uint64_t,
+    std::conditional_t<sizeof(Value) == 4, std::uint32_t,
+                       std::conditional_t<sizeof(Value) == 2, std::uint16_t, std::uint8_t>>>;
+
+/// Reads the fields of a message body from front to back: numbers big-endian, each as wide as its
+/// type, arrays and settings member by member. Reading past the end throws std::out_of_range.
 class BodyReader {
  public:
   explicit BodyReader(const Bytes& body) : body_(body) {}
 
-  bool atEnd() const { return position_ >= body_.size(); }
+  template <typename Value>
+  void read(Value& value) {
+    if constexpr (!std::is_class_v<Value>) {
+      BitsOf<Value> bits = 0;
+      for (std::size_t i = 0; i < sizeof(Value); ++i) {
+        bits = static_cast<BitsOf<Value>>(std::uint64_t{bits} << 8 | body_.at(position_++));
+      }
+      value = std::bit_cast<Value>(bits);
+    } else {
+      std::apply([&](auto&... fields) { (read(fields), ...); }, fieldsOf(value));
+    }
+  }
 
-  std::uint8_t u8() { return body_.at(position_++); }
-  std::uint16_t u16() { return static_cast<std::uint16_t>(number(2)); }
-  std::uint32_t u32() { return static_cast<std::uint32_t>(number(4)); }
-  std::int32_t i32() { return std::bit_cast<std::int32_t>(u32()); }
-  float f32() { return std::bit_cast<float>(u32()); }
-  double f64() { return std::bit_cast<double>(number(8)); }
-
-  template <std::size_t Count>
-  void bytes(std::array<std::uint8_t, Count>& field) {
-    for (std::uint8_t& byte : field) {
-      byte = u8();
+  template <typename Value, std::size_t Count>
+  void read(std::array<Value, Count>& values) {
+    for (Value& value : values) {
+      read(value);
     }
   }
 
  private:
-  std::uint64_t number(int width) {
-    std::uint64_t value = 0;
-    for (; width > 0; --width) {
-      value = value << 8 | u8();
-    }
-    return value;
-  }
-
   const Bytes& body_;
   std::size_t position_ = 0;
 };
 
-/// Writes the fields of a message body from front to back, big-endian.
+/// Writes the fields of a message body in the same form.
 class BodyWriter {
  public:
-  BodyWriter& u8(std::uint8_t value) { return number(value, 1); }
-  BodyWriter& u16(std::uint16_t value) { return number(value, 2); }
-  BodyWriter& u32(std::uint32_t value) { return number(value, 4); }
-  BodyWriter& i32(std::int32_t value) { return u32(std::bit_cast<std::uint32_t>(value)); }
-  BodyWriter& f32(float value) { return u32(std::bit_cast<std::uint32_t>(value)); }
-  BodyWriter& f64(double value) { return number(std::bit_cast<std::uint64_t>(value), 8); }
-
-  template <std::size_t Count>
-  BodyWriter& bytes(const std::array<std::uint8_t, Count>& field) {
-    body_.insert(body_.end(), field.begin(), field.end());
-    return *this;
+  template <typename... Values>
+  void write(const Values&... values) {
+    (writeOne(values), ...);
   }
 
   /// Writes `width` bytes: the text, cut or filled up with zero bytes.
-  BodyWriter& text(std::string_view text, std::size_t width) {
+  void text(std::string_view text, std::size_t width) {
     text = text.substr(0, width);
     body_.insert(body_.end(), text.begin(), text.end());
     body_.resize(body_.size() + width - text.size());
-    return *this;
   }
 
   const Bytes& body() const { return body_; }
 
  private:
-  BodyWriter& number(std::uint64_t value, int width) {
-    while (width-- > 0) {
-      body_.push_back(static_cast<std::uint8_t>(value >> (8 * width) & 0xFF));
+  template <typename Value>
+  void writeOne(const Value& value) {
+    if constexpr (!std::is_class_v<Value>) {
+      const std::uint64_t bits = std::bit_cast<BitsOf<Value>>(value);
+      for (std::size_t left = sizeof(Value); left-- > 0;) {
+        body_.push_back(static_cast<std::uint8_t>(bits >> (8 * left) & 0xFF));
+      }
+    } else {
+      std::apply([&](const auto&... fields) { write(fields...); }, fieldsOf(value));
     }
-    return *this;
+  }
+
+  template <typename Value, std::size_t Count>
+  void writeOne(const std::array<Value, Count>& values) {
+    for (const Value& value : values) {
+      writeOne(value);
+    }
   }
 
   Bytes body_;

@@ -4,6 +4,8 @@
 #include <numeric>
 #include <stdexcept>
 
+#include "model/message_ids.h"
+
 namespace orb::sim {
 namespace {
 
@@ -13,8 +15,6 @@ constexpr std::uint8_t kEnd1 = 0x0D;
 constexpr std::uint8_t kEnd2 = 0x0A;
 constexpr std::size_t kHeaderLength = 4;   // start bytes and length field
 constexpr std::size_t kTrailerLength = 3;  // checksum and end bytes
-constexpr std::uint8_t kAcknowledged = 0x83;
-constexpr std::uint8_t kRefused = 0x84;
 
 template <typename Iterator>
 std::uint8_t checksum(Iterator first, Iterator last) {
@@ -68,9 +68,13 @@ Bytes frame(std::uint16_t id, const Bytes& body) {
   return frame.packet();
 }
 
-Bytes acknowledge(std::uint16_t id) { return Frame{{kAcknowledged, highByte(id)}}.packet(); }
+Bytes acknowledge(std::uint16_t id) {
+  return Frame{{highByte(message::kAcknowledged), highByte(id)}}.packet();
+}
 
-Bytes refuse(std::uint16_t id) { return Frame{{kRefused, highByte(id)}}.packet(); }
+Bytes refuse(std::uint16_t id) {
+  return Frame{{highByte(message::kRefused), highByte(id)}}.packet();
+}
 
 std::vector<Frame> FrameReader::push(const Bytes& bytes) {
   append(pending_, bytes);
@@ -109,24 +113,11 @@ FrameReader::Verdict FrameReader::judge(std::size_t position) const {
 }
 
 void FrameReader::count(Verdict verdict) {
-  switch (verdict) {
-    case Verdict::Good:
-      ++counts_.frames;
-      return;
-    case Verdict::BadLength:
-      ++counts_.badLengths;
-      break;
-    case Verdict::BadChecksum:
-      ++counts_.badChecksums;
-      break;
-    case Verdict::BadEnd:
-      ++counts_.badEnds;
-      break;
-    case Verdict::NoStart:
-    case Verdict::Incomplete:
-      break;
-  }
-  ++counts_.skippedBytes;
+  counts_.frames += verdict == Verdict::Good ? 1 : 0;
+  counts_.badLengths += verdict == Verdict::BadLength ? 1 : 0;
+  counts_.badChecksums += verdict == Verdict::BadChecksum ? 1 : 0;
+  counts_.badEnds += verdict == Verdict::BadEnd ? 1 : 0;
+  counts_.skippedBytes += verdict == Verdict::Good ? 0 : 1;
 }
 
 std::vector<Frame> FrameReader::scan(std::size_t position) {

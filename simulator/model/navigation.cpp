@@ -1,5 +1,7 @@
 #include "model/navigation.h"
 
+#include <algorithm>
+#include <array>
 #include <cmath>
 
 #include "model/body.h"
@@ -10,10 +12,12 @@
 namespace orb::sim {
 namespace {
 
-void writeInHundredths(BodyWriter& body, const EarthFixed& vector) {
-  for (const double component : vector) {
-    body.i32(static_cast<std::int32_t>(std::lround(component * 100)));
-  }
+std::array<std::int32_t, 3> inHundredths(const EarthFixed& vector) {
+  std::array<std::int32_t, 3> hundredths{};
+  std::transform(vector.begin(), vector.end(), hundredths.begin(), [](double component) {
+    return static_cast<std::int32_t>(std::lround(component * 100));
+  });
+  return hundredths;
 }
 
 }  // namespace
@@ -23,19 +27,11 @@ Bytes navigationData(const State& state, const Solution& solution) {
   const GpsTime time = reportedTime(state);
   const Place place = placeOf(navigation);
   BodyWriter body;
-  body.u8(navigation.fixMode)
-      .u8(navigation.satellites)
-      .u16(time.week)
-      .u32(static_cast<std::uint32_t>(time.timeOfWeek.count() / 10))
-      .i32(navigation.latitude)
-      .i32(navigation.longitude)
-      .i32(navigation.ellipsoidAltitude)
-      .i32(navigation.meanSeaLevelAltitude);
-  for (const std::uint16_t dop : navigation.dops) {
-    body.u16(dop);
-  }
-  writeInHundredths(body, earthFixed(place));
-  writeInHundredths(body, earthFixed(place, solution.velocity));
+  body.write(navigation.fixMode, navigation.satellites, time.week,
+             static_cast<std::uint32_t>(time.timeOfWeek.count() / 10), navigation.latitude,
+             navigation.longitude, navigation.ellipsoidAltitude, navigation.meanSeaLevelAltitude,
+             navigation.dops, inHundredths(earthFixed(place)),
+             inHundredths(earthFixed(place, solution.velocity)));
   return frame(message::kNavigationData, body.body());
 }
 

@@ -6,7 +6,6 @@
 #include <numeric>
 #include <string_view>
 
-#include "model/fix.h"
 #include "model/nmea_format.h"
 #include "model/satellites.h"
 

@@ -1,10 +1,12 @@
 #include "model/nmea_sentences.h"
 
 #include <cmath>
+#include <iterator>
+#include <string_view>
 
-#include "model/fix.h"
 #include "model/nmea_format.h"
 #include "model/nmea_satellites.h"
+#include "model/solution.h"
 
 namespace orb::sim {
 namespace {
@@ -25,30 +27,17 @@ struct Report {
 };
 
 std::string talkerOf(std::uint16_t constellations) {
-  switch (constellations) {
-    case 0x01:
-      return "GP";
-    case 0x02:
-      return "GL";
-    case 0x04:
-      return "GA";
-    case 0x08:
-      return "GB";
-    default:
-      return "GN";
-  }
+  constexpr std::string_view kTalkers[] = {"GN", "GP", "GL", "GN", "GA", "GN", "GN", "GN", "GB"};
+  return std::string(constellations < std::size(kTalkers) ? kTalkers[constellations] : "GN");
 }
 
-double metresPerSecond(const EastNorthUp& velocity) {
-  return std::hypot(velocity.east, velocity.north);
-}
+// Per metre per second.
+constexpr double kKnots = 3600.0 / 1852;
+constexpr double kKilometresPerHour = 3.6;
 
-double knots(const EastNorthUp& velocity) {
-  constexpr double kKnotsPerMetrePerSecond = 3600.0 / 1852;
-  return metresPerSecond(velocity) * kKnotsPerMetrePerSecond;
+double speedIn(double unit, const EastNorthUp& velocity) {
+  return std::hypot(velocity.east, velocity.north) * unit;
 }
-
-double kilometresPerHour(const EastNorthUp& velocity) { return metresPerSecond(velocity) * 3.6; }
 
 /// The course over ground, in tenths of a degree from north through east.
 std::string course(const EastNorthUp& velocity) {
@@ -69,10 +58,6 @@ std::string gga(const Report& report) {
                              static_cast<double>(geoid) / 100.0));
 }
 
-std::string gsa(const Report& report) { return gsaSentences(report.solution, report.talker); }
-
-std::string gsv(const Report& report) { return gsvSentences(report.state); }
-
 std::string gll(const Report& report) {
   return nmeaSentence(report.talker + "GLL," + nmeaPosition(report.navigation) + "," +
                       nmeaTimeOfDay(report.time) + "," + report.status() + "," + report.mode());
@@ -81,16 +66,17 @@ std::string gll(const Report& report) {
 std::string rmc(const Report& report) {
   const EastNorthUp& velocity = report.solution.velocity;
   return nmeaSentence(report.talker + "RMC," + nmeaTimeOfDay(report.time) + "," + report.status() +
-                      "," + nmeaPosition(report.navigation) + format(",%05.1f,", knots(velocity)) +
-                      course(velocity) + "," + nmeaDate(report.time) + ",,," + report.mode());
+                      "," + nmeaPosition(report.navigation) +
+                      format(",%05.1f,", speedIn(kKnots, velocity)) + course(velocity) + "," +
+                      nmeaDate(report.time) + ",,," + report.mode());
 }
 
 std::string vtg(const Report& report) {
   const EastNorthUp& velocity = report.solution.velocity;
-  return nmeaSentence(
-      report.talker + "VTG," + course(velocity) +
-      format(",T,,M,%05.1f,N,%05.1f,K,", knots(velocity), kilometresPerHour(velocity)) +
-      report.mode());
+  return nmeaSentence(report.talker + "VTG," + course(velocity) +
+                      format(",T,,M,%05.1f,N,%05.1f,K,", speedIn(kKnots, velocity),
+                             speedIn(kKilometresPerHour, velocity)) +
+                      report.mode());
 }
 
 std::string zda(const Report& report) {
@@ -99,7 +85,15 @@ std::string zda(const Report& report) {
 }
 
 // In the order of Settings::nmeaIntervals.
-constexpr std::string (*kSentences[])(const Report&) = {gga, gsa, gsv, gll, rmc, vtg, zda};
+constexpr std::string (*kSentences[])(const Report&) = {
+    gga,
+    [](const Report& report) { return gsaSentences(report.solution, report.talker); },
+    [](const Report& report) { return gsvSentences(report.state); },
+    gll,
+    rmc,
+    vtg,
+    zda,
+};
 
 }  // namespace
 

@@ -1,13 +1,6 @@
-#include "model/pulses.h"
-
-#include "model/fix.h"
+#include "model/solution.h"
 
 namespace orb::sim {
-
-std::uint32_t alignment(const State& state) {
-  constexpr std::uint8_t kUtc = 1;
-  return state.ppsOutput.alignSource == kUtc ? state.utcOffset : 0;
-}
 
 std::optional<Pulses> State::pulses() const {
   constexpr std::uint8_t kWithFix = 1;

@@ -3,8 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "model/message_ids.h"
-#include "model/messages.h"
+#include "model/commands.h"
 #include "model/navigation.h"
 #include "model/nmea_sentences.h"
 #include "model/solution.h"
@@ -20,46 +19,37 @@ constexpr milliseconds kWeek = std::chrono::hours{7 * 24};
 
 /// Keeps the setting and, where one follows it, its attribute byte. Returns whether that asks for
 /// the setting to outlive a restart.
-bool store(Settings& settings, const Setting& setting, const Bytes& body) {
+bool store(Settings& settings, const Command& command, const Bytes& body) {
   constexpr std::uint8_t kKeep = 1;
   BodyReader reader(body);
-  setting.store(settings, reader);
-  if (reader.atEnd()) {
+  command.store(settings, reader);
+  if (!command.hasAttribute) {
     return false;
   }
-  settings.attributes[setting.id] = body.back();
+  settings.attributes[command.id] = body.back();
   return body.back() == kKeep;
 }
 
-void obey(State& state, Settings& saved, const Setting& setting, const Bytes& body) {
-  if (store(state, setting, body)) {
-    store(saved, setting, body);
+Bytes answer(State& state, Settings& saved, const Frame& packet) {
+  const Command* const command = findCommand(packet.id());
+  if (command == nullptr || command->length != packet.payload.size()) {
+    return refuse(packet.id());
   }
-  if (setting.id == message::kSetTiming) {
-    beginSurvey(state);
-  }
-}
-
-Bytes reply(const State& state, const Query& query) {
-  BodyWriter body;
-  query.report(state, body);
-  return frame(query.replyId, body.body());
-}
-
-Bytes answer(State& state, Settings& saved, const Frame& command) {
-  const std::uint16_t id = command.id();
-  const auto fits = [&](const auto* row) {
-    return row != nullptr && row->length == command.payload.size();
-  };
-  Bytes answer = acknowledge(id);
-  if (const Setting* setting = findSetting(id); fits(setting)) {
-    obey(state, saved, *setting, command.body());
-  } else if (const Query* query = findQuery(id); fits(query)) {
-    append(answer, reply(state, *query));
-  } else if (const Order* order = findOrder(id); fits(order)) {
-    order->obey(state, saved, command.body());
+  Bytes answer = acknowledge(command->id);
+  const Bytes body = packet.body();
+  if (command->store != nullptr) {
+    if (store(state, *command, body)) {
+      store(saved, *command, body);
+    }
+    if (command->id == message::kConfigureTiming) {
+      beginSurvey(state);
+    }
+  } else if (command->report != nullptr) {
+    BodyWriter reply;
+    command->report(state, reply);
+    append(answer, frame(command->reply, reply.body()));
   } else {
-    return refuse(id);
+    command->obey(state, saved, body);
   }
   return answer;
 }
@@ -87,7 +77,7 @@ Bytes Receiver::answer(const std::vector<Frame>& frames) {
   for (const Frame& command : frames) {
     append(answers, sim::answer(state_, saved_, command));
     if (isSilent()) {
-      reader_.abandon();  // what stands behind a restart is not heard
+      reader_.abandon();  // what follows a restart is not heard
       break;
     }
   }

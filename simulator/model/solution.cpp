@@ -1,10 +1,12 @@
 #include "model/solution.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <iterator>
+#include <optional>
 
-#include "model/fix.h"
+#include "model/dilution.h"
 #include "model/motion.h"
 #include "model/satellites.h"
 #include "model/survey.h"
@@ -15,6 +17,37 @@ namespace {
 using std::chrono::milliseconds;
 
 constexpr std::uint16_t kUnknownDop = 9990;  // also the largest that is reported
+
+struct Fix {
+  FixMode mode = kNoFix;
+  Dilution dilution;
+};
+
+bool passes(const DopMask& mask, const Dilution& dilution) {
+  const std::array<double, 3> dops{dilution.position, dilution.horizontal, dilution.geometric};
+  return mask.mode == 0 || std::equal(dops.begin(), dops.end(), mask.limits.begin(),
+                                      [](double dop, int limit) { return dop * 10 <= limit; });
+}
+
+std::optional<Fix> positionFix(const std::vector<Satellite>& ranging, const State& state) {
+  if (const auto dilution = dilutionIn3d(ranging)) {
+    return Fix{kFixIn3d, *dilution};
+  }
+  const FixNavMask& mask = state.fixNavMask;
+  const bool flatFixWillDo = (state.startup.hasHadFix ? mask.second : mask.first) != 0;
+  const auto dilution = flatFixWillDo ? dilutionIn2d(ranging) : std::nullopt;
+  return dilution ? std::optional(Fix{kFixIn2d, *dilution}) : std::nullopt;
+}
+
+/// The fix that these satellites allow a receiver with such a timing mode and such masks.
+std::optional<Fix> fixFrom(const std::vector<Satellite>& ranging, const State& state) {
+  const std::optional<Fix> fix = positionFix(ranging, state);
+  if (state.runningTimingMode() == TimingMode::Static && !ranging.empty()) {
+    // The place is known, and one satellite tells the time.
+    return Fix{kFixIn3d, fix ? fix->dilution : dilutionOfTime(ranging)};
+  }
+  return fix && passes(state.dopMask, fix->dilution) ? fix : std::nullopt;
+}
 
 void dropFix(Navigation& navigation) {
   navigation.fixMode = kNoFix;
@@ -120,6 +153,11 @@ Solution solve(const State& state) {
 
 GpsTime reportedTime(const State& state) {
   return state.startup.cold ? GpsTime{0, milliseconds{0}, state.time.leapSeconds, 0} : state.time;
+}
+
+std::uint32_t alignment(const State& state) {
+  constexpr std::uint8_t kUtc = 1;
+  return state.ppsOutput.alignSource == kUtc ? state.utcOffset : 0;
 }
 
 Navigation State::solution() const { return solve(*this).navigation; }

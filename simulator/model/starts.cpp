@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "model/fix.h"
+#include "model/solution.h"
 #include "model/survey.h"
 
 namespace orb::sim {
@@ -11,15 +11,7 @@ namespace {
 using std::chrono::milliseconds;
 
 milliseconds timeToFix(const StartTimes& times, Start start) {
-  switch (start) {
-    case Start::Hot:
-      return times.hot;
-    case Start::Warm:
-      return times.warm;
-    case Start::Cold:
-      return times.cold;
-  }
-  return times.cold;
+  return start == Start::Hot ? times.hot : start == Start::Warm ? times.warm : times.cold;
 }
 
 }  // namespace

@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <cmath>
 
-#include "model/fix.h"
 #include "model/motion.h"
+#include "model/solution.h"
 
 namespace orb::sim {
 namespace {

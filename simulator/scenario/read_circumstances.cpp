@@ -1,5 +1,8 @@
+#include <algorithm>
 #include <chrono>
+#include <iterator>
 #include <string>
+#include <vector>
 
 #include "scenario/readers.h"
 
@@ -36,9 +39,27 @@ void setUtc(GpsTime& time, sys_time<milliseconds> utc) {
   time.timeOfWeek = sinceEpoch - week;
 }
 
+constexpr std::size_t kLongestChatter = 1000;
+
+void readBaud(TableReader& line, unsigned int& baud) {
+  constexpr std::int64_t kRates[] = {4800,    9600,    19'200,  38'400, 57'600,
+                                     115'200, 230'400, 460'800, 921'600};
+  constexpr char kKey[] = "baud";
+  const auto isUsual = [&] {
+    return std::find(std::begin(kRates), std::end(kRates), baud) != std::end(kRates);
+  };
+  if (line.integer(kKey, baud, 0) && !isUsual()) {
+    std::vector<std::string> rates;
+    for (const std::int64_t rate : kRates) {
+      rates.push_back(std::to_string(rate));
+    }
+    line.refuse(kKey, "is " + std::to_string(baud) + "; it has to be " + alternatives(rates));
+  }
+}
+
 }  // namespace
 
-void readDevice(Section& device, Scenario& scenario) {
+void readDevice(TableReader& device, Scenario& scenario) {
   std::string module = kFittedModule;
   device.text("module", module, kLongestHardwareId);
   if (module.empty()) {
@@ -49,7 +70,7 @@ void readDevice(Section& device, Scenario& scenario) {
   device.flag("talks-from-the-start", scenario.talksFromTheStart);
 }
 
-void readTime(Section& time, State& state) {
+void readTime(TableReader& time, State& state) {
   constexpr char kKey[] = "start";
   time.number("rate", state.clockRate, 0, 1000);
   time.integer("leap-seconds", state.time.leapSeconds, 0, 99);
@@ -62,7 +83,7 @@ void readTime(Section& time, State& state) {
   if (text == "now") {
     setUtc(state.time, floor<milliseconds>(system_clock::now()));
   } else if (!dateTime) {
-    time.refuse(kKey, "is " + (text ? inQuotes(*text) : std::string(typeName(*start))) +
+    time.refuse(kKey, "is " + (text ? inQuotes(*text) : typeName(*start)) +
                           "; it has to be \"now\" or a date and time such as "
                           "2026-03-15T12:00:00Z");
   } else if (const auto utc = utcOf(*dateTime); utc >= kGpsEpoch && utc < kLatest) {
@@ -74,13 +95,21 @@ void readTime(Section& time, State& state) {
   }
 }
 
-void readStart(Section& start, Scenario& scenario) {
+void readStart(TableReader& start, Scenario& scenario) {
   StartTimes& times = scenario.state.startTimes;
   start.flag("cold", scenario.startsCold);
   start.duration("silence", times.silence, 0s, kLongestWait);
   start.duration("cold-fix", times.cold, 0s, kLongestWait);
   start.duration("warm-fix", times.warm, 0s, kLongestWait);
   start.duration("hot-fix", times.hot, 0s, kLongestWait);
+}
+
+void readLine(TableReader& line, LineConditions& conditions) {
+  line.duration("latency", conditions.latency, 0ms, 1h);
+  line.duration("spread", conditions.spread, 0ms, 1h);
+  readBaud(line, conditions.baud);
+  line.duration("chatter-interval", conditions.chatterInterval, 1ms, 1h);
+  line.text("chatter", conditions.chatter, kLongestChatter);
 }
 
 }  // namespace orb::sim

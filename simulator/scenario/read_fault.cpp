@@ -1,10 +1,8 @@
-#include <array>
-#include <cstdio>
 #include <string>
 
-#include "model/messages.h"
+#include "model/commands.h"
+#include "model/nmea_format.h"
 #include "orb-sim/frame.h"
-#include "scenario/message_names.h"
 #include "scenario/readers.h"
 
 namespace orb::sim {
@@ -51,19 +49,13 @@ constexpr Word<FaultTarget> kTargets[] = {
     {"both", FaultTarget::Both},
 };
 
-std::string hexText(std::int64_t number) {
-  std::array<char, 20> text{};
-  std::snprintf(text.data(), text.size(), "0x%04llX", static_cast<unsigned long long>(number));
-  return text.data();
-}
-
 /// A message that a client can send has an id byte, and a sub-id byte only where there is one.
 bool isMessage(std::int64_t number) {
   return number > 0xFF && number <= 0xFFFF &&
          (hasSubId(static_cast<std::uint8_t>(number >> 8)) || (number & 0xFF) == 0);
 }
 
-void readMessage(Section& fault, FaultRule& rule) {
+void readMessage(TableReader& fault, FaultRule& rule) {
   constexpr char kKey[] = "message";
   constexpr char kAccepted[] =
       "; it has to be a number without quotes such as 0x6501, or a name such as "
@@ -76,20 +68,22 @@ void readMessage(Section& fault, FaultRule& rule) {
     if (isMessage(*number)) {
       rule.message = static_cast<std::uint16_t>(*number);
     } else {
-      fault.refuse(kKey, "is " + hexText(*number) + ", which is no message" + kAccepted);
+      fault.refuse(kKey, "is " + format("0x%04llX", static_cast<unsigned long long>(*number)) +
+                             ", which is no message" + kAccepted);
     }
   } else if (const auto name = node->value_exact<std::string>()) {
-    rule.message = messageNamed(*name);
-    if (!rule.message) {
+    if (const Command* const command = findCommand(*name)) {
+      rule.message = command->id;
+    } else {
       fault.refuse(kKey, "is " + inQuotes(*name) + ", which is no message" + kAccepted);
     }
   } else {
-    fault.refuse(kKey, "is " + std::string(typeName(*node)) + kAccepted);
+    fault.refuse(kKey, "is " + typeName(*node) + kAccepted);
   }
 }
 
 /// A key that the kind of fault needs or takes no notice of has to be there accordingly.
-void checkUse(Section& fault, std::string_view key, bool used) {
+void checkUse(TableReader& fault, std::string_view key, bool used) {
   if (used) {
     fault.require({key});
   } else if (fault.has(key)) {
@@ -98,7 +92,7 @@ void checkUse(Section& fault, std::string_view key, bool used) {
 }
 
 /// What the fault does.
-void readDeed(Section& fault, FaultRule& rule) {
+void readDeed(TableReader& fault, FaultRule& rule) {
   std::optional<Kind> kind;
   fault.require({"kind"});
   fault.word("kind", kind, kKinds);
@@ -114,13 +108,13 @@ void readDeed(Section& fault, FaultRule& rule) {
   if (!kind->target) {
     checkUse(fault, "target", false);
   }
-  if (rule.kind == FaultKind::WrongValue && rule.message && findSetting(*rule.message) == nullptr) {
+  if (rule.kind == FaultKind::WrongValue && rule.message && !isSetting(*rule.message)) {
     fault.refuse("message", "sets nothing; it has to be a setting for this kind of fault");
   }
 }
 
 /// When the fault occurs.
-void readOccasion(Section& fault, FaultRule& rule) {
+void readOccasion(TableReader& fault, FaultRule& rule) {
   constexpr std::int64_t kMost = 1'000'000'000;
   readMessage(fault, rule);
   fault.integer("first", rule.first, 1, kMost);
@@ -131,7 +125,7 @@ void readOccasion(Section& fault, FaultRule& rule) {
 
 }  // namespace
 
-void readFault(Section& fault, std::vector<FaultRule>& rules) {
+void readFault(TableReader& fault, std::vector<FaultRule>& rules) {
   FaultRule rule;
   readOccasion(fault, rule);
   readDeed(fault, rule);

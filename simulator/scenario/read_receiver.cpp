@@ -34,7 +34,7 @@ std::optional<Version> versionOf(std::string_view text) {
   return version;
 }
 
-void readVersion(Section& receiver, std::string_view key, Version& version) {
+void readVersion(TableReader& receiver, std::string_view key, Version& version) {
   constexpr std::size_t kLongest = 100;
   std::string text;
   if (!receiver.text(key, text, kLongest)) {
@@ -48,7 +48,7 @@ void readVersion(Section& receiver, std::string_view key, Version& version) {
   }
 }
 
-void readRevisionDate(Section& receiver, Identity& identity) {
+void readRevisionDate(TableReader& receiver, Identity& identity) {
   constexpr char kKey[] = "revision-date";
   constexpr int kFirstYear = 2000;
   constexpr int kLastYear = 2099;
@@ -69,14 +69,14 @@ void readRevisionDate(Section& receiver, Identity& identity) {
   identity.revisionDay = date->day;
 }
 
-void readIdentity(Section& receiver, Identity& identity) {
+void readIdentity(TableReader& receiver, Identity& identity) {
   readVersion(receiver, "kernel-version", identity.kernel);
   readVersion(receiver, "odm-version", identity.odm);
   readRevisionDate(receiver, identity);
   receiver.text("version-extension", identity.versionExtension, kLongestVersionExtension);
 }
 
-void readConstellations(Section& receiver, Settings& settings) {
+void readConstellations(TableReader& receiver, Settings& settings) {
   constexpr char kKey[] = "constellations";
   std::vector<std::uint16_t> bits;
   receiver.words(kKey, bits, kConstellationBits);
@@ -88,24 +88,24 @@ void readConstellations(Section& receiver, Settings& settings) {
   }
 }
 
-void readEnabled(Section& receiver, std::string_view key, std::uint8_t& enabled) {
+void readEnabled(TableReader& receiver, std::string_view key, std::uint8_t& enabled) {
   bool flag = enabled != 0;
   receiver.flag(key, flag);
   enabled = flag ? 1 : 0;
 }
 
-void readOutput(Section& receiver, Settings& settings) {
+void readOutput(TableReader& receiver, Settings& settings) {
   receiver.word("output", settings.outputType, kOutputTypes);
   receiver.integer("update-rate", settings.updateRate, 0, 50);
   receiver.integer("navigation-interval", settings.navMessageInterval, 0);
-  receiver.table("nmea-intervals", [&](Section& intervals) {
+  receiver.table("nmea-intervals", [&](TableReader& intervals) {
     for (std::size_t i = 0; i < std::size(kSentences); ++i) {
       intervals.integer(kSentences[i], settings.nmeaIntervals[i], 0);
     }
   });
 }
 
-void readSatelliteSettings(Section& receiver, Settings& settings) {
+void readSatelliteSettings(TableReader& receiver, Settings& settings) {
   readConstellations(receiver, settings);
   readEnabled(receiver, "sbas", settings.sbas[0]);
   readEnabled(receiver, "qzss", settings.qzss[0]);
@@ -117,10 +117,10 @@ void readSatelliteSettings(Section& receiver, Settings& settings) {
   receiver.integer("navigation-mode", settings.navigationMode, 0, 5);
 }
 
-void readDopMask(Section& receiver, DopMask& mask) {
+void readDopMask(TableReader& receiver, DopMask& mask) {
   constexpr double kTenths = 10;
-  receiver.table("dop-mask", [&](Section& table) {
-    mask.mode = 1;  // who gives limits means them
+  receiver.table("dop-mask", [&](TableReader& table) {
+    mask.mode = 1;  // limits mean that the mask is on
     readEnabled(table, "enabled", mask.mode);
     table.scaled("position", mask.limits[0], kTenths, 0.5, 99.9);
     table.scaled("horizontal", mask.limits[1], kTenths, 0.5, 99.9);
@@ -130,7 +130,7 @@ void readDopMask(Section& receiver, DopMask& mask) {
 
 }  // namespace
 
-void readReceiver(Section& receiver, State& state) {
+void readReceiver(TableReader& receiver, State& state) {
   readIdentity(receiver, state.identity);
   receiver.word("power-mode", state.powerMode, kPowerModes);
   readOutput(receiver, state);

@@ -30,7 +30,7 @@ constexpr std::int64_t kMostSatellites = 63;
 constexpr Word<std::uint8_t> kFixModes[] = {
     {"none", 0}, {"2d", 1}, {"3d", 2}, {"3d-differential", 3}};
 
-void readPosition(Section& position, Navigation& navigation) {
+void readPosition(TableReader& position, Navigation& navigation) {
   double separation =
       (navigation.ellipsoidAltitude - navigation.meanSeaLevelAltitude) / kCentimetresPerMetre;
   position.scaled("latitude", navigation.latitude, kUnitsPerDegree, -90, 90);
@@ -44,7 +44,7 @@ void readPosition(Section& position, Navigation& navigation) {
 }
 
 /// A track says where the antenna is.
-void refusePlace(Section& position) {
+void refusePlace(TableReader& position) {
   for (const char* key : {"latitude", "longitude"}) {
     if (position.has(key)) {
       position.refuse(key,
@@ -55,7 +55,8 @@ void refusePlace(Section& position) {
 }
 
 /// A waypoint without an altitude is as high as the one before.
-void readWaypoint(Section& waypoint, const Navigation& start, std::vector<Waypoint>& waypoints) {
+void readWaypoint(TableReader& waypoint, const Navigation& start,
+                  std::vector<Waypoint>& waypoints) {
   Waypoint point;
   point.altitude = waypoints.empty() ? start.ellipsoidAltitude / kCentimetresPerMetre
                                      : waypoints.back().altitude;
@@ -70,17 +71,17 @@ void readWaypoint(Section& waypoint, const Navigation& start, std::vector<Waypoi
   waypoints.push_back(point);
 }
 
-void readTrack(Section& file, State& state) {
-  file.table("track", [&](Section& track) {
+void readTrack(TableReader& file, State& state) {
+  file.table("track", [&](TableReader& track) {
     track.flag("repeats", state.track.repeats);
-    track.eachTable("waypoint", [&](Section& waypoint) {
+    track.eachTable("waypoint", [&](TableReader& waypoint) {
       readWaypoint(waypoint, state.navigation, state.track.waypoints);
     });
     track.require({"waypoint"});
   });
 }
 
-void readSatellite(Section& table, std::vector<Satellite>& sky) {
+void readSatellite(TableReader& table, std::vector<Satellite>& sky) {
   std::optional<Numbering> numbering;
   Satellite satellite;
   table.require({"constellation", "number"});
@@ -105,7 +106,7 @@ void readSatellite(Section& table, std::vector<Satellite>& sky) {
 }
 
 /// A solution that is given leaves nothing to work out: there is no sky then.
-void readSolution(Section& solution, Navigation& navigation) {
+void readSolution(TableReader& solution, Navigation& navigation) {
   constexpr double kHundredths = 100;
   constexpr std::array kDilutions{"geometric-dop", "position-dop", "horizontal-dop", "vertical-dop",
                                   "time-dop"};
@@ -116,24 +117,24 @@ void readSolution(Section& solution, Navigation& navigation) {
   }
 }
 
-void readSky(Section& file, State& state) {
+void readSky(TableReader& file, State& state) {
   if (file.has("satellite")) {
     state.sky.clear();
-    file.eachTable("satellite", [&](Section& table) { readSatellite(table, state.sky); });
+    file.eachTable("satellite", [&](TableReader& table) { readSatellite(table, state.sky); });
   }
   if (file.has("solution")) {
     if (file.has("satellite")) {
       file.refuse("solution", "stands beside [[satellite]]; one of them has to be left out");
     }
     state.sky.clear();
-    file.table("solution", [&](Section& table) { readSolution(table, state.navigation); });
+    file.table("solution", [&](TableReader& table) { readSolution(table, state.navigation); });
   }
 }
 
 }  // namespace
 
-void readSurroundings(Section& file, State& state) {
-  file.table("position", [&](Section& table) {
+void readSurroundings(TableReader& file, State& state) {
+  file.table("position", [&](TableReader& table) {
     readPosition(table, state.navigation);
     if (file.has("track")) {
       refusePlace(table);

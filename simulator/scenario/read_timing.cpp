@@ -15,7 +15,7 @@ constexpr Word<std::uint8_t> kTimeReferences[] = {{"gnss", 0}, {"utc", 1}};
 constexpr Word<std::uint8_t> kPulseConditions[] = {
     {"always", 0}, {"with-a-fix", 1}, {"with-a-satellite", 2}};
 
-void readPulses(Section& receiver, Settings& settings) {
+void readPulses(TableReader& receiver, Settings& settings) {
   using Microseconds = std::chrono::duration<std::uint32_t, std::micro>;
   using CableDelay = std::chrono::duration<std::int32_t, std::ratio<1, 100'000'000'000>>;
   Microseconds width{settings.ppsPulseWidth};
@@ -29,8 +29,8 @@ void readPulses(Section& receiver, Settings& settings) {
   receiver.integer("pps2-frequency", settings.pps2Frequency, 0, 19'200'000);
 }
 
-void readTiming(Section& receiver, State& state) {
-  receiver.table("timing", [&](Section& table) {
+void readTiming(TableReader& receiver, State& state) {
+  receiver.table("timing", [&](TableReader& table) {
     using Seconds = std::chrono::duration<std::uint32_t>;
     Timing& timing = state.timing;
     table.word("mode", timing.mode, kTimingModes);
@@ -49,7 +49,7 @@ void readTiming(Section& receiver, State& state) {
 
 }  // namespace
 
-void readPulsesAndTiming(Section& receiver, State& state) {
+void readPulsesAndTiming(TableReader& receiver, State& state) {
   readPulses(receiver, state);
   readTiming(receiver, state);
 }

@@ -1,4 +1,3 @@
-#include "orb-sim/receiver.h"
 #include "orb-sim/scenario.h"
 
 namespace orb::sim {
@@ -9,63 +8,35 @@ State ordinaryState() {
   return state;
 }
 
-class ScenarioDevice::Implementation {
- public:
-  explicit Implementation(const Scenario& scenario)
-      : silent_(scenario.presence != Scenario::Presence::Answering),
-        receiver_(scenario.state),
-        faulty_(receiver_, scenario.faults, scenario.seed),
-        line_(faulty_, scenario.line, scenario.seed) {
-    if (scenario.startsCold) {
-      receiver_.startCold();
-    }
-    if (scenario.talksFromTheStart) {
-      receiver_.talkFromTheStart();
-    }
-  }
-
-  /// The device as the client finds it; null where no byte ever comes from it.
-  Device* device() { return silent_ ? nullptr : &line_; }
-
-  const Receiver& receiver() const { return receiver_; }
-  const FaultyDevice& faulty() const { return faulty_; }
-
- private:
-  bool silent_;
-  Receiver receiver_;
-  FaultyDevice faulty_;
-  LineShaper line_;
-};
-
 ScenarioDevice::ScenarioDevice(const Scenario& scenario)
-    : implementation_(std::make_unique<Implementation>(scenario)) {}
-
-ScenarioDevice::~ScenarioDevice() = default;
+    : answers_(scenario.presence == Scenario::Presence::Answering),
+      receiver_(scenario.state),
+      faulty_(receiver_, scenario.faults, scenario.seed),
+      line_(faulty_, scenario.line, scenario.seed) {
+  if (scenario.startsCold) {
+    receiver_.startCold();
+  }
+  if (scenario.talksFromTheStart) {
+    receiver_.talkFromTheStart();
+  }
+}
 
 Bytes ScenarioDevice::receive(const Bytes& bytes) {
-  Device* const device = implementation_->device();
-  return device == nullptr ? Bytes{} : device->receive(bytes);
+  return answers_ ? line_.receive(bytes) : Bytes{};
 }
 
 Bytes ScenarioDevice::tick(std::chrono::milliseconds elapsed) {
-  Device* const device = implementation_->device();
-  return device == nullptr ? Bytes{} : device->tick(elapsed);
+  return answers_ ? line_.tick(elapsed) : Bytes{};
 }
 
 std::chrono::milliseconds ScenarioDevice::untilNextOutput() const {
-  const Device* const device = implementation_->device();
-  return device == nullptr ? kNever : device->untilNextOutput();
+  return answers_ ? line_.untilNextOutput() : kNever;
 }
 
-bool ScenarioDevice::takeHangUp() {
-  Device* const device = implementation_->device();
-  return device != nullptr && device->takeHangUp();
-}
+bool ScenarioDevice::takeHangUp() { return answers_ && line_.takeHangUp(); }
 
-State ScenarioDevice::state() const { return implementation_->receiver().state(); }
+State ScenarioDevice::state() const { return receiver_.state(); }
 
-std::vector<FaultyDevice::Event> ScenarioDevice::events() const {
-  return implementation_->faulty().events();
-}
+std::vector<FaultyDevice::Event> ScenarioDevice::events() const { return faulty_.events(); }
 
 }  // namespace orb::sim

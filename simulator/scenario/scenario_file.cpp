@@ -1,4 +1,3 @@
-#include <limits>
 #include <stdexcept>
 
 #include "base/toml/text_file.h"
@@ -11,16 +10,16 @@ namespace {
 constexpr std::size_t kLongestDescription = 1000;
 
 void readScenario(const toml::table& table, Scenario& scenario, ProblemList& problems) {
-  Section file(table, "", problems);
+  TableReader file(table, TableName::path(""), problems);
   file.text("description", scenario.description, kLongestDescription);
-  file.integer("seed", scenario.seed, 0, std::numeric_limits<std::int64_t>::max());
-  file.table("device", [&](Section& device) { readDevice(device, scenario); });
-  file.table("receiver", [&](Section& receiver) { readReceiver(receiver, scenario.state); });
+  file.integer("seed", scenario.seed, 0);
+  file.table("device", [&](TableReader& device) { readDevice(device, scenario); });
+  file.table("receiver", [&](TableReader& receiver) { readReceiver(receiver, scenario.state); });
   readSurroundings(file, scenario.state);
-  file.table("time", [&](Section& time) { readTime(time, scenario.state); });
-  file.table("start", [&](Section& start) { readStart(start, scenario); });
-  file.table("line", [&](Section& line) { readLine(line, scenario.line); });
-  file.eachTable("fault", [&](Section& fault) { readFault(fault, scenario.faults); });
+  file.table("time", [&](TableReader& time) { readTime(time, scenario.state); });
+  file.table("start", [&](TableReader& start) { readStart(start, scenario); });
+  file.table("line", [&](TableReader& line) { readLine(line, scenario.line); });
+  file.eachTable("fault", [&](TableReader& fault) { readFault(fault, scenario.faults); });
   file.refuseUnknownKeys();
 }
 

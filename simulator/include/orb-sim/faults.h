@@ -29,9 +29,9 @@ enum class FaultKind : std::uint8_t {
   Doubled,         ///< the frame comes twice
   Pieces,       ///< it comes in pieces of `length` bytes, `delay` apart; whatever else the device
                 ///< has to say waits until the last one is out
-  NoiseBefore,  ///< `length` random bytes come in front of it
+  NoiseBefore,  ///< `length` random bytes come before it
   NoiseInside,  ///< `length` random bytes stand in its middle
-  NmeaBurst,    ///< `length` NMEA sentences come in front of it
+  NmeaBurst,    ///< `length` NMEA sentences come before it
 
   // These are about the receiver or the line; `target` does not matter to them.
 
@@ -40,7 +40,7 @@ enum class FaultKind : std::uint8_t {
                 ///< byte. Falls on settings only, and counts only them.
   Silence,      ///< the message is heard, and then nothing goes through either way, for ever
   HangUp,       ///< the message is heard, the line is dropped, and no answer comes; clients have to
-                ///< open it anew. What they have written behind the message is lost.
+                ///< open it anew. What they have written after the message is lost.
   SlowRestart,  ///< the answer comes, and from then on nothing goes through either way for `delay`
 };
 
@@ -63,14 +63,14 @@ struct FaultRule {
   std::size_t length = 0;
 };
 
-/// A device that stands in front of a receiver and spoils its answers by rules.
+/// A device between a receiver and its line that spoils its answers by rules.
 ///
 /// Several rules may fall on one message; they are applied in their order, each on what the ones
 /// before it have left. Chance and noise are drawn from the seed, the rule and the count of its
 /// occurrences alone: the same bytes from the client meet the same faults, however they are cut and
 /// timed. A rule counts a message, and may fall on it, also while the receiver does not hear it.
 ///
-/// Packets alone reach the device behind, not what stands between them. What that device says of
+/// Only packets reach the receiver, not what stands between them. What the receiver says of
 /// its own accord passes unchanged.
 class FaultyDevice : public Device {
  public:
@@ -80,9 +80,9 @@ class FaultyDevice : public Device {
     std::uint16_t message;  ///< the client's message
   };
 
-  /// `behind` must outlive this. Throws std::invalid_argument for a rule without meaning: a
+  /// `device` must outlive this. Throws std::invalid_argument for a rule without meaning: a
   /// `first` or `every` of 0, a chance outside 0 to 1, a negative delay, pieces of no byte.
-  FaultyDevice(Device& behind, std::vector<FaultRule> rules, std::uint64_t seed);
+  FaultyDevice(Device& device, std::vector<FaultRule> rules, std::uint64_t seed);
   ~FaultyDevice() override;
 
   Bytes receive(const Bytes& bytes) override;

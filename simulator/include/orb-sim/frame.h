@@ -56,7 +56,7 @@ class FrameReader {
   /// True while a frame has begun and is not complete.
   bool midFrame() const { return !pending_.empty(); }
 
-  /// Gives the incomplete frame up; returns the good frames that stood behind its start.
+  /// Gives up the incomplete frame; returns the good frames that follow its start.
   std::vector<Frame> abandon();
 
   const Counts& counts() const { return counts_; }

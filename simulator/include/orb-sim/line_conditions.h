@@ -28,8 +28,8 @@ struct LineConditions {
 /// not. Where the device drops the line, everything that is on its way is lost.
 class LineShaper : public Device {
  public:
-  /// `behind` must outlive this. The seed decides what is drawn. No duration may be negative.
-  LineShaper(Device& behind, const LineConditions& conditions, std::uint64_t seed);
+  /// `device` must outlive this. The seed decides what is drawn. No duration may be negative.
+  LineShaper(Device& device, const LineConditions& conditions, std::uint64_t seed);
   ~LineShaper() override;
 
   Bytes receive(const Bytes& bytes) override;

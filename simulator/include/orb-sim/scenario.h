@@ -2,7 +2,6 @@
 
 #include <cstdint>
 #include <filesystem>
-#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -11,6 +10,7 @@
 #include "orb-sim/device.h"
 #include "orb-sim/faults.h"
 #include "orb-sim/line_conditions.h"
+#include "orb-sim/receiver.h"
 #include "orb-sim/state.h"
 
 namespace orb::sim {
@@ -57,7 +57,6 @@ class ScenarioDevice : public Device {
   /// Throws std::invalid_argument for a fault without meaning (see FaultyDevice). Where no byte
   /// ever comes from the device, it takes every byte and does nothing.
   explicit ScenarioDevice(const Scenario& scenario);
-  ~ScenarioDevice() override;
 
   Bytes receive(const Bytes& bytes) override;
   Bytes tick(std::chrono::milliseconds elapsed) override;
@@ -69,8 +68,10 @@ class ScenarioDevice : public Device {
   std::vector<FaultyDevice::Event> events() const;
 
  private:
-  class Implementation;
-  std::unique_ptr<Implementation> implementation_;
+  bool answers_;
+  Receiver receiver_;
+  FaultyDevice faulty_;
+  LineShaper line_;
 };
 
 }  // namespace orb::sim

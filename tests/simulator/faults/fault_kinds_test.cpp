@@ -7,10 +7,12 @@
 #include "orb-sim/frame.h"
 #include "orb-sim/receiver.h"
 
-namespace orb::sim::test {
+namespace orb::test {
 namespace {
 
 using namespace std::chrono_literals;
+using sim::FaultKind;
+using sim::FaultTarget;
 
 const Bytes kRateQuery = hex("A0 A1 00 01 10 10 0D 0A");
 const Bytes kSetRate = hex("A0 A1 00 03 0E 14 00 1A 0D 0A");  // 20 Hz
@@ -24,19 +26,23 @@ const Bytes kSetRateAcknowledgement = hex("A0 A1 00 02 83 0E 8D 0D 0A");
 
 Bytes text(const std::string& text) { return Bytes(text.begin(), text.end()); }
 
-/// A quiet receiver to put a fault in front of.
-class QuietReceiver : public Receiver {
+sim::FaultRule length(FaultKind kind, std::size_t length) {
+  return {.kind = kind, .length = length};
+}
+
+/// A receiver that says nothing of its own accord.
+class QuietReceiver : public sim::Receiver {
  public:
   QuietReceiver() {
-    change([](State& state) { state.outputType = OutputType::None; });
+    change([](sim::State& state) { state.outputType = sim::OutputType::None; });
   }
 };
 
 /// The answers of a receiver to messages that a rule falls on.
 class FaultKindOf : public testing::Test {
  protected:
-  Bytes answerTo(const Bytes& packet, const FaultRule& rule) {
-    FaultyDevice device(receiver_, {rule}, kSeed);
+  Bytes answerTo(const Bytes& packet, const sim::FaultRule& rule) {
+    sim::FaultyDevice device(receiver_, {rule}, kSeed);
     return device.receive(packet);
   }
 
@@ -45,16 +51,65 @@ class FaultKindOf : public testing::Test {
   QuietReceiver receiver_;
 };
 
-TEST_F(FaultKindOf, NoReplyLeavesTheReplyOut) {
-  EXPECT_EQ(answerTo(kRateQuery, {FaultKind::NoReply}), kAcknowledgement);
-}
+constexpr FaultTarget kAcknowledgementOnly = FaultTarget::Acknowledgement;
+constexpr char kGga[] =
+    "$GPGGA,120000.000,4822.2740,N,01134.0734,E,1,09,0.9,475.9,M,44.2,M,,0000*58\r\n";
+constexpr char kRmcGsaZda[] =
+    "$GPRMC,120000.000,A,4822.2740,N,01134.0734,E,000.0,000.0,010324,,,A*63\r\n"
+    "$GPGSA,A,3,02,05,07,09,13,15,20,28,30,,,,1.6,0.9,1.3*3A\r\n"
+    "$GPZDA,120000.000,01,03,2024,00,00*53\r\n";
 
-TEST_F(FaultKindOf, NoReplyLeavesTheAcknowledgementOut) {
-  EXPECT_EQ(answerTo(kRateQuery, {FaultKind::NoReply, FaultTarget::Acknowledgement}), kReply);
-}
-
-TEST_F(FaultKindOf, NoReplyLeavesTheWholeAnswerOut) {
-  EXPECT_EQ(answerTo(kRateQuery, {FaultKind::NoReply, FaultTarget::Both}), Bytes{});
+TEST_F(FaultKindOf, EachFrameFaultSpoilsTheFramesThatItIsMeantFor) {
+  const Bytes noise = hex("96 DA 5E 7E 4F");
+  const struct {
+    Bytes packet;
+    sim::FaultRule rule;
+    Bytes answer;
+  } kRows[] = {
+      {kRateQuery, {FaultKind::NoReply}, kAcknowledgement},
+      {kRateQuery, {FaultKind::NoReply, kAcknowledgementOnly}, kReply},
+      {kRateQuery, {FaultKind::NoReply, FaultTarget::Both}, {}},
+      {kRateQuery, {FaultKind::Refusal}, hex("A0 A1 00 02 84 10 94 0D 0A")},
+      // The power mode's id; the update rate's in its place. With a sub-id, the navigation mode's;
+      // the second band's in its place.
+      {kRateQuery, {FaultKind::WrongId}, kAcknowledgement + hex("A0 A1 00 02 B9 01 B8 0D 0A")},
+      {kRateQuery,
+       {FaultKind::WrongId, kAcknowledgementOnly},
+       hex("A0 A1 00 02 B9 10 A9 0D 0A") + kReply},
+      {kPowerModeQuery,
+       {FaultKind::WrongId},
+       hex("A0 A1 00 02 83 15 96 0D 0A  A0 A1 00 02 86 00 86 0D 0A")},
+      {kSecondBandQuery,
+       {FaultKind::WrongId},
+       hex("A0 A1 00 02 83 64 E7 0D 0A  A0 A1 00 03 64 8B 00 EF 0D 0A")},
+      {kNavigationModeQuery,
+       {FaultKind::WrongId},
+       hex("A0 A1 00 02 83 64 E7 0D 0A  A0 A1 00 03 64 9F 00 FB 0D 0A")},
+      {kRateQuery, {FaultKind::BadChecksum}, kAcknowledgement + hex("A0 A1 00 02 86 01 78 0D 0A")},
+      {kSetRate, {FaultKind::BadChecksum}, hex("A0 A1 00 02 83 0E 72 0D 0A")},
+      {kRateQuery, length(FaultKind::CutShort, 5), kAcknowledgement + hex("A0 A1 00 02 86")},
+      {kRateQuery, length(FaultKind::CutShort, 0), kAcknowledgement},
+      {kRateQuery, length(FaultKind::CutShort, 100), kAcknowledgement + kReply},
+      {kRateQuery, length(FaultKind::OverlongLength, 0x1FF),
+       kAcknowledgement + hex("A0 A1 02 01 86 01 87 0D 0A")},
+      {kRateQuery, length(FaultKind::OverlongLength, 1000000),
+       kAcknowledgement + hex("A0 A1 FF FF 86 01 87 0D 0A")},
+      {kRateQuery, {FaultKind::Doubled}, kAcknowledgement + kReply + kReply},
+      {kRateQuery,
+       {FaultKind::Doubled, FaultTarget::Both},
+       kAcknowledgement + kAcknowledgement + kReply + kReply},
+      {kRateQuery, length(FaultKind::NoiseBefore, 5), kAcknowledgement + noise + kReply},
+      {kRateQuery, length(FaultKind::NoiseInside, 5),
+       kAcknowledgement + hex("A0 A1 00 02") + noise + hex("86 01 87 0D 0A")},
+      {kRateQuery, length(FaultKind::NmeaBurst, 5),
+       kAcknowledgement + text(std::string(kGga) + kRmcGsaZda + kGga) + kReply},
+  };
+  for (const auto& [packet, rule, answer] : kRows) {
+    QuietReceiver receiver;
+    sim::FaultyDevice device(receiver, {rule}, kSeed);
+    EXPECT_EQ(device.receive(packet), answer)
+        << "kind " << static_cast<int>(rule.kind) << ", length " << rule.length;
+  }
 }
 
 TEST_F(FaultKindOf, NoReplyLeavesOutTheAcknowledgementThatASettingIsAnsweredWith) {
@@ -63,9 +118,7 @@ TEST_F(FaultKindOf, NoReplyLeavesOutTheAcknowledgementThatASettingIsAnsweredWith
 }
 
 TEST_F(FaultKindOf, LateReplyDelaysTheReplyAlone) {
-  FaultRule rule{FaultKind::LateReply};
-  rule.delay = 300ms;
-  FaultyDevice device(receiver_, {rule}, kSeed);
+  sim::FaultyDevice device(receiver_, {{.kind = FaultKind::LateReply, .delay = 300ms}}, kSeed);
   EXPECT_EQ(device.receive(kRateQuery), kAcknowledgement);
   EXPECT_EQ(device.untilNextOutput(), 300ms);
   EXPECT_EQ(device.tick(299ms), Bytes{});
@@ -75,15 +128,12 @@ TEST_F(FaultKindOf, LateReplyDelaysTheReplyAlone) {
 }
 
 TEST_F(FaultKindOf, LateReplyLetsTheReplyOvertakeALateAcknowledgement) {
-  FaultRule rule{FaultKind::LateReply, FaultTarget::Acknowledgement};
-  rule.delay = 300ms;
-  FaultyDevice device(receiver_, {rule}, kSeed);
+  sim::FaultyDevice device(
+      receiver_,
+      {{.kind = FaultKind::LateReply, .target = FaultTarget::Acknowledgement, .delay = 300ms}},
+      kSeed);
   EXPECT_EQ(device.receive(kRateQuery), kReply);
   EXPECT_EQ(device.tick(300ms), kAcknowledgement);
-}
-
-TEST_F(FaultKindOf, RefusalStandsForTheWholeAnswer) {
-  EXPECT_EQ(answerTo(kRateQuery, {FaultKind::Refusal}), hex("A0 A1 00 02 84 10 94 0D 0A"));
 }
 
 TEST_F(FaultKindOf, RefusalLeavesASettingAsItWas) {
@@ -91,60 +141,9 @@ TEST_F(FaultKindOf, RefusalLeavesASettingAsItWas) {
   EXPECT_EQ(receiver_.state().updateRate, 1);
 }
 
-TEST_F(FaultKindOf, WrongIdGivesThePowerModesId) {
-  EXPECT_EQ(answerTo(kRateQuery, {FaultKind::WrongId}),
-            kAcknowledgement + hex("A0 A1 00 02 B9 01 B8 0D 0A"));
-  EXPECT_EQ(answerTo(kRateQuery, {FaultKind::WrongId, FaultTarget::Acknowledgement}),
-            hex("A0 A1 00 02 B9 10 A9 0D 0A") + kReply);
-}
-
-TEST_F(FaultKindOf, WrongIdGivesTheUpdateRatesIdToThePowerMode) {
-  EXPECT_EQ(answerTo(kPowerModeQuery, {FaultKind::WrongId}),
-            hex("A0 A1 00 02 83 15 96 0D 0A  A0 A1 00 02 86 00 86 0D 0A"));
-}
-
-TEST_F(FaultKindOf, WrongIdKeepsTheFormOfAMessageWithASubId) {
-  EXPECT_EQ(answerTo(kSecondBandQuery, {FaultKind::WrongId}),
-            hex("A0 A1 00 02 83 64 E7 0D 0A  A0 A1 00 03 64 8B 00 EF 0D 0A"));
-  EXPECT_EQ(answerTo(kNavigationModeQuery, {FaultKind::WrongId}),
-            hex("A0 A1 00 02 83 64 E7 0D 0A  A0 A1 00 03 64 9F 00 FB 0D 0A"));
-}
-
-TEST_F(FaultKindOf, BadChecksumInvertsTheChecksum) {
-  EXPECT_EQ(answerTo(kRateQuery, {FaultKind::BadChecksum}),
-            kAcknowledgement + hex("A0 A1 00 02 86 01 78 0D 0A"));
-  EXPECT_EQ(answerTo(kSetRate, {FaultKind::BadChecksum}), hex("A0 A1 00 02 83 0E 72 0D 0A"));
-}
-
-TEST_F(FaultKindOf, CutShortLeavesTheFirstBytes) {
-  FaultRule rule{FaultKind::CutShort};
-  rule.length = 5;
-  EXPECT_EQ(answerTo(kRateQuery, rule), kAcknowledgement + hex("A0 A1 00 02 86"));
-  rule.length = 0;
-  EXPECT_EQ(answerTo(kRateQuery, rule), kAcknowledgement);
-  rule.length = 100;
-  EXPECT_EQ(answerTo(kRateQuery, rule), kAcknowledgement + kReply);
-}
-
-TEST_F(FaultKindOf, OverlongLengthClaimsMoreThanThereIs) {
-  FaultRule rule{FaultKind::OverlongLength};
-  rule.length = 0x1FF;
-  EXPECT_EQ(answerTo(kRateQuery, rule), kAcknowledgement + hex("A0 A1 02 01 86 01 87 0D 0A"));
-  rule.length = 1000000;
-  EXPECT_EQ(answerTo(kRateQuery, rule), kAcknowledgement + hex("A0 A1 FF FF 86 01 87 0D 0A"));
-}
-
-TEST_F(FaultKindOf, DoubledSendsTheFrameTwice) {
-  EXPECT_EQ(answerTo(kRateQuery, {FaultKind::Doubled}), kAcknowledgement + kReply + kReply);
-  EXPECT_EQ(answerTo(kRateQuery, {FaultKind::Doubled, FaultTarget::Both}),
-            kAcknowledgement + kAcknowledgement + kReply + kReply);
-}
-
 TEST_F(FaultKindOf, PiecesComeApart) {
-  FaultRule rule{FaultKind::Pieces};
-  rule.length = 4;
-  rule.delay = 10ms;
-  FaultyDevice device(receiver_, {rule}, kSeed);
+  sim::FaultyDevice device(receiver_, {{.kind = FaultKind::Pieces, .delay = 10ms, .length = 4}},
+                           kSeed);
   EXPECT_EQ(device.receive(kRateQuery), kAcknowledgement + hex("A0 A1 00 02"));
   EXPECT_EQ(device.tick(9ms), Bytes{});
   EXPECT_EQ(device.tick(1ms), hex("86 01 87 0D"));
@@ -154,38 +153,14 @@ TEST_F(FaultKindOf, PiecesComeApart) {
 }
 
 TEST_F(FaultKindOf, PiecesHoldUpTheRestOfTheAnswer) {
-  FaultRule rule{FaultKind::Pieces, FaultTarget::Acknowledgement};
-  rule.length = 8;
-  rule.delay = 10ms;
-  FaultyDevice device(receiver_, {rule}, kSeed);
+  sim::FaultyDevice device(receiver_,
+                           {{.kind = FaultKind::Pieces,
+                             .target = FaultTarget::Acknowledgement,
+                             .delay = 10ms,
+                             .length = 8}},
+                           kSeed);
   EXPECT_EQ(device.receive(kRateQuery), hex("A0 A1 00 02 83 10 93 0D"));
   EXPECT_EQ(device.tick(10ms), hex("0A") + kReply);
-}
-
-TEST_F(FaultKindOf, NoiseBeforeStandsInFrontOfTheFrame) {
-  FaultRule rule{FaultKind::NoiseBefore};
-  rule.length = 5;
-  EXPECT_EQ(answerTo(kRateQuery, rule), kAcknowledgement + hex("96 DA 5E 7E 4F") + kReply);
-}
-
-TEST_F(FaultKindOf, NoiseInsideStandsInTheMiddleOfTheFrame) {
-  FaultRule rule{FaultKind::NoiseInside};
-  rule.length = 5;
-  EXPECT_EQ(answerTo(kRateQuery, rule),
-            kAcknowledgement + hex("A0 A1 00 02") + hex("96 DA 5E 7E 4F") + hex("86 01 87 0D 0A"));
-}
-
-TEST_F(FaultKindOf, NmeaBurstStandsInFrontOfTheFrame) {
-  FaultRule rule{FaultKind::NmeaBurst};
-  rule.length = 5;
-  const Bytes gga =
-      text("$GPGGA,120000.000,4822.2740,N,01134.0734,E,1,09,0.9,475.9,M,44.2,M,,0000*58\r\n");
-  EXPECT_EQ(answerTo(kRateQuery, rule),
-            kAcknowledgement + gga +
-                text("$GPRMC,120000.000,A,4822.2740,N,01134.0734,E,000.0,000.0,010324,,,A*63\r\n"
-                     "$GPGSA,A,3,02,05,07,09,13,15,20,28,30,,,,1.6,0.9,1.3*3A\r\n"
-                     "$GPZDA,120000.000,01,03,2024,00,00*53\r\n") +
-                gga + kReply);
 }
 
 TEST_F(FaultKindOf, WrongValueKeepsAnotherValueThanTheOneAcknowledged) {
@@ -197,9 +172,9 @@ TEST_F(FaultKindOf, WrongValueKeepsAnotherValueThanTheOneAcknowledged) {
 
 TEST_F(FaultKindOf, WrongValueLeavesTheAttributeByteAlone) {
   for (std::uint64_t seed = 0; seed < 64; ++seed) {
-    FaultyDevice device(receiver_, {{FaultKind::WrongValue}}, seed);
-    device.receive(frame(0x2B00, {1, 10, 20, 0}));
-    const State state = receiver_.state();
+    sim::FaultyDevice device(receiver_, {{FaultKind::WrongValue}}, seed);
+    device.receive(sim::frame(0x2B00, {1, 10, 20, 0}));
+    const sim::State state = receiver_.state();
     EXPECT_EQ(state.attributes.at(0x2B00), 0);
     EXPECT_NE((Bytes{state.elevationCnrMask.mode, state.elevationCnrMask.elevation,
                      state.elevationCnrMask.cnr}),
@@ -208,32 +183,27 @@ TEST_F(FaultKindOf, WrongValueLeavesTheAttributeByteAlone) {
 }
 
 TEST_F(FaultKindOf, WrongValueLeavesQueriesAndOrdersAlone) {
-  FaultyDevice device(receiver_, {{FaultKind::WrongValue}}, kSeed);
-  const Bytes restart = frame(0x6400 | 0x3F, {1});
-  device.receive(frame(0x0200, {1}) + frame(0x0400, {1}) + restart);
+  sim::FaultyDevice device(receiver_, {{FaultKind::WrongValue}}, kSeed);
+  const Bytes restart = sim::frame(0x6400 | 0x3F, {1});
+  device.receive(sim::frame(0x0200, {1}) + sim::frame(0x0400, {1}) + restart);
   EXPECT_EQ(receiver_.state().lastRestart, Bytes{1});
   EXPECT_TRUE(device.events().empty());
 }
 
 TEST_F(FaultKindOf, SilenceLastsForEver) {
-  receiver_.change([](State& state) { state.outputType = OutputType::Binary; });
+  receiver_.change([](sim::State& state) { state.outputType = sim::OutputType::Binary; });
   receiver_.talkFromTheStart();
-  FaultRule rule{FaultKind::Silence};
-  rule.first = 2;
-  FaultyDevice device(receiver_, {rule}, kSeed);
+  sim::FaultyDevice device(receiver_, {{.kind = FaultKind::Silence, .first = 2}}, kSeed);
   EXPECT_EQ(device.receive(kRateQuery), kAcknowledgement + kReply);
   EXPECT_EQ(device.receive(kSetRate), Bytes{});
   EXPECT_EQ(receiver_.state().updateRate, 20) << "the message itself is heard";
   EXPECT_EQ(device.tick(10min), Bytes{});
-  EXPECT_EQ(device.receive(frame(0x0E00, {5, 0})), Bytes{});
+  EXPECT_EQ(device.receive(sim::frame(0x0E00, {5, 0})), Bytes{});
   EXPECT_EQ(receiver_.state().updateRate, 20) << "and nothing after it";
 }
 
 TEST_F(FaultKindOf, HangUpDropsTheLineInsteadOfAnAnswer) {
-  FaultRule rule{FaultKind::HangUp};
-  rule.first = 2;
-  rule.times = 1;
-  FaultyDevice device(receiver_, {rule}, kSeed);
+  sim::FaultyDevice device(receiver_, {{.kind = FaultKind::HangUp, .first = 2, .times = 1}}, kSeed);
   EXPECT_EQ(device.receive(kRateQuery), kAcknowledgement + kReply);
   EXPECT_FALSE(device.takeHangUp());
   EXPECT_EQ(device.receive(kSetRate), Bytes{});
@@ -243,11 +213,8 @@ TEST_F(FaultKindOf, HangUpDropsTheLineInsteadOfAnAnswer) {
   EXPECT_EQ(device.receive(kRateQuery), kAcknowledgement + hex("A0 A1 00 02 86 14 92 0D 0A"));
 }
 
-TEST_F(FaultKindOf, HangUpLosesWhatTheClientHasWrittenBehindTheMessage) {
-  FaultRule rule{FaultKind::HangUp};
-  rule.first = 2;
-  rule.times = 1;
-  FaultyDevice device(receiver_, {rule}, kSeed);
+TEST_F(FaultKindOf, HangUpLosesWhatTheClientHasWrittenAfterTheMessage) {
+  sim::FaultyDevice device(receiver_, {{.kind = FaultKind::HangUp, .first = 2, .times = 1}}, kSeed);
   const Bytes begun = hex("A0 A1 00 03");
   EXPECT_EQ(device.receive(kRateQuery + kRateQuery + kSetRate + begun), kAcknowledgement + kReply)
       << "the answer that was due comes before the hang-up";
@@ -257,13 +224,9 @@ TEST_F(FaultKindOf, HangUpLosesWhatTheClientHasWrittenBehindTheMessage) {
 }
 
 TEST_F(FaultKindOf, HangUpKeepsWhatIsDueLaterForTheNewLine) {
-  FaultRule late{FaultKind::LateReply};
-  late.first = 1;
-  late.times = 1;
-  late.delay = 10ms;
-  FaultRule hangUp{FaultKind::HangUp};
-  hangUp.first = 2;
-  FaultyDevice device(receiver_, {late, hangUp}, kSeed);
+  sim::FaultRule late{.kind = FaultKind::LateReply, .first = 1, .times = 1, .delay = 10ms};
+  sim::FaultRule hangUp{.kind = FaultKind::HangUp, .first = 2};
+  sim::FaultyDevice device(receiver_, {late, hangUp}, kSeed);
   EXPECT_EQ(device.receive(kRateQuery + kRateQuery), kAcknowledgement);
   EXPECT_EQ(device.tick(20ms), Bytes{}) << "the line has not yet been told";
   EXPECT_TRUE(device.takeHangUp());
@@ -272,12 +235,10 @@ TEST_F(FaultKindOf, HangUpKeepsWhatIsDueLaterForTheNewLine) {
 }
 
 TEST_F(FaultKindOf, SlowRestartAnswersAndIsGoneForAWhile) {
-  receiver_.change([](State& state) { state.outputType = OutputType::Binary; });
-  FaultRule rule{FaultKind::SlowRestart};
-  rule.message = 0x643F;
-  rule.delay = 2500ms;
-  FaultyDevice device(receiver_, {rule}, kSeed);
-  EXPECT_EQ(device.receive(frame(0x643F, {1})), hex("A0 A1 00 02 83 64 E7 0D 0A"));
+  receiver_.change([](sim::State& state) { state.outputType = sim::OutputType::Binary; });
+  sim::FaultyDevice device(
+      receiver_, {{.kind = FaultKind::SlowRestart, .message = 0x643F, .delay = 2500ms}}, kSeed);
+  EXPECT_EQ(device.receive(sim::frame(0x643F, {1})), hex("A0 A1 00 02 83 64 E7 0D 0A"));
   EXPECT_EQ(device.tick(2499ms), Bytes{});
   EXPECT_EQ(device.receive(kSetRate), Bytes{});
   EXPECT_EQ(device.tick(1ms), Bytes{});
@@ -287,41 +248,36 @@ TEST_F(FaultKindOf, SlowRestartAnswersAndIsGoneForAWhile) {
 }
 
 TEST_F(FaultKindOf, SlowRestartDoesNotBeginAnewForAMessageThatIsNotHeard) {
-  FaultRule rule{FaultKind::SlowRestart};
-  rule.message = 0x643F;
-  rule.delay = 1000ms;
-  FaultyDevice device(receiver_, {rule}, kSeed);
-  device.receive(frame(0x643F, {1}));
+  sim::FaultyDevice device(
+      receiver_, {{.kind = FaultKind::SlowRestart, .message = 0x643F, .delay = 1000ms}}, kSeed);
+  device.receive(sim::frame(0x643F, {1}));
   device.tick(900ms);
-  EXPECT_EQ(device.receive(frame(0x643F, {1})), Bytes{});
+  EXPECT_EQ(device.receive(sim::frame(0x643F, {1})), Bytes{});
   device.tick(100ms);
   EXPECT_EQ(device.receive(kRateQuery), kAcknowledgement + kReply);
 }
 
 TEST_F(FaultKindOf, SlowRestartComesAlsoWhereItsAnswerIsLost) {
-  FaultRule restart{FaultKind::SlowRestart};
-  restart.message = 0x643F;
-  restart.delay = 1000ms;
-  FaultRule lost{FaultKind::NoReply};
-  lost.message = 0x643F;
-  FaultyDevice device(receiver_, {lost, restart}, kSeed);
-  EXPECT_EQ(device.receive(frame(0x643F, {1})), Bytes{});
+  sim::FaultRule restart{.kind = FaultKind::SlowRestart, .message = 0x643F, .delay = 1000ms};
+  sim::FaultRule lost{.kind = FaultKind::NoReply, .message = 0x643F};
+  sim::FaultyDevice device(receiver_, {lost, restart}, kSeed);
+  EXPECT_EQ(device.receive(sim::frame(0x643F, {1})), Bytes{});
   EXPECT_EQ(device.receive(kRateQuery), Bytes{});
   device.tick(1000ms);
   EXPECT_EQ(device.receive(kRateQuery), kAcknowledgement + kReply);
 }
 
 TEST_F(FaultKindOf, NoneLetsEveryPacketThroughAsItCame) {
-  class Echo : public Device {
+  class Echo : public sim::Device {
    public:
     Bytes receive(const Bytes& bytes) override { return bytes; }
     Bytes tick(std::chrono::milliseconds) override { return {}; }
   };
   Echo echo;
-  FaultyDevice device(echo, {}, kSeed);
+  sim::FaultyDevice device(echo, {}, kSeed);
   const Bytes withoutItsSubId = hex("A0 A1 00 01 64 64 0D 0A");
   EXPECT_EQ(device.receive(withoutItsSubId + kSetRate), withoutItsSubId + kSetRate);
 }
 
 }  // namespace
-}  // namespace orb::sim::test
+}  // namespace orb::test

@@ -10,10 +10,12 @@
 #include "orb-sim/line_conditions.h"
 #include "orb-sim/receiver.h"
 
-namespace orb::sim::test {
+namespace orb::test {
 namespace {
 
 using namespace std::chrono_literals;
+using sim::FaultKind;
+using sim::FaultTarget;
 using std::chrono::milliseconds;
 
 /// What a client does: it writes bytes at a time.
@@ -23,10 +25,10 @@ struct Writing {
 };
 
 /// Every kind that a line can go on after, at random.
-std::vector<FaultRule> mixedRules() {
-  std::vector<FaultRule> rules;
+std::vector<sim::FaultRule> mixedRules() {
+  std::vector<sim::FaultRule> rules;
   for (int kind = 0; kind <= static_cast<int>(FaultKind::SlowRestart); ++kind) {
-    FaultRule rule{static_cast<FaultKind>(kind), static_cast<FaultTarget>(kind % 3)};
+    sim::FaultRule rule{static_cast<sim::FaultKind>(kind), static_cast<sim::FaultTarget>(kind % 3)};
     if (rule.kind == FaultKind::Silence || rule.kind == FaultKind::HangUp) {
       continue;
     }
@@ -42,8 +44,9 @@ std::vector<Writing> session() {
   std::vector<Writing> writings;
   milliseconds at{3};
   for (std::uint8_t i = 0; i < 100; ++i) {
-    Bytes bytes = i % 3 == 0 ? frame(0x1000) : frame(0x0E00, {static_cast<std::uint8_t>(i % 8), 0});
-    append(bytes, i % 4 == 0 ? hex("00 A0 FF") : i % 7 == 0 ? frame(0x6407) : Bytes{});
+    Bytes bytes =
+        i % 3 == 0 ? sim::frame(0x1000) : sim::frame(0x0E00, {static_cast<std::uint8_t>(i % 8), 0});
+    sim::append(bytes, i % 4 == 0 ? hex("00 A0 FF") : i % 7 == 0 ? sim::frame(0x6407) : Bytes{});
     writings.push_back({at, bytes});
     at += milliseconds{17 + i % 40};
   }
@@ -53,21 +56,21 @@ std::vector<Writing> session() {
 struct Talk {
   Bytes said;
   std::size_t events = 0;
-  State state;
+  sim::State state;
 };
 
 /// Lets a faulty, slow receiver go through a session, calling it as the generator has it.
-Talk talk(const LineConditions& conditions, std::mt19937& random, int longestTick) {
-  Receiver receiver;
+Talk talk(const sim::LineConditions& conditions, std::mt19937& random, int longestTick) {
+  sim::Receiver receiver;
   receiver.talkFromTheStart();
-  FaultyDevice faulty(receiver, mixedRules(), 11);
-  LineShaper line(faulty, conditions, 11);
+  sim::FaultyDevice faulty(receiver, mixedRules(), 11);
+  sim::LineShaper line(faulty, conditions, 11);
   Talk talk;
   milliseconds now{0};
   const auto passUntil = [&](milliseconds end) {
     while (now < end) {
       const milliseconds step{1 + static_cast<int>(random() % static_cast<unsigned>(longestTick))};
-      append(talk.said, line.tick(std::min(step, end - now)));
+      sim::append(talk.said, line.tick(std::min(step, end - now)));
       now = std::min(now + step, end);
     }
   };
@@ -78,7 +81,7 @@ Talk talk(const LineConditions& conditions, std::mt19937& random, int longestTic
       const auto at = [&](std::size_t i) {
         return writing.bytes.begin() + static_cast<std::ptrdiff_t>(i);
       };
-      append(talk.said, line.receive(Bytes(at(begin), at(end))));
+      sim::append(talk.said, line.receive(Bytes(at(begin), at(end))));
       begin = end;
     }
   }
@@ -88,7 +91,7 @@ Talk talk(const LineConditions& conditions, std::mt19937& random, int longestTic
   return talk;
 }
 
-class CutAndTicked : public testing::TestWithParam<LineConditions> {};
+class CutAndTicked : public testing::TestWithParam<sim::LineConditions> {};
 
 TEST_P(CutAndTicked, AnywhereALineSaysTheSame) {
   std::mt19937 random(5);
@@ -103,9 +106,9 @@ TEST_P(CutAndTicked, AnywhereALineSaysTheSame) {
   }
 }
 
-LineConditions conditions(milliseconds latency, milliseconds spread, unsigned int baud,
-                          milliseconds chatter) {
-  LineConditions conditions;
+sim::LineConditions conditions(milliseconds latency, milliseconds spread, unsigned int baud,
+                               milliseconds chatter) {
+  sim::LineConditions conditions;
   conditions.latency = latency;
   conditions.spread = spread;
   conditions.baud = baud;
@@ -114,40 +117,38 @@ LineConditions conditions(milliseconds latency, milliseconds spread, unsigned in
 }
 
 INSTANTIATE_TEST_SUITE_P(Conditions, CutAndTicked,
-                         testing::Values(LineConditions{}, conditions(30ms, 40ms, 0, 0ms),
+                         testing::Values(sim::LineConditions{}, conditions(30ms, 40ms, 0, 0ms),
                                          conditions(0ms, 0ms, 38400, 0ms),
                                          conditions(5ms, 9ms, 115200, 13ms)));
 
 class OutputOfTheReceiversOwn : public testing::Test {
  protected:
   OutputOfTheReceiversOwn() {
-    receiver_.change([](State& state) { state.outputType = OutputType::Binary; });
+    receiver_.change([](sim::State& state) { state.outputType = sim::OutputType::Binary; });
     receiver_.talkFromTheStart();
   }
 
-  Receiver receiver_;
+  sim::Receiver receiver_;
 };
 
 TEST_F(OutputOfTheReceiversOwn, PassesUnchanged) {
-  Receiver other(receiver_.state());
+  sim::Receiver other(receiver_.state());
   other.talkFromTheStart();
-  FaultyDevice device(receiver_, mixedRules(), 1);
+  sim::FaultyDevice device(receiver_, mixedRules(), 1);
   for (int i = 0; i < 50; ++i) {
     EXPECT_EQ(device.tick(100ms), other.tick(100ms));
   }
 }
 
 TEST_F(OutputOfTheReceiversOwn, IsAwaited) {
-  FaultyDevice device(receiver_, {}, 1);
+  sim::FaultyDevice device(receiver_, {}, 1);
   EXPECT_EQ(device.untilNextOutput(), receiver_.untilNextOutput());
 }
 
 TEST_F(OutputOfTheReceiversOwn, WaitsUntilTheLastPieceOfAnAnswerIsOut) {
-  FaultRule rule{FaultKind::Pieces};
-  rule.length = 8;
-  rule.delay = 1500ms;
-  FaultyDevice device(receiver_, {rule}, 1);
-  device.receive(frame(0x1000));
+  sim::FaultyDevice device(receiver_, {{.kind = FaultKind::Pieces, .delay = 1500ms, .length = 8}},
+                           1);
+  device.receive(sim::frame(0x1000));
   EXPECT_EQ(device.tick(1499ms), Bytes{});
   const Bytes said = device.tick(1ms);
   EXPECT_EQ(said.at(0), 0x0A);
@@ -155,25 +156,26 @@ TEST_F(OutputOfTheReceiversOwn, WaitsUntilTheLastPieceOfAnAnswerIsOut) {
 }
 
 TEST(FaultyDevice, GivesUpAFrameThatStaysIncompleteAsTheReceiverDoes) {
-  Receiver receiver;
-  receiver.change([](State& state) { state.outputType = OutputType::None; });
-  FaultyDevice device(receiver, {}, 1);
-  EXPECT_EQ(device.receive(hex("A0 A1 00 FF") + frame(0x1000)), Bytes{});
-  EXPECT_EQ(device.untilNextOutput(), Receiver::kFrameTimeout);
-  EXPECT_EQ(device.tick(Receiver::kFrameTimeout), acknowledge(0x1000) + frame(0x8600, {1}));
+  sim::Receiver receiver;
+  receiver.change([](sim::State& state) { state.outputType = sim::OutputType::None; });
+  sim::FaultyDevice device(receiver, {}, 1);
+  EXPECT_EQ(device.receive(hex("A0 A1 00 FF") + sim::frame(0x1000)), Bytes{});
+  EXPECT_EQ(device.untilNextOutput(), sim::Receiver::kFrameTimeout);
+  EXPECT_EQ(device.tick(sim::Receiver::kFrameTimeout),
+            sim::acknowledge(0x1000) + sim::frame(0x8600, {1}));
 }
 
-TEST(FaultyDevice, HandsOnAHangUpOfTheDeviceBehind) {
-  class Unplugged : public Device {
+TEST(FaultyDevice, HandsOnAHangUpOfItsDevice) {
+  class Unplugged : public sim::Device {
    public:
     Bytes receive(const Bytes&) override { return {}; }
     Bytes tick(milliseconds) override { return {}; }
     bool takeHangUp() override { return true; }
   };
-  Unplugged behind;
-  FaultyDevice device(behind, {}, 1);
+  Unplugged unplugged;
+  sim::FaultyDevice device(unplugged, {}, 1);
   EXPECT_TRUE(device.takeHangUp());
 }
 
 }  // namespace
-}  // namespace orb::sim::test
+}  // namespace orb::test

@@ -11,22 +11,23 @@
 #include "orb-sim/frame.h"
 #include "orb-sim/receiver.h"
 
-namespace orb::sim::test {
+namespace orb::test {
 namespace {
 
 using namespace std::chrono_literals;
+using sim::FaultKind;
 using std::chrono::milliseconds;
 
-const Bytes kRateQuery = frame(0x1000);                              // 8 bytes
-const Bytes kRateAnswer = acknowledge(0x1000) + frame(0x8600, {1});  // 18 bytes
-const Bytes kPowerModeQuery = frame(0x1500);
-const Bytes kPowerModeAnswer = acknowledge(0x1500) + frame(0xB900, {0});
+const Bytes kRateQuery = sim::frame(0x1000);                                   // 8 bytes
+const Bytes kRateAnswer = sim::acknowledge(0x1000) + sim::frame(0x8600, {1});  // 18 bytes
+const Bytes kPowerModeQuery = sim::frame(0x1500);
+const Bytes kPowerModeAnswer = sim::acknowledge(0x1500) + sim::frame(0xB900, {0});
 
 /// Keeps what it hears, and says what it is told to, at once or with the next tick.
-class Recorder : public Device {
+class Recorder : public sim::Device {
  public:
   Bytes receive(const Bytes& bytes) override {
-    append(heard, bytes);
+    sim::append(heard, bytes);
     return std::exchange(answer, {});
   }
   Bytes tick(milliseconds) override { return std::exchange(output, {}); }
@@ -40,7 +41,7 @@ class Recorder : public Device {
 };
 
 /// What comes out of a line, by the millisecond in which it does.
-std::vector<std::pair<int, Bytes>> outputByTime(Device& line, int count) {
+std::vector<std::pair<int, Bytes>> outputByTime(sim::Device& line, int count) {
   std::vector<std::pair<int, Bytes>> output;
   for (int ms = 1; ms <= count; ++ms) {
     if (Bytes bytes = line.tick(1ms); !bytes.empty()) {
@@ -53,16 +54,16 @@ std::vector<std::pair<int, Bytes>> outputByTime(Device& line, int count) {
 class LineShaperBefore : public testing::Test {
  protected:
   LineShaperBefore() {
-    receiver_.change([](State& state) { state.outputType = OutputType::None; });
+    receiver_.change([](sim::State& state) { state.outputType = sim::OutputType::None; });
   }
 
-  Receiver receiver_;
+  sim::Receiver receiver_;
   Recorder recorder_;
-  LineConditions conditions_;
+  sim::LineConditions conditions_;
 };
 
 TEST_F(LineShaperBefore, AReceiverChangesNothingUnlessToldTo) {
-  LineShaper line(receiver_, conditions_, 1);
+  sim::LineShaper line(receiver_, conditions_, 1);
   EXPECT_EQ(line.receive(kRateQuery), kRateAnswer);
   EXPECT_EQ(line.tick(10s), Bytes{});
   EXPECT_EQ(line.untilNextOutput(), receiver_.untilNextOutput());
@@ -70,7 +71,7 @@ TEST_F(LineShaperBefore, AReceiverChangesNothingUnlessToldTo) {
 
 TEST_F(LineShaperBefore, AReceiverDelaysAnAnswerByTheLatency) {
   conditions_.latency = 30ms;
-  LineShaper line(receiver_, conditions_, 1);
+  sim::LineShaper line(receiver_, conditions_, 1);
   EXPECT_EQ(line.receive(kRateQuery), Bytes{});
   EXPECT_EQ(line.untilNextOutput(), 30ms);
   EXPECT_EQ(line.tick(29ms), Bytes{});
@@ -79,7 +80,7 @@ TEST_F(LineShaperBefore, AReceiverDelaysAnAnswerByTheLatency) {
 
 TEST_F(LineShaperBefore, AReceiverDelaysEachAnswerFromItsOwnMessage) {
   conditions_.latency = 30ms;
-  LineShaper line(receiver_, conditions_, 1);
+  sim::LineShaper line(receiver_, conditions_, 1);
   line.receive(kRateQuery);
   line.tick(20ms);
   line.receive(kPowerModeQuery);
@@ -92,7 +93,7 @@ TEST_F(LineShaperBefore, AReceiverDelaysEachAnswerFromItsOwnMessage) {
 TEST_F(LineShaperBefore, AReceiverDrawsASpreadForEachMessage) {
   conditions_.latency = 100ms;
   conditions_.spread = 20ms;
-  LineShaper line(receiver_, conditions_, 6);
+  sim::LineShaper line(receiver_, conditions_, 6);
   EXPECT_EQ(line.receive(kRateQuery + kPowerModeQuery + kRateQuery), Bytes{});
   EXPECT_EQ(line.tick(108ms), Bytes{});
   EXPECT_EQ(line.tick(1ms), kRateAnswer + kPowerModeAnswer);
@@ -105,7 +106,7 @@ TEST_F(LineShaperBefore, AReceiverDrawsASpreadForEachMessage) {
 
 TEST_F(LineShaperBefore, ATalkerDoesNotDelayWhatIsSaidUnasked) {
   conditions_.latency = 1000ms;
-  LineShaper line(recorder_, conditions_, 1);
+  sim::LineShaper line(recorder_, conditions_, 1);
   line.receive(hex("01"));
   recorder_.output = hex("02");
   EXPECT_EQ(line.untilNextOutput(), 0ms);
@@ -114,7 +115,7 @@ TEST_F(LineShaperBefore, ATalkerDoesNotDelayWhatIsSaidUnasked) {
 
 TEST_F(LineShaperBefore, AListenerPacesWhatTheClientWrites) {
   conditions_.baud = 9600;  // 0.96 bytes a millisecond
-  LineShaper line(recorder_, conditions_, 1);
+  sim::LineShaper line(recorder_, conditions_, 1);
   const Bytes written(100, 0x55);
   line.receive(written);
   EXPECT_EQ(recorder_.heard, Bytes{});
@@ -129,7 +130,7 @@ TEST_F(LineShaperBefore, AListenerPacesWhatTheClientWrites) {
 
 TEST_F(LineShaperBefore, ATalkerPacesWhatTheDeviceSays) {
   conditions_.baud = 9600;
-  LineShaper line(recorder_, conditions_, 1);
+  sim::LineShaper line(recorder_, conditions_, 1);
   recorder_.output = hex("01 02 03 04");
   EXPECT_EQ(line.tick(0ms), Bytes{});
   const std::vector<std::pair<int, Bytes>> expected{
@@ -141,7 +142,7 @@ TEST_F(LineShaperBefore, AnyDeviceIsNeverFasterThanItsRate) {
   for (const unsigned int baud : {4800U, 38400U, 115200U, 921600U}) {
     conditions_.baud = baud;
     Recorder recorder;
-    LineShaper line(recorder, conditions_, 1);
+    sim::LineShaper line(recorder, conditions_, 1);
     recorder.output = Bytes(4000, 0x11);
     line.tick(0ms);
     std::size_t said = 0;
@@ -156,7 +157,7 @@ TEST_F(LineShaperBefore, AnyDeviceIsNeverFasterThanItsRate) {
 TEST_F(LineShaperBefore, AReceiverPacesAnExchangeFromFirstBitToLast) {
   conditions_.baud = 9600;
   conditions_.latency = 50ms;
-  LineShaper line(receiver_, conditions_, 1);
+  sim::LineShaper line(receiver_, conditions_, 1);
   EXPECT_EQ(line.receive(kRateQuery), Bytes{});
   // 8 bytes take 8.3 ms, and are heard after 9 and 50 more; the answer's 18 bytes take 18.75 ms.
   const auto output = outputByTime(line, 200);
@@ -167,7 +168,7 @@ TEST_F(LineShaperBefore, AReceiverPacesAnExchangeFromFirstBitToLast) {
 
 TEST_F(LineShaperBefore, ATalkerLosesWhatIsSaidUnaskedWhenTooMuchWaits) {
   conditions_.baud = 4800;
-  LineShaper line(recorder_, conditions_, 1);
+  sim::LineShaper line(recorder_, conditions_, 1);
   for (int i = 0; i < 3; ++i) {
     recorder_.output = Bytes(3000, 0x11);
     line.tick(0ms);
@@ -182,7 +183,7 @@ TEST_F(LineShaperBefore, ATalkerLosesWhatIsSaidUnaskedWhenTooMuchWaits) {
 TEST_F(LineShaperBefore, AReceiverChatters) {
   conditions_.chatterInterval = 100ms;
   conditions_.chatter = "hm\n";
-  LineShaper line(receiver_, conditions_, 1);
+  sim::LineShaper line(receiver_, conditions_, 1);
   EXPECT_EQ(line.untilNextOutput(), 100ms);
   EXPECT_EQ(line.tick(99ms), Bytes{});
   EXPECT_EQ(line.tick(1ms), hex("68 6D 0A"));
@@ -193,7 +194,7 @@ TEST_F(LineShaperBefore, AReceiverChatters) {
 TEST_F(LineShaperBefore, ATalkerDoesNotChatterIntoABusyLine) {
   conditions_.baud = 9600;
   conditions_.chatterInterval = 10ms;
-  LineShaper line(recorder_, conditions_, 1);
+  sim::LineShaper line(recorder_, conditions_, 1);
   recorder_.output = Bytes(100, 0x11);
   line.tick(0ms);
   EXPECT_EQ(line.tick(105ms), Bytes(100, 0x11));
@@ -201,7 +202,7 @@ TEST_F(LineShaperBefore, ATalkerDoesNotChatterIntoABusyLine) {
 }
 
 TEST_F(LineShaperBefore, ADeviceThatDropsTheLineHandsTheHangUpOn) {
-  LineShaper line(recorder_, conditions_, 1);
+  sim::LineShaper line(recorder_, conditions_, 1);
   EXPECT_FALSE(line.takeHangUp());
   recorder_.answer = hex("01");
   recorder_.hangUp = true;
@@ -218,7 +219,7 @@ TEST_F(LineShaperBefore, ADeviceThatDropsTheLineHandsTheHangUpOn) {
 TEST_F(LineShaperBefore, ADeviceThatDropsTheLineLosesWhatIsOnItsWay) {
   conditions_.baud = 9600;
   conditions_.latency = 10ms;
-  LineShaper line(recorder_, conditions_, 1);
+  sim::LineShaper line(recorder_, conditions_, 1);
   recorder_.output = Bytes(50, 0x11);
   line.receive(Bytes(50, 0x22));
   line.tick(30ms);
@@ -231,12 +232,9 @@ TEST_F(LineShaperBefore, ADeviceThatDropsTheLineLosesWhatIsOnItsWay) {
 }
 
 TEST_F(LineShaperBefore, AFaultyDeviceKeepsThePiecesOfALateAnswerApart) {
-  FaultRule rule{FaultKind::Pieces};
-  rule.length = 8;
-  rule.delay = 5ms;
-  FaultyDevice faulty(receiver_, {rule}, 1);
+  sim::FaultyDevice faulty(receiver_, {{.kind = FaultKind::Pieces, .delay = 5ms, .length = 8}}, 1);
   conditions_.latency = 100ms;
-  LineShaper line(faulty, conditions_, 1);
+  sim::LineShaper line(faulty, conditions_, 1);
   line.receive(kRateQuery);
   const Bytes first(kRateAnswer.begin(), kRateAnswer.end() - 1);
   const std::vector<std::pair<int, Bytes>> expected{{100, first}, {105, hex("0A")}};
@@ -244,4 +242,4 @@ TEST_F(LineShaperBefore, AFaultyDeviceKeepsThePiecesOfALateAnswerApart) {
 }
 
 }  // namespace
-}  // namespace orb::sim::test
+}  // namespace orb::test

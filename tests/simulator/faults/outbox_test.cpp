@@ -4,21 +4,21 @@
 
 #include "hex.h"
 
-namespace orb::sim::test {
+namespace orb::test {
 namespace {
 
 using namespace std::chrono_literals;
 
 TEST(Outbox, HasNothingToSayAtFirst) {
-  Outbox outbox;
-  EXPECT_EQ(outbox.next(), Device::kNever);
+  sim::Outbox outbox;
+  EXPECT_EQ(outbox.next(), sim::Device::kNever);
   EXPECT_EQ(outbox.take(10s), Bytes{});
   outbox.add(0ms, {});
-  EXPECT_EQ(outbox.next(), Device::kNever);
+  EXPECT_EQ(outbox.next(), sim::Device::kNever);
 }
 
 TEST(Outbox, SaysWhatIsDueInTheOrderOfTimeAndThenOfComing) {
-  Outbox outbox;
+  sim::Outbox outbox;
   outbox.add(20ms, {hex("03")});
   outbox.add(10ms, {hex("01")});
   outbox.add(10ms, {hex("02")});
@@ -30,7 +30,7 @@ TEST(Outbox, SaysWhatIsDueInTheOrderOfTimeAndThenOfComing) {
 }
 
 TEST(Outbox, LetsNothingComeBetweenPieces) {
-  Outbox outbox;
+  sim::Outbox outbox;
   outbox.add(0ms, {hex("01 02 03 04 05"), 2, 10ms});
   outbox.add(5ms, {hex("FF")});
   EXPECT_EQ(outbox.take(0ms), hex("01 02"));
@@ -38,14 +38,14 @@ TEST(Outbox, LetsNothingComeBetweenPieces) {
   EXPECT_EQ(outbox.take(5ms), Bytes{});
   EXPECT_EQ(outbox.take(10ms), hex("03 04"));
   EXPECT_EQ(outbox.take(20ms), hex("05 FF"));
-  EXPECT_EQ(outbox.next(), Device::kNever);
+  EXPECT_EQ(outbox.next(), sim::Device::kNever);
 }
 
 TEST(Outbox, JoinsPiecesWithoutAGap) {
-  Outbox outbox;
+  sim::Outbox outbox;
   outbox.add(0ms, {hex("01 02 03"), 1, 0ms});
   EXPECT_EQ(outbox.take(0ms), hex("01 02 03"));
 }
 
 }  // namespace
-}  // namespace orb::sim::test
+}  // namespace orb::test

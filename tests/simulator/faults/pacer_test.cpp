@@ -5,21 +5,21 @@
 #include "hex.h"
 #include "orb-sim/device.h"
 
-namespace orb::sim::test {
+namespace orb::test {
 namespace {
 
 using namespace std::chrono_literals;
 
 TEST(Pacer, LetsEverythingPassAtOnceWithoutARate) {
-  Pacer pacer(0);
-  EXPECT_EQ(pacer.untilNext(), Device::kNever);
+  sim::Pacer pacer(0);
+  EXPECT_EQ(pacer.untilNext(), sim::Device::kNever);
   pacer.add(hex("01 02"));
   EXPECT_EQ(pacer.untilNext(), 0ms);
   EXPECT_EQ(pacer.take(0ms), hex("01 02"));
 }
 
 TEST(Pacer, LetsAByteThroughWhenItsTenBitsHavePassed) {
-  Pacer pacer(9600);  // a byte takes 1.042 ms
+  sim::Pacer pacer(9600);  // a byte takes 1.042 ms
   pacer.add(hex("01 02"));
   EXPECT_EQ(pacer.untilNext(), 2ms);
   EXPECT_EQ(pacer.take(1ms), Bytes{});
@@ -30,7 +30,7 @@ TEST(Pacer, LetsAByteThroughWhenItsTenBitsHavePassed) {
 
 TEST(Pacer, CarriesTheRateExactlyInTheLongRun) {
   for (const unsigned int baud : {4800U, 9600U, 57600U, 115200U, 921600U}) {
-    Pacer pacer(baud);
+    sim::Pacer pacer(baud);
     pacer.add(Bytes(100000));
     std::size_t passed = 0;
     for (int ms = 0; ms < 1000; ++ms) {
@@ -41,11 +41,11 @@ TEST(Pacer, CarriesTheRateExactlyInTheLongRun) {
 }
 
 TEST(Pacer, SavesNothingUpWhileItIsIdle) {
-  Pacer pacer(9600);
+  sim::Pacer pacer(9600);
   EXPECT_EQ(pacer.take(10s), Bytes{});
   pacer.add(Bytes(10));
   EXPECT_EQ(pacer.take(5ms).size(), 4U);
 }
 
 }  // namespace
-}  // namespace orb::sim::test
+}  // namespace orb::test

@@ -4,21 +4,21 @@
 
 #include <cmath>
 
-namespace orb::sim::test {
+namespace orb::test {
 namespace {
 
 constexpr double kTolerance = 1e-9;
 
-Satellite at(double elevation, double azimuth) {
-  return {Constellation::Gps, 1, elevation, azimuth, 40};
+sim::Satellite at(double elevation, double azimuth) {
+  return {sim::Constellation::Gps, 1, elevation, azimuth, 40};
 }
 
-const std::vector<Satellite> kThreeOnTheHorizon{at(0, 0), at(0, 120), at(0, 240)};
+const std::vector<sim::Satellite> kThreeOnTheHorizon{at(0, 0), at(0, 120), at(0, 240)};
 
 TEST(Dilution, IsThatOfTheTextbookForOneAtTheZenithAndThreeOnTheHorizon) {
-  std::vector<Satellite> satellites = kThreeOnTheHorizon;
+  std::vector<sim::Satellite> satellites = kThreeOnTheHorizon;
   satellites.push_back(at(90, 0));
-  const auto dilution = dilutionIn3d(satellites);
+  const auto dilution = sim::dilutionIn3d(satellites);
   ASSERT_TRUE(dilution);
   EXPECT_NEAR(dilution->geometric, std::sqrt(3.0), kTolerance);
   EXPECT_NEAR(dilution->position, std::sqrt(8.0 / 3), kTolerance);
@@ -28,30 +28,31 @@ TEST(Dilution, IsThatOfTheTextbookForOneAtTheZenithAndThreeOnTheHorizon) {
 }
 
 TEST(Dilution, DoesNotDependOnWhereNorthIs) {
-  std::vector<Satellite> satellites{at(10, 15), at(40, 100), at(70, 200), at(25, 290), at(5, 330)};
-  const auto before = dilutionIn3d(satellites);
-  for (Satellite& satellite : satellites) {
+  std::vector<sim::Satellite> satellites{at(10, 15), at(40, 100), at(70, 200), at(25, 290),
+                                         at(5, 330)};
+  const auto before = sim::dilutionIn3d(satellites);
+  for (sim::Satellite& satellite : satellites) {
     satellite.azimuth += 77;
   }
-  const auto after = dilutionIn3d(satellites);
+  const auto after = sim::dilutionIn3d(satellites);
   ASSERT_TRUE(before && after);
   EXPECT_NEAR(before->geometric, after->geometric, kTolerance);
   EXPECT_NEAR(before->horizontal, after->horizontal, kTolerance);
 }
 
 TEST(Dilution, ShrinksWithEverySatellite) {
-  std::vector<Satellite> satellites{at(10, 15), at(40, 100), at(70, 200), at(25, 290)};
-  double last = dilutionIn3d(satellites)->geometric;
-  for (const Satellite& another : {at(5, 330), at(50, 45), at(15, 180)}) {
+  std::vector<sim::Satellite> satellites{at(10, 15), at(40, 100), at(70, 200), at(25, 290)};
+  double last = sim::dilutionIn3d(satellites)->geometric;
+  for (const sim::Satellite& another : {at(5, 330), at(50, 45), at(15, 180)}) {
     satellites.push_back(another);
-    const double now = dilutionIn3d(satellites)->geometric;
+    const double now = sim::dilutionIn3d(satellites)->geometric;
     EXPECT_LT(now, last);
     last = now;
   }
 }
 
 TEST(Dilution, In2dTakesTheAltitudeAsKnown) {
-  const auto dilution = dilutionIn2d(kThreeOnTheHorizon);
+  const auto dilution = sim::dilutionIn2d(kThreeOnTheHorizon);
   ASSERT_TRUE(dilution);
   EXPECT_NEAR(dilution->geometric, std::sqrt(5.0 / 3), kTolerance);
   EXPECT_NEAR(dilution->position, std::sqrt(4.0 / 3), kTolerance);
@@ -61,20 +62,20 @@ TEST(Dilution, In2dTakesTheAltitudeAsKnown) {
 }
 
 TEST(Dilution, OfTheTimeAloneIsThatOfAMean) {
-  EXPECT_DOUBLE_EQ(dilutionOfTime({at(5, 10)}).time, 1);
-  EXPECT_DOUBLE_EQ(dilutionOfTime({at(5, 10), at(9, 9), at(3, 3), at(1, 1)}).time, 0.5);
-  EXPECT_DOUBLE_EQ(dilutionOfTime({at(5, 10)}).geometric, 1);
-  EXPECT_EQ(dilutionOfTime({at(5, 10)}).position, 0);
+  EXPECT_DOUBLE_EQ(sim::dilutionOfTime({at(5, 10)}).time, 1);
+  EXPECT_DOUBLE_EQ(sim::dilutionOfTime({at(5, 10), at(9, 9), at(3, 3), at(1, 1)}).time, 0.5);
+  EXPECT_DOUBLE_EQ(sim::dilutionOfTime({at(5, 10)}).geometric, 1);
+  EXPECT_EQ(sim::dilutionOfTime({at(5, 10)}).position, 0);
 }
 
 TEST(Dilution, IsNoneWhereTheSatellitesDetermineNothing) {
-  EXPECT_FALSE(dilutionIn3d({}));
-  EXPECT_FALSE(dilutionIn3d(kThreeOnTheHorizon));
-  EXPECT_FALSE(dilutionIn2d({at(10, 20), at(30, 40)}));
+  EXPECT_FALSE(sim::dilutionIn3d({}));
+  EXPECT_FALSE(sim::dilutionIn3d(kThreeOnTheHorizon));
+  EXPECT_FALSE(sim::dilutionIn2d({at(10, 20), at(30, 40)}));
   // Five at one elevation do not tell height from time; four in one place tell nothing.
-  EXPECT_FALSE(dilutionIn3d({at(30, 0), at(30, 70), at(30, 140), at(30, 210), at(30, 280)}));
-  EXPECT_FALSE(dilutionIn3d({at(45, 45), at(45, 45), at(45, 45), at(45, 45)}));
+  EXPECT_FALSE(sim::dilutionIn3d({at(30, 0), at(30, 70), at(30, 140), at(30, 210), at(30, 280)}));
+  EXPECT_FALSE(sim::dilutionIn3d({at(45, 45), at(45, 45), at(45, 45), at(45, 45)}));
 }
 
 }  // namespace
-}  // namespace orb::sim::test
+}  // namespace orb::test

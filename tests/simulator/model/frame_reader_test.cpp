@@ -7,15 +7,15 @@
 #include "hex.h"
 #include "orb-sim/frame.h"
 
-namespace orb::sim::test {
+namespace orb::test {
 namespace {
 
 const Bytes kQuery = hex("A0 A1 00 02 02 01 03 0D 0A");
 const Bytes kRateQuery = hex("A0 A1 00 01 10 10 0D 0A");
 
-std::vector<Bytes> payloads(const std::vector<Frame>& frames) {
+std::vector<Bytes> payloads(const std::vector<sim::Frame>& frames) {
   std::vector<Bytes> payloads;
-  for (const Frame& frame : frames) {
+  for (const sim::Frame& frame : frames) {
     payloads.push_back(frame.payload);
   }
   return payloads;
@@ -23,21 +23,54 @@ std::vector<Bytes> payloads(const std::vector<Frame>& frames) {
 
 const std::vector<Bytes> kBothPayloads{hex("02 01"), hex("10")};
 
-TEST(FrameReader, FindsFramesBackToBack) {
-  FrameReader reader;
-  EXPECT_EQ(payloads(reader.push(kQuery + kRateQuery)), kBothPayloads);
-  EXPECT_EQ(reader.counts().frames, 2U);
-  EXPECT_EQ(reader.counts().skippedBytes, 0U);
-  EXPECT_FALSE(reader.midFrame());
+TEST(FrameReader, FindsTheGoodFramesAndCountsTheRest) {
+  const Bytes noise = hex("0D 0A A1 A0 00 A1");
+  const std::vector<Bytes> query{hex("02 01")};
+  const std::vector<Bytes> rateQuery{hex("10")};
+  const auto withEnd = [](const char* end) {
+    return hex("A0 A1 00 02 02 01 03") + hex(end) + kRateQuery;
+  };
+  const auto withLength = [](const char* length) { return hex("A0 A1") + hex(length) + kQuery; };
+  const struct {
+    const char* what;
+    Bytes stream;
+    std::vector<Bytes> payloads;
+    std::array<std::size_t, 5> counts;  // frames, bad lengths, checksums and ends, skipped bytes
+  } kRows[] = {
+      {"two frames", kQuery + kRateQuery, kBothPayloads, {2, 0, 0, 0, 0}},
+      {"noise", noise + kQuery + noise + kRateQuery + noise, kBothPayloads, {2, 0, 0, 0, 18}},
+      {"repeated start byte", hex("A0 A0 A0") + kQuery, query, {1, 0, 0, 0, 3}},
+      {"bad checksum", hex("A0 A1 00 02 02 01 04 0D 0A") + kRateQuery, rateQuery, {1, 0, 1, 0, 9}},
+      {"end 0A 0D", withEnd("0A 0D"), rateQuery, {1, 0, 0, 1, 9}},
+      {"end 0D 0D", withEnd("0D 0D"), rateQuery, {1, 0, 0, 1, 9}},
+      {"end 0A 0A", withEnd("0A 0A"), rateQuery, {1, 0, 0, 1, 9}},
+      {"length 0", withLength("00 00"), query, {1, 1, 0, 0, 4}},
+      {"length 262", withLength("01 06"), query, {1, 1, 0, 0, 4}},
+      {"length 512", withLength("02 00"), query, {1, 1, 0, 0, 4}},
+      {"length 65535", withLength("FF FF"), query, {1, 1, 0, 0, 4}},
+      // It claims twelve bytes; at the checksum's place is a byte of the next frame.
+      {"frames inside a bad one",
+       hex("A0 A1 00 0C 02 01") + kQuery + kRateQuery,
+       kBothPayloads,
+       {2, 0, 1, 0, 6}},
+  };
+  for (const auto& row : kRows) {
+    sim::FrameReader reader;
+    EXPECT_EQ(payloads(reader.push(row.stream)), row.payloads) << row.what;
+    const auto& [frames, badLengths, badChecksums, badEnds, skippedBytes] = reader.counts();
+    EXPECT_EQ((std::array{frames, badLengths, badChecksums, badEnds, skippedBytes}), row.counts)
+        << row.what;
+    EXPECT_FALSE(reader.midFrame()) << row.what;
+  }
 }
 
 TEST(FrameReader, PutsTogetherAStreamThatIsSplitAnywhere) {
   const Bytes stream = hex("00 A0") + kQuery + hex("FF") + kRateQuery;
   for (std::size_t split = 0; split <= stream.size(); ++split) {
-    FrameReader reader;
+    sim::FrameReader reader;
     const auto middle = stream.begin() + static_cast<std::ptrdiff_t>(split);
-    std::vector<Frame> frames = reader.push(Bytes(stream.begin(), middle));
-    for (Frame& frame : reader.push(Bytes(middle, stream.end()))) {
+    std::vector<sim::Frame> frames = reader.push(Bytes(stream.begin(), middle));
+    for (sim::Frame& frame : reader.push(Bytes(middle, stream.end()))) {
       frames.push_back(std::move(frame));
     }
     EXPECT_EQ(payloads(frames), kBothPayloads) << "split at " << split;
@@ -46,78 +79,26 @@ TEST(FrameReader, PutsTogetherAStreamThatIsSplitAnywhere) {
 }
 
 TEST(FrameReader, PutsTogetherSingleBytes) {
-  FrameReader reader;
-  std::vector<Frame> frames;
+  sim::FrameReader reader;
+  std::vector<sim::Frame> frames;
   for (const std::uint8_t byte : kQuery + kRateQuery) {
-    for (Frame& frame : reader.push({byte})) {
+    for (sim::Frame& frame : reader.push({byte})) {
       frames.push_back(std::move(frame));
     }
   }
   EXPECT_EQ(payloads(frames), kBothPayloads);
 }
 
-TEST(FrameReader, SkipsNoiseBeforeBetweenAndAfter) {
-  FrameReader reader;
-  const Bytes noise = hex("0D 0A A1 A0 00 A1");
-  EXPECT_EQ(payloads(reader.push(noise + kQuery + noise + kRateQuery + noise)), kBothPayloads);
-  EXPECT_EQ(reader.counts().skippedBytes, 18U);
-  EXPECT_FALSE(reader.midFrame());
-}
-
-TEST(FrameReader, KeepsAFrameBehindARepeatedStartByte) {
-  FrameReader reader;
-  EXPECT_EQ(payloads(reader.push(hex("A0 A0 A0") + kQuery)), std::vector<Bytes>{hex("02 01")});
-  EXPECT_EQ(reader.counts().skippedBytes, 3U);
-}
-
-TEST(FrameReader, DropsAFrameWithABadChecksum) {
-  FrameReader reader;
-  EXPECT_EQ(payloads(reader.push(hex("A0 A1 00 02 02 01 04 0D 0A") + kRateQuery)),
-            std::vector<Bytes>{hex("10")});
-  EXPECT_EQ(reader.counts().badChecksums, 1U);
-  EXPECT_EQ(reader.counts().skippedBytes, 9U);
-}
-
-TEST(FrameReader, DropsAFrameWithWrongEndBytes) {
-  for (const char* end : {"0A 0D", "0D 0D", "0A 0A"}) {
-    FrameReader reader;
-    EXPECT_EQ(payloads(reader.push(hex("A0 A1 00 02 02 01 03") + hex(end) + kRateQuery)),
-              std::vector<Bytes>{hex("10")});
-    EXPECT_EQ(reader.counts().badEnds, 1U) << end;
-    EXPECT_EQ(reader.counts().skippedBytes, 9U) << end;
-  }
-}
-
-TEST(FrameReader, TakesALengthOfZeroOrAboveTheLongestForNoise) {
-  for (const char* length : {"00 00", "01 06", "02 00", "FF FF"}) {
-    FrameReader reader;
-    EXPECT_EQ(payloads(reader.push(hex("A0 A1") + hex(length) + kQuery)),
-              std::vector<Bytes>{hex("02 01")})
-        << length;
-    EXPECT_EQ(reader.counts().badLengths, 1U) << length;
-    EXPECT_EQ(reader.counts().skippedBytes, 4U) << length;
-  }
-}
-
 TEST(FrameReader, TakesTheShortestAndTheLongestFrame) {
-  FrameReader reader;
-  Bytes longest(FrameReader::kLongestPayload, 0x5A);
+  sim::FrameReader reader;
+  Bytes longest(sim::FrameReader::kLongestPayload, 0x5A);
   longest[0] = 0x61;
-  EXPECT_EQ(payloads(reader.push(kRateQuery + Frame{longest}.packet())),
+  EXPECT_EQ(payloads(reader.push(kRateQuery + sim::Frame{longest}.packet())),
             (std::vector<Bytes>{hex("10"), longest}));
 }
 
-TEST(FrameReader, FindsTheGoodFrameInsideABadOne) {
-  FrameReader reader;
-  // Claims twelve bytes; the checksum position holds a byte of what follows.
-  const Bytes bad = hex("A0 A1 00 0C 02 01");
-  EXPECT_EQ(payloads(reader.push(bad + kQuery + kRateQuery)), kBothPayloads);
-  EXPECT_EQ(reader.counts().badChecksums, 1U);
-  EXPECT_EQ(reader.counts().skippedBytes, 6U);
-}
-
 TEST(FrameReader, WaitsForTheRestUntilTheFrameIsAbandoned) {
-  FrameReader reader;
+  sim::FrameReader reader;
   EXPECT_TRUE(reader.push(hex("A0 A1 00 FF") + kQuery).empty());
   EXPECT_TRUE(reader.midFrame());
   EXPECT_EQ(payloads(reader.abandon()), std::vector<Bytes>{hex("02 01")});
@@ -126,7 +107,7 @@ TEST(FrameReader, WaitsForTheRestUntilTheFrameIsAbandoned) {
 }
 
 TEST(FrameReader, AbandonsNothingWhereNothingHasBegun) {
-  FrameReader reader;
+  sim::FrameReader reader;
   reader.push(kQuery);
   EXPECT_TRUE(reader.abandon().empty());
   EXPECT_EQ(reader.counts().skippedBytes, 0U);
@@ -155,13 +136,13 @@ class FrameReaderOnNoise : public testing::TestWithParam<unsigned int> {};
 TEST_P(FrameReaderOnNoise, LosesNoGoodFrameAndNoByte) {
   std::mt19937 random(GetParam());
   for (int round = 0; round < 50; ++round) {
-    FrameReader reader;
+    sim::FrameReader reader;
     std::size_t goodFrames = 0;
     const Bytes stream = mutatedStream(random, goodFrames);
     std::size_t queries = 0;
     std::size_t frameBytes = 0;
-    const auto take = [&](const std::vector<Frame>& frames) {
-      for (const Frame& frame : frames) {
+    const auto take = [&](const std::vector<sim::Frame>& frames) {
+      for (const sim::Frame& frame : frames) {
         queries += frame.packet() == kQuery ? 1U : 0U;
         frameBytes += frame.packet().size();
       }
@@ -183,4 +164,4 @@ TEST_P(FrameReaderOnNoise, LosesNoGoodFrameAndNoByte) {
 INSTANTIATE_TEST_SUITE_P(Seeds, FrameReaderOnNoise, testing::Range(1U, 9U));
 
 }  // namespace
-}  // namespace orb::sim::test
+}  // namespace orb::test

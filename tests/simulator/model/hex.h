@@ -5,7 +5,9 @@
 
 #include "orb-sim/bytes.h"
 
-namespace orb::sim::test {
+namespace orb::test {
+
+using Bytes = sim::Bytes;
 
 /// The bytes that a text like "A0 A1 00 02" names.
 inline Bytes hex(const std::string& text) {
@@ -22,4 +24,4 @@ inline Bytes operator+(Bytes left, const Bytes& right) {
   return left;
 }
 
-}  // namespace orb::sim::test
+}  // namespace orb::test

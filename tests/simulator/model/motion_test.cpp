@@ -5,9 +5,9 @@
 #include <cmath>
 
 #include "model/body.h"
-#include "orb-sim/receiver.h"
+#include "receivers.h"
 
-namespace orb::sim::test {
+namespace orb::test {
 namespace {
 
 using std::chrono::milliseconds;
@@ -15,42 +15,42 @@ using std::chrono::seconds;
 
 constexpr double kMillimetre = 1e-3;
 
-void expectNear(const EarthFixed& actual, const EarthFixed& expected, double tolerance) {
+void expectNear(const sim::EarthFixed& actual, const sim::EarthFixed& expected, double tolerance) {
   for (std::size_t axis = 0; axis < actual.size(); ++axis) {
     EXPECT_NEAR(actual[axis], expected[axis], tolerance) << "axis " << axis;
   }
 }
 
-Waypoint at(seconds time, double latitude, double longitude, double altitude = 0) {
+sim::Waypoint at(seconds time, double latitude, double longitude, double altitude = 0) {
   return {time, latitude, longitude, altitude};
 }
 
-State moving(std::vector<Waypoint> waypoints, bool repeats = false) {
-  State state;
+sim::State moving(std::vector<sim::Waypoint> waypoints, bool repeats = false) {
+  sim::State state;
   state.track = {std::move(waypoints), repeats};
   return state;
 }
 
-Motion motionAt(State state, milliseconds time) {
+sim::Motion motionAt(sim::State state, milliseconds time) {
   state.sinceBeginning = time;
-  return antennaMotion(state);
+  return sim::antennaMotion(state);
 }
 
 TEST(EarthFixed, KnowsPlacesOnTheEllipsoid) {
-  expectNear(earthFixed({0, 0, 0}), {6378137, 0, 0}, kMillimetre);
-  expectNear(earthFixed({0, 90, 10}), {0, 6378147, 0}, kMillimetre);
-  expectNear(earthFixed({-90, 0, 0}), {0, 0, -6356752.3142}, kMillimetre);
-  expectNear(earthFixed({45, 45, 0}), {3194419.145, 3194419.145, 4487348.409}, kMillimetre);
+  expectNear(sim::earthFixed({0, 0, 0}), {6378137, 0, 0}, kMillimetre);
+  expectNear(sim::earthFixed({0, 90, 10}), {0, 6378147, 0}, kMillimetre);
+  expectNear(sim::earthFixed({-90, 0, 0}), {0, 0, -6356752.3142}, kMillimetre);
+  expectNear(sim::earthFixed({45, 45, 0}), {3194419.145, 3194419.145, 4487348.409}, kMillimetre);
 }
 
 TEST(EarthFixed, TurnsEastNorthAndUp) {
-  expectNear(earthFixed({0, 0, 0}, {1, 2, 3}), {3, 1, 2}, kMillimetre);
-  expectNear(earthFixed({0, 90, 0}, {1, 2, 3}), {-1, 3, 2}, kMillimetre);
-  expectNear(earthFixed({90, 0, 0}, {1, 2, 3}), {-2, 1, 3}, kMillimetre);
+  expectNear(sim::earthFixed({0, 0, 0}, {1, 2, 3}), {3, 1, 2}, kMillimetre);
+  expectNear(sim::earthFixed({0, 90, 0}, {1, 2, 3}), {-1, 3, 2}, kMillimetre);
+  expectNear(sim::earthFixed({90, 0, 0}, {1, 2, 3}), {-2, 1, 3}, kMillimetre);
 }
 
 TEST(Antenna, StandsWhereNavigationSaysWithoutATrack) {
-  const Motion motion = motionAt(State{}, seconds(100));
+  const sim::Motion motion = motionAt(sim::State{}, seconds(100));
   EXPECT_DOUBLE_EQ(motion.place.latitude, 48.3712345);
   EXPECT_DOUBLE_EQ(motion.place.longitude, 11.5678901);
   EXPECT_DOUBLE_EQ(motion.place.altitude, 520.12);
@@ -59,10 +59,10 @@ TEST(Antenna, StandsWhereNavigationSaysWithoutATrack) {
 }
 
 TEST(Antenna, GoesStraightFromWaypointToWaypoint) {
-  const State state = moving({at(seconds(10), 0, 0, 100), at(seconds(20), 0, 1, 200)});
+  const sim::State state = moving({at(seconds(10), 0, 0, 100), at(seconds(20), 0, 1, 200)});
   EXPECT_EQ(motionAt(state, seconds(0)).place.longitude, 0);
   EXPECT_EQ(motionAt(state, seconds(0)).velocity.east, 0);
-  const Motion half = motionAt(state, seconds(15));
+  const sim::Motion half = motionAt(state, seconds(15));
   EXPECT_DOUBLE_EQ(half.place.longitude, 0.5);
   EXPECT_DOUBLE_EQ(half.place.altitude, 150);
   EXPECT_DOUBLE_EQ(half.velocity.up, 10);
@@ -73,26 +73,27 @@ TEST(Antenna, GoesStraightFromWaypointToWaypoint) {
 }
 
 TEST(Antenna, MovesAsFastAsItsPlaceChanges) {
-  const State state = moving({at(seconds(0), 48, 11, 500), at(seconds(100), 48.02, 10.97, 530)});
+  const sim::State state =
+      moving({at(seconds(0), 48, 11, 500), at(seconds(100), 48.02, 10.97, 530)});
   for (const milliseconds time : {seconds(1), seconds(50), seconds(98)}) {
-    const Motion now = motionAt(state, time);
-    const EarthFixed here = earthFixed(now.place);
-    const EarthFixed soon = earthFixed(motionAt(state, time + milliseconds(100)).place);
-    expectNear(earthFixed(now.place, now.velocity),
+    const sim::Motion now = motionAt(state, time);
+    const sim::EarthFixed here = sim::earthFixed(now.place);
+    const sim::EarthFixed soon = sim::earthFixed(motionAt(state, time + milliseconds(100)).place);
+    expectNear(sim::earthFixed(now.place, now.velocity),
                {(soon[0] - here[0]) * 10, (soon[1] - here[1]) * 10, (soon[2] - here[2]) * 10},
                kMillimetre);
   }
 }
 
 TEST(Antenna, CrossesTheDateLineTheShortWay) {
-  const State state = moving({at(seconds(0), 0, 179), at(seconds(4), 0, -179)});
+  const sim::State state = moving({at(seconds(0), 0, 179), at(seconds(4), 0, -179)});
   EXPECT_DOUBLE_EQ(motionAt(state, seconds(1)).place.longitude, 179.5);
   EXPECT_DOUBLE_EQ(motionAt(state, seconds(3)).place.longitude, -179.5);
   EXPECT_GT(motionAt(state, seconds(3)).velocity.east, 0);
 }
 
 TEST(Antenna, BeginsARepeatedTrackAnew) {
-  const State state =
+  const sim::State state =
       moving({at(seconds(0), 0, 0), at(seconds(10), 10, 0), at(seconds(20), 0, 0)}, true);
   for (const seconds round : {seconds(0), seconds(20), seconds(2000)}) {
     EXPECT_DOUBLE_EQ(motionAt(state, round + seconds(5)).place.latitude, 5);
@@ -102,64 +103,60 @@ TEST(Antenna, BeginsARepeatedTrackAnew) {
 
 TEST(Antenna, StandsAtAWaypointThatIsAlone) {
   for (const bool repeats : {false, true}) {
-    const State state = moving({at(seconds(0), 12, 34, 56)}, repeats);
+    const sim::State state = moving({at(seconds(0), 12, 34, 56)}, repeats);
     EXPECT_EQ(motionAt(state, seconds(77)).place.latitude, 12);
     EXPECT_EQ(motionAt(state, seconds(77)).velocity.north, 0);
   }
 }
 
 /// Place and velocity of the receiver's next binary navigation data.
-struct Reported {
-  EarthFixed place{};
-  EarthFixed velocity{};
-};
-
-Reported nextReport(Receiver& receiver) {
-  const std::vector<Frame> frames = FrameReader().push(receiver.tick(seconds(1)));
-  const Bytes body = frames.at(0).body();
+std::array<sim::EarthFixed, 2> nextReport(sim::Receiver& receiver) {
+  const Bytes body = sim::FrameReader().push(receiver.tick(seconds(1))).at(0).body();
   const Bytes vectors(body.end() - 24, body.end());
-  BodyReader reader(vectors);
-  Reported reported;
-  for (EarthFixed* vector : {&reported.place, &reported.velocity}) {
-    for (double& component : *vector) {
-      component = reader.i32() / 100.0;
+  sim::BodyReader reader(vectors);
+  std::array<sim::EarthFixed, 2> reported{};
+  for (sim::EarthFixed& vector : reported) {
+    for (double& component : vector) {
+      std::int32_t hundredths = 0;
+      reader.read(hundredths);
+      component = hundredths / 100.0;
     }
   }
   return reported;
 }
 
 TEST(Receiver, ReportsPlaceAndVelocityOnItsTrack) {
-  State state = moving({at(seconds(0), 48, 11, 500), at(seconds(100), 48.02, 11.03, 530)});
-  state.outputType = OutputType::Binary;
+  sim::State state = moving({at(seconds(0), 48, 11, 500), at(seconds(100), 48.02, 11.03, 530)});
+  state.outputType = sim::OutputType::Binary;
   for (const bool withSky : {false, true}) {
-    state.sky = withSky ? ordinarySky() : std::vector<Satellite>{};
-    Receiver receiver(state);
+    state.sky = withSky ? sim::ordinarySky() : std::vector<sim::Satellite>{};
+    sim::Receiver receiver(state);
     receiver.talkFromTheStart();
-    const Reported first = nextReport(receiver);
-    const Reported second = nextReport(receiver);
-    expectNear(first.place, earthFixed({48.0002, 11.0003, 500.3}), 0.02);
-    EXPECT_NEAR(std::hypot(first.velocity[0], first.velocity[1], first.velocity[2]), 31.5, 0.5);
+    const auto [place, velocity] = nextReport(receiver);
+    const auto [nextPlace, nextVelocity] = nextReport(receiver);
+    expectNear(place, sim::earthFixed({48.0002, 11.0003, 500.3}), 0.02);
+    EXPECT_NEAR(std::hypot(velocity[0], velocity[1], velocity[2]), 31.5, 0.5);
     for (std::size_t axis = 0; axis < 3; ++axis) {
-      EXPECT_NEAR(second.place[axis] - first.place[axis], first.velocity[axis], 0.03);
+      EXPECT_NEAR(nextPlace[axis] - place[axis], velocity[axis], 0.03);
     }
   }
 }
 
 TEST(Receiver, TravelsByItsOwnClock) {
-  State state = moving({at(seconds(0), 0, 0), at(seconds(100), 0, 1)});
+  sim::State state = moving({at(seconds(0), 0, 0), at(seconds(100), 0, 1)});
   state.clockRate = 5;
-  Receiver receiver(state);
+  sim::Receiver receiver(state);
   receiver.tick(seconds(10));
   EXPECT_EQ(receiver.state().solution().longitude, 5000000);
-  receiver.change([](State& now) { now.clockRate = 0; });
+  receiver.change([](sim::State& now) { now.clockRate = 0; });
   receiver.tick(seconds(10));
   EXPECT_EQ(receiver.state().solution().longitude, 5000000);
 }
 
 TEST(Receiver, LetsItsClockRunAtItsOwnRate) {
   const auto passed = [](double rate, milliseconds tick, int ticks) {
-    Receiver receiver;
-    receiver.change([&](State& state) { state.clockRate = rate; });
+    sim::Receiver receiver;
+    receiver.change([&](sim::State& state) { state.clockRate = rate; });
     const milliseconds before = receiver.state().time.timeOfWeek;
     for (; ticks > 0; --ticks) {
       receiver.tick(tick);
@@ -175,4 +172,4 @@ TEST(Receiver, LetsItsClockRunAtItsOwnRate) {
 }
 
 }  // namespace
-}  // namespace orb::sim::test
+}  // namespace orb::test

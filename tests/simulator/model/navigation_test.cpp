@@ -5,7 +5,7 @@
 #include "hex.h"
 #include "orb-sim/receiver.h"
 
-namespace orb::sim::test {
+namespace orb::test {
 namespace {
 
 using std::chrono::milliseconds;
@@ -15,8 +15,8 @@ const Bytes kIntervalQuery = hex("A0 A1 00 02 64 30 54 0D 0A");
 const Bytes kIntervalAnswer = hex("A0 A1 00 02 83 64 E7 0D 0A A0 A1 00 03 64 98 01 FD 0D 0A");
 
 /// On the equator, on the prime meridian, on the ellipsoid.
-State atTheOrigin() {
-  State state;
+sim::State atTheOrigin() {
+  sim::State state;
   state.navigation.latitude = 0;
   state.navigation.longitude = 0;
   state.navigation.ellipsoidAltitude = 0;
@@ -28,13 +28,15 @@ const Bytes kAtTheOrigin = hex(
     "00 A0 00 5A 00 82 00 55 26 04 43 C4 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 "
     "00 37 0D 0A");
 
-Bytes navigationData(const State& state) { return sim::navigationData(state, solve(state)); }
+Bytes navigationData(const sim::State& state) {
+  return sim::navigationData(state, sim::solve(state));
+}
 
 /// A receiver that has been spoken to.
 class TalkingReceiver : public testing::Test {
  protected:
-  void choose(OutputType type) {
-    receiver_.receive(frame(0x0900, {static_cast<std::uint8_t>(type), 0}));
+  void choose(sim::OutputType type) {
+    receiver_.receive(sim::frame(0x0900, {static_cast<std::uint8_t>(type), 0}));
   }
 
   /// Its output over so many milliseconds, one tick each, one entry for each tick with output.
@@ -48,13 +50,13 @@ class TalkingReceiver : public testing::Test {
     return output;
   }
 
-  Receiver receiver_{atTheOrigin()};
+  sim::Receiver receiver_{atTheOrigin()};
 };
 
 TEST(NavigationData, ReportsTheSolution) { EXPECT_EQ(navigationData(atTheOrigin()), kAtTheOrigin); }
 
 TEST(NavigationData, ReportsNegativeValuesAsTwosComplement) {
-  State state;
+  sim::State state;
   state.time = {0, milliseconds(0), 18, 7};
   state.navigation = {0, 0, -900000000, 0, -100, -200, {1, 2, 3, 4, 5}};
   // The south pole, one metre under the ellipsoid.
@@ -65,8 +67,8 @@ TEST(NavigationData, ReportsNegativeValuesAsTwosComplement) {
 }
 
 TEST(Receiver, IsSilentUntilItHasAnsweredSomething) {
-  Receiver receiver;
-  EXPECT_EQ(receiver.untilNextOutput(), Device::kNever);
+  sim::Receiver receiver;
+  EXPECT_EQ(receiver.untilNextOutput(), sim::Device::kNever);
   EXPECT_EQ(receiver.tick(seconds(60)), Bytes{});
   receiver.receive(hex("12 34"));
   EXPECT_EQ(receiver.tick(seconds(60)), Bytes{});
@@ -76,14 +78,14 @@ TEST(Receiver, IsSilentUntilItHasAnsweredSomething) {
 }
 
 TEST(Receiver, TalksFromTheStartWhenTold) {
-  Receiver receiver;
+  sim::Receiver receiver;
   receiver.talkFromTheStart();
   EXPECT_EQ(receiver.tick(milliseconds(999)), Bytes{});
   EXPECT_NE(receiver.tick(milliseconds(1)), Bytes{});
 }
 
 TEST_F(TalkingReceiver, SendsNavigationDataWhileTheOutputIsBinary) {
-  choose(OutputType::Binary);
+  choose(sim::OutputType::Binary);
   EXPECT_EQ(outputOver(999), std::vector<Bytes>{});
   const Bytes data = receiver_.tick(milliseconds(1));
   EXPECT_EQ(data, navigationData(receiver_.state()));
@@ -91,38 +93,38 @@ TEST_F(TalkingReceiver, SendsNavigationDataWhileTheOutputIsBinary) {
 }
 
 TEST_F(TalkingReceiver, SendsNothingWhileTheOutputIsNone) {
-  choose(OutputType::None);
+  choose(sim::OutputType::None);
   EXPECT_EQ(outputOver(3000), std::vector<Bytes>{});
-  choose(OutputType{7});
+  choose(sim::OutputType{7});
   EXPECT_EQ(outputOver(3000), std::vector<Bytes>{});
 }
 
 TEST_F(TalkingReceiver, SendsAtTheUpdateRate) {
-  choose(OutputType::Binary);
-  receiver_.receive(frame(0x0E00, {20, 0}));
+  choose(sim::OutputType::Binary);
+  receiver_.receive(sim::frame(0x0E00, {20, 0}));
   EXPECT_EQ(receiver_.untilNextOutput(), milliseconds(50));
   EXPECT_EQ(outputOver(1000).size(), 20U);
-  receiver_.receive(frame(0x0E00, {0, 0}));
-  EXPECT_EQ(receiver_.untilNextOutput(), Device::kNever);
+  receiver_.receive(sim::frame(0x0E00, {0, 0}));
+  EXPECT_EQ(receiver_.untilNextOutput(), sim::Device::kNever);
   EXPECT_EQ(outputOver(3000).size(), 0U);
 }
 
 TEST_F(TalkingReceiver, SendsOnceASecondAtMostWhileItSavesPower) {
-  choose(OutputType::Binary);
-  receiver_.receive(frame(0x0E00, {20, 0}));
-  receiver_.receive(frame(0x0C00, {1, 0}));
+  choose(sim::OutputType::Binary);
+  receiver_.receive(sim::frame(0x0E00, {20, 0}));
+  receiver_.receive(sim::frame(0x0C00, {1, 0}));
   EXPECT_EQ(receiver_.untilNextOutput(), milliseconds(1000));
   EXPECT_EQ(outputOver(3000).size(), 3U);
-  receiver_.receive(frame(0x0C00, {0, 0}));
+  receiver_.receive(sim::frame(0x0C00, {0, 0}));
   EXPECT_EQ(outputOver(1000).size(), 20U);
-  receiver_.receive(frame(0x0C00, {1, 0}));
-  receiver_.receive(frame(0x0E00, {0, 0}));
+  receiver_.receive(sim::frame(0x0C00, {1, 0}));
+  receiver_.receive(sim::frame(0x0E00, {0, 0}));
   EXPECT_EQ(outputOver(3000).size(), 0U);
 }
 
 TEST_F(TalkingReceiver, SendsEveryEpochOfALongTick) {
-  choose(OutputType::Binary);
-  const std::vector<Frame> frames = FrameReader().push(receiver_.tick(seconds(5)));
+  choose(sim::OutputType::Binary);
+  const std::vector<sim::Frame> frames = sim::FrameReader().push(receiver_.tick(seconds(5)));
   ASSERT_EQ(frames.size(), 5U);
   // Time of week in hundredths of a second.
   EXPECT_EQ(frames[0].packet()[9 + 3], 0x78 + 100);
@@ -130,19 +132,20 @@ TEST_F(TalkingReceiver, SendsEveryEpochOfALongTick) {
 }
 
 TEST_F(TalkingReceiver, SendsNavigationDataAtTheirInterval) {
-  choose(OutputType::Binary);
-  receiver_.receive(frame(0x642F, {3, 0}));
+  choose(sim::OutputType::Binary);
+  receiver_.receive(sim::frame(0x642F, {3, 0}));
   EXPECT_EQ(outputOver(9000).size(), 3U);
-  receiver_.receive(frame(0x642F, {0, 0}));
+  receiver_.receive(sim::frame(0x642F, {0, 0}));
   EXPECT_EQ(outputOver(9000).size(), 0U);
 }
 
 TEST_F(TalkingReceiver, SendsNavigationDataAtTheEpochAndNotWhenTheirIntervalIsQueried) {
-  for (const OutputType type : {OutputType::Nmea, OutputType::Binary, OutputType::None}) {
+  for (const sim::OutputType type :
+       {sim::OutputType::Nmea, sim::OutputType::Binary, sim::OutputType::None}) {
     choose(type);
     EXPECT_EQ(receiver_.receive(kIntervalQuery), kIntervalAnswer);
   }
 }
 
 }  // namespace
-}  // namespace orb::sim::test
+}  // namespace orb::test

@@ -7,7 +7,7 @@
 
 #include "model/nmea_format.h"
 
-namespace orb::sim::test {
+namespace orb::test {
 namespace {
 
 using std::chrono::milliseconds;
@@ -28,8 +28,8 @@ constexpr std::array<std::uint8_t, 12> only(std::size_t kind) {
   return intervals;
 }
 
-std::string sentences(const State& state, unsigned int epoch = 1) {
-  return nmeaSentences(state, solve(state), epoch);
+std::string sentences(const sim::State& state, unsigned int epoch = 1) {
+  return sim::nmeaSentences(state, sim::solve(state), epoch);
 }
 
 std::vector<std::string> linesOf(const std::string& text) {
@@ -42,16 +42,16 @@ std::vector<std::string> linesOf(const std::string& text) {
 }
 
 TEST(NmeaSentence, EndsWithItsChecksum) {
-  EXPECT_EQ(nmeaSentence("GPGLL"), "$GPGLL*50\r\n");
-  EXPECT_EQ(nmeaSentence(""), "$*00\r\n");
+  EXPECT_EQ(sim::nmeaSentence("GPGLL"), "$GPGLL*50\r\n");
+  EXPECT_EQ(sim::nmeaSentence(""), "$*00\r\n");
 }
 
 TEST(NmeaSentences, ReportTheSolution) {
-  EXPECT_EQ(sentences(State{}), kGga + kGsa + kGsv + kGll + kRmc + kVtg + kZda);
+  EXPECT_EQ(sentences(sim::State{}), kGga + kGsa + kGsv + kGll + kRmc + kVtg + kZda);
 }
 
 TEST(NmeaSentences, ReportSouthWestAndNoFix) {
-  State state;
+  sim::State state;
   state.time = {1042, milliseconds(518412500), 13, 7};
   state.navigation = {0, 0, -101, -1799999999, -1000, -1200, {0, 0, 9990, 0, 0}};
   state.constellations = 0x01;
@@ -62,7 +62,7 @@ TEST(NmeaSentences, ReportSouthWestAndNoFix) {
 }
 
 TEST(NmeaSentences, LeaveATimeOutThatTheReceiverDoesNotKnow) {
-  State state;
+  sim::State state;
   state.time.valid = 0;
   state.nmeaIntervals = {0, 0, 0, 0, 1, 0, 1};
   EXPECT_EQ(sentences(state),
@@ -78,7 +78,7 @@ TEST(NmeaSentences, LeaveATimeOutThatTheReceiverDoesNotKnow) {
 
 TEST(NmeaSentences, NameTheConstellationInUse) {
   const auto talker = [](std::uint16_t constellations) {
-    State state;
+    sim::State state;
     state.constellations = constellations;
     return sentences(state).substr(1, 2);
   };
@@ -92,7 +92,7 @@ TEST(NmeaSentences, NameTheConstellationInUse) {
 TEST(NmeaSentences, FollowTheirIntervals) {
   const std::string kKinds[] = {kGga, kGsa, kGsv, kGll, kRmc, kVtg, kZda};
   for (std::size_t kind = 0; kind < std::size(kKinds); ++kind) {
-    State state;
+    sim::State state;
     state.nmeaIntervals = {};
     EXPECT_EQ(sentences(state, 6), "");
     state.nmeaIntervals[kind] = 3;
@@ -104,47 +104,48 @@ TEST(NmeaSentences, FollowTheirIntervals) {
 }
 
 TEST(NmeaSentences, TellSpeedAndCourseOnATrack) {
-  State state;
+  sim::State state;
   // A hundredth of a degree to the east in 100 s, on the equator: 11.13 m/s.
   state.track.waypoints = {{milliseconds(0), 0, 0, 0}, {milliseconds(100000), 0, 0.01, 0}};
   state.nmeaIntervals = only(5);
-  EXPECT_EQ(sentences(state), nmeaSentence("GNVTG,090.0,T,,M,021.6,N,040.1,K,A"));
+  EXPECT_EQ(sentences(state), sim::nmeaSentence("GNVTG,090.0,T,,M,021.6,N,040.1,K,A"));
   // To the north-west, where a degree of longitude is half as long.
   state.track.waypoints = {{milliseconds(0), 60, 0, 0}, {milliseconds(100000), 60.01, -0.021, 500}};
-  EXPECT_EQ(sentences(state), nmeaSentence("GNVTG,313.6,T,,M,031.4,N,058.2,K,A"));
+  EXPECT_EQ(sentences(state), sim::nmeaSentence("GNVTG,313.6,T,,M,031.4,N,058.2,K,A"));
   state.navigation.fixMode = 0;
-  EXPECT_EQ(sentences(state), nmeaSentence("GNVTG,000.0,T,,M,000.0,N,000.0,K,N"));
+  EXPECT_EQ(sentences(state), sim::nmeaSentence("GNVTG,000.0,T,,M,000.0,N,000.0,K,N"));
 }
 
 /// Six satellites of GPS and one each of the others.
-State underAMixedSky() {
-  State state;
+sim::State underAMixedSky() {
+  sim::State state;
   state.constellations = 0x0F;
   for (std::uint8_t number = 1; number <= 6; ++number) {
     const double place = number * 10;
-    state.sky.push_back({Constellation::Gps, number, place, place * 6, 40});
+    state.sky.push_back({sim::Constellation::Gps, number, place, place * 6, 40});
   }
-  state.sky.push_back({Constellation::Glonass, 24, 33.4, 359.6, 41});
-  state.sky.push_back({Constellation::Galileo, 36, 44, -100, 42});
-  state.sky.push_back({Constellation::Beidou, 37, 55, 200, 43});
-  state.sky.push_back({Constellation::Qzss, 1, 66, 300, 0});
-  state.sky.push_back({Constellation::Sbas, 3, 30, 160, 38});
+  state.sky.push_back({sim::Constellation::Glonass, 24, 33.4, 359.6, 41});
+  state.sky.push_back({sim::Constellation::Galileo, 36, 44, -100, 42});
+  state.sky.push_back({sim::Constellation::Beidou, 37, 55, 200, 43});
+  state.sky.push_back({sim::Constellation::Qzss, 1, 66, 300, 0});
+  state.sky.push_back({sim::Constellation::Sbas, 3, 30, 160, 38});
   return state;
 }
 
 TEST(NmeaSentences, ListTheSatellitesInViewUnderTheirOwnTalkers) {
-  State state = underAMixedSky();
+  sim::State state = underAMixedSky();
   state.nmeaIntervals = only(2);
-  EXPECT_EQ(
-      sentences(state),
-      nmeaSentence("GPGSV,2,1,07,01,10,060,40,02,20,120,40,03,30,180,40,04,40,240,40") +
-          nmeaSentence("GPGSV,2,2,07,05,50,300,40,06,60,000,40,35,30,160,38") +
-          nmeaSentence("GLGSV,1,1,01,88,33,000,41") + nmeaSentence("GQGSV,1,1,01,193,66,300,") +
-          nmeaSentence("GAGSV,1,1,01,336,44,260,42") + nmeaSentence("GBGSV,1,1,01,237,55,200,43"));
+  EXPECT_EQ(sentences(state),
+            sim::nmeaSentence("GPGSV,2,1,07,01,10,060,40,02,20,120,40,03,30,180,40,04,40,240,40") +
+                sim::nmeaSentence("GPGSV,2,2,07,05,50,300,40,06,60,000,40,35,30,160,38") +
+                sim::nmeaSentence("GLGSV,1,1,01,88,33,000,41") +
+                sim::nmeaSentence("GQGSV,1,1,01,193,66,300,") +
+                sim::nmeaSentence("GAGSV,1,1,01,336,44,260,42") +
+                sim::nmeaSentence("GBGSV,1,1,01,237,55,200,43"));
 }
 
 TEST(NmeaSentences, ListTheSatellitesInUseConstellationByConstellation) {
-  State state = underAMixedSky();
+  sim::State state = underAMixedSky();
   state.nmeaIntervals = only(1);
   const std::vector<std::string> lines = linesOf(sentences(state));
   ASSERT_EQ(lines.size(), 4U);
@@ -158,15 +159,15 @@ TEST(NmeaSentences, ListTheSatellitesInUseConstellationByConstellation) {
 }
 
 TEST(NmeaSentences, ListNoSatellitesWhileTheReceiverStarts) {
-  State state = underAMixedSky();
+  sim::State state = underAMixedSky();
   state.startup.untilFix = milliseconds(1);
   state.nmeaIntervals = {0, 1, 1};
-  EXPECT_EQ(sentences(state),
-            nmeaSentence("GNGSA,A,1,,,,,,,,,,,,,99.9,99.9,99.9") + nmeaSentence("GPGSV,1,1,00"));
+  EXPECT_EQ(sentences(state), sim::nmeaSentence("GNGSA,A,1,,,,,,,,,,,,,99.9,99.9,99.9") +
+                                  sim::nmeaSentence("GPGSV,1,1,00"));
 }
 
 TEST(NmeaSentences, CallAFixDifferentialWithSbas) {
-  State state = underAMixedSky();
+  sim::State state = underAMixedSky();
   state.nmeaIntervals = {1, 1, 0, 1, 1, 1};
   const std::vector<std::string> lines = linesOf(sentences(state));
   EXPECT_NE(lines.front().find(",E,2,09,"), std::string::npos);
@@ -182,16 +183,18 @@ TEST(NmeaSentences, StayWithinEightyTwoCharacters) {
     return std::uniform_real_distribution<double>(low, high)(random);
   };
   for (int round = 0; round < 500; ++round) {
-    State state;
+    sim::State state;
     state.elevationCnrMask.mode = 0;
     state.constellations = 0x0F;
     for (int count = static_cast<int>(between(0, 80)); count > 0; --count) {
-      state.sky.push_back({Constellation{static_cast<std::uint8_t>(between(0, 6))},
+      state.sky.push_back({sim::Constellation{static_cast<std::uint8_t>(between(0, 6))},
                            static_cast<std::uint8_t>(between(1, 64)), between(0, 90),
                            between(-360, 720), static_cast<std::uint8_t>(between(0, 60))});
     }
-    const Waypoint from{milliseconds(0), between(-80, 80), between(-180, 180), between(-400, 9000)};
-    const Waypoint to{milliseconds(900000), between(-80, 80), from.longitude, between(0, 9000)};
+    const sim::Waypoint from{milliseconds(0), between(-80, 80), between(-180, 180),
+                             between(-400, 9000)};
+    const sim::Waypoint to{milliseconds(900000), between(-80, 80), from.longitude,
+                           between(0, 9000)};
     state.track.waypoints = {from, to};
     for (const std::string& line : linesOf(sentences(state))) {
       EXPECT_LE(line.size(), 82U) << line;
@@ -200,4 +203,4 @@ TEST(NmeaSentences, StayWithinEightyTwoCharacters) {
 }
 
 }  // namespace
-}  // namespace orb::sim::test
+}  // namespace orb::test

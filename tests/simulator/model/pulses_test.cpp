@@ -1,17 +1,16 @@
 #include <gtest/gtest.h>
 
-#include "hex.h"
-#include "orb-sim/receiver.h"
+#include "receivers.h"
 
-namespace orb::sim::test {
+namespace orb::test {
 namespace {
 
 using std::chrono::seconds;
 
 TEST(Pulses, HaveTheWidthAndTheCableDelayThatWereSet) {
-  Receiver receiver;
-  receiver.receive(frame(0x6501, hex("00 01 86 A0 00")));  // 100 ms
-  receiver.receive(frame(0x4500, hex("00 00 0A F0 00")));  // 28 ns
+  sim::Receiver receiver;
+  receiver.receive(sim::frame(0x6501, hex("00 01 86 A0 00")));  // 100 ms
+  receiver.receive(sim::frame(0x4500, hex("00 00 0A F0 00")));  // 28 ns
   const auto pulses = receiver.state().pulses();
   ASSERT_TRUE(pulses);
   EXPECT_EQ(pulses->width, 100000U);
@@ -19,15 +18,15 @@ TEST(Pulses, HaveTheWidthAndTheCableDelayThatWereSet) {
 }
 
 TEST(Pulses, FollowTheTimeReference) {
-  Receiver receiver;
-  receiver.change([](State& state) { state.utcOffset = 12; });
+  sim::Receiver receiver;
+  receiver.change([](sim::State& state) { state.utcOffset = 12; });
   EXPECT_DOUBLE_EQ(receiver.state().pulses()->offset, 0);
-  receiver.receive(frame(0x5500, {2, 1, 0}));
+  receiver.receive(sim::frame(0x5500, {2, 1, 0}));
   EXPECT_DOUBLE_EQ(receiver.state().pulses()->offset, 12);
 }
 
 TEST(Pulses, AreHeldBackAsTheirModeSays) {
-  State state;
+  sim::State state;
   const auto pulsesIn = [&](std::uint8_t mode) {
     state.ppsOutput.mode = mode;
     return state.pulses().has_value();
@@ -42,37 +41,35 @@ TEST(Pulses, AreHeldBackAsTheirModeSays) {
 }
 
 TEST(Pulses, AreNoneWhileTheReceiverIsStillSilentAfterARestart) {
-  Receiver receiver;
-  receiver.change([](State& state) { state.startTimes.silence = seconds(1); });
-  receiver.receive(frame(0x643F, {0}));
+  sim::Receiver receiver;
+  receiver.change([](sim::State& state) { state.startTimes.silence = seconds(1); });
+  receiver.receive(sim::frame(0x643F, {0}));
   EXPECT_FALSE(receiver.state().pulses());
   receiver.tick(seconds(1));
   EXPECT_TRUE(receiver.state().pulses());
 }
 
 TEST(Receiver, ShowsItsTimeReferenceInTheNanosecondsOfItsGpsTime) {
-  Receiver receiver;
+  sim::Receiver receiver;
   const auto nanoseconds = [&] {
-    const Bytes body = FrameReader().push(receiver.receive(frame(0x6420))).at(1).body();
+    const Bytes body = replyTo(0x6420, receiver);
     return Bytes(body.begin() + 4, body.begin() + 8);
   };
   EXPECT_EQ(nanoseconds(), hex("00 00 00 00"));
-  receiver.receive(frame(0x5500, {2, 1, 0}));
+  receiver.receive(sim::frame(0x5500, {2, 1, 0}));
   EXPECT_EQ(nanoseconds(), hex("00 00 00 07"));
-  receiver.receive(frame(0x5500, {2, 0, 0}));
+  receiver.receive(sim::frame(0x5500, {2, 0, 0}));
   EXPECT_EQ(nanoseconds(), hex("00 00 00 00"));
 }
 
 TEST(Receiver, TellsOfInterferenceOnlyWhileItLooksForIt) {
-  Receiver receiver;
-  receiver.change([](State& state) { state.interferenceStatus = 3; });
-  const auto report = [&] {
-    return FrameReader().push(receiver.receive(frame(0x6407))).at(1).body();
-  };
+  sim::Receiver receiver;
+  receiver.change([](sim::State& state) { state.interferenceStatus = 3; });
+  const auto report = [&] { return replyTo(0x6407, receiver); };
   EXPECT_EQ(report(), hex("00 00"));
-  receiver.receive(frame(0x6406, {1, 0}));
+  receiver.receive(sim::frame(0x6406, {1, 0}));
   EXPECT_EQ(report(), hex("01 03"));
 }
 
 }  // namespace
-}  // namespace orb::sim::test
+}  // namespace orb::test

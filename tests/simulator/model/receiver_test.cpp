@@ -8,7 +8,7 @@
 
 #include "hex.h"
 
-namespace orb::sim::test {
+namespace orb::test {
 namespace {
 
 using std::chrono::hours;
@@ -20,7 +20,7 @@ const Bytes kRateQuery = hex("A0 A1 00 01 10 10 0D 0A");
 const Bytes kRateAnswer = hex("A0 A1 00 02 83 10 93 0D 0A A0 A1 00 02 86 01 87 0D 0A");
 
 TEST(Receiver, AcknowledgesTheRevisionQueryAndThenAnswersIt) {
-  Receiver receiver;
+  sim::Receiver receiver;
   const Bytes answer =
       hex("A0 A1 00 02 83 02 81 0D 0A "
           "A0 A1 00 0E 80 01 00 01 00 0C 00 01 02 00 00 18 03 0F 9B 0D 0A");
@@ -29,12 +29,12 @@ TEST(Receiver, AcknowledgesTheRevisionQueryAndThenAnswersIt) {
 }
 
 TEST(Receiver, ReportsTheIdentityItIsGiven) {
-  State state;
+  sim::State state;
   state.identity.kernel = {1, 0, 12};
   state.identity.odm = {7, 8, 9};
   state.identity.revisionYear = 25;
   state.identity.versionExtension = std::string(40, 'x');
-  Receiver receiver(state);
+  sim::Receiver receiver(state);
   const Bytes revision = receiver.receive(kRevisionQuery);
   EXPECT_EQ(Bytes(revision.begin() + 9, revision.end() - 3),
             hex("A0 A1 00 0E 80 01 00 01 00 0C 00 07 08 09 00 19 03 0F"));
@@ -44,7 +44,7 @@ TEST(Receiver, ReportsTheIdentityItIsGiven) {
 }
 
 TEST(Receiver, FillsAShortVersionExtensionUpWithZeros) {
-  Receiver receiver;
+  sim::Receiver receiver;
   EXPECT_EQ(receiver.receive(hex("A0 A1 00 02 64 7D 19 0D 0A")),
             hex("A0 A1 00 02 83 64 E7 0D 0A "
                 "A0 A1 00 22 64 FE 4F 52 42 2D 53 49 4D 00 00 00 00 00 00 00 00 00 00 00 00 00 00 "
@@ -52,7 +52,7 @@ TEST(Receiver, FillsAShortVersionExtensionUpWithZeros) {
 }
 
 TEST(Receiver, RefusesMessagesThatItDoesNotKnow) {
-  Receiver receiver;
+  sim::Receiver receiver;
   EXPECT_EQ(receiver.receive(hex("A0 A1 00 02 03 00 03 0D 0A")), hex("A0 A1 00 02 84 03 87 0D 0A"));
   EXPECT_EQ(receiver.receive(hex("A0 A1 00 02 64 01 65 0D 0A")), hex("A0 A1 00 02 84 64 E0 0D 0A"));
   EXPECT_EQ(receiver.receive(hex("A0 A1 00 01 64 64 0D 0A")), hex("A0 A1 00 02 84 64 E0 0D 0A"));
@@ -61,27 +61,27 @@ TEST(Receiver, RefusesMessagesThatItDoesNotKnow) {
 }
 
 TEST(Receiver, RefusesAQueryOfTheWrongLength) {
-  Receiver receiver;
+  sim::Receiver receiver;
   EXPECT_EQ(receiver.receive(hex("A0 A1 00 02 10 00 10 0D 0A")), hex("A0 A1 00 02 84 10 94 0D 0A"));
   EXPECT_EQ(receiver.receive(hex("A0 A1 00 01 02 02 0D 0A")), hex("A0 A1 00 02 84 02 86 0D 0A"));
 }
 
 TEST(Receiver, SaysNothingToADamagedCommand) {
-  Receiver receiver;
+  sim::Receiver receiver;
   EXPECT_EQ(receiver.receive(hex("A0 A1 00 02 02 01 04 0D 0A")), Bytes{});
   EXPECT_EQ(receiver.readerCounts().badChecksums, 1U);
   EXPECT_EQ(receiver.receive(kRateQuery), kRateAnswer);
 }
 
 TEST(Receiver, AnswersCommandsBackToBackInTheirOrder) {
-  Receiver receiver;
+  sim::Receiver receiver;
   const Bytes unknown = hex("A0 A1 00 02 03 00 03 0D 0A");
   EXPECT_EQ(receiver.receive(unknown + kRateQuery),
             hex("A0 A1 00 02 84 03 87 0D 0A") + kRateAnswer);
 }
 
 TEST(Receiver, GivesUpAFrameThatStaysIncomplete) {
-  Receiver receiver;
+  sim::Receiver receiver;
   EXPECT_EQ(receiver.receive(hex("A0 A1 01 00 02")), Bytes{});
   EXPECT_EQ(receiver.untilNextOutput(), milliseconds(1000));
   EXPECT_EQ(receiver.tick(milliseconds(999)), Bytes{});
@@ -91,13 +91,13 @@ TEST(Receiver, GivesUpAFrameThatStaysIncomplete) {
 }
 
 TEST(Receiver, AnswersACommandThatAnAbandonedFrameHadSwallowed) {
-  Receiver receiver;
+  sim::Receiver receiver;
   EXPECT_EQ(receiver.receive(hex("A0 A1 01 00") + kRateQuery), Bytes{});
-  EXPECT_EQ(receiver.tick(Receiver::kFrameTimeout), kRateAnswer);
+  EXPECT_EQ(receiver.tick(sim::Receiver::kFrameTimeout), kRateAnswer);
 }
 
 TEST(Receiver, CountsSoftResetsAndKeepsTheirBody) {
-  Receiver receiver;
+  sim::Receiver receiver;
   EXPECT_EQ(
       receiver.receive(hex("A0 A1 00 0F 01 01 07 BC 01 06 00 00 0A 0E A3 31 00 00 00 2A 0D 0A")),
       hex("A0 A1 00 02 83 01 82 0D 0A"));
@@ -106,7 +106,7 @@ TEST(Receiver, CountsSoftResetsAndKeepsTheirBody) {
 }
 
 TEST(Receiver, CountsRestartsAndKeepsTheirFlag) {
-  Receiver receiver;
+  sim::Receiver receiver;
   EXPECT_EQ(receiver.receive(hex("A0 A1 00 03 64 3F 01 5A 0D 0A")),
             hex("A0 A1 00 02 83 64 E7 0D 0A"));
   EXPECT_EQ(receiver.state().restarts, 1U);
@@ -116,20 +116,20 @@ TEST(Receiver, CountsRestartsAndKeepsTheirFlag) {
 }
 
 TEST(Receiver, FactoryDefaultsLeaveWhatIsNoSetting) {
-  Receiver receiver;
-  receiver.change([](State& state) {
+  sim::Receiver receiver;
+  receiver.change([](sim::State& state) {
     state.identity.kernel = {9, 9, 9};
     state.navigation.satellites = 3;
     state.interferenceStatus = 2;
-    state.outputType = OutputType::Binary;
+    state.outputType = sim::OutputType::Binary;
     state.serialPort.baudCode = 1;
     state.attributes[0x0900] = 1;
     state.surveyed = seconds(5);
   });
   EXPECT_EQ(receiver.receive(hex("A0 A1 00 02 04 01 05 0D 0A")), hex("A0 A1 00 02 83 04 87 0D 0A"));
-  const State state = receiver.state();
+  const sim::State state = receiver.state();
   EXPECT_EQ(state.factoryResets, 1U);
-  EXPECT_EQ(state.outputType, OutputType::Nmea);
+  EXPECT_EQ(state.outputType, sim::OutputType::Nmea);
   EXPECT_EQ(state.serialPort.baudCode, 5);
   EXPECT_TRUE(state.attributes.empty());
   EXPECT_EQ(state.surveyed, seconds(0));
@@ -139,16 +139,16 @@ TEST(Receiver, FactoryDefaultsLeaveWhatIsNoSetting) {
 }
 
 TEST(Receiver, ReportsTheGpsTime) {
-  Receiver receiver;
-  receiver.change([](State& state) { state.time.timeOfWeek = milliseconds(337500); });
+  sim::Receiver receiver;
+  receiver.change([](sim::State& state) { state.time.timeOfWeek = milliseconds(337500); });
   EXPECT_EQ(receiver.receive(hex("A0 A1 00 02 64 20 44 0D 0A")),
             hex("A0 A1 00 02 83 64 E7 0D 0A "
                 "A0 A1 00 0F 64 8E 00 05 26 5C 00 00 00 00 08 FC 12 12 07 66 0D 0A"));
 }
 
 TEST(Receiver, CarriesTheTimeOfWeekIntoTheNextWeek) {
-  Receiver receiver;
-  receiver.change([](State& state) {
+  sim::Receiver receiver;
+  receiver.change([](sim::State& state) {
     state.time = {2300, hours(7 * 24) - milliseconds(1), 18, 7};
   });
   receiver.tick(milliseconds(1));
@@ -160,11 +160,11 @@ TEST(Receiver, CarriesTheTimeOfWeekIntoTheNextWeek) {
 }
 
 TEST(Receiver, RunsASurveyToItsEnd) {
-  Receiver receiver;
+  sim::Receiver receiver;
   Bytes survey(30);
   survey[0] = 1;
   survey[4] = 60;
-  receiver.receive(frame(0x5400, survey));
+  receiver.receive(sim::frame(0x5400, survey));
   const auto runningModeAndSeconds = [&] {
     const Bytes answer = receiver.receive(hex("A0 A1 00 01 44 44 0D 0A"));
     return Bytes(answer.end() - 8, answer.end() - 3);
@@ -176,17 +176,17 @@ TEST(Receiver, RunsASurveyToItsEnd) {
   EXPECT_EQ(runningModeAndSeconds(), hex("02 00 00 00 3C"));
   receiver.tick(seconds(100));
   EXPECT_EQ(runningModeAndSeconds(), hex("02 00 00 00 3C"));
-  EXPECT_EQ(receiver.state().timing.mode, TimingMode::AutoSurvey);
+  EXPECT_EQ(receiver.state().timing.mode, sim::TimingMode::AutoSurvey);
 
-  receiver.receive(frame(0x5400, survey));
+  receiver.receive(sim::frame(0x5400, survey));
   EXPECT_EQ(runningModeAndSeconds(), hex("01 00 00 00 00"));
 }
 
 TEST(Receiver, DoesNotSurveyInOtherTimingModes) {
-  Receiver receiver;
+  sim::Receiver receiver;
   receiver.tick(seconds(5000));
   EXPECT_EQ(receiver.state().surveyed, milliseconds(0));
-  EXPECT_EQ(receiver.state().runningTimingMode(), TimingMode::Dynamic);
+  EXPECT_EQ(receiver.state().runningTimingMode(), sim::TimingMode::Dynamic);
 }
 
 class ReceiverOnRandomBytes : public testing::TestWithParam<unsigned int> {};
@@ -194,7 +194,7 @@ class ReceiverOnRandomBytes : public testing::TestWithParam<unsigned int> {};
 TEST_P(ReceiverOnRandomBytes, StillAnswers) {
   std::mt19937 random(GetParam());
   const auto byte = [&] { return static_cast<std::uint8_t>(random()); };
-  Receiver receiver;
+  sim::Receiver receiver;
   constexpr std::array<std::uint16_t, 8> kKnown{0x0100, 0x0400, 0x2A00, 0x5400,
                                                 0x6201, 0x6402, 0x6419, 0x6501};
   for (int i = 0; i < 20000; ++i) {
@@ -203,14 +203,14 @@ TEST_P(ReceiverOnRandomBytes, StillAnswers) {
         random() % 2 == 0 ? kKnown[random() % kKnown.size()] : static_cast<std::uint16_t>(random());
     Bytes body(random() % 40);
     std::generate(body.begin(), body.end(), byte);
-    Bytes packet = frame(id, body);
+    Bytes packet = sim::frame(id, body);
     if (random() % 3 == 0) {
       packet[random() % packet.size()] = byte();
     }
     receiver.receive(packet);
   }
-  receiver.tick(Receiver::kFrameTimeout);
-  receiver.change([](State& state) { state.updateRate = 1; });
+  receiver.tick(sim::Receiver::kFrameTimeout);
+  receiver.change([](sim::State& state) { state.updateRate = 1; });
   const Bytes answer = receiver.receive(kRateQuery);
   EXPECT_EQ(Bytes(answer.end() - static_cast<std::ptrdiff_t>(kRateAnswer.size()), answer.end()),
             kRateAnswer);
@@ -220,4 +220,4 @@ TEST_P(ReceiverOnRandomBytes, StillAnswers) {
 INSTANTIATE_TEST_SUITE_P(Seeds, ReceiverOnRandomBytes, testing::Range(1U, 5U));
 
 }  // namespace
-}  // namespace orb::sim::test
+}  // namespace orb::test

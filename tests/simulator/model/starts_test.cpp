@@ -1,30 +1,23 @@
 #include <gtest/gtest.h>
 
-#include "hex.h"
-#include "orb-sim/receiver.h"
+#include "receivers.h"
 
-namespace orb::sim::test {
+namespace orb::test {
 namespace {
 
 using std::chrono::milliseconds;
 using std::chrono::seconds;
 
-const Bytes kRateQuery = frame(0x1000);
+const Bytes kRateQuery = sim::frame(0x1000);
 
-Bytes softReset(std::uint8_t kind) { return frame(0x0100, Bytes{kind} + Bytes(13)); }
-Bytes restart(std::uint8_t flag) { return frame(0x643F, {flag}); }
+Bytes softReset(std::uint8_t kind) { return sim::frame(0x0100, Bytes{kind} + Bytes(13)); }
+Bytes restart(std::uint8_t flag) { return sim::frame(0x643F, {flag}); }
 Bytes setUpdateRate(std::uint8_t rate, std::uint8_t attribute) {
-  return frame(0x0E00, {rate, attribute});
-}
-
-State underOrdinarySky() {
-  State state;
-  state.sky = ordinarySky();
-  return state;
+  return sim::frame(0x0E00, {rate, attribute});
 }
 
 /// Seconds until there is a fix, when a second passes at a time.
-int secondsToFix(Receiver& receiver) {
+int secondsToFix(sim::Receiver& receiver) {
   int passed = 0;
   while (receiver.state().solution().fixMode == 0 && passed < 1000) {
     receiver.tick(seconds(1));
@@ -35,7 +28,7 @@ int secondsToFix(Receiver& receiver) {
 
 TEST(Start, TakesLongerTheLessTheReceiverKnows) {
   for (const bool withSky : {false, true}) {
-    Receiver receiver(withSky ? underOrdinarySky() : State{});
+    sim::Receiver receiver(withSky ? underOrdinarySky() : sim::State{});
     EXPECT_EQ(secondsToFix(receiver), 0);
     const std::pair<Bytes, int> kStarts[] = {{softReset(1), 1},
                                              {softReset(2), 28},
@@ -50,10 +43,10 @@ TEST(Start, TakesLongerTheLessTheReceiverKnows) {
 }
 
 TEST(Start, DoesNotHappenForASoftResetOfAnotherKind) {
-  Receiver receiver(underOrdinarySky());
+  sim::Receiver receiver(underOrdinarySky());
   receiver.receive(setUpdateRate(5, 0));
   for (const std::uint8_t kind : Bytes{0, 4, 255}) {
-    EXPECT_EQ(receiver.receive(softReset(kind)), acknowledge(0x0100));
+    EXPECT_EQ(receiver.receive(softReset(kind)), sim::acknowledge(0x0100));
     EXPECT_EQ(secondsToFix(receiver), 0);
   }
   EXPECT_EQ(receiver.state().softResets, 3U);
@@ -61,9 +54,9 @@ TEST(Start, DoesNotHappenForASoftResetOfAnotherKind) {
 }
 
 TEST(Start, TakesTheTimesOfTheScenario) {
-  State state = underOrdinarySky();
+  sim::State state = underOrdinarySky();
   state.startTimes = {seconds(2), seconds(9), seconds(6), seconds(3)};
-  Receiver receiver(state);
+  sim::Receiver receiver(state);
   receiver.receive(softReset(1));
   EXPECT_EQ(secondsToFix(receiver), 3);
   receiver.receive(softReset(2));
@@ -73,11 +66,11 @@ TEST(Start, TakesTheTimesOfTheScenario) {
 }
 
 TEST(Start, ReportsNoFixUntilThereIsOne) {
-  Receiver receiver(underOrdinarySky());
-  receiver.receive(frame(0x0900, {2, 1}));
+  sim::Receiver receiver(underOrdinarySky());
+  receiver.receive(sim::frame(0x0900, {2, 1}));
   receiver.receive(softReset(2));
   const auto fixModeAndSatellites = [&] {
-    const Bytes body = FrameReader().push(receiver.tick(seconds(1))).at(0).body();
+    const Bytes body = sim::FrameReader().push(receiver.tick(seconds(1))).at(0).body();
     return Bytes(body.begin(), body.begin() + 2);
   };
   for (int second = 1; second < 28; ++second) {
@@ -87,32 +80,29 @@ TEST(Start, ReportsNoFixUntilThereIsOne) {
 }
 
 TEST(Start, KnowsNeitherTimeNorPlaceWhenCold) {
-  Receiver receiver(underOrdinarySky());
-  receiver.receive(frame(0x0900, {2, 1}));
+  sim::Receiver receiver(underOrdinarySky());
+  receiver.receive(sim::frame(0x0900, {2, 1}));
   receiver.receive(softReset(3));
-  EXPECT_EQ(FrameReader().push(receiver.receive(frame(0x6420))).at(1).body(),
-            hex("00 00 00 00 00 00 00 00 00 00 12 12 00"));
-  const Bytes body = FrameReader().push(receiver.tick(seconds(1))).at(0).body();
+  EXPECT_EQ(replyTo(0x6420, receiver), hex("00 00 00 00 00 00 00 00 00 00 12 12 00"));
+  const Bytes body = sim::FrameReader().push(receiver.tick(seconds(1))).at(0).body();
   EXPECT_EQ(Bytes(body.begin(), body.begin() + 24), Bytes(24));
   receiver.tick(seconds(34));
   EXPECT_EQ(receiver.state().solution().latitude, 483712345);
   // 35 seconds later than at the beginning.
-  EXPECT_EQ(FrameReader().push(receiver.receive(frame(0x6420))).at(1).body(),
-            hex("14 9B 29 68 00 00 00 00 08 FC 12 12 07"));
+  EXPECT_EQ(replyTo(0x6420, receiver), hex("14 9B 29 68 00 00 00 00 08 FC 12 12 07"));
 }
 
 TEST(Start, KeepsTimeAndPlaceWhenWarmOrHot) {
   for (const std::uint8_t kind : Bytes{1, 2}) {
-    Receiver receiver(underOrdinarySky());
+    sim::Receiver receiver(underOrdinarySky());
     receiver.receive(softReset(kind));
     EXPECT_EQ(receiver.state().solution().latitude, 483712345);
-    EXPECT_EQ(FrameReader().push(receiver.receive(frame(0x6420))).at(1).body(),
-              hex("14 9A A0 B0 00 00 00 00 08 FC 12 12 07"));
+    EXPECT_EQ(replyTo(0x6420, receiver), hex("14 9A A0 B0 00 00 00 00 08 FC 12 12 07"));
   }
 }
 
 TEST(Start, StaysColdWhenItIsInterruptedByAHotOne) {
-  Receiver receiver(underOrdinarySky());
+  sim::Receiver receiver(underOrdinarySky());
   receiver.receive(softReset(3));
   receiver.tick(seconds(10));
   receiver.receive(softReset(1));
@@ -120,11 +110,11 @@ TEST(Start, StaysColdWhenItIsInterruptedByAHotOne) {
 }
 
 TEST(Start, IsDeafAndDumbForItsSilence) {
-  State state;
+  sim::State state;
   state.startTimes.silence = seconds(5);
-  Receiver receiver(state);
+  sim::Receiver receiver(state);
   const Bytes answer = receiver.receive(kRateQuery);
-  EXPECT_EQ(receiver.receive(restart(0) + kRateQuery), acknowledge(0x643F));
+  EXPECT_EQ(receiver.receive(restart(0) + kRateQuery), sim::acknowledge(0x643F));
   EXPECT_EQ(receiver.receive(kRateQuery), Bytes{});
   EXPECT_EQ(receiver.untilNextOutput(), seconds(5));
   EXPECT_EQ(receiver.tick(milliseconds(4999)), Bytes{});
@@ -136,9 +126,9 @@ TEST(Start, IsDeafAndDumbForItsSilence) {
 }
 
 TEST(Start, SendsAgainASecondAfterItsSilence) {
-  State state;
+  sim::State state;
   state.startTimes.silence = seconds(5);
-  Receiver receiver(state);
+  sim::Receiver receiver(state);
   receiver.receive(kRateQuery);
   receiver.tick(milliseconds(700));
   receiver.receive(restart(0));
@@ -147,8 +137,8 @@ TEST(Start, SendsAgainASecondAfterItsSilence) {
 }
 
 TEST(Start, ForgetsAFrameThatHadBegun) {
-  Receiver receiver;
-  receiver.change([](State& state) { state.startTimes.silence = seconds(1); });
+  sim::Receiver receiver;
+  receiver.change([](sim::State& state) { state.startTimes.silence = seconds(1); });
   receiver.receive(restart(0) + Bytes(kRateQuery.begin(), kRateQuery.begin() + 4));
   receiver.tick(seconds(1));
   EXPECT_EQ(receiver.receive(Bytes(kRateQuery.begin() + 4, kRateQuery.end())), Bytes{});
@@ -157,7 +147,7 @@ TEST(Start, ForgetsAFrameThatHadBegun) {
 TEST(Start, LosesSettingsThatWereNotToBeKept) {
   for (const Bytes& command : {softReset(1), softReset(2), softReset(3), restart(0), restart(1)}) {
     for (const std::uint8_t attribute : Bytes{0, 2, 255}) {
-      Receiver receiver;
+      sim::Receiver receiver;
       receiver.receive(setUpdateRate(20, attribute));
       receiver.receive(command);
       EXPECT_EQ(receiver.state().updateRate, 1);
@@ -167,10 +157,10 @@ TEST(Start, LosesSettingsThatWereNotToBeKept) {
 }
 
 TEST(Start, FindsSettingsThatWereToBeKept) {
-  Receiver receiver;
+  sim::Receiver receiver;
   receiver.receive(setUpdateRate(20, 1));
   receiver.receive(setUpdateRate(10, 0));
-  receiver.receive(frame(0x0C00, {1, 0}));
+  receiver.receive(sim::frame(0x0C00, {1, 0}));
   EXPECT_EQ(receiver.state().updateRate, 10);
   EXPECT_EQ(receiver.savedSettings().updateRate, 20);
   receiver.receive(restart(0));
@@ -180,31 +170,31 @@ TEST(Start, FindsSettingsThatWereToBeKept) {
 }
 
 TEST(Start, FindsTheSettingsThatTheReceiverBeganWith) {
-  State state;
+  sim::State state;
   state.updateRate = 4;
-  state.outputType = OutputType::Binary;
-  Receiver receiver(state);
+  state.outputType = sim::OutputType::Binary;
+  sim::Receiver receiver(state);
   receiver.receive(setUpdateRate(20, 0));
-  receiver.change([](State& now) { now.outputType = OutputType::None; });
+  receiver.change([](sim::State& now) { now.outputType = sim::OutputType::None; });
   receiver.receive(restart(0));
   EXPECT_EQ(receiver.state().updateRate, 4);
-  EXPECT_EQ(receiver.state().outputType, OutputType::Binary);
+  EXPECT_EQ(receiver.state().outputType, sim::OutputType::Binary);
 }
 
 TEST(Start, FindsTheFactoryDefaultsAfterThose) {
-  State state;
+  sim::State state;
   state.updateRate = 4;
-  Receiver receiver(state);
+  sim::Receiver receiver(state);
   receiver.receive(setUpdateRate(20, 1));
-  receiver.receive(frame(0x0400, {1}));
+  receiver.receive(sim::frame(0x0400, {1}));
   EXPECT_EQ(receiver.state().updateRate, 1);
   receiver.receive(restart(0));
   EXPECT_EQ(receiver.state().updateRate, 1);
 }
 
 TEST(Start, LeavesTheCountsAndTheIdentity) {
-  Receiver receiver;
-  receiver.change([](State& state) { state.identity.kernel = {7, 7, 7}; });
+  sim::Receiver receiver;
+  receiver.change([](sim::State& state) { state.identity.kernel = {7, 7, 7}; });
   receiver.receive(softReset(3));
   receiver.receive(restart(1));
   receiver.receive(softReset(3));
@@ -214,8 +204,8 @@ TEST(Start, LeavesTheCountsAndTheIdentity) {
 }
 
 TEST(Start, BeginsASavedSurveyAnewAtTheFirstFix) {
-  Receiver receiver(underOrdinarySky());
-  receiver.receive(frame(0x5400, Bytes{1, 0, 0, 0, 60} + Bytes(24) + Bytes{1}));
+  sim::Receiver receiver(underOrdinarySky());
+  receiver.receive(sim::frame(0x5400, Bytes{1, 0, 0, 0, 60} + Bytes(24) + Bytes{1}));
   receiver.tick(seconds(50));
   EXPECT_EQ(receiver.state().surveyed, seconds(50));
   receiver.receive(softReset(2));
@@ -223,22 +213,22 @@ TEST(Start, BeginsASavedSurveyAnewAtTheFirstFix) {
   receiver.tick(seconds(27 + 60));
   EXPECT_EQ(receiver.state().surveyed, seconds(59));
   receiver.tick(seconds(1));
-  EXPECT_EQ(receiver.state().runningTimingMode(), TimingMode::Static);
+  EXPECT_EQ(receiver.state().runningTimingMode(), sim::TimingMode::Static);
 }
 
 TEST(Start, LetsASurveyBeginInTheMidstOfALongTick) {
-  Receiver receiver(underOrdinarySky());
+  sim::Receiver receiver(underOrdinarySky());
   receiver.receive(setUpdateRate(0, 1));  // no epoch cuts the tick
-  receiver.receive(frame(0x5400, Bytes{1, 0, 0, 0, 60} + Bytes(24) + Bytes{1}));
+  receiver.receive(sim::frame(0x5400, Bytes{1, 0, 0, 0, 60} + Bytes(24) + Bytes{1}));
   receiver.receive(softReset(2));
   receiver.tick(seconds(28 + 59));
   EXPECT_EQ(receiver.state().surveyed, seconds(59));
 }
 
 TEST(Start, IsColdWhenTheReceiverWasOff) {
-  State state = underOrdinarySky();
+  sim::State state = underOrdinarySky();
   state.startTimes.silence = seconds(2);
-  Receiver receiver(state);
+  sim::Receiver receiver(state);
   receiver.startCold();
   EXPECT_EQ(receiver.receive(kRateQuery), Bytes{});
   EXPECT_TRUE(receiver.state().startup.cold);
@@ -248,17 +238,17 @@ TEST(Start, IsColdWhenTheReceiverWasOff) {
 }
 
 TEST(Start, FindsNoFixWhereThereAreNoSatellites) {
-  Receiver receiver(underOrdinarySky());
-  receiver.change([](State& state) { state.sky.resize(2); });
+  sim::Receiver receiver(underOrdinarySky());
+  receiver.change([](sim::State& state) { state.sky.resize(2); });
   receiver.receive(softReset(3));
   receiver.tick(seconds(1000));
   EXPECT_EQ(receiver.state().solution().fixMode, 0);
   EXPECT_TRUE(receiver.state().startup.cold);
-  receiver.change([](State& state) { state.sky = ordinarySky(); });
+  receiver.change([](sim::State& state) { state.sky = sim::ordinarySky(); });
   receiver.tick(seconds(1));
   EXPECT_EQ(receiver.state().solution().fixMode, 3);
   EXPECT_FALSE(receiver.state().startup.cold);
 }
 
 }  // namespace
-}  // namespace orb::sim::test
+}  // namespace orb::test

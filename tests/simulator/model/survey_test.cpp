@@ -3,11 +3,10 @@
 #include <cmath>
 #include <cstdlib>
 
-#include "hex.h"
 #include "model/body.h"
-#include "orb-sim/receiver.h"
+#include "receivers.h"
 
-namespace orb::sim::test {
+namespace orb::test {
 namespace {
 
 using std::chrono::milliseconds;
@@ -17,28 +16,17 @@ constexpr std::int32_t kLatitude = 483712345;
 constexpr std::int32_t kAltitude = 52012;
 
 /// A receiver under an ordinary sky that has begun to survey for so many seconds.
-struct SurveyingReceiver : Receiver {
-  explicit SurveyingReceiver(std::uint32_t length) : Receiver(underOrdinarySky()) {
-    BodyWriter body;
-    body.u8(1).u32(length).u32(30).f64(0).f64(0).f32(0).u8(0);
-    receive(frame(0x5400, body.body()));
-  }
-
-  static State underOrdinarySky() {
-    State state;
-    state.sky = ordinarySky();
-    return state;
+struct SurveyingReceiver : sim::Receiver {
+  explicit SurveyingReceiver(std::uint32_t length) : sim::Receiver(underOrdinarySky()) {
+    constexpr std::uint8_t kNotToBeKept = 0;
+    sim::BodyWriter body;
+    body.write(sim::Timing{sim::TimingMode::AutoSurvey, length}, kNotToBeKept);
+    receive(sim::frame(0x5400, body.body()));
   }
 
   /// Distance of the reported latitude from the antenna's, in units of 1e-7 degree.
   int latitudeError() const { return std::abs(state().solution().latitude - kLatitude); }
 };
-
-/// What the receiver answers when its timing is queried, without the acknowledgement.
-Bytes timingReply(Receiver& receiver) {
-  const Bytes answer = receiver.receive(frame(0x4400));
-  return FrameReader().push(answer).at(1).body();
-}
 
 TEST(Survey, ConvergesToTheAntennasPlace) {
   SurveyingReceiver receiver(1000);
@@ -74,11 +62,11 @@ TEST(Survey, IsOffByTwoMetresForEachUnitOfDilutionDividedByTheRootOfItsTime) {
 TEST(Survey, EndsInAStaticReceiverAtTheSurveyedPlace) {
   SurveyingReceiver receiver(1000);
   receiver.tick(milliseconds(999999));
-  EXPECT_EQ(receiver.state().runningTimingMode(), TimingMode::AutoSurvey);
+  EXPECT_EQ(receiver.state().runningTimingMode(), sim::TimingMode::AutoSurvey);
   EXPECT_EQ(receiver.state().timing.latitude, 0);
   receiver.tick(milliseconds(1));
-  const State state = receiver.state();
-  EXPECT_EQ(state.runningTimingMode(), TimingMode::Static);
+  const sim::State state = receiver.state();
+  EXPECT_EQ(state.runningTimingMode(), sim::TimingMode::Static);
   EXPECT_NEAR(state.timing.latitude, kLatitude / 1e7, 1e-6);
   EXPECT_NEAR(state.timing.longitude, 11.5678901, 1e-6);
   EXPECT_NEAR(state.timing.altitude, kAltitude / 100.0, 0.2);
@@ -88,57 +76,61 @@ TEST(Survey, EndsInAStaticReceiverAtTheSurveyedPlace) {
 TEST(Survey, TellsWhereItStandsInTheTimingReply) {
   SurveyingReceiver receiver(60);
   receiver.tick(seconds(20));
-  Bytes reply = timingReply(receiver);
+  Bytes reply = replyTo(0x4400, receiver);
   EXPECT_EQ(reply[0], 1);
   EXPECT_EQ(Bytes(reply.end() - 5, reply.end()), hex("01 00 00 00 14"));
   receiver.tick(seconds(100));
-  reply = timingReply(receiver);
+  reply = replyTo(0x4400, receiver);
   EXPECT_EQ(reply[0], 1);
   EXPECT_EQ(Bytes(reply.end() - 5, reply.end()), hex("02 00 00 00 3C"));
   const Bytes place(reply.begin() + 9, reply.end());
-  BodyReader reader(place);
-  EXPECT_NEAR(reader.f64(), 48.3712345, 1e-5);
-  EXPECT_NEAR(reader.f64(), 11.5678901, 1e-5);
-  EXPECT_NEAR(reader.f32(), 520.12, 1);
+  sim::BodyReader reader(place);
+  std::array<double, 2> degrees{};
+  float altitude = 0;
+  reader.read(degrees);
+  reader.read(altitude);
+  EXPECT_NEAR(degrees[0], 48.3712345, 1e-5);
+  EXPECT_NEAR(degrees[1], 11.5678901, 1e-5);
+  EXPECT_NEAR(altitude, 520.12, 1);
 }
 
 TEST(Survey, HoldsThePlaceWhenTheAntennaMovesAway) {
   SurveyingReceiver receiver(60);
   receiver.tick(seconds(60));
   const std::int32_t surveyed = receiver.state().solution().latitude;
-  receiver.change([](State& state) { state.navigation.latitude += 1000000; });
+  receiver.change([](sim::State& state) { state.navigation.latitude += 1000000; });
   EXPECT_EQ(receiver.state().solution().latitude, surveyed);
 }
 
 TEST(Survey, WaitsWhileThereIsNoFix) {
   SurveyingReceiver receiver(60);
   receiver.tick(seconds(20));
-  receiver.change([](State& state) { state.constellations = 0; });
+  receiver.change([](sim::State& state) { state.constellations = 0; });
   receiver.tick(seconds(500));
   EXPECT_EQ(receiver.state().surveyed, seconds(20));
   EXPECT_EQ(receiver.latitudeError(), 0) << "nothing is measured";
-  receiver.change([](State& state) { state.constellations = 3; });
+  receiver.change([](sim::State& state) { state.constellations = 3; });
   receiver.tick(seconds(40));
-  EXPECT_EQ(receiver.state().runningTimingMode(), TimingMode::Static);
+  EXPECT_EQ(receiver.state().runningTimingMode(), sim::TimingMode::Static);
 }
 
 TEST(Survey, PassesByTheReceiversClock) {
   SurveyingReceiver receiver(600);
-  receiver.change([](State& state) { state.clockRate = 60; });
+  receiver.change([](sim::State& state) { state.clockRate = 60; });
   receiver.tick(seconds(9));
   EXPECT_EQ(receiver.state().surveyed, seconds(540));
   receiver.tick(seconds(1));
-  EXPECT_EQ(receiver.state().runningTimingMode(), TimingMode::Static);
+  EXPECT_EQ(receiver.state().runningTimingMode(), sim::TimingMode::Static);
 }
 
 TEST(Survey, BeginsAnewWhenItIsAskedForAgain) {
   SurveyingReceiver receiver(60);
   receiver.tick(seconds(60));
   EXPECT_LT(receiver.latitudeError(), 30);
-  receiver.receive(frame(0x5400, Bytes{1, 0, 0, 0, 60} + Bytes(25)));
-  EXPECT_EQ(receiver.state().runningTimingMode(), TimingMode::AutoSurvey);
+  receiver.receive(sim::frame(0x5400, Bytes{1, 0, 0, 0, 60} + Bytes(25)));
+  EXPECT_EQ(receiver.state().runningTimingMode(), sim::TimingMode::AutoSurvey);
   EXPECT_GT(receiver.latitudeError(), 50);
 }
 
 }  // namespace
-}  // namespace orb::sim::test
+}  // namespace orb::test

@@ -9,13 +9,12 @@
 #include <stdexcept>
 #include <string>
 
-#include "model/messages.h"
+#include "model/commands.h"
 #include "orb-sim/scenario.h"
-#include "scenario/message_names.h"
 
 // The page on scenarios, against what the loader accepts.
 
-namespace orb::sim {
+namespace orb::test {
 namespace {
 
 using ::testing::AnyOf;
@@ -47,7 +46,7 @@ std::set<std::string> matches(const std::string& text, const std::string& patter
 /// What the loader names as accepted where it meets something else.
 std::set<std::string> acceptedInstead(const std::string& scenario) {
   try {
-    parseScenario(scenario, "f");
+    sim::parseScenario(scenario, "f");
   } catch (const std::runtime_error& error) {
     const std::string problem = error.what();
     return matches(problem.substr(problem.rfind("it has to be ") + 13), "([a-z0-9-]{3,}|at)");
@@ -117,28 +116,18 @@ TEST(ScenarioDocumentation, DescribesTheKeysAndKindsOfAFault) {
   EXPECT_EQ(documentedKeys(text.substr(0, text.find("Names of messages"))), names);
 }
 
-TEST(ScenarioDocumentation, NamesEachMessage) {
+TEST(ScenarioDocumentation, NamesEachMessageThatTheReceiverKnows) {
   const std::string text = section("[[fault]]");
-  for (const std::string_view name : messageNames()) {
-    EXPECT_THAT(text, HasSubstr('`' + std::string(name) + '`'));
-  }
-}
-
-TEST(MessageNames, NameEachMessageThatTheReceiverKnowsOnce) {
-  std::set<std::uint16_t> named;
-  for (const std::string_view name : messageNames()) {
-    const std::uint16_t id = messageNamed(name).value();
-    EXPECT_TRUE(named.insert(id).second) << name;
-    EXPECT_TRUE(findSetting(id) != nullptr || findQuery(id) != nullptr || findOrder(id) != nullptr)
-        << name;
-  }
+  std::size_t known = 0;
   for (std::uint32_t id = 0; id <= 0xFFFF; ++id) {
-    const auto message = static_cast<std::uint16_t>(id);
-    if (findSetting(message) != nullptr || findQuery(message) != nullptr ||
-        findOrder(message) != nullptr) {
-      EXPECT_EQ(named.count(message), 1) << std::hex << id;
+    if (const sim::Command* command = sim::findCommand(static_cast<std::uint16_t>(id))) {
+      ++known;
+      EXPECT_THAT(text, HasSubstr('`' + std::string(command->name) + '`'));
+      EXPECT_EQ(sim::findCommand(command->name), command) << "the name is that of one message";
     }
   }
+  EXPECT_EQ(known, 44);
+  EXPECT_EQ(sim::findCommand("set-nothing"), nullptr);
 }
 
 TEST(ScenarioDocumentation, ListsTheReadyScenarios) {
@@ -149,4 +138,4 @@ TEST(ScenarioDocumentation, ListsTheReadyScenarios) {
 }
 
 }  // namespace
-}  // namespace orb::sim
+}  // namespace orb::test

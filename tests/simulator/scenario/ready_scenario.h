@@ -4,11 +4,11 @@
 
 #include "orb-sim/scenario.h"
 
-namespace orb::sim::test {
+namespace orb::test {
 
 /// One of the scenarios that come with the simulator.
-inline Scenario readyScenario(const std::string& name) {
-  return loadScenario(std::string(ORB_SIM_SCENARIOS) + '/' + name + ".toml");
+inline sim::Scenario readyScenario(const std::string& name) {
+  return sim::loadScenario(std::string(ORB_SIM_SCENARIOS) + '/' + name + ".toml");
 }
 
-}  // namespace orb::sim::test
+}  // namespace orb::test

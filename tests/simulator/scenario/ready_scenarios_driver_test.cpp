@@ -13,12 +13,10 @@
 
 // What the ready scenarios promise to a client of the library.
 
-namespace orb::sim {
+namespace orb::test {
 namespace {
 
 using namespace std::chrono_literals;
-using orb::test::StampedDriver;
-using test::readyScenario;
 
 constexpr int kReplyTimeoutSeconds = 5;
 constexpr std::uint16_t kSetSecondBand = 0x6450;
@@ -27,7 +25,7 @@ constexpr std::uint16_t kSetSecondBand = 0x6450;
 /// letAWaitEnd() lets them.
 class ReadyScenario : public ::testing::Test {
  protected:
-  void plugIn(const Scenario& scenario) {
+  void plugIn(const sim::Scenario& scenario) {
     board_.modules[1].records["HardwareSetId"] = scenario.hardwareId.value_or("");
     device_.emplace(scenario);
     line_.emplace(*device_, files_.tty);
@@ -44,15 +42,15 @@ class ReadyScenario : public ::testing::Test {
 
   unsigned int rateOf(unsigned char& rate) {
     unsigned int result = 0;
-    orb::test::standardOutputOf([&] { result = driver_.gpsOrbGetCfgRate(rate); });
+    standardOutputOf([&] { result = driver_.gpsOrbGetCfgRate(rate); });
     return result;
   }
 
-  orb::test::DeviceFiles files_;
-  orb::test::WallClock clock_;
-  orb::test::CarrierBoard board_;
-  std::optional<ScenarioDevice> device_;
-  std::optional<PtyLine> line_;
+  DeviceFiles files_;
+  WallClock clock_;
+  CarrierBoard board_;
+  std::optional<sim::ScenarioDevice> device_;
+  std::optional<sim::PtyLine> line_;
   StampedDriver driver_;
 };
 
@@ -68,7 +66,7 @@ TEST_F(ReadyScenario, HealthyIsDrivenByTheFacade) {
 }
 
 TEST_F(ReadyScenario, ColdStartReportsNoFixAtFirst) {
-  Scenario scenario = readyScenario("cold-start");
+  sim::Scenario scenario = readyScenario("cold-start");
   scenario.state.startTimes.silence = 0ms;  // nobody has to wait for it here
   plugIn(scenario);
   std::string report;
@@ -94,7 +92,7 @@ TEST_F(ReadyScenario, WrongModuleIsLeftAlone) {
   std::string info;
   facade.getInfo(info);
   EXPECT_EQ(info, "");
-  EXPECT_EQ(line_->received(), Bytes{});
+  EXPECT_EQ(line_->received(), sim::Bytes{});
 }
 
 TEST_F(ReadyScenario, OldFirmwareHasItsSecondBandSwitched) {
@@ -108,7 +106,7 @@ TEST_F(ReadyScenario, OldFirmwareHasItsSecondBandSwitched) {
 }
 
 TEST_F(ReadyScenario, OldFirmwareOfALaterDateHasItsSecondBandLeftAlone) {
-  Scenario scenario = readyScenario("old-firmware");
+  sim::Scenario scenario = readyScenario("old-firmware");
   scenario.state.identity.revisionYear = 24;
   scenario.state.identity.revisionMonth = 6;
   scenario.state.identity.revisionDay = 13;
@@ -132,7 +130,7 @@ TEST_F(ReadyScenario, OldFirmwareRefusesWhatCameLater) {
 
 TEST_F(ReadyScenario, FlakyCableFailsAClientThatAsksOnceAndNotOneThatAsksAgain) {
   constexpr int kTries = 3;
-  Scenario scenario = readyScenario("flaky-cable");
+  sim::Scenario scenario = readyScenario("flaky-cable");
   scenario.state.updateRate = 50;  // a time-out needs bytes to end
   plugIn(scenario);
   int failures = 0;
@@ -152,11 +150,11 @@ TEST_F(ReadyScenario, FlakyCableFailsAClientThatAsksOnceAndNotOneThatAsksAgain) 
 
 TEST_F(ReadyScenario, SlowUartAnswersAPatientClient) {
   plugIn(readyScenario("slow-uart"));
-  const auto before = PtyLine::Clock::now();
+  const auto before = sim::PtyLine::Clock::now();
   unsigned char rate = 0;
   EXPECT_EQ(rateOf(rate), 0);
   EXPECT_EQ(rate, 1);
-  EXPECT_GE(PtyLine::Clock::now() - before, 120ms);
+  EXPECT_GE(sim::PtyLine::Clock::now() - before, 120ms);
 }
 
 TEST_F(ReadyScenario, ChattyNmeaHidesNoAnswer) {
@@ -180,4 +178,4 @@ TEST_F(ReadyScenario, SilentLetsACallWaitUntilBytesComeAfterAll) {
 }
 
 }  // namespace
-}  // namespace orb::sim
+}  // namespace orb::test

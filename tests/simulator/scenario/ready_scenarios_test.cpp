@@ -14,13 +14,11 @@
 // What the descriptions of the ready scenarios promise, in simulated time. What they promise to a
 // client of the library is tested in ready_scenarios_driver_test.cpp.
 
-namespace orb::sim {
+namespace orb::test {
 namespace {
 
 using namespace std::chrono_literals;
 using std::chrono::milliseconds;
-using test::readyScenario;
-using test::SimulatedClient;
 using ::testing::AllOf;
 using ::testing::Contains;
 using ::testing::ElementsAre;
@@ -30,10 +28,6 @@ using ::testing::HasSubstr;
 using ::testing::Le;
 using ::testing::Not;
 
-constexpr std::uint16_t kQueryUpdateRate = 0x1000;
-constexpr std::uint16_t kUpdateRate = 0x8600;
-constexpr std::uint16_t kQueryGpsTime = 0x6420;
-constexpr std::uint16_t kGpsTime = 0x648E;
 constexpr std::uint16_t kNavigationData = 0xA800;
 
 std::vector<std::string> names() {
@@ -62,28 +56,28 @@ TEST(ReadyScenarios, AreTheseAndEachSaysInASentenceWhatItShows) {
                                    "silent.toml", "slow-uart.toml", "wrong-module.toml"));
   for (const std::string& name : names()) {
     const std::string description =
-        loadScenario(std::string(ORB_SIM_SCENARIOS) + '/' + name).description;
+        sim::loadScenario(std::string(ORB_SIM_SCENARIOS) + '/' + name).description;
     EXPECT_THAT(description, AllOf(EndsWith("."), Not(HasSubstr(". ")))) << name;
   }
 }
 
 /// What a device says in five seconds to a client that asks it two things.
-Bytes fiveSecondsOf(const Scenario& scenario) {
-  ScenarioDevice device(scenario);
-  Bytes said = device.receive(frame(kQueryUpdateRate));
-  append(said, device.receive(frame(kQueryGpsTime)));
-  append(said, SimulatedClient(device).listen(5s));
+Bytes fiveSecondsOf(const sim::Scenario& scenario) {
+  sim::ScenarioDevice device(scenario);
+  Bytes said = device.receive(sim::frame(kQueryUpdateRate));
+  sim::append(said, device.receive(sim::frame(kQueryGpsTime)));
+  sim::append(said, SimulatedClient(device).listen(5s));
   return said;
 }
 
 TEST(HealthyScenario, IsTheDeviceThatNobodyHasDescribed) {
   const Bytes said = fiveSecondsOf(readyScenario("healthy"));
   EXPECT_EQ(countOf("$GNRMC", text(said)), 5);
-  EXPECT_EQ(said, fiveSecondsOf(Scenario{}));
+  EXPECT_EQ(said, fiveSecondsOf(sim::Scenario{}));
 }
 
 TEST(ColdStartScenario, SaysNothingForTwoSeconds) {
-  ScenarioDevice device(readyScenario("cold-start"));
+  sim::ScenarioDevice device(readyScenario("cold-start"));
   SimulatedClient client(device);
   EXPECT_FALSE(client.ask(kQueryUpdateRate, kUpdateRate, 1s));
   EXPECT_EQ(client.listen(999ms), Bytes{});
@@ -94,7 +88,7 @@ TEST(ColdStartScenario, SaysNothingForTwoSeconds) {
 TEST(ColdStartScenario, KnowsNeitherTimeNorPlaceForAnotherHalfMinute) {
   constexpr std::size_t kFixMode = 0;
   constexpr std::size_t kValid = 12;
-  ScenarioDevice device(readyScenario("cold-start"));
+  sim::ScenarioDevice device(readyScenario("cold-start"));
   SimulatedClient client(device);
   client.listen(2s);
   while (client.now() < 31s) {
@@ -115,8 +109,8 @@ TEST(ColdStartScenario, KnowsNeitherTimeNorPlaceForAnotherHalfMinute) {
 }
 
 /// Whether each of so many queries is answered, by a client that asks once.
-std::vector<bool> answersOf(const Scenario& scenario, std::size_t queries) {
-  ScenarioDevice device(scenario);
+std::vector<bool> answersOf(const sim::Scenario& scenario, std::size_t queries) {
+  sim::ScenarioDevice device(scenario);
   SimulatedClient client(device);
   std::vector<bool> answers;
   for (std::size_t i = 0; i < queries; ++i) {
@@ -172,7 +166,7 @@ TEST(FlakyCableScenario, FailsAmongTheFirstFiveQueriesWithItsOwnSeed) {
 
 TEST(FlakyCableScenario, LetsACallOfUpToFourMessagesSucceedInThreeTriesWhateverTheSeed) {
   constexpr std::size_t kTries = 3;
-  Scenario scenario = readyScenario("flaky-cable");
+  sim::Scenario scenario = readyScenario("flaky-cable");
   for (scenario.seed = 0; scenario.seed < 200; ++scenario.seed) {
     const std::vector<bool> answers = answersOf(scenario, 150);
     for (std::size_t messages = 1; messages <= 4; ++messages) {
@@ -191,7 +185,7 @@ TEST(FlakyCableScenario, FailsTwoTriesInARowNowAndThen) {
 
 TEST(SlowUartScenario, IsNearlyFilledAt9600Baud) {
   constexpr std::size_t kBytesASecond = 960;
-  ScenarioDevice device(readyScenario("slow-uart"));
+  sim::ScenarioDevice device(readyScenario("slow-uart"));
   SimulatedClient client(device);
   client.listen(10s);
   for (int second = 0; second < 20; ++second) {
@@ -202,7 +196,7 @@ TEST(SlowUartScenario, IsNearlyFilledAt9600Baud) {
 }
 
 TEST(SlowUartScenario, CanTakeMoreThanASecondForAnAnswer) {
-  ScenarioDevice device(readyScenario("slow-uart"));
+  sim::ScenarioDevice device(readyScenario("slow-uart"));
   SimulatedClient client(device);
   milliseconds longest{0};
   for (int i = 0; i < 100; ++i) {
@@ -218,7 +212,7 @@ TEST(SlowUartScenario, CanTakeMoreThanASecondForAnAnswer) {
 }
 
 TEST(ChattyNmeaScenario, SendsSentencesTenTimesASecondFromTheStart) {
-  ScenarioDevice device(readyScenario("chatty-nmea"));
+  sim::ScenarioDevice device(readyScenario("chatty-nmea"));
   const std::string output = text(SimulatedClient(device).listen(3s));
   for (const char* sentence : {"GGA", "GLL", "RMC", "VTG", "ZDA"}) {
     EXPECT_EQ(countOf(std::string("$GN") + sentence, output), 30) << sentence;
@@ -228,17 +222,17 @@ TEST(ChattyNmeaScenario, SendsSentencesTenTimesASecondFromTheStart) {
 }
 
 TEST(ChattyNmeaScenario, PutsABurstInFrontOfEverySecondAnswer) {
-  ScenarioDevice device(readyScenario("chatty-nmea"));
-  EXPECT_EQ(countOf("$", text(device.receive(frame(kQueryUpdateRate)))), 20);
-  EXPECT_EQ(countOf("$", text(device.receive(frame(kQueryUpdateRate)))), 0);
+  sim::ScenarioDevice device(readyScenario("chatty-nmea"));
+  EXPECT_EQ(countOf("$", text(device.receive(sim::frame(kQueryUpdateRate)))), 20);
+  EXPECT_EQ(countOf("$", text(device.receive(sim::frame(kQueryUpdateRate)))), 0);
 }
 
 TEST(SilentScenario, NeverSaysAByte) {
-  ScenarioDevice device(readyScenario("silent"));
+  sim::ScenarioDevice device(readyScenario("silent"));
   SimulatedClient client(device);
   EXPECT_FALSE(client.ask(kQueryUpdateRate, kUpdateRate, 10s));
   EXPECT_EQ(device.tick(24h), Bytes{});
 }
 
 }  // namespace
-}  // namespace orb::sim
+}  // namespace orb::test

@@ -7,18 +7,12 @@
 #include "orb-sim/scenario.h"
 #include "simulated_client.h"
 
-namespace orb::sim {
+namespace orb::test {
 namespace {
 
 using namespace std::chrono_literals;
-using test::SimulatedClient;
 
-constexpr std::uint16_t kQueryUpdateRate = 0x1000;
-constexpr std::uint16_t kUpdateRate = 0x8600;
-constexpr std::uint16_t kQueryGpsTime = 0x6420;
-constexpr std::uint16_t kGpsTime = 0x648E;
-
-Scenario parse(const std::string& text) { return parseScenario(text, "f"); }
+sim::Scenario parse(const std::string& text) { return sim::parseScenario(text, "f"); }
 
 /// A line on which everything that is drawn from the seed shows.
 constexpr char kRandomLine[] = R"(
@@ -42,13 +36,14 @@ struct Said {
 };
 
 /// What a device says, and when, to a client that asks it a few things for ten seconds.
-std::vector<Said> conversation(const Scenario& scenario) {
-  ScenarioDevice device(scenario);
+std::vector<Said> conversation(const sim::Scenario& scenario) {
+  sim::ScenarioDevice device(scenario);
   std::vector<Said> said;
   for (std::chrono::milliseconds now{0}; now < 10s; now += 1ms) {
     Bytes bytes = device.tick(1ms);
     if (now % 100ms == 0ms) {
-      append(bytes, device.receive(frame(now % 200ms == 0ms ? kQueryUpdateRate : kQueryGpsTime)));
+      sim::append(
+          bytes, device.receive(sim::frame(now % 200ms == 0ms ? kQueryUpdateRate : kQueryGpsTime)));
     }
     if (!bytes.empty()) {
       said.push_back({now, bytes});
@@ -75,28 +70,28 @@ TEST(ScenarioDevice, DrawsFromTheSeedForTheLineToo) {
 
 TEST(ScenarioDevice, SaysNothingWhereItIsSilentOrAbsent) {
   for (const char* presence : {"silent", "absent"}) {
-    Scenario scenario = parse(
+    sim::Scenario scenario = parse(
         "[device]\ntalks-from-the-start = true\n[line]\n"
         "chatter-interval = '1s'\n");
-    scenario.presence =
-        presence == std::string("silent") ? Scenario::Presence::Silent : Scenario::Presence::Absent;
-    ScenarioDevice device(scenario);
-    EXPECT_EQ(device.receive(frame(kQueryUpdateRate)), Bytes{}) << presence;
-    EXPECT_EQ(device.untilNextOutput(), Device::kNever) << presence;
+    scenario.presence = presence == std::string("silent") ? sim::Scenario::Presence::Silent
+                                                          : sim::Scenario::Presence::Absent;
+    sim::ScenarioDevice device(scenario);
+    EXPECT_EQ(device.receive(sim::frame(kQueryUpdateRate)), Bytes{}) << presence;
+    EXPECT_EQ(device.untilNextOutput(), sim::Device::kNever) << presence;
     EXPECT_EQ(device.tick(1h), Bytes{}) << presence;
     EXPECT_FALSE(device.takeHangUp()) << presence;
   }
 }
 
 TEST(ScenarioDevice, TalksFromTheStartWhereItIsToldTo) {
-  ScenarioDevice silent(parse(""));
+  sim::ScenarioDevice silent(parse(""));
   EXPECT_EQ(silent.tick(3s), Bytes{});
-  ScenarioDevice talking(parse("device.talks-from-the-start = true"));
+  sim::ScenarioDevice talking(parse("device.talks-from-the-start = true"));
   EXPECT_NE(talking.tick(3s), Bytes{});
 }
 
 TEST(ScenarioDevice, KnowsTheTimeThatItWasGiven) {
-  ScenarioDevice device(parse("[time]\nstart = 2024-02-10T23:59:42Z\nrate = 60\n"));
+  sim::ScenarioDevice device(parse("[time]\nstart = 2024-02-10T23:59:42Z\nrate = 60\n"));
   SimulatedClient client(device);
   client.listen(1s);
   const auto reply = client.ask(kQueryGpsTime, kGpsTime);
@@ -107,7 +102,7 @@ TEST(ScenarioDevice, KnowsTheTimeThatItWasGiven) {
 }
 
 TEST(ScenarioDevice, HasTheSettingsThatItWasGiven) {
-  ScenarioDevice device(parse("receiver.update-rate = 20"));
+  sim::ScenarioDevice device(parse("receiver.update-rate = 20"));
   SimulatedClient client(device);
   const auto reply = client.ask(kQueryUpdateRate, kUpdateRate);
   ASSERT_TRUE(reply);
@@ -116,24 +111,24 @@ TEST(ScenarioDevice, HasTheSettingsThatItWasGiven) {
 }
 
 TEST(ScenarioDevice, TellsTheFaultsThatHaveHappened) {
-  ScenarioDevice device(
+  sim::ScenarioDevice device(
       parse("[[fault]]\nkind = 'no-reply'\nmessage = 0x6420\n"
             "[[fault]]\nkind = 'no-reply'\nmessage = 0x1000\nfirst = 2\n"));
   SimulatedClient client(device);
   EXPECT_TRUE(client.ask(kQueryUpdateRate, kUpdateRate));
   EXPECT_FALSE(client.ask(kQueryUpdateRate, kUpdateRate));
-  const std::vector<FaultyDevice::Event> events = device.events();
+  const std::vector<sim::FaultyDevice::Event> events = device.events();
   ASSERT_EQ(events.size(), 1);
   EXPECT_EQ(events[0].rule, 1);
   EXPECT_EQ(events[0].message, kQueryUpdateRate);
 }
 
 TEST(ScenarioDevice, DropsTheLineWhereAFaultSaysSo) {
-  ScenarioDevice device(parse("[[fault]]\nkind = 'hang-up'\ntimes = 1\n"));
-  device.receive(frame(kQueryUpdateRate));
+  sim::ScenarioDevice device(parse("[[fault]]\nkind = 'hang-up'\ntimes = 1\n"));
+  device.receive(sim::frame(kQueryUpdateRate));
   EXPECT_TRUE(device.takeHangUp());
   EXPECT_FALSE(device.takeHangUp());
 }
 
 }  // namespace
-}  // namespace orb::sim
+}  // namespace orb::test

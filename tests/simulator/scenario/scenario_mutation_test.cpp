@@ -13,7 +13,7 @@
 #include "orb-sim/frame.h"
 #include "orb-sim/scenario.h"
 
-namespace orb::sim {
+namespace orb::test {
 namespace {
 
 /// All ready scenarios, which together use every part of the format.
@@ -45,34 +45,32 @@ class Mutator {
   std::size_t below(std::size_t count) { return random_() % count; }
 
   void change(std::string& text) {
-    constexpr std::string_view kPieces[] = {
-        "-1",
-        "1e999",
-        "nan",
-        "inf",
-        "''",
-        "[",
-        "]]",
-        "{",
-        "}",
-        "=",
-        "\"",
-        "\\",
-        "\n",
-        "#",
-        "0x",
-        "99999999999999999999",
-        "[[fault]]\n",
-        "[line]\n",
-        "true",
-        "2024-02-30",
-        "'1ms'",
-        "\xFF",
-        std::string_view("\0", 1),
-        "message = 0xFFFF\n",
-        "'0.0000001ns'",
-        "1979-05-27",
-    };
+    constexpr std::string_view kPieces[] = {"-1",
+                                            "1e999",
+                                            "nan",
+                                            "inf",
+                                            "''",
+                                            "[",
+                                            "]]",
+                                            "{",
+                                            "}",
+                                            "=",
+                                            "\"",
+                                            "\\",
+                                            "\n",
+                                            "#",
+                                            "0x",
+                                            "99999999999999999999",
+                                            "[[fault]]\n",
+                                            "[line]\n",
+                                            "true",
+                                            "2024-02-30",
+                                            "'1ms'",
+                                            "\xFF",
+                                            std::string_view("\0", 1),
+                                            "message = 0xFFFF\n",
+                                            "'0.0000001ns'",
+                                            "1979-05-27"};
     const std::size_t place = below(text.size() + 1);
     const std::size_t length = std::min<std::size_t>(below(20), text.size() - place);
     switch (below(4)) {
@@ -107,8 +105,8 @@ TEST(ScenarioMutation, IsRefusedWithAProblemOrMakesADevice) {
   for (int i = 0; i < kMutations; ++i) {
     const std::string text = mutator.mutated(texts[static_cast<std::size_t>(i) % texts.size()]);
     try {
-      ScenarioDevice device(parseScenario(text, "f"));
-      device.receive(frame(0x1000));
+      sim::ScenarioDevice device(sim::parseScenario(text, "f"));
+      device.receive(sim::frame(0x1000));
       device.tick(std::chrono::milliseconds(100));
       ++accepted;
     } catch (const std::runtime_error& error) {
@@ -121,4 +119,4 @@ TEST(ScenarioMutation, IsRefusedWithAProblemOrMakesADevice) {
 }
 
 }  // namespace
-}  // namespace orb::sim
+}  // namespace orb::test

@@ -8,23 +8,30 @@
 #include "orb-sim/device.h"
 #include "orb-sim/frame.h"
 
-namespace orb::sim::test {
+namespace orb::test {
+
+using Bytes = sim::Bytes;
+
+constexpr std::uint16_t kQueryUpdateRate = 0x1000;
+constexpr std::uint16_t kUpdateRate = 0x8600;
+constexpr std::uint16_t kQueryGpsTime = 0x6420;
+constexpr std::uint16_t kGpsTime = 0x648E;
 
 /// A client of a device, in simulated time.
 class SimulatedClient {
  public:
   using Milliseconds = std::chrono::milliseconds;
 
-  explicit SimulatedClient(Device& device) : device_(device) {}
+  explicit SimulatedClient(sim::Device& device) : device_(device) {}
 
   /// Sends the query and waits for its reply, at most so long.
-  std::optional<Frame> ask(std::uint16_t query, std::uint16_t reply,
-                           Milliseconds limit = Milliseconds(1000)) {
-    return await(reply, device_.receive(frame(query, bodyOf(query))), limit);
+  std::optional<sim::Frame> ask(std::uint16_t query, std::uint16_t reply,
+                                Milliseconds limit = Milliseconds(1000)) {
+    return await(reply, device_.receive(sim::frame(query, bodyOf(query))), limit);
   }
 
   /// Waits for a message that comes unasked.
-  std::optional<Frame> await(std::uint16_t message, Milliseconds limit) {
+  std::optional<sim::Frame> await(std::uint16_t message, Milliseconds limit) {
     return await(message, {}, limit);
   }
 
@@ -32,7 +39,7 @@ class SimulatedClient {
   Bytes listen(Milliseconds time) {
     Bytes heard;
     for (const Milliseconds end = now_ + time; now_ < end;) {
-      append(heard, listenOnce(end));
+      sim::append(heard, listenOnce(end));
     }
     return heard;
   }
@@ -43,10 +50,10 @@ class SimulatedClient {
   // One query has a byte besides its id.
   static Bytes bodyOf(std::uint16_t query) { return query == 0x0200 ? Bytes{0} : Bytes{}; }
 
-  std::optional<Frame> await(std::uint16_t message, Bytes heard, Milliseconds limit) {
-    FrameReader reader;
+  std::optional<sim::Frame> await(std::uint16_t message, Bytes heard, Milliseconds limit) {
+    sim::FrameReader reader;
     for (const Milliseconds end = now_ + limit;; heard = listenOnce(end)) {
-      for (const Frame& frame : reader.push(heard)) {
+      for (const sim::Frame& frame : reader.push(heard)) {
         if (frame.id() == message) {
           return frame;
         }
@@ -65,8 +72,8 @@ class SimulatedClient {
     return device_.tick(step);
   }
 
-  Device& device_;
+  sim::Device& device_;
   Milliseconds now_{0};
 };
 
-}  // namespace orb::sim::test
+}  // namespace orb::test

@@ -5,9 +5,9 @@
 #include <string>
 #include <string_view>
 
-namespace orb::sim {
+namespace orb {
 
-/// The units of a duration in a scenario, for its messages.
+/// The units of a duration, for its messages.
 inline constexpr char kDurationUnits[] = "ns, us, ms, s, min or h";
 
 /// The seconds that a text like "250ms", "1.5s" or "-12.5ns" means; nothing where it means none.
@@ -20,4 +20,4 @@ std::optional<std::int64_t> wholeUnits(double seconds, double unit);
 /// A duration as secondsOf() reads it, in the largest unit in which it is a whole number.
 std::string durationText(double seconds);
 
-}  // namespace orb::sim
+}  // namespace orb

@@ -1,11 +1,11 @@
-#include "scenario/duration.h"
+#include "base/toml/duration.h"
 
 #include <charconv>
 #include <cmath>
 #include <iterator>
 #include <sstream>
 
-namespace orb::sim {
+namespace orb {
 namespace {
 
 struct Unit {
@@ -64,4 +64,4 @@ std::string durationText(double seconds) {
   return text.str();
 }
 
-}  // namespace orb::sim
+}  // namespace orb

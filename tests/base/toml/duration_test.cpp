@@ -1,8 +1,8 @@
-#include "scenario/duration.h"
+#include "base/toml/duration.h"
 
 #include <gtest/gtest.h>
 
-namespace orb::sim {
+namespace orb::test {
 namespace {
 
 TEST(Duration, IsANumberWithItsUnit) {
@@ -41,4 +41,4 @@ TEST(Duration, IsWrittenInItsLargestUnit) {
 }
 
 }  // namespace
-}  // namespace orb::sim
+}  // namespace orb::test
