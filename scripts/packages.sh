@@ -6,7 +6,7 @@ ORB_BUILD_PACKAGES="g++ cmake ninja-build pkg-config libsystemd-dev libtomlplusp
 
 # What testing it takes besides.
 ORB_TEST_PACKAGES="bash binutils clang dbus-bin diffutils libclang-rt-dev libgmock-dev libgtest-dev
-  libtinyxml2-dev locales procps python3 python3-nmea2 strace valgrind"
+  locales procps python3 python3-nmea2 strace valgrind"
 
 # What the benchmark takes besides building the product.
 ORB_BENCH_PACKAGES="libbenchmark-dev libmodbus-dev nlohmann-json3-dev python3"
@@ -15,7 +15,7 @@ ORB_BENCH_PACKAGES="libbenchmark-dev libmodbus-dev nlohmann-json3-dev python3"
 # machine's packages (scripts/aarch64_sysroot.sh).
 ORB_AARCH64_PACKAGES="g++-aarch64-linux-gnu python3 python3-nmea2 qemu-user"
 ORB_AARCH64_SYSROOT_PACKAGES="libc6-dev libcli11-dev libeigen3-dev libgmock-dev libgtest-dev
-  libstdc++6 libsystemd-dev libtinyxml2-dev libtomlplusplus-dev nlohmann-json3-dev"
+  libstdc++6 libsystemd-dev libtomlplusplus-dev nlohmann-json3-dev"
 
 # What drawing its figures takes besides.
 ORB_PLOT_PACKAGES="python3-matplotlib"

@@ -9,6 +9,7 @@
 
 #include <climits>
 #include <cstdarg>
+#include <cstdio>
 
 #include "interpose/child_environment.h"
 #include "interpose/program_file.h"
