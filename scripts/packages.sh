@@ -8,6 +8,10 @@ ORB_BUILD_PACKAGES="g++ cmake ninja-build pkg-config libsystemd-dev libtomlplusp
 ORB_TEST_PACKAGES="bash binutils clang dbus-bin diffutils libclang-rt-dev libgmock-dev libgtest-dev
   locales procps python3 python3-nmea2 strace valgrind"
 
+# What the steps `lint` and `coverage` of ./test take besides.
+ORB_LINT_PACKAGES="clang-format clang-tidy"
+ORB_COVERAGE_PACKAGES="gcovr"
+
 # What the benchmark takes besides building the product.
 ORB_BENCH_PACKAGES="libbenchmark-dev libmodbus-dev nlohmann-json3-dev python3"
 
@@ -19,6 +23,14 @@ ORB_AARCH64_SYSROOT_PACKAGES="libc6-dev libcli11-dev libeigen3-dev libgmock-dev 
 
 # What drawing its figures takes besides.
 ORB_PLOT_PACKAGES="python3-matplotlib"
+
+# debian_mirror: where Debian's packages are fetched from: ORB_DEBIAN_MIRROR, or the machine's own
+# mirror where this is Debian.
+debian_mirror() {
+  mirror=${ORB_DEBIAN_MIRROR:-$(apt-get indextargets --format '$(REPO_URI)' 'Origin: Debian' \
+    'Label: Debian' 2> /dev/null | head -n 1)}
+  echo "${mirror:-http://deb.debian.org/debian}"
+}
 
 is_installed() {
   [ "$(dpkg-query --show --showformat='${db:Status-Status}' "$1" 2>/dev/null)" = installed ]
