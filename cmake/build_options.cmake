@@ -13,8 +13,3 @@ if(ORB_SANITIZE)
   add_compile_options(-fsanitize=${ORB_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
   add_link_options(-fsanitize=${ORB_SANITIZE})
 endif()
-
-if(ORB_COVERAGE)
-  add_compile_options(--coverage -fprofile-update=atomic)
-  add_link_options(--coverage)
-endif()

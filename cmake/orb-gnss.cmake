@@ -69,6 +69,10 @@ target_link_options(orb-gnss PRIVATE LINKER:-Bsymbolic-functions LINKER:--hash-s
 if(NOT ORB_SANITIZE)
   target_link_options(orb-gnss PRIVATE LINKER:--no-undefined)
 endif()
+if(ORB_COVERAGE)
+  target_compile_options(orb-gnss PRIVATE --coverage -fprofile-update=atomic)
+  target_link_options(orb-gnss PRIVATE --coverage)
+endif()
 set_target_properties(orb-gnss PROPERTIES
   VERSION ${PROJECT_VERSION}
   SOVERSION 0

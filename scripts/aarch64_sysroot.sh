@@ -7,7 +7,7 @@ cd "$(dirname "$0")/.."
 . scripts/packages.sh
 
 sysroot=$PWD/build/aarch64-sysroot
-mirror=${ORB_DEBIAN_MIRROR:-http://deb.debian.org/debian}
+mirror=$(debian_mirror)
 
 . /etc/os-release
 if [ "$ID" != debian ]; then

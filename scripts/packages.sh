@@ -6,7 +6,11 @@ ORB_BUILD_PACKAGES="g++ cmake ninja-build pkg-config libsystemd-dev libtomlplusp
 
 # What testing it takes besides.
 ORB_TEST_PACKAGES="bash binutils clang dbus-bin diffutils i2c-tools libclang-rt-dev libgmock-dev
-  libgtest-dev libtinyxml2-dev locales procps python3 python3-nmea2 python3-smbus strace valgrind"
+  libgtest-dev locales procps python3 python3-nmea2 python3-smbus strace valgrind"
+
+# What the steps `lint` and `coverage` of ./test take besides.
+ORB_LINT_PACKAGES="clang-format clang-tidy"
+ORB_COVERAGE_PACKAGES="gcovr"
 
 # What the benchmark takes besides building the product.
 ORB_BENCH_PACKAGES="libmodbus-dev nlohmann-json3-dev python3"
@@ -15,10 +19,18 @@ ORB_BENCH_PACKAGES="libmodbus-dev nlohmann-json3-dev python3"
 # machine's packages (scripts/aarch64_sysroot.sh).
 ORB_AARCH64_PACKAGES="g++-aarch64-linux-gnu python3 python3-nmea2 qemu-user"
 ORB_AARCH64_SYSROOT_PACKAGES="libc6-dev libcli11-dev libeigen3-dev libgmock-dev libgtest-dev
-  libstdc++6 libsystemd-dev libtinyxml2-dev libtomlplusplus-dev nlohmann-json3-dev"
+  libstdc++6 libsystemd-dev libtomlplusplus-dev nlohmann-json3-dev"
 
 # What drawing its figures takes besides.
 ORB_PLOT_PACKAGES="python3-matplotlib"
+
+# debian_mirror: where Debian's packages are fetched from: ORB_DEBIAN_MIRROR, or the machine's own
+# mirror where this is Debian.
+debian_mirror() {
+  mirror=${ORB_DEBIAN_MIRROR:-$(apt-get indextargets --format '$(REPO_URI)' 'Origin: Debian' \
+    'Label: Debian' 2> /dev/null | head -n 1)}
+  echo "${mirror:-http://deb.debian.org/debian}"
+}
 
 is_installed() {
   [ "$(dpkg-query --show --showformat='${db:Status-Status}' "$1" 2>/dev/null)" = installed ]

@@ -8,6 +8,7 @@
 
 #include <climits>
 #include <cstdarg>
+#include <cstdio>
 
 #include "interpose/child_environment.h"
 #include "interpose/descriptor_path.h"

@@ -14,13 +14,7 @@ endfunction()
 
 leave_out_unbuilt("valgrind counts the emulator's instructions, strace sees its system calls"
   Budgets.InstructionsAndCallsOfTheLibrary
-  SystemCalls.OfAQueryAreThoseOfABareLoop)
-
-leave_out("the emulator does not know the ioctl calls of I2C buses, and fails with ENOSYS"
-  I2CDev.DoesNotOpenWhatIsNoI2CBus)
-
-leave_out("the machine's shell, which the test inspects, is no program of the emulated machine"
-  ProgramFileTest.TakesAScriptForItsInterpreter)
+  system_calls_test)
 
 leave_out("the linker leaves some 55 KiB empty between segments, for pages of up to 64 KiB"
   Budgets.SizeOfTheStrippedLibrary)
