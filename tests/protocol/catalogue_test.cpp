@@ -11,7 +11,7 @@
 
 namespace {
 
-using orb::reference::catalogueRows;
+using orb::test::catalogueRows;
 
 constexpr const char* kUnknown = "Unknown message type";
 

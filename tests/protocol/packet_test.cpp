@@ -168,6 +168,17 @@ TEST(PacketPayload, GoesBehindTheSubId) {
                                   kUntouched, 0x11, 0x22, kUntouched));
 }
 
+TEST(PacketPayload, MayBeOneByte) {
+  Bytes packet = untouched(8);
+  const Bytes source{0x11};
+  orbPutPayloadIntoPacket(packet.data(), source.data(), 1, kWithoutSubId);
+  EXPECT_THAT(packet, ElementsAre(kUntouched, kUntouched, kUntouched, kUntouched, kUntouched, 0x11,
+                                  kUntouched, kUntouched));
+  orbPutPayloadIntoPacket(packet.data(), source.data(), 1, kWithSubId);
+  EXPECT_THAT(packet, ElementsAre(kUntouched, kUntouched, kUntouched, kUntouched, kUntouched, 0x11,
+                                  0x11, kUntouched));
+}
+
 TEST(PacketPayload, LeavesThePacketUntouchedForNoBytes) {
   Bytes packet = untouched(9);
   const Bytes source{0x11, 0x22};
