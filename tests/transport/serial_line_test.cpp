@@ -18,8 +18,8 @@
 
 #include "channel_values.h"
 #include "orb-sim/path_map.h"
-#include "pty.h"
 #include "support/captured_output.h"
+#include "support/pty.h"
 #include "support/temporary_folder.h"
 #include "support/wall_clock.h"
 

@@ -1,4 +1,4 @@
-#include "tty_calls.h"
+#include "support/tty_calls.h"
 
 #include <dlfcn.h>
 #include <fcntl.h>
