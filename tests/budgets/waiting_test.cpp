@@ -20,14 +20,21 @@
 #include "support/pty.h"
 #include "support/wall_clock.h"
 
+namespace orb::test {
 namespace {
 
-using namespace orb::test;
 using namespace std::chrono_literals;
 using std::chrono::nanoseconds;
 
 /// How often a poll, a select or the like, or a reading of a clock other than time() was asked for.
 int otherCalls = 0;
+
+/// A call that nothing here needs.
+int refuse() {
+  ++otherCalls;
+  errno = ENOSYS;
+  return -1;
+}
 
 /// A line on which the reply comes when the waiting thread has slept for long enough.
 class Waiting : public testing::Test {
@@ -139,33 +146,26 @@ TEST_F(Waiting, CostsNoMoreOnALineThatIsNeverQuiet) {
 }
 
 }  // namespace
+}  // namespace orb::test
 
 // The library calls these through the dynamic linker, which finds a program's own definitions
-// first. Of all but the clock, nothing here needs more than that it fails.
+// first.
 
 #define ORB_TEST_REPLACEMENT extern "C" __attribute__((visibility("default")))
 
-namespace {
-
-int refuse() {
-  ++otherCalls;
-  errno = ENOSYS;
-  return -1;
-}
-
-}  // namespace
-
 ORB_TEST_REPLACEMENT int clock_gettime(clockid_t clock, timespec* now) noexcept {
-  ++otherCalls;
+  ++orb::test::otherCalls;
   return static_cast<int>(syscall(SYS_clock_gettime, clock, now));
 }
 
-ORB_TEST_REPLACEMENT int poll(pollfd*, nfds_t, int) { return refuse(); }
+ORB_TEST_REPLACEMENT int poll(pollfd*, nfds_t, int) { return orb::test::refuse(); }
 
 ORB_TEST_REPLACEMENT int ppoll(pollfd*, nfds_t, const timespec*, const sigset_t*) {
-  return refuse();
+  return orb::test::refuse();
 }
 
-ORB_TEST_REPLACEMENT int select(int, fd_set*, fd_set*, fd_set*, timeval*) { return refuse(); }
+ORB_TEST_REPLACEMENT int select(int, fd_set*, fd_set*, fd_set*, timeval*) {
+  return orb::test::refuse();
+}
 
-ORB_TEST_REPLACEMENT int epoll_wait(int, epoll_event*, int, int) { return refuse(); }
+ORB_TEST_REPLACEMENT int epoll_wait(int, epoll_event*, int, int) { return orb::test::refuse(); }

@@ -19,6 +19,12 @@ class ChannelTest : public testing::Test {
  protected:
   std::string standardError() const { return standardError_.text(); }
 
+  /// One read finds the first `split` bytes of a packet, the next one the rest.
+  void deliverInTwo(const Bytes& packet, long split) {
+    line_.deliver({packet.begin(), packet.begin() + split});
+    line_.deliver({packet.begin() + split, packet.end()});
+  }
+
   Pty pty_;
   TtyCalls calls_{pty_.path()};
   WallClock clock_;

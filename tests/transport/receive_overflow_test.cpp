@@ -6,9 +6,9 @@
 
 #include "channel_test.h"
 
+namespace orb::test {
 namespace {
 
-using namespace orb::test;
 using testing::Each;
 using testing::Ge;
 using testing::Le;
@@ -83,8 +83,7 @@ TEST_F(ReceiveOverflow, FindsAReplyBehindMoreBytesThanTheBufferHolds) {
 TEST_F(ReceiveOverflow, FindsAReplyTornByTheEndOfTheBuffer) {
   for (long split = 1; split <= 7; ++split) {
     fillBufferExcept(static_cast<unsigned long>(split));
-    line_.deliver({kAck.begin(), kAck.begin() + split});
-    line_.deliver({kAck.begin() + split, kAck.end()});
+    deliverInTwo(kAck, split);
     EXPECT_EQ(receive(channel_, 0x8300, kTimeout), kAck) << "torn behind " << split << " bytes";
     EXPECT_TRUE(line_.isOver());
   }
@@ -94,8 +93,7 @@ TEST_F(ReceiveOverflow, FindsTheLongestReplyTornByTheEndOfTheBuffer) {
   ASSERT_EQ(kLongest.size(), 268u);
   for (const long split : {1l, 100l, 266l}) {
     fillBufferExcept(static_cast<unsigned long>(split));
-    line_.deliver({kLongest.begin(), kLongest.begin() + split});
-    line_.deliver({kLongest.begin() + split, kLongest.end()});
+    deliverInTwo(kLongest, split);
     EXPECT_EQ(receive(channel_, 0x6434, kTimeout), kLongest) << "torn behind " << split << " bytes";
   }
 }
@@ -161,3 +159,4 @@ TEST_F(ReceiveOverflow, EndsAtTheLimitBehindAFalseHeader) {
 }
 
 }  // namespace
+}  // namespace orb::test

@@ -23,9 +23,9 @@
 #include "support/temporary_folder.h"
 #include "support/wall_clock.h"
 
+namespace orb::test {
 namespace {
 
-using namespace orb::test;
 using namespace std::chrono_literals;
 
 namespace fs = std::filesystem;
@@ -161,3 +161,4 @@ TEST_F(SerialLine, IsClosedWithTheChannel) {
 }
 
 }  // namespace
+}  // namespace orb::test

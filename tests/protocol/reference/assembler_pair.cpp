@@ -5,9 +5,12 @@
 
 #include "reference/catalogue_file.h"
 #include "support/bytes.h"
+#include "support/guarded_bytes.h"
 
 namespace orb::test {
 namespace {
+
+constexpr std::size_t kMostBytes = 0x20000;
 
 std::string agreed(const std::string& library, const std::string& model, const Bytes& buffer = {}) {
   if (library != model) {
@@ -46,9 +49,10 @@ std::string textOf(const std::unique_ptr<ORBMessage>& message) {
 }  // namespace
 
 std::string AssemblerPair::update(unsigned char replyId, const Bytes& buffer) {
-  const auto exact = std::make_unique<unsigned char[]>(buffer.size());
-  std::copy(buffer.begin(), buffer.end(), exact.get());
-  const unsigned long position = builder_.update(replyId, exact.get(), buffer.size());
+  static GuardedBytes memory{Bytes(kMostBytes)};
+  unsigned char* const atItsEnd = memory.data() + kMostBytes - buffer.size();
+  std::copy(buffer.begin(), buffer.end(), atItsEnd);
+  const unsigned long position = builder_.update(replyId, atItsEnd, buffer.size());
   const std::string library = std::to_string(position) + ' ' + counters();
   const std::string text = agreed(library, model_.update(buffer), buffer);
   compareLists();

@@ -17,8 +17,8 @@ class AssemblerPair {
     using std::logic_error::logic_error;
   };
 
-  /// Scans the buffer, which is in memory of exactly its size, so that the address sanitizer sees a
-  /// read after its end. Returns "position good errored unknown acknowledged refused".
+  /// Scans a buffer of at most 128 KiB, which ends where an inaccessible page begins. Returns
+  /// "position good errored unknown acknowledged refused".
   std::string update(unsigned char replyId, const Bytes& buffer);
   void resetCounters();
 
