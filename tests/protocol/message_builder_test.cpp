@@ -79,7 +79,7 @@ TEST_F(MessageBuilder, ListsAnAcknowledgement) {
   EXPECT_TRUE(list_.isEmpty());
 }
 
-TEST_F(MessageBuilder, GoesOnRightBehindTheStartBytesOfAnUnknownPacket) {
+TEST_F(MessageBuilder, GoesOnRightAfterTheStartBytesOfAnUnknownPacket) {
   // An acknowledgement starts where the unknown packet, of id 06, has its length field.
   const Bytes longAck =
       join({{0xA0, 0xA1, 0x06, 0x00, 0x83}, Bytes(0x05FF, 0x00), {0x83, 0x0D, 0x0A}});
@@ -99,7 +99,7 @@ TEST_F(MessageBuilder, GoesOnAtTheLastByteOfAPacketWithoutSubId) {
   EXPECT_EQ(counts(), (Counts{.good = 2, .acknowledged = 1, .refused = 1}));
 }
 
-TEST_F(MessageBuilder, GoesOnBehindAPacketWithSubId) {
+TEST_F(MessageBuilder, GoesOnAfterAPacketWithSubId) {
   const Bytes withoutLastByte(kPulseWidth.begin(), kPulseWidth.end() - 1);
   update(join({withoutLastByte, kRefusal}));
   EXPECT_EQ(counts(), (Counts{.good = 1})) << "the refusal's first start byte counts as end byte";

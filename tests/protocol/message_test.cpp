@@ -52,7 +52,7 @@ TEST(Message, ReadsThePayloadLengthFromDataAndNoByteMore) {
   EXPECT_EQ(packetOf(message), hex("A0 A1 00 06 65 80 00 98 96 80 6B 0D 0A"));
 }
 
-TEST(Message, HasItsPayloadBehindTheLength) {
+TEST(Message, HasItsPayloadAfterTheLength) {
   ORBMessage message(0x6502, 2, nullptr);
   EXPECT_EQ(message.getPayloadData(), message.getPacketData() + 4);
   const ORBMessage& constant = message;
@@ -94,20 +94,20 @@ TEST(Message, KeepsLengthsBeyondSixteenBitsAndSendsTheirLowHalf) {
   EXPECT_EQ(start, hex("A0 A1 00 02 83 00 83"));
 }
 
-TEST(Message, HasItsEndBytesBehindALengthBeyondSixteenBits) {
+TEST(Message, HasItsEndBytesAfterALengthBeyondSixteenBits) {
   const ORBMessage message(0x8300, 0x10002, nullptr);
   EXPECT_EQ(message.getByteFull(0x10007), 0x0D);
   EXPECT_EQ(message.getByteFull(0x10008), 0x0A);
   EXPECT_EQ(message.getChecksum(), 0x0D);
 }
 
-TEST(Message, SetsTheFirstBodyByteBehindTheId) {
+TEST(Message, SetsTheFirstBodyByteAfterTheId) {
   ORBMessage message(0x0200, 2, nullptr);
   EXPECT_EQ(message.setByte(0, 1), 1);
   EXPECT_EQ(packetOf(message), hex("A0 A1 00 02 02 01 03 0D 0A"));
 }
 
-TEST(Message, SetsTheFirstBodyByteBehindTheSubId) {
+TEST(Message, SetsTheFirstBodyByteAfterTheSubId) {
   ORBMessage message(0x6411, 5, nullptr);
   EXPECT_EQ(message.setByte(0, 0xF0), 0xF0);
   EXPECT_EQ(packetOf(message), hex("A0 A1 00 05 64 11 F0 00 00 85 0D 0A"));
@@ -151,7 +151,7 @@ TEST(Message, ChangesTheEndByteThatTheLastIndexWithSubIdFallsOn) {
   EXPECT_EQ(packetOf(message), hex("A0 A1 00 05 64 11 00 00 00 75 5A 0A"));
 }
 
-TEST(Message, ReadsBodyBytesBehindTheId) {
+TEST(Message, ReadsBodyBytesAfterTheId) {
   const Bytes data{0x0A, 0x0B, 0x0C, 0xFF};
   const ORBMessage message(0xB000, 4, data.data());
   EXPECT_EQ(message.getByte(0), 0x0A);
@@ -161,7 +161,7 @@ TEST(Message, ReadsBodyBytesBehindTheId) {
   EXPECT_EQ(message.getByte(4), 0x00);
 }
 
-TEST(Message, ReadsBodyBytesBehindTheSubId) {
+TEST(Message, ReadsBodyBytesAfterTheSubId) {
   const Bytes data{0x0A, 0x0B, 0xFF, 0xFF};
   const ORBMessage message(0x6488, 4, data.data());
   EXPECT_EQ(message.getByte(0), 0x0A);

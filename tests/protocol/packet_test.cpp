@@ -43,7 +43,7 @@ TEST(PacketChecksum, CoversEveryLengthAndAlignment) {
   }
 }
 
-TEST(PacketChecksum, ReadsNothingBehindTheData) {
+TEST(PacketChecksum, ReadsNothingAfterTheData) {
   for (unsigned long length = 0; length < 20; ++length) {
     GuardedBytes data{Bytes(length, 0xFF)};
     EXPECT_EQ(orbComputeChecksum(data.data(), length), length % 2 == 1 ? 0xFFu : 0u);
@@ -68,7 +68,7 @@ TEST(PacketLength, IsReadBigEndian) {
   EXPECT_EQ(orbGetLengthFromData(highBits.data()), 65408);
 }
 
-TEST(PacketLength, IsWrittenBigEndianBehindTheStartBytes) {
+TEST(PacketLength, IsWrittenBigEndianAfterTheStartBytes) {
   Bytes packet = untouched(6);
   orbPutLengthIntoPacket(packet.data(), 0xFE01);
   EXPECT_EQ(packet, hex("EE EE FE 01 EE EE"));
@@ -146,14 +146,14 @@ TEST(PacketStart, IsA0A1) {
   EXPECT_EQ(packet, hex("A0 A1 EE"));
 }
 
-TEST(PacketPayload, GoesBehindTheId) {
+TEST(PacketPayload, GoesAfterTheId) {
   Bytes packet = untouched(9);
   const Bytes source{0x11, 0x22, 0x33};
   orbPutPayloadIntoPacket(packet.data(), source.data(), 3, kWithoutSubId);
   EXPECT_EQ(packet, hex("EE EE EE EE EE 11 22 33 EE"));
 }
 
-TEST(PacketPayload, GoesBehindTheSubId) {
+TEST(PacketPayload, GoesAfterTheSubId) {
   Bytes packet = untouched(9);
   const Bytes source{0x11, 0x22};
   orbPutPayloadIntoPacket(packet.data(), source.data(), 2, kWithSubId);
@@ -184,7 +184,7 @@ TEST(PacketPayload, LeavesThePacketUntouchedForANullSource) {
   EXPECT_EQ(packet, untouched(9));
 }
 
-TEST(PacketChecksum, IsWrittenBehindThePayloadAndReturned) {
+TEST(PacketChecksum, IsWrittenAfterThePayloadAndReturned) {
   Bytes packet{0xA0, 0xA1, 0x00, 0x02, 0x02, 0x01, kUntouched, kUntouched, kUntouched};
   EXPECT_EQ(orbPutChecksumIntoPacket(packet.data(), 2), 0x03u);
   EXPECT_EQ(packet, hex("A0 A1 00 02 02 01 03 EE EE"));
@@ -196,7 +196,7 @@ TEST(PacketChecksum, OfAnEmptyPayloadIsWrittenWhereThePayloadWouldStart) {
   EXPECT_EQ(packet, hex("A0 A1 00 00 00 EE"));
 }
 
-TEST(PacketEnd, IsWrittenBehindTheChecksum) {
+TEST(PacketEnd, IsWrittenAfterTheChecksum) {
   Bytes packet = untouched(10);
   orbPutEtsIntoPacket(packet.data(), 2);
   EXPECT_EQ(packet, hex("EE EE EE EE EE EE EE 0D 0A EE"));
@@ -224,12 +224,12 @@ Bytes wholePacket(ORBMessageMsgValue type, unsigned short length, const unsigned
   return packet;
 }
 
-TEST(Packet, HasItsBodyBehindTheId) {
+TEST(Packet, HasItsBodyAfterTheId) {
   const Bytes source{0x01, 0xFF};
   EXPECT_EQ(wholePacket(0x0200, 2, source.data()), hex("A0 A1 00 02 02 01 03 0D 0A"));
 }
 
-TEST(Packet, HasItsBodyBehindTheSubId) {
+TEST(Packet, HasItsBodyAfterTheSubId) {
   const Bytes source{0x00, 0x98, 0x96, 0x80, 0xFF, 0xFF};
   EXPECT_EQ(wholePacket(0x6580, 6, source.data()), hex("A0 A1 00 06 65 80 00 98 96 80 6B 0D 0A"));
 }

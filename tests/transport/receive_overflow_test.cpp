@@ -70,7 +70,7 @@ TEST_F(ReceiveOverflow, NeverReadsIntoAFullBuffer) {
   EXPECT_THAT(calls_.readSizes(), Each(Le(kReadSize)));
 }
 
-TEST_F(ReceiveOverflow, FindsAReplyBehindMoreBytesThanTheBufferHolds) {
+TEST_F(ReceiveOverflow, FindsAReplyAfterMoreBytesThanTheBufferHolds) {
   for (int i = 0; i < 5; ++i) {
     line_.deliver(noise(1024));
   }
@@ -84,7 +84,7 @@ TEST_F(ReceiveOverflow, FindsAReplyTornByTheEndOfTheBuffer) {
   for (long split = 1; split <= 7; ++split) {
     fillBufferExcept(static_cast<unsigned long>(split));
     deliverInTwo(kAck, split);
-    EXPECT_EQ(receive(channel_, 0x8300, kTimeout), kAck) << "torn behind " << split << " bytes";
+    EXPECT_EQ(receive(channel_, 0x8300, kTimeout), kAck) << "torn after " << split << " bytes";
     EXPECT_TRUE(line_.isOver());
   }
 }
@@ -94,7 +94,7 @@ TEST_F(ReceiveOverflow, FindsTheLongestReplyTornByTheEndOfTheBuffer) {
   for (const long split : {1l, 100l, 266l}) {
     fillBufferExcept(static_cast<unsigned long>(split));
     deliverInTwo(kLongest, split);
-    EXPECT_EQ(receive(channel_, 0x6434, kTimeout), kLongest) << "torn behind " << split << " bytes";
+    EXPECT_EQ(receive(channel_, 0x6434, kTimeout), kLongest) << "torn after " << split << " bytes";
   }
 }
 
@@ -138,7 +138,7 @@ TEST_F(ReceiveOverflow, ReplacesAMatchWhoseBytesHaveLeftTheBuffer) {
   EXPECT_EQ(receive(channel_, 0x8300, kTimeout), kOtherAck);
 }
 
-TEST_F(ReceiveOverflow, SeesNothingBehindAFalseHeaderUntilThatDropsOut) {
+TEST_F(ReceiveOverflow, SeesNothingAfterAFalseHeaderUntilThatDropsOut) {
   const Bytes falseHeader{0xA0, 0xA1, 0xFF, 0xFF, 0x83, 0x00};
   line_.deliver(join({falseHeader, kAck}));
   line_.deliver(noise(1024));
@@ -150,7 +150,7 @@ TEST_F(ReceiveOverflow, SeesNothingBehindAFalseHeaderUntilThatDropsOut) {
   EXPECT_EQ(standardError(), "");
 }
 
-TEST_F(ReceiveOverflow, EndsAtTheLimitBehindAFalseHeader) {
+TEST_F(ReceiveOverflow, EndsAtTheLimitAfterAFalseHeader) {
   clock_.passSeconds({0, 1, 2});
   line_.deliver({0xA0, 0xA1, 0xFF, 0xFF, 0x83, 0x00});
   line_.deliver(kAck);

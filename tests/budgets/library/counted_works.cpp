@@ -37,7 +37,7 @@ void append(Bytes& bytes, const ORBMessage& message) {
                message.getPacketData() + message.getPacketLength());
 }
 
-// Packets of this payload length, one right behind the other.
+// Packets of this payload length, one right after the other.
 Bytes frames(unsigned long payloadLength) {
   const ORBMessage message(0xA800, payloadLength, nullptr);
   Bytes bytes;
@@ -49,11 +49,11 @@ Bytes frames(unsigned long payloadLength) {
 
 // The same packets, each with a bit wrong in the last byte of its body.
 Bytes damagedFrames(unsigned long payloadLength) {
-  constexpr unsigned long kBehindBody = 3;  // checksum and end bytes
+  constexpr unsigned long kAfterBody = 3;  // checksum and end bytes
   Bytes bytes = frames(payloadLength);
   const unsigned long packetLength = bytes.size() / kFrames;
   for (unsigned long end = packetLength; end <= bytes.size(); end += packetLength) {
-    bytes[end - kBehindBody - 1] ^= 1;
+    bytes[end - kAfterBody - 1] ^= 1;
   }
   return bytes;
 }
@@ -83,7 +83,7 @@ Bytes noise(unsigned long length) {
   return bytes;
 }
 
-// All start bytes, and behind them what no packet has: ids that nobody knows.
+// All start bytes, and after them what no packet has: ids that nobody knows.
 Bytes unknownPackets(unsigned long length) {
   const Bytes start{0xA0, 0xA1, 0x00, 0x02, 0x61, 0x00, 0x00, 0x00};
   Bytes bytes;
