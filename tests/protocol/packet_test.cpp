@@ -190,6 +190,13 @@ TEST(PacketChecksum, IsWrittenAfterThePayloadAndReturned) {
   EXPECT_EQ(packet, hex("A0 A1 00 02 02 01 03 EE EE"));
 }
 
+TEST(PacketChecksum, CoversALongPayload) {
+  Bytes packet(4 + 300 + 1, 0x00);
+  packet[4 + 299] = 0x5A;
+  EXPECT_EQ(orbPutChecksumIntoPacket(packet.data(), 300), 0x5Au);
+  EXPECT_EQ(packet.back(), 0x5A);
+}
+
 TEST(PacketChecksum, OfAnEmptyPayloadIsWrittenWhereThePayloadWouldStart) {
   Bytes packet{0xA0, 0xA1, 0x00, 0x00, 0x02, kUntouched};
   EXPECT_EQ(orbPutChecksumIntoPacket(packet.data(), 0), 0u);
