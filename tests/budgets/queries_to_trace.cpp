@@ -2,20 +2,18 @@
 // trace of system calls shows.
 
 #include <fcntl.h>
-#include <pty.h>
 #include <termios.h>
 #include <unistd.h>
 
-#include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <stdexcept>
-#include <system_error>
 #include <thread>
 
 #include "marks.h"
 #include "orb-gnss/module_driver.h"
+#include "support/pty.h"
 
 namespace {
 
@@ -24,24 +22,13 @@ constexpr unsigned char kMasks[] = {0xA0, 0xA1, 0x00, 0x04, 0xB0, 0x01,
 constexpr unsigned char kQueryMasks[] = {0xA0, 0xA1, 0x00, 0x01, 0x2F, 0x2F, 0x0D, 0x0A};
 constexpr unsigned char kCnr = kMasks[7];
 
-char tty[64];
+const char* tty = nullptr;
 
-// Until nobody has the tty open any more.
-void answerQueries(int line) {
-  unsigned char query[64];
-  unsigned long received = 0;
-  for (;;) {
-    const ssize_t count = read(line, query, sizeof query);
-    if (count < 0) {
-      return;
-    }
-    received += static_cast<unsigned long>(count);
-    if (received == sizeof kQueryMasks) {
-      received = 0;
-      if (write(line, kMasks, sizeof kMasks) < 0) {
-        return;
-      }
-    }
+void answerQueries(orb::test::Pty& pty) {
+  const orb::test::Bytes masks(kMasks, kMasks + sizeof kMasks);
+  for (int queries = 2 * orb::test::kTracedTurns; queries > 0; --queries) {
+    pty.takeWritten(sizeof kQueryMasks);
+    pty.send(masks);
   }
 }
 
@@ -98,14 +85,9 @@ void expectAnswer(const char* asker, bool isAnswered) {
 }  // namespace
 
 int main() {
-  termios raw{};
-  cfmakeraw(&raw);
-  int line = -1;
-  int held = -1;
-  if (openpty(&line, &held, tty, &raw, nullptr) != 0) {
-    throw std::system_error(errno, std::generic_category(), "openpty");
-  }
-  std::thread receiver([line] { answerQueries(line); });
+  orb::test::Pty pty;
+  tty = pty.path().c_str();
+  std::thread receiver([&pty] { answerQueries(pty); });
 
   orbController_QN4470T01 driver;
   for (int turn = 0; turn < orb::test::kTracedTurns; ++turn) {
@@ -118,7 +100,6 @@ int main() {
     mark(">");
     expectAnswer("the bare loop", isLoopAnswered);
   }
-  close(held);
   receiver.join();
   return 0;
 }

@@ -1,25 +1,40 @@
 // What waiting for a reply costs, in looks and wake-ups; sleeping takes no real time here.
 
 #include <gtest/gtest.h>
+#include <poll.h>
+#include <sys/epoll.h>
+#include <sys/select.h>
+#include <sys/syscall.h>
+#include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <chrono>
 #include <cstring>
 #include <stdexcept>
 
 #include "../transport/channel_values.h"
-#include "../transport/pty.h"
-#include "../transport/tty_calls.h"
-#include "simulated_sleep.h"
+#include "delayed_reply.h"
 #include "support/allocations.h"
 #include "support/captured_output.h"
+#include "support/pty.h"
 #include "support/wall_clock.h"
 
+namespace orb::test {
 namespace {
 
-using namespace orb::test;
 using namespace std::chrono_literals;
 using std::chrono::nanoseconds;
+
+/// How often a poll, a select or the like, or a reading of a clock other than time() was asked for.
+int otherCalls = 0;
+
+/// A call that nothing here needs.
+int refuse() {
+  ++otherCalls;
+  errno = ENOSYS;
+  return -1;
+}
 
 /// A line on which the reply comes when the waiting thread has slept for long enough.
 class Waiting : public testing::Test {
@@ -28,26 +43,16 @@ class Waiting : public testing::Test {
   nanoseconds lateness(nanoseconds delay) {
     orbIO channel(pty_.path());
     const SimulatedSleep sleep;
-    looks_ = 0;
-    calls_.read = [&](int, void* buffer, std::size_t) -> ssize_t {
-      if (++looks_ > kTooManyLooks) {
-        throw std::runtime_error("the wait spins");
-      }
-      if (sleep.slept() < delay) {
-        errno = EAGAIN;
-        return -1;
-      }
-      std::memcpy(buffer, kAck.data(), kAck.size());
-      return static_cast<ssize_t>(kAck.size());
-    };
+    DelayedReply reply(calls_, sleep, {kAck});
+    reply.comeAfter(0, delay);
+    otherCalls = 0;
     EXPECT_EQ(receive(channel, 0x8300), kAck);
+    otherCalls_ = otherCalls;
+    looks_ = reply.looks();
     wakeUps_ = sleep.sleeps();
     yields_ = sleep.yields();
-    otherCalls_ = sleep.otherCalls();
     return sleep.slept() - delay;
   }
-
-  static constexpr int kTooManyLooks = 5000;
 
   Pty pty_;
   TtyCalls calls_{pty_.path()};
@@ -115,6 +120,7 @@ TEST_F(Waiting, CostsNoMoreOnALineThatIsNeverQuiet) {
   unsigned long taken = 0;
   int rounds = 0;
   calls_.read = [&](int, void* buffer, std::size_t size) -> ssize_t {
+    constexpr int kTooManyLooks = 5000;
     if (++looks_ > kTooManyLooks) {
       throw std::runtime_error("the wait spins");
     }
@@ -140,3 +146,26 @@ TEST_F(Waiting, CostsNoMoreOnALineThatIsNeverQuiet) {
 }
 
 }  // namespace
+}  // namespace orb::test
+
+// The library calls these through the dynamic linker, which finds a program's own definitions
+// first.
+
+#define ORB_TEST_REPLACEMENT extern "C" __attribute__((visibility("default")))
+
+ORB_TEST_REPLACEMENT int clock_gettime(clockid_t clock, timespec* now) noexcept {
+  ++orb::test::otherCalls;
+  return static_cast<int>(syscall(SYS_clock_gettime, clock, now));
+}
+
+ORB_TEST_REPLACEMENT int poll(pollfd*, nfds_t, int) { return orb::test::refuse(); }
+
+ORB_TEST_REPLACEMENT int ppoll(pollfd*, nfds_t, const timespec*, const sigset_t*) {
+  return orb::test::refuse();
+}
+
+ORB_TEST_REPLACEMENT int select(int, fd_set*, fd_set*, fd_set*, timeval*) {
+  return orb::test::refuse();
+}
+
+ORB_TEST_REPLACEMENT int epoll_wait(int, epoll_event*, int, int) { return orb::test::refuse(); }

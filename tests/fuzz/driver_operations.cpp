@@ -9,9 +9,10 @@
 #include "operations.h"
 #include "orb-sim/frame.h"
 #include "support/check.h"
-#include "support/scripted_line.h"
+#include "support/input.h"
+#include "support/scripted_device.h"
 
-namespace orb::fuzz {
+namespace orb::test {
 namespace {
 
 constexpr int kMostOperations = 15;
@@ -59,14 +60,14 @@ std::uint16_t replyTo(unsigned int choice, unsigned int selector) {
   return operations[isAwaited ? choice : selector % operations.size()].reply;
 }
 
-std::vector<ScriptedLine::Piece> answerTo(unsigned int choice, Input& input) {
+std::vector<ScriptedDevice::Piece> answerTo(unsigned int choice, Input& input) {
   constexpr unsigned int kBytes = 0x80;
   constexpr std::size_t kLongestBody = 64;
   const unsigned int form = input.byte();
   if ((form & kBytes) != 0) {
     return {{input.bytes(form & ~kBytes)}};
   }
-  std::vector<ScriptedLine::Piece> script;
+  std::vector<ScriptedDevice::Piece> script;
   for (unsigned int replies = form % 4; replies > 0; --replies) {
     const std::uint16_t reply = replyTo(choice, input.byte());
     script.push_back({sim::frame(reply, input.bytes(input.byte() % kLongestBody))});
@@ -78,7 +79,7 @@ void hold(Input input) {
   std::optional<orbController_QN4470T01> driver;
   for (int i = 0; i < kMostOperations && !input.isEmpty(); ++i) {
     const unsigned int choice = input.byte();
-    ScriptedLine line(answerTo(choice, input));
+    ScriptedDevice line(answerTo(choice, input));
     if (!driver) {
       driver.emplace();
     }
@@ -88,9 +89,9 @@ void hold(Input input) {
 }
 
 }  // namespace
-}  // namespace orb::fuzz
+}  // namespace orb::test
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  orb::fuzz::hold({data, size});
+  orb::test::hold({data, size});
   return 0;
 }

@@ -6,9 +6,9 @@
 
 #include "support/check.h"
 #include "support/driver_queries.h"
-#include "support/scripted_line.h"
+#include "support/scripted_device.h"
 
-namespace orb::fuzz {
+namespace orb::test {
 namespace {
 
 Bytes payloadOf(ORBMessageMsgValue type, const Bytes& body) {
@@ -40,11 +40,11 @@ void query(Input input) {
   const std::uint8_t cut = input.byte();
   const Bytes payload = payloadOf(query.reply, input.bytes(kLongestBody));
 
-  std::vector<ScriptedLine::Piece> script;
+  std::vector<ScriptedDevice::Piece> script;
   for (const Bytes& piece : inPieces(packetOf(payload, damage), {cut})) {
     script.push_back({piece});
   }
-  ScriptedLine line(std::move(script));
+  ScriptedDevice line(std::move(script));
   orbController_QN4470T01 driver;
   const std::string found = query.ask(driver);
   checkEqual(found, damage == 0 ? query.expected(Payload(payload)) : query.unanswered,
@@ -52,9 +52,9 @@ void query(Input input) {
 }
 
 }  // namespace
-}  // namespace orb::fuzz
+}  // namespace orb::test
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  orb::fuzz::query({data, size});
+  orb::test::query({data, size});
   return 0;
 }

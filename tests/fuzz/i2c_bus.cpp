@@ -10,7 +10,7 @@
 #include "support/check.h"
 #include "support/input.h"
 
-namespace orb::fuzz {
+namespace orb::test {
 namespace {
 
 constexpr std::size_t kMostTransfers = 16;
@@ -66,9 +66,9 @@ void use(Input input) {
 }
 
 }  // namespace
-}  // namespace orb::fuzz
+}  // namespace orb::test
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  orb::fuzz::use({data, size});
+  orb::test::use({data, size});
   return 0;
 }

@@ -8,7 +8,7 @@
 #include "support/check.h"
 #include "support/input.h"
 
-namespace orb::fuzz {
+namespace orb::test {
 namespace {
 
 bool canBeCarried(const std::string& text) { return text.find('\0') == std::string::npos; }
@@ -40,9 +40,9 @@ void read(Input input) {
 }
 
 }  // namespace
-}  // namespace orb::fuzz
+}  // namespace orb::test
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  orb::fuzz::read({data, size});
+  orb::test::read({data, size});
   return 0;
 }

@@ -6,21 +6,48 @@ FOLDER/TARGET/ gets the inputs and FOLDER/TARGET.dict the dictionary of each tar
 the project's own packets and files. Each target's source says what its input consists of.
 """
 
+import functools
+import operator
 import re
 import struct
 import sys
 from pathlib import Path
+from typing import NamedTuple
 
-FUZZ = Path(__file__).resolve().parent
-ROOT = FUZZ.parents[1]
-sys.dont_write_bytecode = True
-sys.path.insert(0, str(ROOT / "tests/protocol/reference"))
+ROOT = Path(__file__).resolve().parents[2]
 
-from packet_assembler import CATALOGUE, build_packet, has_sub_id  # noqa: E402
 
-MESSAGES = CATALOGUE[:-1]  # without the end marker
+class Row(NamedTuple):
+    """A message of the catalogue."""
+
+    msg_id: int
+    sub_id: int
+    min_length: int
+    max_length: int
+
+
+def read_catalogue():
+    lines = (ROOT / "tests/protocol/reference/catalogue.tsv").read_text().splitlines()
+    for line in lines[1:-1]:  # without the columns' names and the end marker
+        _, msg_id, sub_id, shortest, longest, _ = line.split("\t")
+        yield Row(int(msg_id, 16), int(sub_id, 16), int(shortest), int(longest))
+
+
+MESSAGES = list(read_catalogue())
 LONGEST_PAYLOAD = 261
 NMEA = b"$GPZDA,000002.00,11,10,2024,00,00*6F\r\n"
+
+
+def has_sub_id(msg_id):
+    return 0x62 <= msg_id <= 0x6F
+
+
+def build_packet(msg_id, sub_id, length, body):
+    """A whole packet with a payload of `length` bytes; surplus bytes of the body are left out."""
+    identity = bytes([msg_id, sub_id]) if has_sub_id(msg_id) else bytes([msg_id])
+    payload = (identity + body)[:length]
+    checksum = functools.reduce(operator.xor, payload)
+    return struct.pack(">HH", 0xA0A1, length) + payload + bytes([checksum]) + b"\r\n"
 
 
 def packet(row, length=None):

@@ -11,7 +11,7 @@
 #include "support/check.h"
 #include "support/input.h"
 
-namespace orb::fuzz {
+namespace orb::test {
 namespace {
 
 /// A file in memory, with a path.
@@ -44,9 +44,9 @@ void inspect(Input input) {
 }
 
 }  // namespace
-}  // namespace orb::fuzz
+}  // namespace orb::test
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  orb::fuzz::inspect({data, size});
+  orb::test::inspect({data, size});
   return 0;
 }

@@ -9,7 +9,7 @@
 #include "support/check.h"
 #include "support/input.h"
 
-namespace orb::fuzz {
+namespace orb::test {
 namespace {
 
 using std::chrono::milliseconds;
@@ -50,9 +50,9 @@ void read(Input input) {
 }
 
 }  // namespace
-}  // namespace orb::fuzz
+}  // namespace orb::test
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  orb::fuzz::read({data, size});
+  orb::test::read({data, size});
   return 0;
 }

@@ -7,14 +7,15 @@
 #include <optional>
 
 #include "orb-gnss/serial_channel.h"
-#include "support/assembler_model.h"
+#include "reference/assembler_model.h"
 #include "support/check.h"
-#include "support/scripted_line.h"
+#include "support/input.h"
+#include "support/scripted_device.h"
 
-namespace orb::fuzz {
+namespace orb::test {
 namespace {
 
-using Script = std::vector<ScriptedLine::Piece>;
+using Script = std::vector<ScriptedDevice::Piece>;
 
 constexpr std::size_t kCapacityPerSecond = 1024;
 constexpr std::size_t kLongestRead = 1024;
@@ -46,7 +47,7 @@ class WaitModel {
   bool isOver() const { return isOver_; }
   const std::optional<Bytes>& match() const { return match_; }
 
-  void read(ScriptedLine::Piece piece) {
+  void read(ScriptedDevice::Piece piece) {
     seconds_ += piece.secondsBefore;
     while (!isOver_ && !piece.bytes.empty()) {
       if (buffer_.size() == capacity_) {
@@ -66,7 +67,9 @@ class WaitModel {
     const Scan scan(buffer_);
     errored_ += scan.errored;
     for (const FoundMessage& message : scan.messages) {
-      if (typeOf(message.id) == awaited_) match_ = message.packet;
+      if (message.type == awaited_) {
+        match_ = message.packet;
+      }
     }
     isOver_ = (match_ && errored_ == 0) || seconds_ >= timeout_;
   }
@@ -83,11 +86,11 @@ class WaitModel {
 
 std::optional<Bytes> expected(ORBMessageMsgValue awaited, int timeout, const Script& script) {
   WaitModel model(awaited, timeout);
-  for (const ScriptedLine::Piece& piece : script) {
+  for (const ScriptedDevice::Piece& piece : script) {
     model.read(piece);
   }
   while (!model.isOver()) {
-    model.read({{ScriptedLine::kHarmless}, ScriptedLine::kSecondsBehindTheScript});
+    model.read({{0}, ScriptedLine::kSecondsAfterTheScript});
   }
   return model.match();
 }
@@ -97,7 +100,7 @@ void receive(Input input) {
   const int timeout = input.byte() % 6;
   const Script script = scriptOf(input);
 
-  ScriptedLine line(script);
+  ScriptedDevice line(script);
   orbIO channel;
   check(channel.isOpen(), "the channel is open");
   const std::unique_ptr<ORBMessage> message(channel.ReceiveMessage(awaited, timeout));
@@ -111,9 +114,9 @@ void receive(Input input) {
 }
 
 }  // namespace
-}  // namespace orb::fuzz
+}  // namespace orb::test
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  orb::fuzz::receive({data, size});
+  orb::test::receive({data, size});
   return 0;
 }

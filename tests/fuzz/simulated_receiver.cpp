@@ -10,7 +10,7 @@
 #include "support/check.h"
 #include "support/input.h"
 
-namespace orb::fuzz {
+namespace orb::test {
 namespace {
 
 using std::chrono::milliseconds;
@@ -90,9 +90,9 @@ void talk(Input input) {
 }
 
 }  // namespace
-}  // namespace orb::fuzz
+}  // namespace orb::test
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  orb::fuzz::talk({data, size});
+  orb::test::talk({data, size});
   return 0;
 }

@@ -6,7 +6,7 @@
 #include "support/input.h"
 #include "trace/description.h"
 
-namespace orb::fuzz {
+namespace orb::test {
 namespace {
 
 using Items = std::vector<sim::StreamItem>;
@@ -94,9 +94,9 @@ void decode(Input input) {
 }
 
 }  // namespace
-}  // namespace orb::fuzz
+}  // namespace orb::test
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  orb::fuzz::decode({data, size});
+  orb::test::decode({data, size});
   return 0;
 }

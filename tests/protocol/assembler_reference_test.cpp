@@ -1,25 +1,104 @@
-// The packet assembler against the model in reference/: explicit vectors, and a million random
-// buffers by the digests of their results.
+// The packet assembler and its model in reference/: both have the outcomes of explicit_vectors.tsv,
+// and the same outcome for a million random buffers.
 
 #include <gtest/gtest.h>
 
 #include <map>
-#include <ostream>
+#include <optional>
+#include <sstream>
 #include <string>
 #include <vector>
 
-#include "reference/assembler_session.h"
-#include "reference/random_blocks.h"
-#include "reference/vector_file.h"
+#include "reference/assembler_pair.h"
+#include "reference/buffer_generator.h"
+#include "reference/catalogue_file.h"
 
-namespace orb::reference {
+namespace orb::test {
+namespace {
 
-std::ostream& operator<<(std::ostream& stream, const BlockDigest& digest) {
-  return stream << std::hex << std::uppercase << "buffers " << digest.buffers << ", results "
-                << digest.results << std::dec << ", " << digest.messages << " messages";
+constexpr unsigned char kReplyId = 0x83;
+
+std::vector<std::string> split(const std::string& text, char separator) {
+  std::vector<std::string> parts;
+  std::istringstream stream(text);
+  for (std::string part; std::getline(stream, part, separator);) {
+    parts.push_back(part);
+  }
+  return parts;
 }
 
-namespace {
+/// Without the short forms for a run of one byte, "(5A*1000)", and for no bytes at all, "-".
+std::string expanded(std::string text) {
+  for (auto open = text.find('('); open != std::string::npos; open = text.find('(', open)) {
+    const auto close = text.find(')', open);
+    std::string run;
+    for (int count = std::stoi(text.substr(open + 4)); count > 0; --count) {
+      run += text.substr(open + 1, 2);
+    }
+    text.replace(open, close + 1 - open, run);
+  }
+  return text == "-" ? "" : text;
+}
+
+/// One line of explicit_vectors.tsv; README.md describes its columns.
+struct Vector {
+  std::string name;
+  std::vector<std::string> buffers;
+  std::vector<std::string> results;
+  std::vector<std::string> messages;
+};
+
+/// The vectors of each group.
+const std::map<std::string, std::vector<Vector>>& vectorGroups() {
+  static const auto groups = [] {
+    std::map<std::string, std::vector<Vector>> read;
+    std::ifstream table = openTable("explicit_vectors.tsv");
+    for (std::string line; std::getline(table, line);) {
+      const auto fields = split(line, '\t');
+      read[fields.at(0)].push_back({fields.at(1), split(fields.at(2), ';'),
+                                    split(fields.at(3), ';'), split(expanded(fields.at(4)), ' ')});
+    }
+    return read;
+  }();
+  return groups;
+}
+
+struct Group {
+  const char* name;
+  std::size_t vectors;
+};
+
+constexpr Group kGroups[] = {
+    {"EdgeCases", 47},   {"CatalogueGood", 424},  {"CatalogueSpoilt", 560}, {"CatalogueCut", 2106},
+    {"Boundaries", 656}, {"ClaimedLengths", 492}, {"Identities", 304},      {"ModeReports", 57},
+    {"Nested", 144},     {"StartBytes", 369},     {"SingleBytes", 448},     {"Repeated", 120},
+    {"Mutated", 900}};
+
+class ExplicitVectors : public testing::TestWithParam<Group> {};
+
+TEST_P(ExplicitVectors, AreTheOutcomesOfLibraryAndModel) {
+  const auto& vectors = vectorGroups().at(GetParam().name);
+  EXPECT_EQ(vectors.size(), GetParam().vectors);
+  for (const Vector& vector : vectors) {
+    SCOPED_TRACE(vector.name);
+    AssemblerPair pair;
+    ASSERT_EQ(vector.buffers.size(), vector.results.size());
+    for (std::size_t k = 0; k < vector.buffers.size(); ++k) {
+      EXPECT_EQ(pair.update(kReplyId, hex(expanded(vector.buffers[k]))), vector.results[k]);
+    }
+    for (auto message = vector.messages.rbegin(); message != vector.messages.rend(); ++message) {
+      EXPECT_EQ(pair.takeOldest(), *message);
+    }
+    EXPECT_TRUE(pair.isEmpty());
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(AssemblerReference, ExplicitVectors, testing::ValuesIn(kGroups),
+                         [](const auto& info) { return std::string(info.param.name); });
+
+TEST(ExplicitVectorFile, HasNoGroupThatIsNotTested) {
+  EXPECT_EQ(vectorGroups().size(), std::size(kGroups));
+}
 
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
 #define ORB_SANITIZED 1
@@ -37,76 +116,48 @@ constexpr unsigned kBlocksPlayedPerTest = 32;
 #else
 constexpr unsigned kBlocksPlayedPerTest = kBlocksPerTest;
 #endif
+constexpr unsigned kBuffersPerBlock = 1000;
 
-/// Vectors of each group of explicit_vectors.tsv.
-const std::map<std::string, std::size_t> kGroups = {
-    {"EdgeCases", 47},   {"CatalogueGood", 424},  {"CatalogueSpoilt", 560}, {"CatalogueCut", 2106},
-    {"Boundaries", 656}, {"ClaimedLengths", 492}, {"Identities", 304},      {"ModeReports", 57},
-    {"Nested", 144},     {"StartBytes", 369},     {"SingleBytes", 448},     {"Repeated", 120},
-    {"Mutated", 900}};
-
-void expectOutcome(const ExplicitVector& vector) {
-  SCOPED_TRACE(vector.group + ": " + vector.name);
-  AssemblerSession session;
-  for (std::size_t k = 0; k < vector.buffers.size(); ++k) {
-    EXPECT_EQ(session.update(0x83, vector.buffers[k]), vector.results[k])
-        << "buffer " << hexText(vector.buffers[k].data(), vector.buffers[k].size());
-  }
-  const auto taken = session.takeByAge();
-  ASSERT_EQ(taken.size(), vector.messages.size());
-  for (std::size_t k = 0; k < taken.size(); ++k) {
-    SCOPED_TRACE("message " + std::to_string(k) + ", oldest first");
-    const auto& expected = vector.messages[taken.size() - 1 - k];
-    EXPECT_EQ(taken[k]->getMsgSidId(), expected.type);
-    EXPECT_EQ(taken[k]->getMid(), expected.type >> 8);
-    EXPECT_EQ(taken[k]->getSid(), expected.type & 0xFF);
-    EXPECT_EQ(taken[k]->getPayloadLength(), expected.payloadLength);
-    ASSERT_EQ(taken[k]->getPacketLength(), expected.packet.size());
-    EXPECT_EQ(hexText(taken[k]->getPacketData(), expected.packet.size()),
-              hexText(expected.packet.data(), expected.packet.size()));
-  }
-}
-
-class ExplicitVectors : public testing::TestWithParam<std::string> {};
-
-TEST_P(ExplicitVectors, HaveTheModelsOutcome) {
-  std::size_t count = 0;
-  for (const auto& vector : explicitVectors()) {
-    if (vector.group == GetParam()) {
-      ++count;
-      expectOutcome(vector);
+/// Takes all messages, the oldest first or the newest of one type after the other.
+unsigned takeAll(AssemblerPair& pair, bool oldestFirst) {
+  unsigned taken = 0;
+  for (; !pair.isEmpty(); ++taken) {
+    if (oldestFirst) {
+      pair.takeOldest();
+    } else {
+      pair.takeNewestOf(pair.someType());
     }
   }
-  EXPECT_EQ(count, kGroups.at(GetParam()));
+  return taken;
 }
 
-std::vector<std::string> groupNames() {
-  std::vector<std::string> names;
-  for (const auto& [name, count] : kGroups) {
-    names.push_back(name);
+/// A thousand buffers from a generator of its own, so that any block can be played alone. One
+/// builder sees one or more of them, now and then with its counters reset in between.
+unsigned playBlock(unsigned block) {
+  BufferGenerator generator(block);
+  std::optional<AssemblerPair> pair(std::in_place);
+  unsigned messages = 0;
+  for (unsigned number = 0; number < kBuffersPerBlock; ++number) {
+    pair->update(static_cast<unsigned char>(generator.below(256)), generator.nextBuffer());
+    const std::size_t fate = generator.below(8);
+    if (fate < 6) {
+      messages += takeAll(*pair, fate % 2 == 0);
+      pair->takeOldest();
+      pair->takeNewestOf(0x8300);
+      pair.emplace();
+    } else if (fate == 7) {
+      pair->resetCounters();
+    }
   }
-  return names;
-}
-
-INSTANTIATE_TEST_SUITE_P(AssemblerReference, ExplicitVectors, testing::ValuesIn(groupNames()),
-                         [](const auto& info) { return info.param; });
-
-TEST(ExplicitVectorFile, HasNoGroupThatIsNotTested) {
-  for (const auto& vector : explicitVectors()) {
-    ASSERT_TRUE(kGroups.contains(vector.group)) << vector.group;
-  }
+  return messages;
 }
 
 class RandomBuffers : public testing::TestWithParam<unsigned> {};
 
 TEST_P(RandomBuffers, HaveTheModelsOutcome) {
-  const auto digests = checkedInDigests();
-  ASSERT_EQ(digests.size(), kBlocks);
   for (unsigned block = GetParam(); block < GetParam() + kBlocksPlayedPerTest; ++block) {
-    const auto played = playBlock(block);
-    ASSERT_EQ(digestOf(played), digests[block])
-        << "block " << block << "; `generate.py --show " << block << "` prints all of it.\n"
-        << "At the first difference " << firstDifference(block, played);
+    SCOPED_TRACE("block " + std::to_string(block));
+    EXPECT_GT(playBlock(block), kBuffersPerBlock) << "messages, so that there is what to compare";
   }
 }
 
@@ -115,4 +166,4 @@ INSTANTIATE_TEST_SUITE_P(AssemblerReference, RandomBuffers,
                          [](const auto& info) { return "FromBlock" + std::to_string(info.param); });
 
 }  // namespace
-}  // namespace orb::reference
+}  // namespace orb::test

@@ -9,9 +9,8 @@
 
 #include "reference/catalogue_file.h"
 
+namespace orb::test {
 namespace {
-
-using orb::reference::catalogueRows;
 
 constexpr const char* kUnknown = "Unknown message type";
 
@@ -102,29 +101,45 @@ TEST(MessageDescription, IsThatOfAPlainWalkForEveryLengthOfCataloguedMessages) {
   }
 }
 
-TEST(MessageDescription, TakesTheNullMessageForAnOrdinaryRow) {
-  EXPECT_EQ(description(0x00, 0x00, 0), "Null message");
-  EXPECT_EQ(description(0x00, 0x00, 1), kUnknown);
-}
-
-TEST(MessageDescription, WantsTheLengthWithinTheRowsLimits) {
-  EXPECT_EQ(description(0x83, 0x00, 2), "Message Acknowledged");
-  EXPECT_EQ(description(0x83, 0x00, 3), kUnknown);
-  EXPECT_EQ(description(0x83, 0x00, 1), kUnknown);
-}
-
-TEST(MessageDescription, TakesLengthZeroForAnyLength) {
-  EXPECT_EQ(description(0x83, 0x00, 0), "Message Acknowledged");
-  EXPECT_EQ(description(0x64, 0x34, 0), "Configure geo-fencing data by polygon to GNSS receiver ");
-}
-
-TEST(MessageDescription, IncludesBothLimitsOfAWideRow) {
-  constexpr const char* kText = "Extended NMEA message interval of GNSS receiver";
-  EXPECT_EQ(description(0x64, 0x81, 3), kUnknown);
-  EXPECT_EQ(description(0x64, 0x81, 4), kText);
-  EXPECT_EQ(description(0x64, 0x81, 10), kText);
-  EXPECT_EQ(description(0x64, 0x81, 14), kText);
-  EXPECT_EQ(description(0x64, 0x81, 15), kUnknown);
+TEST(MessageDescription, FollowsIdSubIdAndLength) {
+  constexpr const char* kAcknowledged = "Message Acknowledged";
+  constexpr const char* kPolygon = "Configure geo-fencing data by polygon to GNSS receiver ";
+  constexpr const char* kInterval = "Extended NMEA message interval of GNSS receiver";
+  const struct {
+    ORBMsgId id;
+    unsigned short length;
+    const char* expected;
+  } cases[] = {
+      // The null message is an ordinary row.
+      {{0x00, 0x00}, 0, "Null message"},
+      {{0x00, 0x00}, 1, kUnknown},
+      // The length is within the row's limits, or 0, which stands for any length.
+      {{0x83, 0x00}, 2, kAcknowledged},
+      {{0x83, 0x00}, 3, kUnknown},
+      {{0x83, 0x00}, 1, kUnknown},
+      {{0x83, 0x00}, 0, kAcknowledged},
+      {{0x64, 0x34}, 0, kPolygon},
+      // Both limits of a wide row are within it.
+      {{0x64, 0x81}, 3, kUnknown},
+      {{0x64, 0x81}, 4, kInterval},
+      {{0x64, 0x81}, 10, kInterval},
+      {{0x64, 0x81}, 14, kInterval},
+      {{0x64, 0x81}, 15, kUnknown},
+      // The end marker is no message.
+      {{0xFF, 0xFF}, 0, kUnknown},
+      {{0xFF, 0xFF}, 1, kUnknown},
+      {{0xFF, 0x00}, 0, kUnknown},
+      // No sub-id fits an id that carries none.
+      {{0x83, 0x01}, 2, kUnknown},
+      {{0x83, 0x01}, 0, kUnknown},
+      // 8B as an id would stand for a message of any length; as a sub-id it does not.
+      {{0x64, 0x8B}, 3, "Navigation mode of GNSS receiver "},
+      {{0x64, 0x8B}, 4, kUnknown},
+  };
+  for (const auto& [id, length, expected] : cases) {
+    EXPECT_STREQ(orbGetMessageDescription(id, length), expected)
+        << int{id.id} << ' ' << int{id.subId} << " length " << length;
+  }
 }
 
 TEST(MessageDescription, IsUnknownForAnIdOutsideTheCatalogueAtEveryLength) {
@@ -132,22 +147,6 @@ TEST(MessageDescription, IsUnknownForAnIdOutsideTheCatalogueAtEveryLength) {
     ASSERT_EQ(description(0x61, 0x00, static_cast<unsigned short>(length)), kUnknown);
     ASSERT_EQ(description(0x8B, 0x00, static_cast<unsigned short>(length)), kUnknown);
   }
-}
-
-TEST(MessageDescription, NeverReturnsTheEndMarker) {
-  EXPECT_EQ(description(0xFF, 0xFF, 0), kUnknown);
-  EXPECT_EQ(description(0xFF, 0xFF, 1), kUnknown);
-  EXPECT_EQ(description(0xFF, 0x00, 0), kUnknown);
-}
-
-TEST(MessageDescription, MatchesNoSubIdOnAnIdThatCarriesNone) {
-  EXPECT_EQ(description(0x83, 0x01, 2), kUnknown);
-  EXPECT_EQ(description(0x83, 0x01, 0), kUnknown);
-}
-
-TEST(MessageDescription, TestsTheIdNotTheSubIdForTheMessageOfAnyLength) {
-  EXPECT_EQ(description(0x64, 0x8B, 3), "Navigation mode of GNSS receiver ");
-  EXPECT_EQ(description(0x64, 0x8B, 4), kUnknown);
 }
 
 TEST(GnssNames, AreSevenInTheOrderOfTheirIndexes) {
@@ -167,3 +166,4 @@ TEST(GnssNames, AreUnknownAboveTheLastIndex) {
 }
 
 }  // namespace
+}  // namespace orb::test

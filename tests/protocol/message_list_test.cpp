@@ -16,12 +16,9 @@
 #include "support/allocations.h"
 #include "support/captured_stream.h"
 
+namespace orb::test {
 namespace {
 
-using orb::test::CapturedStream;
-using orb::test::FailingAllocation;
-using orb::test::liveAllocations;
-using orb::test::ReleasedBlocks;
 using testing::ElementsAreArray;
 
 static_assert(!std::is_polymorphic_v<ORBMessageList>);
@@ -263,3 +260,4 @@ TEST(MessageList, LeavesAMessageThatItHasNoMemoryForToTheCaller) {
 }
 
 }  // namespace
+}  // namespace orb::test

@@ -1,6 +1,5 @@
 #include "orb-gnss/message.h"
 
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <iomanip>
@@ -14,15 +13,8 @@
 #include "support/captured_stream.h"
 #include "support/guarded_bytes.h"
 
+namespace orb::test {
 namespace {
-
-using orb::test::Bytes;
-using orb::test::CapturedStream;
-using orb::test::FailingAllocation;
-using orb::test::GuardedBytes;
-using orb::test::liveAllocations;
-using orb::test::packetOf;
-using testing::ElementsAre;
 
 static_assert(!std::is_default_constructible_v<ORBMessage>);
 static_assert(std::is_copy_constructible_v<ORBMessage>);
@@ -32,7 +24,7 @@ static_assert(!std::is_polymorphic_v<ORBMessage>);
 
 TEST(Message, IsAQueryWithoutABody) {
   const ORBMessage message(0x6502, 2, nullptr);
-  EXPECT_THAT(packetOf(message), ElementsAre(0xA0, 0xA1, 0x00, 0x02, 0x65, 0x02, 0x67, 0x0D, 0x0A));
+  EXPECT_EQ(packetOf(message), hex("A0 A1 00 02 65 02 67 0D 0A"));
   EXPECT_EQ(message.getPayloadLength(), 2u);
   EXPECT_EQ(message.getPacketLength(), 9u);
   EXPECT_EQ(message.getMid(), 0x65);
@@ -42,14 +34,13 @@ TEST(Message, IsAQueryWithoutABody) {
 
 TEST(Message, HasABodyOfZerosWithoutData) {
   const ORBMessage message(0x6501, 7, nullptr);
-  EXPECT_THAT(packetOf(message), ElementsAre(0xA0, 0xA1, 0x00, 0x07, 0x65, 0x01, 0x00, 0x00, 0x00,
-                                             0x00, 0x00, 0x64, 0x0D, 0x0A));
+  EXPECT_EQ(packetOf(message), hex("A0 A1 00 07 65 01 00 00 00 00 00 64 0D 0A"));
 }
 
 TEST(Message, TakesItsBodyFromData) {
   const Bytes data{0x01, 0xFF};
   const ORBMessage message(0x8300, 2, data.data());
-  EXPECT_THAT(packetOf(message), ElementsAre(0xA0, 0xA1, 0x00, 0x02, 0x83, 0x01, 0x82, 0x0D, 0x0A));
+  EXPECT_EQ(packetOf(message), hex("A0 A1 00 02 83 01 82 0D 0A"));
   EXPECT_EQ(message.getMid(), 0x83);
   EXPECT_EQ(message.getSid(), 0x00);
   EXPECT_EQ(message.getMsgSidId(), 0x8300);
@@ -58,11 +49,10 @@ TEST(Message, TakesItsBodyFromData) {
 TEST(Message, ReadsThePayloadLengthFromDataAndNoByteMore) {
   GuardedBytes data{{0x00, 0x98, 0x96, 0x80, 0xFF, 0xFF}};
   const ORBMessage message(0x6580, 6, data.data());
-  EXPECT_THAT(packetOf(message), ElementsAre(0xA0, 0xA1, 0x00, 0x06, 0x65, 0x80, 0x00, 0x98, 0x96,
-                                             0x80, 0x6B, 0x0D, 0x0A));
+  EXPECT_EQ(packetOf(message), hex("A0 A1 00 06 65 80 00 98 96 80 6B 0D 0A"));
 }
 
-TEST(Message, HasItsPayloadBehindTheLength) {
+TEST(Message, HasItsPayloadAfterTheLength) {
   ORBMessage message(0x6502, 2, nullptr);
   EXPECT_EQ(message.getPayloadData(), message.getPacketData() + 4);
   const ORBMessage& constant = message;
@@ -74,25 +64,25 @@ TEST(Message, HasItsPayloadBehindTheLength) {
 // Without an id byte in the payload, the checksum of nothing stands where the id would be.
 TEST(Message, ToleratesAnEmptyPayload) {
   const ORBMessage plain(0x0200, 0, nullptr);
-  EXPECT_THAT(packetOf(plain), ElementsAre(0xA0, 0xA1, 0x00, 0x00, 0x00, 0x0D, 0x0A));
+  EXPECT_EQ(packetOf(plain), hex("A0 A1 00 00 00 0D 0A"));
   GuardedBytes nothing{{}};
   const ORBMessage withSubId(0x6502, 0, nothing.data());
-  EXPECT_THAT(packetOf(withSubId), ElementsAre(0xA0, 0xA1, 0x00, 0x00, 0x00, 0x0D, 0x0A));
+  EXPECT_EQ(packetOf(withSubId), hex("A0 A1 00 00 00 0D 0A"));
 }
 
 TEST(Message, ToleratesAPayloadOfOneByte) {
   GuardedBytes data{{0x77}};
   const ORBMessage plain(0x1000, 1, data.data());
-  EXPECT_THAT(packetOf(plain), ElementsAre(0xA0, 0xA1, 0x00, 0x01, 0x10, 0x10, 0x0D, 0x0A));
+  EXPECT_EQ(packetOf(plain), hex("A0 A1 00 01 10 10 0D 0A"));
   const ORBMessage withSubId(0x6502, 1, data.data());
-  EXPECT_THAT(packetOf(withSubId), ElementsAre(0xA0, 0xA1, 0x00, 0x01, 0x65, 0x65, 0x0D, 0x0A));
+  EXPECT_EQ(packetOf(withSubId), hex("A0 A1 00 01 65 65 0D 0A"));
 }
 
 TEST(Message, RefusesEveryIndexOfAnEmptyPayload) {
   ORBMessage message(0x6502, 0, nullptr);
   EXPECT_EQ(message.setByte(0, 0x5A), 0xA5);
   EXPECT_EQ(message.getByte(0), 0x00);
-  EXPECT_THAT(packetOf(message), ElementsAre(0xA0, 0xA1, 0x00, 0x00, 0x00, 0x0D, 0x0A));
+  EXPECT_EQ(packetOf(message), hex("A0 A1 00 00 00 0D 0A"));
 }
 
 TEST(Message, KeepsLengthsBeyondSixteenBitsAndSendsTheirLowHalf) {
@@ -101,27 +91,26 @@ TEST(Message, KeepsLengthsBeyondSixteenBitsAndSendsTheirLowHalf) {
   EXPECT_EQ(message.getPacketLength(), 0x10009u);
   Bytes start = packetOf(message);
   start.resize(7);
-  EXPECT_THAT(start, ElementsAre(0xA0, 0xA1, 0x00, 0x02, 0x83, 0x00, 0x83));
+  EXPECT_EQ(start, hex("A0 A1 00 02 83 00 83"));
 }
 
-TEST(Message, HasItsEndBytesBehindALengthBeyondSixteenBits) {
+TEST(Message, HasItsEndBytesAfterALengthBeyondSixteenBits) {
   const ORBMessage message(0x8300, 0x10002, nullptr);
   EXPECT_EQ(message.getByteFull(0x10007), 0x0D);
   EXPECT_EQ(message.getByteFull(0x10008), 0x0A);
   EXPECT_EQ(message.getChecksum(), 0x0D);
 }
 
-TEST(Message, SetsTheFirstBodyByteBehindTheId) {
+TEST(Message, SetsTheFirstBodyByteAfterTheId) {
   ORBMessage message(0x0200, 2, nullptr);
   EXPECT_EQ(message.setByte(0, 1), 1);
-  EXPECT_THAT(packetOf(message), ElementsAre(0xA0, 0xA1, 0x00, 0x02, 0x02, 0x01, 0x03, 0x0D, 0x0A));
+  EXPECT_EQ(packetOf(message), hex("A0 A1 00 02 02 01 03 0D 0A"));
 }
 
-TEST(Message, SetsTheFirstBodyByteBehindTheSubId) {
+TEST(Message, SetsTheFirstBodyByteAfterTheSubId) {
   ORBMessage message(0x6411, 5, nullptr);
   EXPECT_EQ(message.setByte(0, 0xF0), 0xF0);
-  EXPECT_THAT(packetOf(message),
-              ElementsAre(0xA0, 0xA1, 0x00, 0x05, 0x64, 0x11, 0xF0, 0x00, 0x00, 0x85, 0x0D, 0x0A));
+  EXPECT_EQ(packetOf(message), hex("A0 A1 00 05 64 11 F0 00 00 85 0D 0A"));
 }
 
 TEST(Message, KeepsItsChecksumValidAfterEveryChange) {
@@ -132,8 +121,7 @@ TEST(Message, KeepsItsChecksumValidAfterEveryChange) {
   EXPECT_EQ(message.getByteFull(9), 0xF4);
   message.setByte(0, 0x00);
   EXPECT_EQ(message.getByteFull(9), 0xF5);
-  EXPECT_THAT(packetOf(message),
-              ElementsAre(0xA0, 0xA1, 0x00, 0x05, 0x64, 0x11, 0x00, 0x00, 0x80, 0xF5, 0x0D, 0x0A));
+  EXPECT_EQ(packetOf(message), hex("A0 A1 00 05 64 11 00 00 80 F5 0D 0A"));
 }
 
 TEST(Message, AnswersAnIndexBeyondThePayloadWithTheComplement) {
@@ -148,24 +136,22 @@ TEST(Message, AnswersAnIndexBeyondThePayloadWithTheComplement) {
 TEST(Message, RenewsTheChecksumThatTheLastIndexWithoutSubIdFallsOn) {
   ORBMessage message(0x0200, 2, nullptr);
   EXPECT_EQ(message.setByte(1, 0x5A), 0x5A);
-  EXPECT_THAT(packetOf(message), ElementsAre(0xA0, 0xA1, 0x00, 0x02, 0x02, 0x00, 0x02, 0x0D, 0x0A));
+  EXPECT_EQ(packetOf(message), hex("A0 A1 00 02 02 00 02 0D 0A"));
 }
 
 TEST(Message, RenewsTheChecksumThatTheLastIndexButOneWithSubIdFallsOn) {
   ORBMessage message(0x6411, 5, nullptr);
   EXPECT_EQ(message.setByte(3, 0x5A), 0x5A);
-  EXPECT_THAT(packetOf(message),
-              ElementsAre(0xA0, 0xA1, 0x00, 0x05, 0x64, 0x11, 0x00, 0x00, 0x00, 0x75, 0x0D, 0x0A));
+  EXPECT_EQ(packetOf(message), hex("A0 A1 00 05 64 11 00 00 00 75 0D 0A"));
 }
 
 TEST(Message, ChangesTheEndByteThatTheLastIndexWithSubIdFallsOn) {
   ORBMessage message(0x6411, 5, nullptr);
   EXPECT_EQ(message.setByte(4, 0x5A), 0x5A);
-  EXPECT_THAT(packetOf(message),
-              ElementsAre(0xA0, 0xA1, 0x00, 0x05, 0x64, 0x11, 0x00, 0x00, 0x00, 0x75, 0x5A, 0x0A));
+  EXPECT_EQ(packetOf(message), hex("A0 A1 00 05 64 11 00 00 00 75 5A 0A"));
 }
 
-TEST(Message, ReadsBodyBytesBehindTheId) {
+TEST(Message, ReadsBodyBytesAfterTheId) {
   const Bytes data{0x0A, 0x0B, 0x0C, 0xFF};
   const ORBMessage message(0xB000, 4, data.data());
   EXPECT_EQ(message.getByte(0), 0x0A);
@@ -175,7 +161,7 @@ TEST(Message, ReadsBodyBytesBehindTheId) {
   EXPECT_EQ(message.getByte(4), 0x00);
 }
 
-TEST(Message, ReadsBodyBytesBehindTheSubId) {
+TEST(Message, ReadsBodyBytesAfterTheSubId) {
   const Bytes data{0x0A, 0x0B, 0xFF, 0xFF};
   const ORBMessage message(0x6488, 4, data.data());
   EXPECT_EQ(message.getByte(0), 0x0A);
@@ -265,8 +251,7 @@ TEST(MessageCopy, IsEqual) {
   const Bytes data{0x0A, 0x0B, 0x0C, 0xFF};
   const ORBMessage original(0xB000, 4, data.data());
   const ORBMessage copy(original);
-  EXPECT_THAT(packetOf(copy),
-              ElementsAre(0xA0, 0xA1, 0x00, 0x04, 0xB0, 0x0A, 0x0B, 0x0C, 0xBD, 0x0D, 0x0A));
+  EXPECT_EQ(packetOf(copy), hex("A0 A1 00 04 B0 0A 0B 0C BD 0D 0A"));
   EXPECT_EQ(copy.getMsgSidId(), 0xB000);
   EXPECT_EQ(copy.getPayloadLength(), 4u);
   EXPECT_EQ(copy.getPacketLength(), 11u);
@@ -286,7 +271,7 @@ TEST(MessageCopy, OutlivesItsOriginal) {
   auto original = std::make_unique<ORBMessage>(0x6502, 2, nullptr);
   const ORBMessage copy(*original);
   original.reset();
-  EXPECT_THAT(packetOf(copy), ElementsAre(0xA0, 0xA1, 0x00, 0x02, 0x65, 0x02, 0x67, 0x0D, 0x0A));
+  EXPECT_EQ(packetOf(copy), hex("A0 A1 00 02 65 02 67 0D 0A"));
 }
 
 TEST(MessageMemory, IsReleasedWithTheMessage) {
@@ -313,3 +298,4 @@ TEST(MessageMemory, RunsOutForLengthsThatDoNotFit) {
 }
 
 }  // namespace
+}  // namespace orb::test

@@ -1,17 +1,13 @@
 #include "orb-gnss/packet.h"
 
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <cstring>
 
 #include "support/guarded_bytes.h"
 
+namespace orb::test {
 namespace {
-
-using orb::test::Bytes;
-using orb::test::GuardedBytes;
-using testing::ElementsAre;
 
 constexpr unsigned char kUntouched = 0xEE;
 
@@ -47,7 +43,7 @@ TEST(PacketChecksum, CoversEveryLengthAndAlignment) {
   }
 }
 
-TEST(PacketChecksum, ReadsNothingBehindTheData) {
+TEST(PacketChecksum, ReadsNothingAfterTheData) {
   for (unsigned long length = 0; length < 20; ++length) {
     GuardedBytes data{Bytes(length, 0xFF)};
     EXPECT_EQ(orbComputeChecksum(data.data(), length), length % 2 == 1 ? 0xFFu : 0u);
@@ -72,10 +68,10 @@ TEST(PacketLength, IsReadBigEndian) {
   EXPECT_EQ(orbGetLengthFromData(highBits.data()), 65408);
 }
 
-TEST(PacketLength, IsWrittenBigEndianBehindTheStartBytes) {
+TEST(PacketLength, IsWrittenBigEndianAfterTheStartBytes) {
   Bytes packet = untouched(6);
   orbPutLengthIntoPacket(packet.data(), 0xFE01);
-  EXPECT_THAT(packet, ElementsAre(kUntouched, kUntouched, 0xFE, 0x01, kUntouched, kUntouched));
+  EXPECT_EQ(packet, hex("EE EE FE 01 EE EE"));
 }
 
 TEST(PacketChecksum, IsReadAsItStands) {
@@ -127,45 +123,50 @@ TEST(PacketId, HasTwoFormsThatAreEachOthersByteSwap) {
 TEST(PacketId, IsWrittenWithItsSubId) {
   Bytes packet = untouched(7);
   orbPutMsgIdIntoPacket(packet.data(), {0x6F, 0x81});
-  EXPECT_THAT(packet,
-              ElementsAre(kUntouched, kUntouched, kUntouched, kUntouched, 0x6F, 0x81, kUntouched));
+  EXPECT_EQ(packet, hex("EE EE EE EE 6F 81 EE"));
 }
 
 TEST(PacketId, IsWrittenAloneWhereItCarriesNoSubId) {
   for (const unsigned char id : Bytes{0x61, 0x70}) {
     Bytes packet = untouched(6);
     orbPutMsgIdIntoPacket(packet.data(), {id, 0x81});
-    EXPECT_THAT(packet,
-                ElementsAre(kUntouched, kUntouched, kUntouched, kUntouched, id, kUntouched));
+    EXPECT_EQ(packet, (Bytes{0xEE, 0xEE, 0xEE, 0xEE, id, 0xEE}));
   }
 }
 
 TEST(PacketId, IsWrittenIntoADataBufferIdFirst) {
   Bytes buffer = untouched(3);
   orbPutMsgIdIntoDataBuffer(buffer.data(), 0x6501);
-  EXPECT_THAT(buffer, ElementsAre(0x65, 0x01, kUntouched));
+  EXPECT_EQ(buffer, hex("65 01 EE"));
 }
 
 TEST(PacketStart, IsA0A1) {
   Bytes packet = untouched(3);
   orbPutStsIntoPacket(packet.data());
-  EXPECT_THAT(packet, ElementsAre(0xA0, 0xA1, kUntouched));
+  EXPECT_EQ(packet, hex("A0 A1 EE"));
 }
 
-TEST(PacketPayload, GoesBehindTheId) {
+TEST(PacketPayload, GoesAfterTheId) {
   Bytes packet = untouched(9);
   const Bytes source{0x11, 0x22, 0x33};
   orbPutPayloadIntoPacket(packet.data(), source.data(), 3, kWithoutSubId);
-  EXPECT_THAT(packet, ElementsAre(kUntouched, kUntouched, kUntouched, kUntouched, kUntouched, 0x11,
-                                  0x22, 0x33, kUntouched));
+  EXPECT_EQ(packet, hex("EE EE EE EE EE 11 22 33 EE"));
 }
 
-TEST(PacketPayload, GoesBehindTheSubId) {
+TEST(PacketPayload, GoesAfterTheSubId) {
   Bytes packet = untouched(9);
   const Bytes source{0x11, 0x22};
   orbPutPayloadIntoPacket(packet.data(), source.data(), 2, kWithSubId);
-  EXPECT_THAT(packet, ElementsAre(kUntouched, kUntouched, kUntouched, kUntouched, kUntouched,
-                                  kUntouched, 0x11, 0x22, kUntouched));
+  EXPECT_EQ(packet, hex("EE EE EE EE EE EE 11 22 EE"));
+}
+
+TEST(PacketPayload, MayBeOneByte) {
+  Bytes packet = untouched(8);
+  const Bytes source{0x11};
+  orbPutPayloadIntoPacket(packet.data(), source.data(), 1, kWithoutSubId);
+  EXPECT_EQ(packet, hex("EE EE EE EE EE 11 EE EE"));
+  orbPutPayloadIntoPacket(packet.data(), source.data(), 1, kWithSubId);
+  EXPECT_EQ(packet, hex("EE EE EE EE EE 11 11 EE"));
 }
 
 TEST(PacketPayload, LeavesThePacketUntouchedForNoBytes) {
@@ -183,24 +184,29 @@ TEST(PacketPayload, LeavesThePacketUntouchedForANullSource) {
   EXPECT_EQ(packet, untouched(9));
 }
 
-TEST(PacketChecksum, IsWrittenBehindThePayloadAndReturned) {
+TEST(PacketChecksum, IsWrittenAfterThePayloadAndReturned) {
   Bytes packet{0xA0, 0xA1, 0x00, 0x02, 0x02, 0x01, kUntouched, kUntouched, kUntouched};
   EXPECT_EQ(orbPutChecksumIntoPacket(packet.data(), 2), 0x03u);
-  EXPECT_THAT(packet,
-              ElementsAre(0xA0, 0xA1, 0x00, 0x02, 0x02, 0x01, 0x03, kUntouched, kUntouched));
+  EXPECT_EQ(packet, hex("A0 A1 00 02 02 01 03 EE EE"));
+}
+
+TEST(PacketChecksum, CoversALongPayload) {
+  Bytes packet(4 + 300 + 1, 0x00);
+  packet[4 + 299] = 0x5A;
+  EXPECT_EQ(orbPutChecksumIntoPacket(packet.data(), 300), 0x5Au);
+  EXPECT_EQ(packet.back(), 0x5A);
 }
 
 TEST(PacketChecksum, OfAnEmptyPayloadIsWrittenWhereThePayloadWouldStart) {
   Bytes packet{0xA0, 0xA1, 0x00, 0x00, 0x02, kUntouched};
   EXPECT_EQ(orbPutChecksumIntoPacket(packet.data(), 0), 0u);
-  EXPECT_THAT(packet, ElementsAre(0xA0, 0xA1, 0x00, 0x00, 0x00, kUntouched));
+  EXPECT_EQ(packet, hex("A0 A1 00 00 00 EE"));
 }
 
-TEST(PacketEnd, IsWrittenBehindTheChecksum) {
+TEST(PacketEnd, IsWrittenAfterTheChecksum) {
   Bytes packet = untouched(10);
   orbPutEtsIntoPacket(packet.data(), 2);
-  EXPECT_THAT(packet, ElementsAre(kUntouched, kUntouched, kUntouched, kUntouched, kUntouched,
-                                  kUntouched, kUntouched, 0x0D, 0x0A, kUntouched));
+  EXPECT_EQ(packet, hex("EE EE EE EE EE EE EE 0D 0A EE"));
 }
 
 TEST(PacketEnd, TakesLengthsBeyondSixteenBits) {
@@ -225,28 +231,24 @@ Bytes wholePacket(ORBMessageMsgValue type, unsigned short length, const unsigned
   return packet;
 }
 
-TEST(Packet, HasItsBodyBehindTheId) {
+TEST(Packet, HasItsBodyAfterTheId) {
   const Bytes source{0x01, 0xFF};
-  EXPECT_THAT(wholePacket(0x0200, 2, source.data()),
-              ElementsAre(0xA0, 0xA1, 0x00, 0x02, 0x02, 0x01, 0x03, 0x0D, 0x0A));
+  EXPECT_EQ(wholePacket(0x0200, 2, source.data()), hex("A0 A1 00 02 02 01 03 0D 0A"));
 }
 
-TEST(Packet, HasItsBodyBehindTheSubId) {
+TEST(Packet, HasItsBodyAfterTheSubId) {
   const Bytes source{0x00, 0x98, 0x96, 0x80, 0xFF, 0xFF};
-  EXPECT_THAT(
-      wholePacket(0x6580, 6, source.data()),
-      ElementsAre(0xA0, 0xA1, 0x00, 0x06, 0x65, 0x80, 0x00, 0x98, 0x96, 0x80, 0x6B, 0x0D, 0x0A));
+  EXPECT_EQ(wholePacket(0x6580, 6, source.data()), hex("A0 A1 00 06 65 80 00 98 96 80 6B 0D 0A"));
 }
 
 TEST(Packet, NeedsNoBody) {
-  EXPECT_THAT(wholePacket(0x6502, 2, nullptr),
-              ElementsAre(0xA0, 0xA1, 0x00, 0x02, 0x65, 0x02, 0x67, 0x0D, 0x0A));
+  EXPECT_EQ(wholePacket(0x6502, 2, nullptr), hex("A0 A1 00 02 65 02 67 0D 0A"));
 }
 
 TEST(Packet, TakesThePayloadLengthFromItsSourceAndNoByteMore) {
   GuardedBytes source{{0x01, 0xFF}};
-  EXPECT_THAT(wholePacket(0x0200, 2, source.data()),
-              ElementsAre(0xA0, 0xA1, 0x00, 0x02, 0x02, 0x01, 0x03, 0x0D, 0x0A));
+  EXPECT_EQ(wholePacket(0x0200, 2, source.data()), hex("A0 A1 00 02 02 01 03 0D 0A"));
 }
 
 }  // namespace
+}  // namespace orb::test

@@ -1,15 +1,13 @@
 #pragma once
 
 #include <initializer_list>
-#include <vector>
 
 #include "orb-gnss/message.h"
+#include "support/hex_text.h"
 
 namespace orb::test {
 
-using Bytes = std::vector<unsigned char>;
-
-/// The parts one behind the other.
+/// The parts one after the other.
 inline Bytes join(std::initializer_list<Bytes> parts) {
   Bytes whole;
   for (const Bytes& part : parts) {

@@ -17,7 +17,7 @@ class CapturedOutput {
   /// What has been written since the last take().
   std::string text() const;
 
-  /// The same, and the next call starts behind it.
+  /// The same, and the next call starts after it.
   std::string take();
 
  private:

@@ -1,7 +1,5 @@
 #include "support/device_files.h"
 
-#include <stdlib.h>
-
 #include <fstream>
 #include <iterator>
 
@@ -10,15 +8,6 @@
 namespace orb::test {
 
 namespace fs = std::filesystem;
-
-namespace {
-
-fs::path makeFolder() {
-  std::string name = (fs::temp_directory_path() / "orb-test.XXXXXX").string();
-  return ::mkdtemp(name.data());
-}
-
-}  // namespace
 
 std::string contentOf(const fs::path& file) {
   std::ifstream stream(file, std::ios::binary);
@@ -42,7 +31,7 @@ int descriptorsOf(const fs::path& file) {
   return count;
 }
 
-DeviceFiles::DeviceFiles() : folder(makeFolder()) {
+DeviceFiles::DeviceFiles() {
   sim::mapPath("/dev/tty_gps", tty.string());
   sim::mapPath("/dev/tty_other", otherTty.string());
   sim::mapPath("/var/log/orbset-errors.log", errorLog.string());
@@ -50,10 +39,7 @@ DeviceFiles::DeviceFiles() : folder(makeFolder()) {
   sim::mapPath("/tmp/orbitekChip-info.txt", identityFile.string());
 }
 
-DeviceFiles::~DeviceFiles() {
-  sim::clearPathMap();
-  fs::remove_all(folder);
-}
+DeviceFiles::~DeviceFiles() { sim::clearPathMap(); }
 
 void DeviceFiles::makeUnusable(const std::string& devicePath) {
   sim::mapPath(devicePath, (folder / "missing" / "file").string());

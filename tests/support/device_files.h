@@ -3,6 +3,8 @@
 #include <filesystem>
 #include <string>
 
+#include "support/temporary_folder.h"
+
 namespace orb::test {
 
 /// The content of a file; "(no file)" when there is none.
@@ -17,13 +19,15 @@ int descriptorsOf(const std::filesystem::path& file);
 /// The device's fixed paths, mapped for this process to a temporary folder, which goes with the
 /// object. At first the folder is empty: no receiver is plugged in.
 class DeviceFiles {
+  TemporaryFolder temporary_;
+
  public:
   DeviceFiles();
   DeviceFiles(const DeviceFiles&) = delete;
   DeviceFiles& operator=(const DeviceFiles&) = delete;
   ~DeviceFiles();
 
-  const std::filesystem::path folder;
+  const std::filesystem::path folder = temporary_.path();
   const std::filesystem::path tty = folder / "tty_gps";             ///< /dev/tty_gps
   const std::filesystem::path otherTty = folder / "tty_other";      ///< /dev/tty_other
   const std::filesystem::path errorLog = folder / "errors.log";     ///< /var/log/orbset-errors.log

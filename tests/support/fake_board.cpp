@@ -4,6 +4,7 @@
 #include <cstdio>
 
 #include "orb-platform/orb-platform.h"
+#include "support/hex_text.h"
 
 namespace orb::test {
 
@@ -16,16 +17,6 @@ FakeBoard& board() {
     throw std::logic_error("a test that needs no board met a platform class");
   }
   return *current;
-}
-
-std::string hex(const unsigned char* bytes, int count) {
-  std::string text;
-  for (int i = 0; i < count; ++i) {
-    char digits[4];
-    std::snprintf(digits, sizeof digits, " %02X", unsigned{bytes[i]});
-    text += digits;
-  }
-  return text;
 }
 
 }  // namespace
@@ -48,7 +39,8 @@ FakeBoard::Module FakeBoard::module(unsigned int location) const {
 }  // namespace orb::test
 
 using orb::test::board;
-using orb::test::hex;
+using orb::test::Bytes;
+using orb::test::hexText;
 
 GDBusSystemInventoryClient::GDBusSystemInventoryClient() { board().called("inventory client"); }
 
@@ -122,7 +114,8 @@ int I2CDev::open(int address) {
 
 int I2CDev::read(unsigned char* buffer, int count, const unsigned char* registerBytes,
                  int registerCount) {
-  board().called("read " + std::to_string(count) + " from" + hex(registerBytes, registerCount));
+  board().called("read " + std::to_string(count) + " from " +
+                 hexText(Bytes(registerBytes, registerBytes + registerCount)));
   if (board().i2cTransferResult < 0) {
     return board().i2cTransferResult;
   }
@@ -131,7 +124,7 @@ int I2CDev::read(unsigned char* buffer, int count, const unsigned char* register
 }
 
 int I2CDev::write(const unsigned char* buffer, int count) {
-  board().called("write" + hex(buffer, count));
+  board().called("write " + hexText(Bytes(buffer, buffer + count)));
   if (board().i2cTransferResult < 0) {
     return board().i2cTransferResult;
   }

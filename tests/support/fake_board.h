@@ -12,8 +12,8 @@ struct BoardFailure : std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
-/// The board behind the platform classes of this program, which takes the place of the platform
-/// library by defining those classes itself. One at a time; without one the classes throw
+/// The board that the platform classes of this program speak to, which takes the place of the
+/// platform library by defining those classes itself. One at a time; without one the classes throw
 /// std::logic_error.
 ///
 ///     FakeBoard board;

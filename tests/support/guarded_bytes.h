@@ -6,7 +6,7 @@
 
 namespace orb::test {
 
-/// A copy of some bytes that ends where an inaccessible page begins: who reads or writes behind it
+/// A copy of some bytes that ends where an inaccessible page begins: who reads or writes after it
 /// ends the test program, in every build.
 class GuardedBytes {
  public:

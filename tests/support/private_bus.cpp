@@ -4,11 +4,9 @@
 #include <systemd/sd-bus.h>
 
 #include <chrono>
-#include <cstdio>
 #include <fstream>
 #include <functional>
 #include <stdexcept>
-#include <string_view>
 #include <thread>
 
 namespace orb::test {
@@ -18,29 +16,12 @@ constexpr char kInventoryName[] = "org.orb_gnss.Inventory1";
 constexpr std::chrono::seconds kPatience{30};
 constexpr std::chrono::milliseconds kLookInterval{5};
 
-/// A path as D-Bus addresses write it.
-std::string escaped(const std::string& path) {
-  constexpr std::string_view kPlain =
-      "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789-_/.";
-  std::string result;
-  for (const char character : path) {
-    if (kPlain.find(character) != std::string_view::npos) {
-      result += character;
-    } else {
-      char code[4];
-      std::snprintf(code, sizeof code, "%%%02x", static_cast<unsigned char>(character));
-      result += code;
-    }
-  }
-  return result;
-}
-
 std::string socketAddress(const std::filesystem::path& folder) {
   const std::string path = std::filesystem::absolute(folder / "bus.socket").string();
   if (path.size() >= sizeof(sockaddr_un::sun_path)) {
     throw std::runtime_error("too long for the path of a socket: " + path);
   }
-  return "unix:path=" + escaped(path);
+  return "unix:path=" + path;
 }
 
 void writeFile(const std::filesystem::path& path, const std::string& text) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <ctime>
 #include <vector>
 
@@ -19,6 +20,9 @@ class WallClock {
   ~WallClock();
 
   void standAt(std::time_t seconds, long microseconds);
+
+  /// Lets time pass.
+  void advance(std::chrono::seconds seconds) { start_ += seconds.count(); }
 
   /// From now on the n-th reading of time() is `seconds[n]` after where the clock stood; the last
   /// one repeats.

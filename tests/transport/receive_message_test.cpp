@@ -12,9 +12,9 @@
 #include "channel_test.h"
 #include "support/allocations.h"
 
+namespace orb::test {
 namespace {
 
-using namespace orb::test;
 using testing::ElementsAre;
 
 class ReceiveMessage : public ChannelTest {
@@ -55,8 +55,7 @@ TEST_F(ReceiveMessage, HandsOverAMessageThatOutlivesTheChannel) {
 TEST_F(ReceiveMessage, FindsAReplySplitAnywhereOnTheReadThatCompletesIt) {
   for (long split = 1; split <= 7; ++split) {
     calls_.forget();
-    line_.deliver({kAck.begin(), kAck.begin() + split});
-    line_.deliver({kAck.begin() + split, kAck.end()});
+    deliverInTwo(kAck, split);
     EXPECT_EQ(receive(channel_, 0x8300), kAck) << "split at " << split;
     EXPECT_EQ(reads(), 2u);
     EXPECT_TRUE(line_.isOver());
@@ -66,8 +65,7 @@ TEST_F(ReceiveMessage, FindsAReplySplitAnywhereOnTheReadThatCompletesIt) {
 
 TEST_F(ReceiveMessage, FindsALongReplySplitAnywhere) {
   for (long split = 1; split <= 11; ++split) {
-    line_.deliver({kPulseWidth.begin(), kPulseWidth.begin() + split});
-    line_.deliver({kPulseWidth.begin() + split, kPulseWidth.end()});
+    deliverInTwo(kPulseWidth, split);
     EXPECT_EQ(receive(channel_, 0x6580), kPulseWidth) << "split at " << split;
     EXPECT_TRUE(line_.isOver());
   }
@@ -115,17 +113,16 @@ TEST_F(ReceiveMessage, ReturnsTheLaterOfTwoCopies) {
 }
 
 TEST_F(ReceiveMessage, MatchesIdAndSubId) {
-  clock_.passSeconds({0, 2});
-  line_.deliver(kPulseWidth);
-  EXPECT_EQ(receive(channel_, 0x6581), kNothing);
-  EXPECT_EQ(standardError(), kTimedOut);
-}
-
-TEST_F(ReceiveMessage, TakesARefusalForNoAcknowledgement) {
-  clock_.passSeconds({0, 2});
-  line_.deliver(kRefusal);
-  EXPECT_EQ(receive(channel_, 0x8300), kNothing);
-  EXPECT_EQ(standardError(), " orbIO::ReceiveMessage Timed out waiting for rx from orbitek.\n");
+  const struct {
+    Bytes delivered;
+    unsigned short awaited;
+  } cases[] = {{kPulseWidth, 0x6581}, {kRefusal, 0x8300}};
+  for (const auto& [delivered, awaited] : cases) {
+    clock_.passSeconds({0, 2});
+    line_.deliver(delivered);
+    EXPECT_EQ(receive(channel_, awaited), kNothing) << awaited;
+  }
+  EXPECT_EQ(standardError(), std::string(kTimedOut) + kTimedOut);
 }
 
 TEST_F(ReceiveMessage, TakesAnAcknowledgementForNoRefusal) {
@@ -365,3 +362,4 @@ TEST_F(ReceiveMessage, ReportsThatMemoryRanOutAndLosesNone) {
 }
 
 }  // namespace
+}  // namespace orb::test

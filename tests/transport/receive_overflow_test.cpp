@@ -6,9 +6,9 @@
 
 #include "channel_test.h"
 
+namespace orb::test {
 namespace {
 
-using namespace orb::test;
 using testing::Each;
 using testing::Ge;
 using testing::Le;
@@ -70,7 +70,7 @@ TEST_F(ReceiveOverflow, NeverReadsIntoAFullBuffer) {
   EXPECT_THAT(calls_.readSizes(), Each(Le(kReadSize)));
 }
 
-TEST_F(ReceiveOverflow, FindsAReplyBehindMoreBytesThanTheBufferHolds) {
+TEST_F(ReceiveOverflow, FindsAReplyAfterMoreBytesThanTheBufferHolds) {
   for (int i = 0; i < 5; ++i) {
     line_.deliver(noise(1024));
   }
@@ -83,9 +83,8 @@ TEST_F(ReceiveOverflow, FindsAReplyBehindMoreBytesThanTheBufferHolds) {
 TEST_F(ReceiveOverflow, FindsAReplyTornByTheEndOfTheBuffer) {
   for (long split = 1; split <= 7; ++split) {
     fillBufferExcept(static_cast<unsigned long>(split));
-    line_.deliver({kAck.begin(), kAck.begin() + split});
-    line_.deliver({kAck.begin() + split, kAck.end()});
-    EXPECT_EQ(receive(channel_, 0x8300, kTimeout), kAck) << "torn behind " << split << " bytes";
+    deliverInTwo(kAck, split);
+    EXPECT_EQ(receive(channel_, 0x8300, kTimeout), kAck) << "torn after " << split << " bytes";
     EXPECT_TRUE(line_.isOver());
   }
 }
@@ -94,9 +93,8 @@ TEST_F(ReceiveOverflow, FindsTheLongestReplyTornByTheEndOfTheBuffer) {
   ASSERT_EQ(kLongest.size(), 268u);
   for (const long split : {1l, 100l, 266l}) {
     fillBufferExcept(static_cast<unsigned long>(split));
-    line_.deliver({kLongest.begin(), kLongest.begin() + split});
-    line_.deliver({kLongest.begin() + split, kLongest.end()});
-    EXPECT_EQ(receive(channel_, 0x6434, kTimeout), kLongest) << "torn behind " << split << " bytes";
+    deliverInTwo(kLongest, split);
+    EXPECT_EQ(receive(channel_, 0x6434, kTimeout), kLongest) << "torn after " << split << " bytes";
   }
 }
 
@@ -140,7 +138,7 @@ TEST_F(ReceiveOverflow, ReplacesAMatchWhoseBytesHaveLeftTheBuffer) {
   EXPECT_EQ(receive(channel_, 0x8300, kTimeout), kOtherAck);
 }
 
-TEST_F(ReceiveOverflow, SeesNothingBehindAFalseHeaderUntilThatDropsOut) {
+TEST_F(ReceiveOverflow, SeesNothingAfterAFalseHeaderUntilThatDropsOut) {
   const Bytes falseHeader{0xA0, 0xA1, 0xFF, 0xFF, 0x83, 0x00};
   line_.deliver(join({falseHeader, kAck}));
   line_.deliver(noise(1024));
@@ -152,7 +150,7 @@ TEST_F(ReceiveOverflow, SeesNothingBehindAFalseHeaderUntilThatDropsOut) {
   EXPECT_EQ(standardError(), "");
 }
 
-TEST_F(ReceiveOverflow, EndsAtTheLimitBehindAFalseHeader) {
+TEST_F(ReceiveOverflow, EndsAtTheLimitAfterAFalseHeader) {
   clock_.passSeconds({0, 1, 2});
   line_.deliver({0xA0, 0xA1, 0xFF, 0xFF, 0x83, 0x00});
   line_.deliver(kAck);
@@ -161,3 +159,4 @@ TEST_F(ReceiveOverflow, EndsAtTheLimitBehindAFalseHeader) {
 }
 
 }  // namespace
+}  // namespace orb::test

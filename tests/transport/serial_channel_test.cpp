@@ -19,9 +19,9 @@
 #include "support/allocations.h"
 #include "support/captured_stream.h"
 
+namespace orb::test {
 namespace {
 
-using namespace orb::test;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
@@ -31,6 +31,12 @@ static_assert(std::is_base_of_v<ORBMessagingInterface, orbIO>);
 static_assert(!std::has_virtual_destructor_v<orbIO>);
 
 constexpr const char* kMissingDevice = "/dev/no-such-tty";
+
+constexpr TtyCall kOpen{"open", O_RDWR | O_NOCTTY | O_NONBLOCK | O_SYNC};
+constexpr TtyCall kGet{"tcgetattr"};
+constexpr TtyCall kFlush{"tcflush", TCIOFLUSH};
+constexpr TtyCall kSet{"tcsetattr", TCSANOW};
+constexpr TtyCall kClose{"close"};
 
 class SerialChannel : public ChannelTest {
  protected:
@@ -45,18 +51,14 @@ bool isOpenDescriptor(int descriptor) { return fcntl(descriptor, F_GETFD) >= 0; 
 TEST_F(SerialChannel, OpensTheDefaultDeviceAndMakesItRaw) {
   const orbIO channel;
   EXPECT_TRUE(channel.isOpen());
-  EXPECT_THAT(calls_.made(), ElementsAre(TtyCall{"open", O_RDWR | O_NOCTTY | O_NONBLOCK | O_SYNC},
-                                         TtyCall{"tcgetattr"}, TtyCall{"tcflush", TCIOFLUSH},
-                                         TtyCall{"tcsetattr", TCSANOW}));
+  EXPECT_THAT(calls_.made(), ElementsAre(kOpen, kGet, kFlush, kSet));
   EXPECT_EQ(standardError(), "");
 }
 
 TEST_F(SerialChannel, OpensTheNamedDevice) {
   const orbIO channel(pty_.path());
   EXPECT_TRUE(channel.isOpen());
-  EXPECT_THAT(calls_.made(), ElementsAre(TtyCall{"open", O_RDWR | O_NOCTTY | O_NONBLOCK | O_SYNC},
-                                         TtyCall{"tcgetattr"}, TtyCall{"tcflush", TCIOFLUSH},
-                                         TtyCall{"tcsetattr", TCSANOW}));
+  EXPECT_THAT(calls_.made(), ElementsAre(kOpen, kGet, kFlush, kSet));
 }
 
 TEST_F(SerialChannel, DropsWhatThePreviousExchangeLeft) {
@@ -77,8 +79,7 @@ TEST_F(SerialChannel, IsNotOpenWhenTheDefaultDeviceIsMissing) {
   const orbIO channel;
   EXPECT_FALSE(channel.isOpen());
   EXPECT_EQ(standardError(), kCouldNotOpen);
-  EXPECT_THAT(missing.made(), ElementsAre(TtyCall{"open", O_RDWR | O_NOCTTY | O_NONBLOCK | O_SYNC}))
-      << "there is nothing to set up or to close";
+  EXPECT_THAT(missing.made(), ElementsAre(kOpen)) << "there is nothing to set up or to close";
 }
 
 TEST_F(SerialChannel, FlushesEachDiagnostic) {
@@ -100,8 +101,7 @@ TEST_F(SerialChannel, ClosesADeviceThatIsNoTty) {
   orbIO channel;
   EXPECT_FALSE(channel.isOpen());
   EXPECT_EQ(standardError(), "Can't get gps_tty settings\n");
-  EXPECT_THAT(calls.made(), ElementsAre(TtyCall{"open", O_RDWR | O_NOCTTY | O_NONBLOCK | O_SYNC},
-                                        TtyCall{"tcgetattr"}, TtyCall{"close"}));
+  EXPECT_THAT(calls.made(), ElementsAre(kOpen, kGet, kClose));
   EXPECT_FALSE(isOpenDescriptor(calls.descriptor()));
 }
 
@@ -110,9 +110,7 @@ TEST_F(SerialChannel, ClosesATtyThatCannotBeMadeRaw) {
   orbIO channel;
   EXPECT_FALSE(channel.isOpen());
   EXPECT_EQ(standardError(), "Can't configure tty_gps raw mode\n");
-  EXPECT_THAT(calls_.made(), ElementsAre(TtyCall{"open", O_RDWR | O_NOCTTY | O_NONBLOCK | O_SYNC},
-                                         TtyCall{"tcgetattr"}, TtyCall{"tcflush", TCIOFLUSH},
-                                         TtyCall{"tcsetattr", TCSANOW}, TtyCall{"close"}));
+  EXPECT_THAT(calls_.made(), ElementsAre(kOpen, kGet, kFlush, kSet, kClose));
   EXPECT_FALSE(isOpenDescriptor(calls_.descriptor()));
 }
 
@@ -203,27 +201,14 @@ TEST_F(SerialChannel, LeavesTheMessageToTheCaller) {
   EXPECT_EQ(pty_.takeWritten(18), join({queryPacket_, queryPacket_}));
 }
 
-TEST_F(SerialChannel, DoesNotRetryAShortWrite) {
+TEST_F(SerialChannel, ReportsAShortAndAFailedWriteWithoutRetry) {
   orbIO channel;
-  calls_.forget();
-  calls_.writeResult = 8;
-  EXPECT_EQ(channel.SendMessage(&query_), -1);
-  EXPECT_THAT(calls_.made(), ElementsAre(TtyCall{"write", 9}, TtyCall{"fsync"}));
-  EXPECT_EQ(standardError(), "");
-}
-
-TEST_F(SerialChannel, ReportsAWriteOfNothing) {
-  orbIO channel;
-  calls_.writeResult = 0;
-  EXPECT_EQ(channel.SendMessage(&query_), -1);
-}
-
-TEST_F(SerialChannel, ReportsAFailedWrite) {
-  orbIO channel;
-  calls_.forget();
-  calls_.writeResult = -1;
-  EXPECT_EQ(channel.SendMessage(&query_), -1);
-  EXPECT_THAT(calls_.made(), ElementsAre(TtyCall{"write", 9}, TtyCall{"fsync"}));
+  for (const long written : {8, 0, -1}) {
+    calls_.forget();
+    calls_.writeResult = written;
+    EXPECT_EQ(channel.SendMessage(&query_), -1) << written;
+    EXPECT_THAT(calls_.made(), ElementsAre(TtyCall{"write", 9}, TtyCall{"fsync"}));
+  }
   EXPECT_EQ(standardError(), "");
 }
 
@@ -326,7 +311,7 @@ TEST_F(SerialChannel, ClosesTheDeviceWhenItIsDestroyed) {
   EXPECT_TRUE(isOpenDescriptor(descriptor));
   calls_.forget();
   channel.reset();
-  EXPECT_THAT(calls_.made(), ElementsAre(TtyCall{"close"}));
+  EXPECT_THAT(calls_.made(), ElementsAre(kClose));
   EXPECT_FALSE(isOpenDescriptor(descriptor));
 }
 
@@ -355,3 +340,4 @@ TEST_F(SerialChannel, ClosesTheDeviceWhenMemoryRunsOut) {
 }
 
 }  // namespace
+}  // namespace orb::test

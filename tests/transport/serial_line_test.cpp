@@ -18,14 +18,14 @@
 
 #include "channel_values.h"
 #include "orb-sim/path_map.h"
-#include "pty.h"
 #include "support/captured_output.h"
+#include "support/pty.h"
 #include "support/temporary_folder.h"
 #include "support/wall_clock.h"
 
+namespace orb::test {
 namespace {
 
-using namespace orb::test;
 using namespace std::chrono_literals;
 
 namespace fs = std::filesystem;
@@ -161,3 +161,4 @@ TEST_F(SerialLine, IsClosedWithTheChannel) {
 }
 
 }  // namespace
+}  // namespace orb::test

@@ -18,11 +18,11 @@ import sys
 import tempfile
 import tomllib
 
-DEFINITION = re.compile(r"(c?(?:ob|fn))=\((\d+)\)(?: (.*))?")
+DEFINITION = re.compile(r"(c?(?:ob|fn))=(.*)")
 CALLS = re.compile(r"calls=(\d+)")
-COST = re.compile(r"[+*\d-][^ ]* (\d+)$")
+COST = re.compile(r"\d+ (\d+)$")
 EXPANDED = re.compile(r"_*mem(cpy|move|set)(_|$)")
-BEHIND_NAME = re.compile(r"[(@].*")  # arguments, or the C library's version
+AFTER_NAME = re.compile(r"[(@].*")  # arguments, or the C library's version
 TRIGGER = re.compile(r"desc: Trigger: Client Request: (.*)")
 
 
@@ -33,21 +33,14 @@ class Profile:
         self.work = None
         self.instructions = 0
         self.calls_out = collections.Counter()
-        self._names = {"ob": {}, "fn": {}}
         self._read(dump, library)
-
-    def _name(self, kind, number, name):
-        names = self._names[kind[-2:]]
-        if name is not None:
-            names[number] = name
-        return names[number]
 
     def _read(self, dump, library):
         here = {}
         calls = 0
         for line in dump.read_text().splitlines():
             if definition := DEFINITION.match(line):
-                here[definition[1]] = self._name(*definition.groups())
+                here[definition[1]] = definition[2]
                 if definition[1] == "ob":
                     here.pop("cob", None)
             elif call := CALLS.match(line):
@@ -77,7 +70,8 @@ def profiles(program, library, others):
         program, library, *_ = [
             copy_without_debug_information(file, folder) for file in (program, library, *others)]
         run = subprocess.run(
-            ["valgrind", "--tool=callgrind", "--instr-atstart=no",
+            ["valgrind", "--tool=callgrind", "--instr-atstart=no", "--compress-strings=no",
+             "--compress-pos=no",
              f"--callgrind-out-file={folder / 'callgrind'}", program],
             env=os.environ | {"LD_LIBRARY_PATH": name},
             stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True)
@@ -92,7 +86,7 @@ def calls_of_all_compilers(profile):
     calls = collections.Counter()
     for name, times in profile.calls_out.items():
         if not EXPANDED.match(name):
-            calls[BEHIND_NAME.sub("", name)] += times
+            calls[AFTER_NAME.sub("", name)] += times
     return calls
 
 

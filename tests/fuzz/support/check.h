@@ -4,7 +4,7 @@
 #include <cstdlib>
 #include <string>
 
-namespace orb::fuzz {
+namespace orb::test {
 
 /// Ends the run with a finding where something does not hold.
 inline void check(bool holds, const std::string& expectation) {
@@ -20,4 +20,4 @@ inline void checkEqual(const std::string& found, const std::string& expected,
   check(found == expected, what + "\n  found    " + found + "\n  expected " + expected);
 }
 
-}  // namespace orb::fuzz
+}  // namespace orb::test

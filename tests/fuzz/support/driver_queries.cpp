@@ -3,7 +3,7 @@
 #include <initializer_list>
 #include <sstream>
 
-namespace orb::fuzz {
+namespace orb::test {
 
 namespace {
 
@@ -248,4 +248,4 @@ constexpr DriverQuery kQueries[] = {
 
 std::span<const DriverQuery> driverQueries() { return kQueries; }
 
-}  // namespace orb::fuzz
+}  // namespace orb::test

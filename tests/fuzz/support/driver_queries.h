@@ -10,7 +10,7 @@
 #include "orb-gnss/module_driver.h"
 #include "support/input.h"
 
-namespace orb::fuzz {
+namespace orb::test {
 
 /// The fields of a payload; what it does not have reads as 0.
 class Payload {
@@ -45,4 +45,4 @@ struct DriverQuery {
 /// Every query that awaits one message.
 std::span<const DriverQuery> driverQueries();
 
-}  // namespace orb::fuzz
+}  // namespace orb::test

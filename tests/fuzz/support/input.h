@@ -6,11 +6,11 @@
 #include <string_view>
 #include <vector>
 
-namespace orb::fuzz {
+#include "support/hex_text.h"
 
-using Bytes = std::vector<std::uint8_t>;
+namespace orb::test {
 
-/// What the fuzzer hands over, taken from its front. Behind the end there are zeros and no bytes.
+/// What the fuzzer hands over, taken from its front. After the end there are zeros and no bytes.
 class Input {
  public:
   Input(const std::uint8_t* data, std::size_t size) : data_(data), size_(size) {}
@@ -64,4 +64,4 @@ inline std::vector<Bytes> inPieces(const Bytes& bytes, const Bytes& controls) {
   return pieces;
 }
 
-}  // namespace orb::fuzz
+}  // namespace orb::test

@@ -1,9 +1,10 @@
 #pragma once
 
+#include <fstream>
 #include <string>
 #include <vector>
 
-namespace orb::reference {
+namespace orb::test {
 
 /// One row of catalogue.tsv.
 struct CatalogueRow {
@@ -12,6 +13,9 @@ struct CatalogueRow {
   unsigned short minLength;
   unsigned short maxLength;
   std::string description;
+
+  /// Id and sub-id as one number.
+  unsigned short type() const { return static_cast<unsigned short>(id * 256 + subId); }
 };
 
 /// All rows of catalogue.tsv, the end marker included. Read once; throws std::runtime_error when
@@ -19,6 +23,10 @@ struct CatalogueRow {
 const std::vector<CatalogueRow>& catalogueRows();
 
 /// Whether messages with this id carry a sub-id.
-bool hasSubId(unsigned char id);
+inline bool hasSubId(unsigned char id) { return id >= 0x62 && id <= 0x6F; }
 
-}  // namespace orb::reference
+/// A file of this folder, without its first line, which names the columns. Throws
+/// std::runtime_error when it cannot be read.
+std::ifstream openTable(const std::string& name);
+
+}  // namespace orb::test

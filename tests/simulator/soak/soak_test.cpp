@@ -17,9 +17,9 @@
 #include "orb-sim/frame.h"
 #include "orb-sim/line_conditions.h"
 #include "orb-sim/receiver.h"
-#include "simulated_line.h"
 #include "support/captured_output.h"
 #include "support/device_files.h"
+#include "support/simulated_line.h"
 
 namespace orb::sim::test {
 namespace {
@@ -162,7 +162,7 @@ class Session {
         carryOut(operations()[static_cast<std::size_t>(numbers_.between(0, last))]);
         letTheLineSettleNowAndThen();
       }
-    } catch (const WaitsForEver&) {
+    } catch (const orb::test::WaitsForEver&) {
       tally_.failures.push_back(place_ + " does not return");
     }
     for (const FaultyDevice::Event& event : faulty_.events()) {
@@ -228,7 +228,7 @@ class Session {
   Tap tap_{receiver_};
   FaultyDevice faulty_{tap_, rules_, seed_};
   LineShaper shaper_{faulty_, busyLine(), seed_};
-  SimulatedLine line_{shaper_, files_.tty};
+  orb::test::SimulatedLine line_{shaper_, files_.tty};
   orbController_QN4470T01 driver_;
   int count_ = 0;        ///< of operations
   std::string place_;    ///< where this is, for messages

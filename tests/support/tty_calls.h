@@ -40,6 +40,7 @@ class TtyCalls {
 
   /// The descriptor that the tty was opened as last.
   int descriptor() const { return descriptor_; }
+  bool isOpen() const { return open_; }
   /// What tcsetattr was given last.
   const termios& settings() const { return settings_; }
 

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <chrono>
-#include <cstddef>
 #include <filesystem>
 #include <memory>
 #include <stdexcept>
@@ -9,8 +8,10 @@
 #include "line/pty.h"
 #include "line/stable_link.h"
 #include "orb-sim/device.h"
+#include "support/simulated_sleep.h"
+#include "support/wall_clock.h"
 
-namespace orb::sim::test {
+namespace orb::test {
 
 /// What ends a wait that lasts longer than any can: the client would wait for ever.
 struct WaitsForEver : std::runtime_error {
@@ -26,10 +27,9 @@ class SimulatedLine {
   using Nanoseconds = std::chrono::nanoseconds;
 
   /// A link of this name leads to the tty, also after a hang-up.
-  SimulatedLine(Device& device, const std::filesystem::path& link);
+  SimulatedLine(sim::Device& device, const std::filesystem::path& link);
   SimulatedLine(const SimulatedLine&) = delete;
   SimulatedLine& operator=(const SimulatedLine&) = delete;
-  ~SimulatedLine();
 
   /// Lets time pass. Throws WaitsForEver at the limit.
   void pass(Nanoseconds duration);
@@ -38,22 +38,21 @@ class SimulatedLine {
   Nanoseconds now() const { return now_; }
 
   /// What the client could read since the last forget().
-  const Bytes& delivered() const { return delivered_; }
+  const sim::Bytes& delivered() const { return delivered_; }
   void forget() { delivered_.clear(); }
 
-  /// For the replaced functions.
-  static SimulatedLine* current();
-
  private:
-  void deliver(Bytes bytes);
+  void deliver(sim::Bytes bytes);
 
-  Device& device_;
-  std::unique_ptr<Pty> pty_;
-  StableLink link_;
+  sim::Device& device_;
+  std::unique_ptr<sim::Pty> pty_;
+  sim::StableLink link_;
+  WallClock clock_;
+  SimulatedSleep sleep_;
   Nanoseconds now_{0};
   Nanoseconds limit_ = Nanoseconds::max();
   Nanoseconds deviceTime_{0};
-  Bytes delivered_;
+  sim::Bytes delivered_;
 };
 
-}  // namespace orb::sim::test
+}  // namespace orb::test

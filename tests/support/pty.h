@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "support/bytes.h"
+#include "support/hex_text.h"
 
 namespace orb::test {
 
@@ -30,12 +30,12 @@ class Pty {
   int waiting() const;
 
   /// Takes `count` bytes that were written to the tty.
-  Bytes takeWritten(unsigned long count);
+  Bytes takeWritten(std::size_t count);
   /// Whether more was written than was taken.
   bool hasWritten() const;
 
  private:
-  int master_ = -1;
+  int farEnd_ = -1;
   int tty_ = -1;
   std::string path_;
 };

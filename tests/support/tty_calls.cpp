@@ -1,7 +1,8 @@
-#include "tty_calls.h"
+#include "support/tty_calls.h"
 
 #include <dlfcn.h>
 #include <fcntl.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -66,18 +67,25 @@ std::vector<long> TtyCalls::readSizes() const {
 
 namespace {
 
+/// Notes a call that concerns the tty, and makes it, unless a test has set its result.
+template <typename Result, typename Call>
+Result noted(int descriptor, const TtyCall& call, std::optional<Result> TtyCalls::*set,
+             Call makeCall) {
+  TtyCalls* const calls = TtyCalls::concernedBy(descriptor);
+  if (calls != nullptr) {
+    calls->note(call.name, call.argument);
+    if (const std::optional<Result>& result = calls->*set) {
+      errno = *result < 0 ? EIO : errno;
+      return *result;
+    }
+  }
+  return static_cast<Result>(makeCall());
+}
+
 /// The C library's function that ours hides.
 template <typename Function>
 Function* hidden(Function*, const char* name) {
   return reinterpret_cast<Function*>(dlsym(RTLD_NEXT, name));
-}
-
-template <typename Result>
-Result resultOf(Result result) {
-  if (result < 0) {
-    errno = EIO;
-  }
-  return result;
 }
 
 }  // namespace
@@ -90,91 +98,69 @@ Result resultOf(Result result) {
 #define ORB_TEST_REPLACEMENT extern "C" __attribute__((visibility("default")))
 
 using orb::test::hidden;
-using orb::test::resultOf;
+using orb::test::noted;
 using orb::test::TtyCalls;
 
 ORB_TEST_REPLACEMENT int open(const char* path, int flags, ...) {
-  mode_t mode = 0;
-  if ((flags & O_CREAT) != 0) {
-    va_list arguments;
-    va_start(arguments, flags);
-    mode = va_arg(arguments, mode_t);
-    va_end(arguments);
-  }
-  static auto* const real = hidden(&::open, "open");
+  va_list arguments;
+  va_start(arguments, flags);
+  const mode_t mode = (flags & O_CREAT) != 0 ? va_arg(arguments, mode_t) : 0;
+  va_end(arguments);
   TtyCalls* const calls = TtyCalls::current();
-  if (calls == nullptr) {
-    return real(path, flags, mode);
-  }
-  path = calls->translated(path);
-  const int descriptor = real(path, flags, mode);
-  if (calls->isTty(path)) {
+  path = calls != nullptr ? calls->translated(path) : path;
+  const auto descriptor = static_cast<int>(syscall(SYS_openat, AT_FDCWD, path, flags, mode));
+  if (calls != nullptr && calls->isTty(path)) {
     calls->noteOpen(descriptor, flags);
   }
   return descriptor;
 }
 
 ORB_TEST_REPLACEMENT int close(int descriptor) {
-  static auto* const real = hidden(&::close, "close");
   if (TtyCalls* const calls = TtyCalls::concernedBy(descriptor)) {
     calls->noteClose();
   }
-  return real(descriptor);
+  return static_cast<int>(syscall(SYS_close, descriptor));
 }
 
 ORB_TEST_REPLACEMENT ssize_t read(int descriptor, void* buffer, size_t size) {
-  static auto* const real = hidden(&::read, "read");
   TtyCalls* const calls = TtyCalls::concernedBy(descriptor);
-  if (calls == nullptr) {
-    return real(descriptor, buffer, size);
+  if (calls != nullptr) {
+    calls->note("read", static_cast<long>(size));
   }
-  calls->note("read", static_cast<long>(size));
-  return calls->read ? calls->read(descriptor, buffer, size) : real(descriptor, buffer, size);
+  return calls != nullptr && calls->read ? calls->read(descriptor, buffer, size)
+                                         : syscall(SYS_read, descriptor, buffer, size);
 }
 
 ORB_TEST_REPLACEMENT ssize_t write(int descriptor, const void* buffer, size_t size) {
-  static auto* const real = hidden(&::write, "write");
-  TtyCalls* const calls = TtyCalls::concernedBy(descriptor);
-  if (calls == nullptr) {
-    return real(descriptor, buffer, size);
-  }
-  calls->note("write", static_cast<long>(size));
-  return calls->writeResult ? resultOf(*calls->writeResult) : real(descriptor, buffer, size);
+  return noted(descriptor, {"write", static_cast<long>(size)}, &TtyCalls::writeResult,
+               [&] { return syscall(SYS_write, descriptor, buffer, size); });
 }
 
 ORB_TEST_REPLACEMENT int fsync(int descriptor) {
-  static auto* const real = hidden(&::fsync, "fsync");
-  TtyCalls* const calls = TtyCalls::concernedBy(descriptor);
-  if (calls == nullptr) {
-    return real(descriptor);
-  }
-  calls->note("fsync");
-  return calls->syncResult ? resultOf(*calls->syncResult) : real(descriptor);
+  return noted(descriptor, {"fsync"}, &TtyCalls::syncResult,
+               [&] { return syscall(SYS_fsync, descriptor); });
 }
 
 ORB_TEST_REPLACEMENT int tcgetattr(int descriptor, termios* settings) noexcept {
   static auto* const real = hidden(&::tcgetattr, "tcgetattr");
   TtyCalls* const calls = TtyCalls::concernedBy(descriptor);
-  if (calls == nullptr) {
+  if (calls != nullptr) {
+    calls->note("tcgetattr");
+  }
+  if (calls == nullptr || !calls->settingsFound) {
     return real(descriptor, settings);
   }
-  calls->note("tcgetattr");
-  if (calls->settingsFound) {
-    *settings = *calls->settingsFound;
-    return 0;
-  }
-  return real(descriptor, settings);
+  *settings = *calls->settingsFound;
+  return 0;
 }
 
 ORB_TEST_REPLACEMENT int tcsetattr(int descriptor, int when, const termios* settings) noexcept {
   static auto* const real = hidden(&::tcsetattr, "tcsetattr");
-  TtyCalls* const calls = TtyCalls::concernedBy(descriptor);
-  if (calls == nullptr) {
-    return real(descriptor, when, settings);
+  if (TtyCalls* const calls = TtyCalls::concernedBy(descriptor)) {
+    calls->noteSettings(*settings);
   }
-  calls->note("tcsetattr", when);
-  calls->noteSettings(*settings);
-  return calls->settingResult ? resultOf(*calls->settingResult) : real(descriptor, when, settings);
+  return noted(descriptor, {"tcsetattr", when}, &TtyCalls::settingResult,
+               [&] { return real(descriptor, when, settings); });
 }
 
 ORB_TEST_REPLACEMENT int tcflush(int descriptor, int queue) noexcept {

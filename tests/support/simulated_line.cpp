@@ -1,0 +1,42 @@
+#include "support/simulated_line.h"
+
+#include <utility>
+
+namespace orb::test {
+
+SimulatedLine::SimulatedLine(sim::Device& device, const std::filesystem::path& link)
+    : device_(device), pty_(std::make_unique<sim::Pty>()), link_(link, pty_->path()) {
+  sleep_.onSleep = [this](Nanoseconds duration) { pass(duration); };
+}
+
+void SimulatedLine::pass(Nanoseconds duration) {
+  if (const sim::Bytes written = pty_->read(); !written.empty()) {
+    deliver(device_.receive(written));
+  }
+  const auto before = std::chrono::floor<std::chrono::seconds>(now_);
+  now_ += duration;
+  clock_.advance(std::chrono::floor<std::chrono::seconds>(now_) - before);
+  const auto elapsed = std::chrono::floor<std::chrono::milliseconds>(now_ - deviceTime_);
+  deviceTime_ += elapsed;
+  deliver(device_.tick(elapsed));
+  if (now_ >= limit_) {
+    throw WaitsForEver();
+  }
+}
+
+/// What the tty has no room for is lost, as on a UART whose client does not read.
+void SimulatedLine::deliver(sim::Bytes bytes) {
+  const sim::Bytes all = bytes;
+  if (!bytes.empty()) {
+    pty_->write(bytes);
+  }
+  delivered_.insert(delivered_.end(), all.begin(),
+                    all.end() - static_cast<std::ptrdiff_t>(bytes.size()));
+  if (device_.takeHangUp()) {
+    auto next = std::make_unique<sim::Pty>();
+    link_.pointTo(next->path());
+    pty_ = std::move(next);
+  }
+}
+
+}  // namespace orb::test
