@@ -3,65 +3,17 @@
 
 #include <gtest/gtest.h>
 
-#include <map>
 #include <optional>
-#include <sstream>
 #include <string>
-#include <vector>
 
 #include "reference/assembler_pair.h"
 #include "reference/buffer_generator.h"
-#include "reference/catalogue_file.h"
+#include "reference/explicit_vectors.h"
 
 namespace orb::test {
 namespace {
 
 constexpr unsigned char kReplyId = 0x83;
-
-std::vector<std::string> split(const std::string& text, char separator) {
-  std::vector<std::string> parts;
-  std::istringstream stream(text);
-  for (std::string part; std::getline(stream, part, separator);) {
-    parts.push_back(part);
-  }
-  return parts;
-}
-
-/// Without the short forms for a run of one byte, "(5A*1000)", and for no bytes at all, "-".
-std::string expanded(std::string text) {
-  for (auto open = text.find('('); open != std::string::npos; open = text.find('(', open)) {
-    const auto close = text.find(')', open);
-    std::string run;
-    for (int count = std::stoi(text.substr(open + 4)); count > 0; --count) {
-      run += text.substr(open + 1, 2);
-    }
-    text.replace(open, close + 1 - open, run);
-  }
-  return text == "-" ? "" : text;
-}
-
-/// One line of explicit_vectors.tsv; README.md describes its columns.
-struct Vector {
-  std::string name;
-  std::vector<std::string> buffers;
-  std::vector<std::string> results;
-  std::vector<std::string> messages;
-};
-
-/// The vectors of each group.
-const std::map<std::string, std::vector<Vector>>& vectorGroups() {
-  static const auto groups = [] {
-    std::map<std::string, std::vector<Vector>> read;
-    std::ifstream table = openTable("explicit_vectors.tsv");
-    for (std::string line; std::getline(table, line);) {
-      const auto fields = split(line, '\t');
-      read[fields.at(0)].push_back({fields.at(1), split(fields.at(2), ';'),
-                                    split(fields.at(3), ';'), split(expanded(fields.at(4)), ' ')});
-    }
-    return read;
-  }();
-  return groups;
-}
 
 struct Group {
   const char* name;
@@ -77,14 +29,14 @@ constexpr Group kGroups[] = {
 class ExplicitVectors : public testing::TestWithParam<Group> {};
 
 TEST_P(ExplicitVectors, AreTheOutcomesOfLibraryAndModel) {
-  const auto& vectors = vectorGroups().at(GetParam().name);
+  const auto& vectors = explicitVectors().at(GetParam().name);
   EXPECT_EQ(vectors.size(), GetParam().vectors);
-  for (const Vector& vector : vectors) {
+  for (const ExplicitVector& vector : vectors) {
     SCOPED_TRACE(vector.name);
     AssemblerPair pair;
     ASSERT_EQ(vector.buffers.size(), vector.results.size());
     for (std::size_t k = 0; k < vector.buffers.size(); ++k) {
-      EXPECT_EQ(pair.update(kReplyId, hex(expanded(vector.buffers[k]))), vector.results[k]);
+      EXPECT_EQ(pair.update(kReplyId, vector.buffers[k]), vector.results[k]);
     }
     for (auto message = vector.messages.rbegin(); message != vector.messages.rend(); ++message) {
       EXPECT_EQ(pair.takeOldest(), *message);
@@ -97,7 +49,7 @@ INSTANTIATE_TEST_SUITE_P(AssemblerReference, ExplicitVectors, testing::ValuesIn(
                          [](const auto& info) { return std::string(info.param.name); });
 
 TEST(ExplicitVectorFile, HasNoGroupThatIsNotTested) {
-  EXPECT_EQ(vectorGroups().size(), std::size(kGroups));
+  EXPECT_EQ(explicitVectors().size(), std::size(kGroups));
 }
 
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
