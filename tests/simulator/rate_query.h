@@ -3,11 +3,7 @@
 #include "hex.h"
 #include "orb-sim/frame.h"
 
-namespace orb::sim::test {}
-
 namespace orb::test {
-
-using namespace sim::test;
 
 /// The query of the update rate, and what a receiver with its default settings answers.
 inline const sim::Bytes kRateQuery = sim::frame(0x1000);

@@ -119,6 +119,7 @@ TEST(PtyLine, TakesNoSignalOfTheProgram) {
   ASSERT_EQ(pthread_sigmask(SIG_BLOCK, &wanted, &before), 0);
   // Any thread of the program that does not block the signal would now die of it.
   ASSERT_EQ(::kill(::getpid(), SIGUSR1), 0);
+  std::this_thread::sleep_for(100ms);
   int taken = 0;
   EXPECT_EQ(sigwait(&wanted, &taken), 0);
   EXPECT_EQ(taken, SIGUSR1);

@@ -97,15 +97,19 @@ TEST_F(TcpLineTo, NobodyAndThenAClientAndThenNobodyDoesNotSpin) {
 
 TEST(TcpLine, TakesAFreePortOfItsOwnOrTheOneThatItIsGiven) {
   EchoDevice device;
+  EchoDevice another;
   std::uint16_t port = 0;
   {
     const sim::TcpLine one(device);
-    const sim::TcpLine other(device);
+    const sim::TcpLine other(another);
     EXPECT_NE(one.port(), 0);
     EXPECT_NE(one.port(), other.port());
     EXPECT_THROW(sim::TcpLine(device, one.port()), std::system_error);
     port = one.port();
-    const TcpClient client(port);
+    // The end that closes a connection first keeps the port in use for a while.
+    TcpClient client(port);
+    EXPECT_EQ(client.echoOf({EchoDevice::kDrop}), sim::Bytes{EchoDevice::kDrop});
+    EXPECT_TRUE(client.isAtEnd());
   }
   const sim::TcpLine again(device, port);
   EXPECT_EQ(again.port(), port);

@@ -99,6 +99,8 @@ orb-sim: other users' programs need rights to read and write {tty_path}
         try:
             with self.offered_line("serve", self.link) as (process, _):
                 process.send_signal(signal.SIGHUP)
+                with self.assertRaises(subprocess.TimeoutExpired):
+                    process.wait(1)
                 self.assertEqual(ask(self.link)[:9], ACKNOWLEDGED)
                 self.end(process, signal.SIGTERM)
         finally:
