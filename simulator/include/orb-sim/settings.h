@@ -12,6 +12,8 @@ enum class OutputType : std::uint8_t { None = 0, Nmea = 1, Binary = 2 };
 /// Any other value is kept as set and navigates like Dynamic.
 enum class TimingMode : std::uint8_t { Dynamic = 0, AutoSurvey = 1, Static = 2 };
 
+// The members of a setting that has several stand in the order of its message.
+
 struct SerialPort {
   std::uint8_t port = 0;
   std::uint8_t baudCode = 5;  ///< 0 to 5: 4800, 9600, 19200, 38400, 57600, 115200 baud

@@ -9,7 +9,7 @@
 namespace orb::test {
 namespace {
 
-/// The named numbers of a header: `constexpr ... kName = 0x1234`.
+/// The named numbers of a header: `constexpr ... kName = 0x1234` or `kName{0x1234`.
 std::map<std::string, std::string> numbersIn(const std::string& header) {
   std::ifstream file(std::string(ORB_SOURCE_FOLDER) + '/' + header);
   const std::string text{std::istreambuf_iterator<char>(file), {}};
@@ -26,7 +26,7 @@ std::map<std::string, std::string> numbersIn(const std::string& header) {
 
 // The tables are written apart, so that a mistake in one of them does not hide in the other.
 TEST(MessageIds, OfTheModelHaveTheNamesAndNumbersOfTheLibrarys) {
-  const auto library = numbersIn("protocol/message_ids.h");
+  const auto library = numbersIn("protocol/messages.h");
   EXPECT_EQ(numbersIn("simulator/model/message_ids.h"), library);
   EXPECT_EQ(library.at("kConfigureTiming"), "0x5400");
 }

@@ -198,6 +198,7 @@ TEST_F(LineShaperBefore, ATalkerDoesNotChatterIntoABusyLine) {
   recorder_.output = Bytes(100, 0x11);
   line.tick(0ms);
   EXPECT_EQ(line.tick(105ms), Bytes(100, 0x11));
+  EXPECT_EQ(line.tick(5ms), Bytes{}) << "no text has waited for its turn";
   EXPECT_EQ(line.tick(100ms).at(0), 'c');
 }
 
