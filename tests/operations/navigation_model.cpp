@@ -94,8 +94,8 @@ std::vector<Query> queries() {
        .decoded = [](auto& reply) { return text(reply.u8(2) % 2 == 1, reply.u8(3)); },
        .inState =
            [](auto& state) {
-             const int status = state.interferenceDetection != 0 ? state.interferenceStatus : 0;
-             return text(state.interferenceDetection % 2 == 1, status);
+             return state.interferenceDetection % 2 == 1 ? text(true, state.interferenceStatus)
+                                                         : "false, *";
            }},
       // Off, although the receiver says that it is on.
       {.name = "GetJammingDetection",

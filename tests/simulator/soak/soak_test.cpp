@@ -225,17 +225,18 @@ class Session {
     return next;
   }
 
+  /// On a troubled line, a setting that did not arrive, or was kept otherwise, goes unseen where it
+  /// is not read back. An acknowledgement tells at least that it was not refused.
   void judgeFalseSuccess(const Operation& operation, const Drawn& drawn,
                          const std::vector<sim::FaultyDevice::Event>& events) {
     const bool isUnseen =
         operation.readBack && operation.readBack(after(drawn, receiver_.state())) ==
                                   operation.readBack(receiver_.state());
-    const bool isExcused =
-        isUnseen && std::any_of(events.begin(), events.end(), [&](const auto& event) {
-          const sim::FaultKind kind = rules_[event.rule].kind;
-          return kind == sim::FaultKind::WrongValue ||
-                 (kind == sim::FaultKind::Refusal && operation.replies.empty());
-        });
+    const bool isAcknowledged = operation.replies == std::vector<std::uint16_t>{0x8300};
+    const bool isKeptOtherwise = std::any_of(events.begin(), events.end(), [&](const auto& event) {
+      return rules_[event.rule].kind == sim::FaultKind::WrongValue;
+    });
+    const bool isExcused = isUnseen && (isKeptOtherwise || !isAcknowledged);
     if (!isExcused && deceives(line_.delivered(), operation.replies, tap_)) {
       ++tally_.deceived;
     } else if (!isExcused) {
