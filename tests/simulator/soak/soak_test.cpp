@@ -99,13 +99,13 @@ sim::LineConditions busyLine() {
 /// Keeps what the receiver itself has said.
 class Tap : public sim::Device {
  public:
-  explicit Tap(sim::Device& behind) : behind_(behind) {}
+  explicit Tap(sim::Device& receiver) : receiver_(receiver) {}
 
-  sim::Bytes receive(const sim::Bytes& bytes) override { return keep(behind_.receive(bytes)); }
+  sim::Bytes receive(const sim::Bytes& bytes) override { return keep(receiver_.receive(bytes)); }
   sim::Bytes tick(std::chrono::milliseconds elapsed) override {
-    return keep(behind_.tick(elapsed));
+    return keep(receiver_.tick(elapsed));
   }
-  std::chrono::milliseconds untilNextOutput() const override { return behind_.untilNextOutput(); }
+  std::chrono::milliseconds untilNextOutput() const override { return receiver_.untilNextOutput(); }
 
   bool hasSaid(const sim::Bytes& payload) const { return said_.count(payload) == 1; }
   void forget() { said_.clear(); }
@@ -119,7 +119,7 @@ class Tap : public sim::Device {
     return output;
   }
 
-  sim::Device& behind_;
+  sim::Device& receiver_;
   std::set<sim::Bytes> said_;
 };
 
