@@ -1,12 +1,12 @@
-// Queries and settings of the driver in a row, on a line that says anything. Input: for each
-// operation its choice and what the line says to it: either bytes, or up to three replies, each
-// with a byte that tells whether it is the awaited one, and its body.
+// Operations of the driver in a row, on a line that says anything. Input: for each operation its
+// choice and what the line says to it: either bytes, or up to three replies, each with a byte that
+// tells which of the messages it is, awaited or not, and its body.
 
 #include <optional>
 #include <string>
 #include <vector>
 
-#include "operations.h"
+#include "operations/operations.h"
 #include "orb-sim/frame.h"
 #include "support/check.h"
 #include "support/input.h"
@@ -20,44 +20,16 @@ constexpr int kMostOperations = 15;
 // Rejected or read back otherwise, no reply, not sent, not supported.
 constexpr unsigned int kResultBits = 1 | 4 | 8 | 256;
 
-/// The operations that are made of others.
-unsigned int callComposite(orbController_QN4470T01& driver, unsigned int choice) {
-  unsigned char model = 0;
-  unsigned char fixMode = 0;
-  switch (choice % 8) {
-    case 0:
-      return driver.setDefaultConfiguration();
-    case 1:
-      return driver.setApplicationDefaults();
-    case 2:
-      return driver.resetFactoryDefaults();
-    case 3:
-      return driver.setGnssSystem(0x4D, true);
-    case 4:
-      return driver.getDynamicModel(model, fixMode);
-    case 5:
-      return driver.setDynamicModel(1, static_cast<unsigned char>(choice / 8));
-    case 6:
-      return driver.setSurveyMode("auto");
-    default:
-      return driver.setSurveyMode("static");
-  }
+const Operation& operationOf(unsigned int choice) {
+  return operations()[choice % operations().size()];
 }
 
-unsigned int call(orbController_QN4470T01& driver, unsigned int choice) {
-  static const sim::Receiver unused;
-  const auto& operations = sim::test::operations();
-  if (choice >= operations.size()) {
-    return callComposite(driver, choice);
-  }
-  sim::test::Numbers numbers(choice);
-  return operations[choice].carryOut(driver, unused, numbers).result;
-}
-
+/// A message that the operation awaits, or that another one does.
 std::uint16_t replyTo(unsigned int choice, unsigned int selector) {
-  const auto& operations = sim::test::operations();
-  const bool isAwaited = selector < 0x80 && choice < operations.size();
-  return operations[isAwaited ? choice : selector % operations.size()].reply;
+  constexpr std::uint16_t kAcknowledgement = 0x8300;
+  const std::vector<std::uint16_t>& replies =
+      operationOf(selector < 0x80 ? choice : selector).replies;
+  return replies.empty() ? kAcknowledgement : replies[selector % replies.size()];
 }
 
 std::vector<ScriptedDevice::Piece> answerTo(unsigned int choice, Input& input) {
@@ -76,14 +48,15 @@ std::vector<ScriptedDevice::Piece> answerTo(unsigned int choice, Input& input) {
 }
 
 void hold(Input input) {
-  std::optional<orbController_QN4470T01> driver;
+  std::optional<Driver> driver;
   for (int i = 0; i < kMostOperations && !input.isEmpty(); ++i) {
     const unsigned int choice = input.byte();
     ScriptedDevice line(answerTo(choice, input));
     if (!driver) {
       driver.emplace();
     }
-    const unsigned int result = call(*driver, choice);
+    Numbers numbers(choice);
+    const unsigned int result = operationOf(choice).draw(numbers).call(*driver).result;
     check((result & ~kResultBits) == 0, "result bits, not " + std::to_string(result));
   }
 }

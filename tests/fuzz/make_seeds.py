@@ -103,7 +103,7 @@ def serial_channel():
 def driver_replies():
     return [
         bytes([query, damage, 20]) + body
-        for query in range(40)
+        for query in range(48)
         for damage, body in ((0, bytes(range(1, 60))), (0, b"\x02\x01"), (1, bytes(30)))
     ]
 
@@ -115,7 +115,7 @@ def driver_operations():
     return [
         b"".join(bytes([choice]) + answer for choice in range(first, first + 4))
         for answer in answers
-        for first in range(0, 48, 4)
+        for first in range(0, 80, 4)
     ]
 
 

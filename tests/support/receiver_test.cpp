@@ -12,7 +12,7 @@ constexpr int kLooksBeforeTheLimit = 10;
 
 }  // namespace
 
-// What clients have written arrives in order, so a mark behind it tells where it ends.
+// What clients have written arrives in order, so a mark after it tells where it ends.
 std::string ReceiverOnTty::sent() {
   static const sim::Bytes kMark{'<', 'e', 'n', 'd', '>'};
   std::ofstream(line.path(), std::ios::binary)

@@ -12,7 +12,7 @@
 #include <string>
 #include <vector>
 
-#include "operations.h"
+#include "operations/operations.h"
 #include "orb-sim/faults.h"
 #include "orb-sim/frame.h"
 #include "orb-sim/line_conditions.h"
@@ -21,7 +21,7 @@
 #include "support/device_files.h"
 #include "support/simulated_line.h"
 
-namespace orb::sim::test {
+namespace orb::test {
 namespace {
 
 using namespace std::chrono_literals;
@@ -30,8 +30,14 @@ constexpr int kShards = 4;
 constexpr int kOperationsPerSession = 500;
 
 // Longer than any operation takes, and than any fault lasts.
-constexpr std::chrono::seconds kLongestOperation{60};
+constexpr std::chrono::seconds kLongestOperation{120};
 constexpr std::chrono::seconds kLongestFault{8};
+
+// Sequences of more exchanges hardly ever come through as a whole.
+constexpr std::size_t kFewReplies = 2;
+
+// What is written last reaches the receiver only when time passes.
+constexpr std::chrono::milliseconds kDelivery{50};
 
 int sessionsPerShard() {
   const char* const wanted = std::getenv("ORB_SOAK_EXCHANGES");
@@ -39,9 +45,9 @@ int sessionsPerShard() {
   return std::max(1, exchanges / (kShards * kOperationsPerSession));
 }
 
-FaultRule rule(FaultKind kind, FaultTarget target, double chance, std::size_t length = 0,
-               std::chrono::milliseconds delay = 0ms) {
-  FaultRule rule{kind, target};
+sim::FaultRule rule(sim::FaultKind kind, sim::FaultTarget target, double chance,
+                    std::size_t length = 0, std::chrono::milliseconds delay = 0ms) {
+  sim::FaultRule rule{kind, target};
   rule.chance = chance;
   rule.length = length;
   rule.delay = delay;
@@ -50,10 +56,10 @@ FaultRule rule(FaultKind kind, FaultTarget target, double chance, std::size_t le
 
 /// Everything that can go wrong while bytes flow. A line that falls silent for ever is left out: on
 /// it, a call does not return.
-std::vector<FaultRule> mixedFaults() {
-  using Kind = FaultKind;
-  using Target = FaultTarget;
-  std::vector<FaultRule> rules{
+std::vector<sim::FaultRule> mixedFaults() {
+  using Kind = sim::FaultKind;
+  using Target = sim::FaultTarget;
+  std::vector<sim::FaultRule> rules{
       rule(Kind::NoReply, Target::Reply, 0.02),
       rule(Kind::NoReply, Target::Both, 0.01),
       rule(Kind::LateReply, Target::Reply, 0.02, 0, 700ms),
@@ -75,15 +81,15 @@ std::vector<FaultRule> mixedFaults() {
   };
   // The settings that are read back over a channel of their own.
   for (const int setting : {0x0E00, 0x5400, 0x5500, 0x6201, 0x6203, 0x6417, 0x6419}) {
-    FaultRule hangUp = rule(Kind::HangUp, Target::Reply, 0.05);
+    sim::FaultRule hangUp = rule(Kind::HangUp, Target::Reply, 0.05);
     hangUp.message = static_cast<std::uint16_t>(setting);
     rules.push_back(hangUp);
   }
   return rules;
 }
 
-LineConditions busyLine() {
-  LineConditions line;
+sim::LineConditions busyLine() {
+  sim::LineConditions line;
   line.latency = 3ms;
   line.spread = 10ms;
   line.chatterInterval = 100ms;
@@ -91,33 +97,36 @@ LineConditions busyLine() {
 }
 
 /// Keeps what the receiver itself has said.
-class Tap : public Device {
+class Tap : public sim::Device {
  public:
-  explicit Tap(Device& behind) : behind_(behind) {}
+  explicit Tap(sim::Device& receiver) : receiver_(receiver) {}
 
-  Bytes receive(const Bytes& bytes) override { return keep(behind_.receive(bytes)); }
-  Bytes tick(std::chrono::milliseconds elapsed) override { return keep(behind_.tick(elapsed)); }
-  std::chrono::milliseconds untilNextOutput() const override { return behind_.untilNextOutput(); }
+  sim::Bytes receive(const sim::Bytes& bytes) override { return keep(receiver_.receive(bytes)); }
+  sim::Bytes tick(std::chrono::milliseconds elapsed) override {
+    return keep(receiver_.tick(elapsed));
+  }
+  std::chrono::milliseconds untilNextOutput() const override { return receiver_.untilNextOutput(); }
 
-  bool hasSaid(const Bytes& payload) const { return said_.count(payload) == 1; }
+  bool hasSaid(const sim::Bytes& payload) const { return said_.count(payload) == 1; }
   void forget() { said_.clear(); }
 
  private:
-  Bytes keep(const Bytes& output) {
-    FrameReader reader;
-    for (Frame& frame : reader.push(output)) {
+  sim::Bytes keep(const sim::Bytes& output) {
+    sim::FrameReader reader;
+    for (sim::Frame& frame : reader.push(output)) {
       said_.insert(std::move(frame.payload));
     }
     return output;
   }
 
-  Device& behind_;
-  std::set<Bytes> said_;
+  sim::Device& receiver_;
+  std::set<sim::Bytes> said_;
 };
 
-/// Whether some bytes look like this message with a fitting checksum, and the receiver has not said
-/// it. A client that takes them for a reply cannot know better.
-bool deceives(const Bytes& bytes, std::uint16_t message, const Tap& receiver) {
+/// Whether some bytes look like one of these messages with a fitting checksum, and the receiver has
+/// not said it. A client that takes them for a reply cannot know better.
+bool deceives(const sim::Bytes& bytes, const std::vector<std::uint16_t>& messages,
+              const Tap& receiver) {
   constexpr std::size_t kHeader = 4;
   for (std::size_t i = 0; i + kHeader + 1 < bytes.size(); ++i) {
     const std::size_t length = static_cast<std::size_t>(bytes[i + 2]) << 8 | bytes[i + 3];
@@ -131,8 +140,9 @@ bool deceives(const Bytes& bytes, std::uint16_t message, const Tap& receiver) {
     for (auto byte = begin; byte != end; ++byte) {
       sum = static_cast<std::uint8_t>(sum ^ *byte);
     }
-    const Frame frame{Bytes(begin, end)};
-    if (sum == *end && frame.id() == message && !receiver.hasSaid(frame.payload)) {
+    const sim::Frame frame{sim::Bytes(begin, end)};
+    if (sum == *end && std::count(messages.begin(), messages.end(), frame.id()) > 0 &&
+        !receiver.hasSaid(frame.payload)) {
       return true;
     }
   }
@@ -145,7 +155,7 @@ struct Tally {
   int succeeded = 0;
   int untroubled = 0;  ///< no fault fell on them
   int deceived = 0;
-  std::map<FaultKind, int> faults;
+  std::map<sim::FaultKind, int> faults;
   std::map<std::string, int> succeededByName;
   std::vector<std::string> failures;
 };
@@ -158,14 +168,13 @@ class Session {
   void carryOutAll() {
     try {
       for (count_ = 0; count_ < kOperationsPerSession; ++count_) {
-        const int last = static_cast<int>(operations().size()) - 1;
-        carryOut(operations()[static_cast<std::size_t>(numbers_.between(0, last))]);
+        carryOut(nextOperation());
         letTheLineSettleNowAndThen();
       }
-    } catch (const orb::test::WaitsForEver&) {
+    } catch (const WaitsForEver&) {
       tally_.failures.push_back(place_ + " does not return");
     }
-    for (const FaultyDevice::Event& event : faulty_.events()) {
+    for (const sim::FaultyDevice::Event& event : faulty_.events()) {
       ++tally_.faults[rules_[event.rule].kind];
     }
   }
@@ -175,38 +184,62 @@ class Session {
     place_ = "seed " + std::to_string(seed_) + ", operation " + std::to_string(count_) + ": " +
              operation.name;
     const std::size_t eventsBefore = faulty_.events().size();
+    const Drawn drawn = operation.draw(numbers_);
     tap_.forget();
     line_.forget();
     line_.setLimit(kLongestOperation);
-    const Outcome outcome = operation.carryOut(driver_, receiver_, numbers_);
-    const std::vector<FaultyDevice::Event> all = faulty_.events();
-    const std::vector<FaultyDevice::Event> events(
+    const Outcome outcome = drawn.call(driver_);
+    line_.pass(kDelivery);
+    const std::vector<sim::FaultyDevice::Event> all = faulty_.events();
+    const std::vector<sim::FaultyDevice::Event> events(
         all.begin() + static_cast<std::ptrdiff_t>(eventsBefore), all.end());
+    const bool agrees =
+        outcome.result == drawn.result && isTrue(operation, outcome.outputs, receiver_.state()) &&
+        settingsOf(after(drawn, receiver_.state())) == settingsOf(receiver_.state());
     ++tally_.operations;
     if (outcome.result == 0) {
       ++tally_.succeeded;
       ++tally_.succeededByName[operation.name];
-      judgeSuccess(operation, outcome, events);
+      if (!agrees) {
+        judgeFalseSuccess(operation, drawn, events);
+      }
     }
     isQuiet_ = isQuiet_ && events.empty();
     tally_.untroubled += isQuiet_ ? 1 : 0;
-    if (isQuiet_ && !(outcome.result == 0 && outcome.isTrue)) {
+    if (isQuiet_ && !agrees) {
       tally_.failures.push_back(place_ + " gave " + std::to_string(outcome.result) +
                                 " without a fault");
     }
   }
 
-  void judgeSuccess(const Operation& operation, const Outcome& outcome,
-                    const std::vector<FaultyDevice::Event>& events) {
-    bool isExcused = outcome.isTrue;
-    for (const FaultyDevice::Event& event : events) {
-      isExcused |= !outcome.isRead && rules_[event.rule].kind == FaultKind::WrongValue;
+  /// Each operation in turn, in an order that is drawn anew for each round.
+  const Operation& nextOperation() {
+    if (round_.empty()) {
+      for (const Operation& operation : operations()) {
+        const auto place = numbers_.between<std::ptrdiff_t>(0, static_cast<int>(round_.size()));
+        round_.insert(round_.begin() + place, &operation);
+      }
     }
-    if (!isExcused && deceives(line_.delivered(), operation.reply, tap_)) {
+    const Operation& next = *round_.back();
+    round_.pop_back();
+    return next;
+  }
+
+  /// On a troubled line, a setting that did not arrive, or was kept otherwise, goes unseen where it
+  /// is not read back. An acknowledgement tells at least that it was not refused.
+  void judgeFalseSuccess(const Operation& operation, const Drawn& drawn,
+                         const std::vector<sim::FaultyDevice::Event>& events) {
+    const bool isUnseen =
+        operation.readBack && operation.readBack(after(drawn, receiver_.state())) ==
+                                  operation.readBack(receiver_.state());
+    const bool isAcknowledged = operation.replies == std::vector<std::uint16_t>{0x8300};
+    const bool isKeptOtherwise = std::any_of(events.begin(), events.end(), [&](const auto& event) {
+      return rules_[event.rule].kind == sim::FaultKind::WrongValue;
+    });
+    const bool isExcused = isUnseen && (isKeptOtherwise || !isAcknowledged);
+    if (!isExcused && deceives(line_.delivered(), operation.replies, tap_)) {
       ++tally_.deceived;
-      isExcused = true;
-    }
-    if (!isExcused) {
+    } else if (!isExcused) {
       tally_.failures.push_back(place_ + " took a wrong value for success");
     }
   }
@@ -222,14 +255,15 @@ class Session {
   const unsigned int seed_;
   Numbers numbers_;
   Tally& tally_;
-  orb::test::DeviceFiles files_;
-  const std::vector<FaultRule> rules_ = mixedFaults();
-  Receiver receiver_;
+  DeviceFiles files_;
+  const std::vector<sim::FaultRule> rules_ = mixedFaults();
+  sim::Receiver receiver_;
   Tap tap_{receiver_};
-  FaultyDevice faulty_{tap_, rules_, seed_};
-  LineShaper shaper_{faulty_, busyLine(), seed_};
-  orb::test::SimulatedLine line_{shaper_, files_.tty};
+  sim::FaultyDevice faulty_{tap_, rules_, seed_};
+  sim::LineShaper shaper_{faulty_, busyLine(), seed_};
+  SimulatedLine line_{shaper_, files_.tty};
   orbController_QN4470T01 driver_;
+  std::vector<const Operation*> round_;
   int count_ = 0;        ///< of operations
   std::string place_;    ///< where this is, for messages
   bool isQuiet_ = true;  ///< nothing of an earlier fault is still on its way
@@ -246,8 +280,8 @@ TEST_P(Soak, NeverTakesAWrongValueForSuccessWhereAChecksumCanTell) {
   Tally tally;
   const std::ptrdiff_t descriptors = openDescriptors();
   {
-    const orb::test::CapturedOutput standardOutput(1);
-    const orb::test::CapturedOutput standardError(2);
+    const CapturedOutput standardOutput(1);
+    const CapturedOutput standardError(2);
     for (int i = 0; i < sessionsPerShard(); ++i) {
       Session(static_cast<unsigned int>(1 + GetParam() + kShards * i), tally).carryOutAll();
     }
@@ -260,13 +294,15 @@ TEST_P(Soak, NeverTakesAWrongValueForSuccessWhereAChecksumCanTell) {
             << " were deceived by a fitting checksum\n";
 
   // The test is worth something: everything happened, and most went well.
-  for (int kind = 0; kind <= static_cast<int>(FaultKind::SlowRestart); ++kind) {
-    if (static_cast<FaultKind>(kind) != FaultKind::Silence) {
-      EXPECT_GT(tally.faults[static_cast<FaultKind>(kind)], 0) << "kind " << kind;
+  for (int kind = 0; kind <= static_cast<int>(sim::FaultKind::SlowRestart); ++kind) {
+    if (static_cast<sim::FaultKind>(kind) != sim::FaultKind::Silence) {
+      EXPECT_GT(tally.faults[static_cast<sim::FaultKind>(kind)], 0) << "kind " << kind;
     }
   }
   for (const Operation& operation : operations()) {
-    EXPECT_GT(tally.succeededByName[operation.name], 0) << operation.name;
+    if (operation.replies.size() <= kFewReplies) {
+      EXPECT_GT(tally.succeededByName[operation.name], 0) << operation.name;
+    }
   }
   EXPECT_GT(tally.untroubled, tally.operations / 4);
   EXPECT_LT(tally.succeeded, tally.operations * 9 / 10);
@@ -276,4 +312,4 @@ TEST_P(Soak, NeverTakesAWrongValueForSuccessWhereAChecksumCanTell) {
 INSTANTIATE_TEST_SUITE_P(Shard, Soak, testing::Range(0, kShards));
 
 }  // namespace
-}  // namespace orb::sim::test
+}  // namespace orb::test

@@ -3,45 +3,19 @@
 #include <filesystem>
 #include <functional>
 #include <ostream>
-#include <sstream>
 #include <string>
-#include <type_traits>
 #include <vector>
 
+#include "operations/operations.h"
 #include "support/receiver_test.h"
 
 namespace orb::test {
 
-/// What a call of the driver returns, and what it leaves in its arguments, as text:
-///
-///     unsigned int mode = 77;
-///     return Outcome(driver.gpsObtGetPowerMode(mode), mode);
-struct Outcome {
-  template <typename... Outputs>
-  explicit Outcome(unsigned int callResult, const Outputs&... values) : result(callResult) {
-    (add(values), ...);
-  }
+/// The error log's line of a message that could not be sent, or that got no reply.
+std::string notSent(const std::string& description);
+std::string noReply(const std::string& description);
 
-  unsigned int result;
-  std::string outputs;  ///< such as `12, "2D", true`
-
- private:
-  template <typename Output>
-  void add(const Output& value) {
-    std::ostringstream text;
-    text.precision(17);
-    if constexpr (std::is_same_v<Output, std::string>) {
-      text << '"' << value << '"';
-    } else if constexpr (std::is_same_v<Output, bool>) {
-      text << std::boolalpha << value;
-    } else {
-      text << +value;
-    }
-    outputs += (outputs.empty() ? "" : ", ") + text.str();
-  }
-};
-
-using Call = std::function<Outcome(orbController_QN4470T01&)>;
+std::string times(int count, const std::string& text);
 
 /// Everything that can be seen of a call from outside.
 struct Observed {
@@ -59,6 +33,9 @@ struct Observed {
 
 std::ostream& operator<<(std::ostream& out, const Observed& observed);
 
+/// What the line sees of a setting that is sent as this packet, and of its read-back.
+std::vector<std::string> lineOf(const Setting& row, const std::string& packet);
+
 /// A test of a driver whose calls are watched as a whole. Nothing is waited out: the driver's own
 /// waits are taken down and end at once, and time-outs end when the test lets them.
 ///
@@ -68,8 +45,11 @@ class OperationTest : public ReceiverTest {
   OperationTest() { gps_.script.onAny().nothing(); }
 
   /// Calls a driver and watches it. Fails the test if the call leaves a file open.
-  Observed observe(orbController_QN4470T01& driver, const Call& call);
+  Observed observe(Driver& driver, const Call& call);
   Observed observe(const Call& call) { return observe(driver_, call); }
+
+  /// What a call sees when the packet that it sends is answered with this body.
+  Observed observeAnswered(const Query& row, const std::string& body, const Call& call);
 
   /// As soon as `event` has been noted for the n-th time from now on, `action` is done.
   void when(std::string event, int nth, std::function<void()> action);
@@ -84,15 +64,15 @@ class OperationTest : public ReceiverTest {
   void unplug();
   void plugIn();
 
-  /// Harmless bytes flow, and each wait for a reply that does not come is taken to its limit of
-  /// five seconds by the clock, which stays below the limit for a while before.
-  void letWaitsEnd();
+  /// Harmless bytes flow, and each wait for a reply that does not come is taken to its limit by the
+  /// clock, which stays below the limit for a while before.
+  void letWaitsEnd(int limitSeconds = 5);
 
   /// How many waits have gone to the limit; -1 when one of them ended otherwise.
   int waitsEnded() const;
 
   /// Harmless bytes flow, and the clock stays a second below the limit of every wait.
-  void stayWithinTheLimit();
+  void stayWithinTheLimit(int limitSeconds = 5);
 
   StampedDriver driver_;
 

@@ -1,4 +1,4 @@
-#include "support/operation_test.h"
+#include "commands/operation_test.h"
 
 #include <dlfcn.h>
 #include <termios.h>
@@ -21,7 +21,6 @@ namespace {
 
 using namespace std::chrono_literals;
 
-constexpr int kReplyTimeoutSeconds = 5;
 constexpr int kLooksAWait = 10;
 constexpr int kWaits = 50;  // more than any operation has
 constexpr std::chrono::milliseconds kChatterInterval = 2ms;
@@ -36,9 +35,7 @@ std::ptrdiff_t openTerminals() {
   });
 }
 
-std::string waitEvent(const timespec& duration) {
-  const auto time =
-      std::chrono::seconds(duration.tv_sec) + std::chrono::nanoseconds(duration.tv_nsec);
+std::string waitEvent(std::chrono::nanoseconds time) {
   return time % 1ms == 0ms ? "wait " + std::to_string(time / 1ms) + " ms"
                            : "wait " + std::to_string(time / 1ns) + " ns";
 }
@@ -84,6 +81,25 @@ class OperationTest::LineTrace {
   std::vector<std::string> events_;
 };
 
+std::string notSent(const std::string& description) {
+  return "STAMP:  Could not send : " + description + "\n";
+}
+
+std::string noReply(const std::string& description) {
+  return "STAMP:  Did not receive : " + description + "\n";
+}
+
+std::string times(int count, const std::string& text) {
+  return count == 0 ? "" : text + times(count - 1, text);
+}
+
+std::vector<std::string> lineOf(const Setting& row, const std::string& packet) {
+  if (row.settle == 0ms) {
+    return {"open", packet + " " + row.reads.packet};
+  }
+  return {"open", packet, waitEvent(row.settle), "open", row.reads.packet};
+}
+
 std::ostream& operator<<(std::ostream& out, const Observed& observed) {
   out << "\n  result " << observed.result << "\n  outputs {" << observed.outputs
       << "}\n  standard output {" << observed.standardOutput << "}\n  standard error {"
@@ -94,7 +110,7 @@ std::ostream& operator<<(std::ostream& out, const Observed& observed) {
   return out;
 }
 
-Observed OperationTest::observe(orbController_QN4470T01& driver, const Call& call) {
+Observed OperationTest::observe(Driver& driver, const Call& call) {
   const std::size_t logged = contentOf(files_.errorLog).size();
   const std::ptrdiff_t openBefore = openTerminals();
   std::fflush(stdout);
@@ -115,6 +131,12 @@ Observed OperationTest::observe(orbController_QN4470T01& driver, const Call& cal
           trace.events()};
 }
 
+Observed OperationTest::observeAnswered(const Query& row, const std::string& body,
+                                        const Call& call) {
+  onPacket(row.sends.packet).answer(sim::frame(messageIn(row.reply.packet), bytes(body)));
+  return observe(call);
+}
+
 void OperationTest::when(std::string event, int nth, std::function<void()> action) {
   triggers_.push_back({std::move(event), nth, std::move(action)});
 }
@@ -123,13 +145,13 @@ void OperationTest::unplug() { std::filesystem::rename(files_.tty, unplugged_); 
 
 void OperationTest::plugIn() { std::filesystem::rename(unplugged_, files_.tty); }
 
-void OperationTest::letWaitsEnd() {
+void OperationTest::letWaitsEnd(int limitSeconds) {
   std::vector<int> looks;
   for (int wait = 0; wait < kWaits; ++wait) {
-    const int start = wait * kReplyTimeoutSeconds;
+    const int start = wait * limitSeconds;
     looks.push_back(start);
-    looks.insert(looks.end(), kLooksAWait - 1, start + kReplyTimeoutSeconds - 1);
-    looks.push_back(start + kReplyTimeoutSeconds);
+    looks.insert(looks.end(), kLooksAWait - 1, start + limitSeconds - 1);
+    looks.push_back(start + limitSeconds);
   }
   clock_.passSeconds(looks);
   gps_.line.startChatter(kChatterInterval);
@@ -140,8 +162,8 @@ int OperationTest::waitsEnded() const {
   return clock_.readings() % kReadings == 0 ? clock_.readings() / kReadings : -1;
 }
 
-void OperationTest::stayWithinTheLimit() {
-  clock_.passSeconds({0, kReplyTimeoutSeconds - 1});
+void OperationTest::stayWithinTheLimit(int limitSeconds) {
+  clock_.passSeconds({0, limitSeconds - 1});
   gps_.line.startChatter(kChatterInterval);
 }
 
@@ -163,7 +185,8 @@ ORB_TEST_REPLACEMENT int tcsetattr(int descriptor, int when, const termios* sett
 
 ORB_TEST_REPLACEMENT int nanosleep(const timespec* duration, timespec* rest) {
   if (orb::test::noteEvent) {
-    orb::test::noteEvent(orb::test::waitEvent(*duration));
+    orb::test::noteEvent(orb::test::waitEvent(std::chrono::seconds(duration->tv_sec) +
+                                              std::chrono::nanoseconds(duration->tv_nsec)));
     return 0;
   }
   errno = ::clock_nanosleep(CLOCK_MONOTONIC, 0, duration, rest);
