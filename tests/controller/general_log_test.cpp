@@ -1,23 +1,23 @@
 #include <gtest/gtest.h>
 
 #include "orb-gnss/controller.h"
+#include "support/device_files.h"
 #include "support/fake_board.h"
-#include "support/receiver_test.h"
 
 /// /var/log/orbset.log: it is opened before anything is looked for, whatever is found then.
+namespace orb::test {
 namespace {
 
-using orb::test::contentOf;
-
-class GeneralLog : public orb::test::NoReceiverTest {
+class GeneralLog : public testing::Test {
  protected:
   void expectOpenWithAFacade() {
     const orbController facade;
-    EXPECT_EQ(orb::test::descriptorsOf(files_.generalLog), 1);
+    EXPECT_EQ(descriptorsOf(files_.generalLog), 1);
     EXPECT_FALSE(facade.IsOrbitek());
   }
 
-  orb::test::CarrierBoard board_;
+  DeviceFiles files_;
+  CarrierBoard board_;
 };
 
 TEST_F(GeneralLog, IsOpenedWhenNoModuleIsFitted) {
@@ -32,9 +32,10 @@ TEST_F(GeneralLog, IsOpenedWhenAnotherModuleIsFitted) {
 
 TEST_F(GeneralLog, IsOpenedBeforeADiscoveryThatThrows) {
   board_.failingCall = "inventory client";
-  EXPECT_THROW(orbController(), orb::test::BoardFailure);
+  EXPECT_THROW(orbController(), BoardFailure);
   EXPECT_EQ(contentOf(files_.generalLog), "");
-  EXPECT_EQ(orb::test::descriptorsOf(files_.generalLog), 0);
+  EXPECT_EQ(descriptorsOf(files_.generalLog), 0);
 }
 
 }  // namespace
+}  // namespace orb::test

@@ -44,7 +44,10 @@ class EitherI2CDevice : public ::testing::TestWithParam<Kind>, protected I2CDevi
   bool isSmbusOnly() const { return GetParam() == Kind::kSmbusOnly; }
 };
 
-INSTANTIATE_TEST_SUITE_P(, EitherI2CDevice, ::testing::Values(Kind::kPlain, Kind::kSmbusOnly));
+INSTANTIATE_TEST_SUITE_P(, EitherI2CDevice, ::testing::Values(Kind::kPlain, Kind::kSmbusOnly),
+                         [](const auto& info) {
+                           return info.param == Kind::kPlain ? "PlainI2C" : "SmbusOnly";
+                         });
 
 struct PlainI2CDevice : ::testing::Test, I2CDevice {
   PlainI2CDevice() : I2CDevice(Kind::kPlain) {}
