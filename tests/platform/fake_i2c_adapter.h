@@ -11,7 +11,7 @@ namespace orb::test {
 /// An I2C adapter without hardware.
 ///
 /// It answers to `open`, `ioctl` and `close` of this program for one device path, as i2c-dev does
-/// for a real adapter, and hands every other call on to the kernel. Slaves with 256 byte-wide
+/// for a real adapter, and passes every other call to the kernel. Slaves with 256 byte-wide
 /// registers, whose pointer moves on with each byte, are on its bus.
 class FakeI2CAdapter {
  public:
