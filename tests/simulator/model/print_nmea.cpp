@@ -56,7 +56,7 @@ const std::map<std::string, sim::State (*)()> kCases{
 std::string outputOfTenSeconds(const sim::State& state) {
   sim::Receiver receiver(state);
   receiver.talkFromTheStart();
-  const Bytes output = receiver.tick(seconds(10));
+  const sim::Bytes output = receiver.tick(seconds(10));
   return {output.begin(), output.end()};
 }
 
@@ -64,11 +64,11 @@ std::string outputOfTenSeconds(const sim::State& state) {
 }  // namespace orb::test
 
 int main(int argc, char** argv) {
-  using orb::sim::test::kCases;
+  using orb::test::kCases;
   const auto found = kCases.find(argc == 2 ? argv[1] : "");
   if (found == kCases.end()) {
     std::cerr << "usage: print_nmea CASE\n";
     return 2;
   }
-  std::cout << orb::sim::test::outputOfTenSeconds(found->second());
+  std::cout << orb::test::outputOfTenSeconds(found->second());
 }
