@@ -11,6 +11,7 @@
 #include "support/captured_stream.h"
 #include "support/fake_board.h"
 
+namespace orb::test {
 namespace {
 
 using Calls = std::vector<std::string>;
@@ -24,7 +25,32 @@ class HardwareDiscovery : public testing::Test {
         {{"HardwareSetId", "47205318-001"}, {"PcieEndpoints", "2"}}, 2, "i2c-7", "spidev1.0"};
   }
 
-  orb::test::FakeBoard board_;
+  /// Expects that the module at location 3 was asked for just this.
+  void expectAsked(const Calls& questions) const {
+    Calls expected = kInventoryAlone;
+    expected.insert(expected.end(), {"resources client", "address 3"});
+    expected.insert(expected.end(), questions.begin(), questions.end());
+    expected.push_back("end of resources client");
+    EXPECT_EQ(board_.calls, expected);
+  }
+
+  /// Expects that `ask` left it at the locations.
+  template <typename Question>
+  void expectOnlyLocations(Question ask) {
+    board_.calls.clear();
+    ask();
+    EXPECT_EQ(board_.calls, kInventoryAlone);
+  }
+
+  /// Expects that the BARs of the module at location 3 agree with its record, without a word.
+  void expectMatch() {
+    CapturedStream output(std::cout);
+    EXPECT_TRUE(checkForEndpointInEEPROM(3));
+    EXPECT_EQ(output.text(), "");
+    EXPECT_EQ(output.flushes(), 0);
+  }
+
+  FakeBoard board_;
 };
 
 // Locations.
@@ -50,39 +76,39 @@ TEST_F(HardwareDiscovery, ComparesLocationsAs32Bits) {
 }
 
 TEST_F(HardwareDiscovery, AsksTheInventoryAloneForALocation) {
-  checkAddress(3);
-  EXPECT_EQ(board_.calls, kInventoryAlone);
+  expectOnlyLocations([] { checkAddress(3); });
 }
 
 // An empty location.
 
 TEST_F(HardwareDiscovery, AnswersNothingForAnEmptyLocationAndAsksForNothing) {
-  EXPECT_EQ(getModuleHardwareID(1), "");
-  EXPECT_EQ(board_.calls, kInventoryAlone);
-  board_.calls.clear();
-  EXPECT_EQ(getSolutionI2C(1), "");
-  EXPECT_EQ(board_.calls, kInventoryAlone);
-  board_.calls.clear();
-  EXPECT_EQ(getSolutionSpiDev(1), "");
-  EXPECT_EQ(board_.calls, kInventoryAlone);
-  board_.calls.clear();
-  orb::test::CapturedStream output(std::cout);
-  EXPECT_FALSE(checkForEndpointInEEPROM(1));
+  CapturedStream output(std::cout);
+  expectOnlyLocations([] { EXPECT_EQ(getModuleHardwareID(1), ""); });
+  expectOnlyLocations([] { EXPECT_EQ(getSolutionI2C(1), ""); });
+  expectOnlyLocations([] { EXPECT_EQ(getSolutionSpiDev(1), ""); });
+  expectOnlyLocations([] { EXPECT_FALSE(checkForEndpointInEEPROM(1)); });
   EXPECT_EQ(output.text(), "");
-  EXPECT_EQ(board_.calls, kInventoryAlone);
 }
 
 // The hardware set id.
 
 TEST_F(HardwareDiscovery, ReadsTheHardwareSetId) {
   EXPECT_EQ(getModuleHardwareID(3), "47205318-001");
-  EXPECT_EQ(board_.calls,
-            (Calls{"inventory client", "locations", "end of inventory client", "resources client",
-                   "address 3", "record HardwareSetId", "end of resources client"}));
+  expectAsked({"record HardwareSetId"});
 }
 
 TEST_F(HardwareDiscovery, HasNoHardwareSetIdWithoutItsRecord) {
   board_.modules[3].records.erase("HardwareSetId");
+  EXPECT_EQ(getModuleHardwareID(3), "");
+}
+
+TEST_F(HardwareDiscovery, TakesARecordOfAnyTypeButZero) {
+  for (const int type : {-1, 2, -2147483647}) {
+    board_.modules[3].recordType = type;
+    EXPECT_EQ(getModuleHardwareID(3), "47205318-001") << type;
+    expectMatch();
+  }
+  board_.modules[3].recordType = 0;
   EXPECT_EQ(getModuleHardwareID(3), "");
 }
 
@@ -95,16 +121,12 @@ TEST_F(HardwareDiscovery, PassesAnyHardwareSetIdOn) {
 
 TEST_F(HardwareDiscovery, ReadsTheI2cBus) {
   EXPECT_EQ(getSolutionI2C(3), "i2c-7");
-  EXPECT_EQ(board_.calls,
-            (Calls{"inventory client", "locations", "end of inventory client", "resources client",
-                   "address 3", "I2C bus", "end of resources client"}));
+  expectAsked({"I2C bus"});
 }
 
 TEST_F(HardwareDiscovery, ReadsTheSpiDevice) {
   EXPECT_EQ(getSolutionSpiDev(3), "spidev1.0");
-  EXPECT_EQ(board_.calls,
-            (Calls{"inventory client", "locations", "end of inventory client", "resources client",
-                   "address 3", "SPI device", "end of resources client"}));
+  expectAsked({"SPI device"});
 }
 
 TEST_F(HardwareDiscovery, HasNeitherWhereTheModuleHasNone) {
@@ -124,25 +146,16 @@ class PcieEndpoint : public HardwareDiscovery {
 
   /// That the record does not agree with the BARs, and what is said about it, without a flush.
   void expectMismatch(const std::string& text) {
-    orb::test::CapturedStream output(std::cout);
+    CapturedStream output(std::cout);
     EXPECT_FALSE(checkForEndpointInEEPROM(3));
     EXPECT_EQ(output.text(), text);
-    EXPECT_EQ(output.flushes(), 0);
-  }
-
-  void expectMatch() {
-    orb::test::CapturedStream output(std::cout);
-    EXPECT_TRUE(checkForEndpointInEEPROM(3));
-    EXPECT_EQ(output.text(), "");
     EXPECT_EQ(output.flushes(), 0);
   }
 };
 
 TEST_F(PcieEndpoint, AgreesWithItsRecord) {
   expectMatch();
-  EXPECT_EQ(board_.calls,
-            (Calls{"inventory client", "locations", "end of inventory client", "resources client",
-                   "address 3", "record PcieEndpoints", "BARs", "end of resources client"}));
+  expectAsked({"record PcieEndpoints", "BARs"});
 }
 
 TEST_F(PcieEndpoint, DiffersFromItsRecord) {
@@ -158,21 +171,19 @@ TEST_F(PcieEndpoint, MayHaveNoBars) {
 }
 
 TEST_F(PcieEndpoint, IsComparedByTheNumberThatTheRecordStartsWith) {
-  describe(" \t\n2 BARs of 4", 2);
-  expectMatch();
-  describe("2.9", 2);
-  expectMatch();
+  for (const char* record : {" \t\n2 BARs of 4", "2.9", "+2"}) {
+    describe(record, 2);
+    expectMatch();
+  }
   describe("0x2", 0);
-  expectMatch();
-  describe("+2", 2);
   expectMatch();
 }
 
 TEST_F(PcieEndpoint, IsComparedByTheLow32Bits) {
-  describe("4294967298", 2);  // 2^32 + 2
-  expectMatch();
-  describe("18446744069414584322", 2);  // 2^64 - 2^32 + 2
-  expectMatch();
+  for (const char* record : {"4294967298", "18446744069414584322"}) {  // 2^32 + 2, 2^64 - 2^32 + 2
+    describe(record, 2);
+    expectMatch();
+  }
 }
 
 TEST_F(PcieEndpoint, IsShownAsSignedNumber) {
@@ -186,7 +197,7 @@ TEST_F(PcieEndpoint, IsShownAsSignedNumber) {
 
 TEST_F(PcieEndpoint, IsShownInDecimalWhateverTheStreamIsSetTo) {
   describe("30", 20);
-  orb::test::CapturedStream output(std::cout);
+  CapturedStream output(std::cout);
   std::cout << std::hex << std::showbase << std::showpos;
   EXPECT_FALSE(checkForEndpointInEEPROM(3));
   EXPECT_EQ(output.text(), "BAR size in eeprom record 30 does not match actual BAR size 20");
@@ -194,19 +205,17 @@ TEST_F(PcieEndpoint, IsShownInDecimalWhateverTheStreamIsSetTo) {
 
 TEST_F(PcieEndpoint, WithoutRecordIsReportedAndThenCannotBeRead) {
   board_.modules[3].records.erase("PcieEndpoints");
-  orb::test::CapturedStream output(std::cout);
+  CapturedStream output(std::cout);
   EXPECT_THROW(checkForEndpointInEEPROM(3), std::invalid_argument);
   EXPECT_EQ(output.text(), "Could not find PcieEndpoints record\n");
   EXPECT_EQ(output.flushedText(), "Could not find PcieEndpoints record\n");
-  EXPECT_EQ(board_.calls,
-            (Calls{"inventory client", "locations", "end of inventory client", "resources client",
-                   "address 3", "record PcieEndpoints", "BARs", "end of resources client"}));
+  expectAsked({"record PcieEndpoints", "BARs"});
 }
 
 TEST_F(PcieEndpoint, CannotBeReadFromARecordThatDoesNotStartWithANumber) {
   for (const char* record : {"", "two", "BAR 2", ".2"}) {
     describe(record, 2);
-    orb::test::CapturedStream output(std::cout);
+    CapturedStream output(std::cout);
     EXPECT_THROW(checkForEndpointInEEPROM(3), std::invalid_argument) << record;
     EXPECT_EQ(output.text(), "") << record;
   }
@@ -214,7 +223,7 @@ TEST_F(PcieEndpoint, CannotBeReadFromARecordThatDoesNotStartWithANumber) {
 
 TEST_F(PcieEndpoint, CannotBeReadFromANumberThatIsTooLarge) {
   describe("18446744073709551616", 2);  // 2^64
-  orb::test::CapturedStream output(std::cout);
+  CapturedStream output(std::cout);
   EXPECT_THROW(checkForEndpointInEEPROM(3), std::out_of_range);
   EXPECT_EQ(output.text(), "");
 }
@@ -232,7 +241,7 @@ TEST_P(FailingDiscovery, PassesTheExceptionOnAndReleasesTheClients) {
     getSolutionSpiDev(3);
     checkForEndpointInEEPROM(3);
   };
-  EXPECT_THROW(ask(), orb::test::BoardFailure);
+  EXPECT_THROW(ask(), BoardFailure);
   int open = 0;
   for (const std::string& call : board_.calls) {
     const bool isClient = call.find(" client") != std::string::npos;
@@ -249,3 +258,4 @@ INSTANTIATE_TEST_SUITE_P(, FailingDiscovery,
                                          "SPI device", "record PcieEndpoints", "BARs"));
 
 }  // namespace
+}  // namespace orb::test

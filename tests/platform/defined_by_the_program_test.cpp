@@ -30,6 +30,7 @@ int I2CDev::open(int address) { return address; }
 int I2CDev::read(unsigned char*, int count, const unsigned char*, int) { return count; }
 int I2CDev::write(const unsigned char*, int count) { return -count; }
 
+namespace orb::test {
 namespace {
 
 TEST(PlatformClasses, MayBeDefinedByTheProgram) {
@@ -53,3 +54,4 @@ TEST(PlatformClasses, MayBeDefinedInPart) {
 }
 
 }  // namespace
+}  // namespace orb::test

@@ -11,6 +11,7 @@
 #include <cstdarg>
 #include <utility>
 
+namespace orb::test {
 namespace {
 
 FakeI2CAdapter* adapter = nullptr;
@@ -34,13 +35,16 @@ std::string addressed(std::uint16_t address, bool reads) {
 }
 
 }  // namespace
+}  // namespace orb::test
+
+using orb::test::adapter;
 
 // These come before the C library's, for every library of this program.
 #pragma GCC visibility push(default)
 
 extern "C" int open(const char* path, int flags, ...) {
   if (adapter != nullptr && adapter->isAt(path)) {
-    return adapter->open(path);
+    return adapter->open();
   }
   va_list rest;
   va_start(rest, flags);
@@ -69,13 +73,15 @@ extern "C" int close(int descriptor) {
 
 #pragma GCC visibility pop
 
+namespace orb::test {
+
 FakeI2CAdapter::FakeI2CAdapter(std::string path, Kind kind) : path_(std::move(path)), kind_(kind) {
   adapter = this;
 }
 
 FakeI2CAdapter::~FakeI2CAdapter() { adapter = nullptr; }
 
-int FakeI2CAdapter::open(const char* /*path*/) {
+int FakeI2CAdapter::open() {
   // A descriptor that the kernel knows, so that none of the program's own is hidden.
   const int descriptor = static_cast<int>(syscall(SYS_openat, AT_FDCWD, "/dev/null", O_RDWR, 0));
   selected_[descriptor] = 0;
@@ -102,7 +108,7 @@ int FakeI2CAdapter::select(int descriptor, std::uintptr_t address) {
   if (address > kLastAddress) {
     return fail(EINVAL);
   }
-  if (taken_.count(static_cast<std::uint16_t>(address)) != 0) {
+  if (static_cast<int>(address) == addressOfDriver) {
     return fail(EBUSY);
   }
   selected_[descriptor] = static_cast<std::uint16_t>(address);
@@ -120,6 +126,18 @@ unsigned long FakeI2CAdapter::functions() const {
   }
 }
 
+/// The slave's registers; without such a slave, ends the transfer that `trace` tells with ENXIO.
+FakeI2CAdapter::Registers* FakeI2CAdapter::slaveFor(std::uint16_t address,
+                                                    const std::string& trace) {
+  const auto slave = slaves_.find(address);
+  if (slave != slaves_.end()) {
+    return &slave->second;
+  }
+  transfers.push_back(trace + " N P");
+  fail(ENXIO);
+  return nullptr;
+}
+
 int FakeI2CAdapter::transferMessages(void* argument) {
   const auto& transfer = *static_cast<i2c_rdwr_ioctl_data*>(argument);
   constexpr int kLongestMessage = 8192;
@@ -130,30 +148,28 @@ int FakeI2CAdapter::transferMessages(void* argument) {
     if (message.len > kLongestMessage) {
       return fail(EINVAL);
     }
-    if (isBroken_) {
+    if (isBroken) {
       return fail(EIO);
     }
     trace += (i == 0 ? "S " : " Sr ") + addressed(message.addr, reads);
-    const auto slave = slaves_.find(message.addr);
-    if (slave == slaves_.end()) {
-      transfers_.push_back(trace + " N P");
-      return fail(ENXIO);
+    Registers* const slave = slaveFor(message.addr, trace);
+    if (slave == nullptr) {
+      return -1;
     }
     for (int k = 0; k < message.len; ++k) {
       if (reads) {
-        message.buf[k] = slave->second[registerPointer_++];
+        message.buf[k] = (*slave)[registerPointer_++];
         trace += " [" + hex(message.buf[k]) + "]";
       } else {
         trace += " " + hex(message.buf[k]);
-        (k == 0 ? registerPointer_ : slave->second[registerPointer_++]) = message.buf[k];
+        (k == 0 ? registerPointer_ : (*slave)[registerPointer_++]) = message.buf[k];
       }
     }
-    if (stopsEarly_) {
-      transfers_.push_back(trace + " P");
+    if (stopsAfterOneMessage) {
       return 1;
     }
   }
-  transfers_.push_back(trace + " P");
+  transfers.push_back(trace + " P");
   return static_cast<int>(transfer.nmsgs);
 }
 
@@ -169,23 +185,24 @@ int FakeI2CAdapter::transferSmbus(int descriptor, void* argument) {
   if (isBlock && (count == 0 || count > I2C_SMBUS_BLOCK_MAX)) {
     return fail(EINVAL);
   }
-  if (isBroken_) {
+  if (isBroken) {
     return fail(EIO);
   }
   std::string trace = "S " + addressed(address, false);
-  const auto slave = slaves_.find(address);
-  if (slave == slaves_.end()) {
-    transfers_.push_back(trace + " N P");
-    return fail(ENXIO);
+  Registers* const slave = slaveFor(address, trace);
+  if (slave == nullptr) {
+    return -1;
   }
   registerPointer_ = transfer.command;
   trace += " " + hex(transfer.command) + (reads ? " Sr " + addressed(address, true) : "");
   for (int k = 1; k <= count; ++k) {
-    std::uint8_t& stored = slave->second[registerPointer_++];
+    std::uint8_t& stored = (*slave)[registerPointer_++];
     std::uint8_t& carried = transfer.data->block[k];
     (reads ? carried : stored) = reads ? stored : carried;
     trace += reads ? " [" + hex(carried) + "]" : " " + hex(carried);
   }
-  transfers_.push_back(trace + " P");
+  transfers.push_back(trace + " P");
   return 0;
 }
+
+}  // namespace orb::test

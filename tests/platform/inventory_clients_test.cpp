@@ -6,11 +6,9 @@
 #include "private_bus.h"
 #include "temporary_folder.h"
 
+namespace orb::test {
 namespace {
 
-using orb::test::InventoryService;
-using orb::test::PrivateBus;
-using orb::test::TemporaryFolder;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
@@ -35,15 +33,21 @@ HardwareSetId = "47205318-001"
 
 constexpr unsigned int kEmptyLocation = 2;
 
+using Values = std::pair<int, std::string>;
+
 class InventoryClients : public ::testing::Test {
  protected:
   void SetUp() override { ::testing::internal::CaptureStderr(); }
   void TearDown() override { EXPECT_EQ(::testing::internal::GetCapturedStderr(), ""); }
 
-  static GDBusModuleResourcesClient& clientFor(GDBusModuleResourcesClient& client,
-                                               unsigned int location) {
-    client.SetupDeviceAddress(location);
-    return client;
+  GDBusModuleResourcesClient& clientAt(unsigned int location) {
+    client_.SetupDeviceAddress(location);
+    return client_;
+  }
+
+  Values recordAt(unsigned int location, const std::string& name) {
+    const Record record = clientAt(location).GetSystemRecord(name);
+    return {record.GetRecordType(), record.GetRecordData()};
   }
 
   TemporaryFolder folder_;
@@ -58,36 +62,22 @@ TEST_F(InventoryClients, ListTheLocationsInAscendingOrder) {
   EXPECT_THAT(client.GetModuleLocations(), ElementsAre(1, 4294967295));
 }
 
-TEST_F(InventoryClients, ReadARecord) {
-  const Record record = clientFor(client_, 1).GetSystemRecord("HardwareSetId");
-  EXPECT_EQ(record.GetRecordType(), 1);
-  EXPECT_EQ(record.GetRecordData(), "47205318-001");
+TEST_F(InventoryClients, ReadRecords) {
+  EXPECT_EQ(recordAt(1, "HardwareSetId"), Values(1, "47205318-001"));
+  EXPECT_EQ(recordAt(4294967295, "Name"), Values(1, "Zeitempfänger 時計 🛰"));
+  EXPECT_EQ(recordAt(4294967295, "a name with blanks"), Values(7, ""));
 }
 
-TEST_F(InventoryClients, ReadARecordBeyondAscii) {
-  const Record record = clientFor(client_, 4294967295).GetSystemRecord("Name");
-  EXPECT_EQ(record.GetRecordType(), 1);
-  EXPECT_EQ(record.GetRecordData(), "Zeitempfänger 時計 🛰");
-}
-
-TEST_F(InventoryClients, ReadARecordOfAnotherTypeWithoutData) {
-  const Record record = clientFor(client_, 4294967295).GetSystemRecord("a name with blanks");
-  EXPECT_EQ(record.GetRecordType(), 7);
-  EXPECT_EQ(record.GetRecordData(), "");
-}
-
-TEST_F(InventoryClients, GiveTypeZeroForAMissingRecord) {
+TEST_F(InventoryClients, ReturnTypeZeroForAMissingRecord) {
   for (const std::string& name :
        {std::string("PcieEndpoints"), std::string(), std::string("hardwaresetid"),
         std::string("HardwareSetId\0", 14)}) {
-    const Record record = clientFor(client_, 1).GetSystemRecord(name);
-    EXPECT_EQ(record.GetRecordType(), 0) << name;
-    EXPECT_EQ(record.GetRecordData(), "") << name;
+    EXPECT_EQ(recordAt(1, name), Values(0, "")) << name;
   }
 }
 
 TEST_F(InventoryClients, ReadTheBars) {
-  const std::vector<PcieBar> bars = clientFor(client_, 1).GetBars();
+  const std::vector<PcieBar> bars = clientAt(1).GetBars();
   ASSERT_EQ(bars.size(), 2);
   EXPECT_EQ(bars[0].index, 0);
   EXPECT_EQ(bars[0].address, 0xf0000000);
@@ -98,24 +88,22 @@ TEST_F(InventoryClients, ReadTheBars) {
 }
 
 TEST_F(InventoryClients, ReadTheDevicesOfTheSelectedLocation) {
-  EXPECT_EQ(clientFor(client_, 1).GetI2CBus(), "i2c-3");
+  EXPECT_EQ(clientAt(1).GetI2CBus(), "i2c-3");
   EXPECT_EQ(client_.GetSPIDev(), "");
-  EXPECT_EQ(clientFor(client_, 4294967295).GetI2CBus(), "");
+  EXPECT_EQ(clientAt(4294967295).GetI2CBus(), "");
   EXPECT_EQ(client_.GetSPIDev(), "spidev1.0");
   EXPECT_THAT(client_.GetBars(), IsEmpty());
 }
 
-TEST_F(InventoryClients, GetNothingFromALocationWithoutAModule) {
-  const Record record = clientFor(client_, kEmptyLocation).GetSystemRecord("HardwareSetId");
-  EXPECT_EQ(record.GetRecordType(), 0);
-  EXPECT_EQ(record.GetRecordData(), "");
+TEST_F(InventoryClients, FindNothingAtALocationWithoutAModule) {
+  EXPECT_EQ(recordAt(kEmptyLocation, "HardwareSetId"), Values(0, ""));
   EXPECT_THAT(client_.GetBars(), IsEmpty());
   EXPECT_EQ(client_.GetI2CBus(), "");
   EXPECT_EQ(client_.GetSPIDev(), "");
 }
 
 TEST_F(InventoryClients, SpeakToTheServiceThatCameBack) {
-  EXPECT_EQ(clientFor(client_, 1).GetI2CBus(), "i2c-3");
+  EXPECT_EQ(clientAt(1).GetI2CBus(), "i2c-3");
   EXPECT_EQ(inventory_.stop(), 0);
   const InventoryService restarted(bus_, "[[module]]\nlocation = 1\ni2c-bus = \"i2c-9\"\n");
   EXPECT_EQ(client_.GetI2CBus(), "i2c-9");
@@ -144,3 +132,4 @@ TEST(PcieBar, IsAllZeroAtFirst) {
 }
 
 }  // namespace
+}  // namespace orb::test

@@ -13,27 +13,23 @@
 #include "temporary_folder.h"
 
 /// The service as others on the bus see it: the described interface, and the policy about it.
+namespace orb::test {
 namespace {
 
-using orb::test::ChildProcess;
-using orb::test::InventoryService;
-using orb::test::PrivateBus;
-using orb::test::readFile;
-using orb::test::TemporaryFolder;
 using ::testing::HasSubstr;
 
 constexpr char kOneModule[] = "[[module]]\nlocation = 1\n";
 
-orb::BusHandle connect() {
+BusHandle connect() {
   sd_bus* bus = nullptr;
   EXPECT_GE(sd_bus_open_system(&bus), 0);
-  return orb::BusHandle(bus);
+  return BusHandle(bus);
 }
 
 /// The methods of the inventory's interface in introspection data: their tags, one per line.
 std::string interfaceIn(const std::string& xml) {
   std::string start = "<interface name=\"";
-  start += orb::inventory::kInterface;
+  start += inventory::kInterface;
   start += "\">";
   const std::size_t first = xml.find(start);
   if (first == std::string::npos) {
@@ -56,33 +52,34 @@ std::string introspect(sd_bus* bus) {
   sd_bus_message* raw = nullptr;
   const char* xml = "";
   EXPECT_GE(
-      sd_bus_call_method(bus, orb::inventory::kBusName, orb::inventory::kObjectPath,
+      sd_bus_call_method(bus, inventory::kBusName, inventory::kObjectPath,
                          "org.freedesktop.DBus.Introspectable", "Introspect", nullptr, &raw, ""),
       0);
-  const orb::MessageHandle answer(raw);
+  const MessageHandle answer(raw);
   EXPECT_GE(sd_bus_message_read(raw, "s", &xml), 0);
   return xml;
 }
 
-TEST(InventoryInterface, IsTheOneThatIsInstalled) {
-  const TemporaryFolder folder;
-  const PrivateBus bus(folder.path());
-  const InventoryService service(bus, kOneModule);
+class InventoryInterface : public ::testing::Test {
+ protected:
+  TemporaryFolder folder_;
+  PrivateBus bus_{folder_.path()};
+  InventoryService service_{bus_, kOneModule};
+};
+
+TEST_F(InventoryInterface, IsTheOneThatIsInstalled) {
   const std::string installed = interfaceIn(readFile(ORB_INTERFACE_FILE));
   EXPECT_THAT(installed, HasSubstr("<arg type=\"au\" name=\"locations\" direction=\"out\"/>\n"));
   EXPECT_EQ(interfaceIn(introspect(connect().get())), installed);
 }
 
-TEST(InventoryInterface, NamesAnEmptyLocationInAnError) {
-  const TemporaryFolder folder;
-  const PrivateBus bus(folder.path());
-  const InventoryService service(bus, kOneModule);
-  const orb::BusHandle client = connect();
+TEST_F(InventoryInterface, NamesAnEmptyLocationInAnError) {
+  const BusHandle client = connect();
   sd_bus_error error{};
-  EXPECT_LT(sd_bus_call_method(client.get(), orb::inventory::kBusName, orb::inventory::kObjectPath,
-                               orb::inventory::kInterface, orb::inventory::kGetI2CBus, &error,
-                               nullptr, "u", 7),
-            0);
+  EXPECT_LT(
+      sd_bus_call_method(client.get(), inventory::kBusName, inventory::kObjectPath,
+                         inventory::kInterface, inventory::kGetI2CBus, &error, nullptr, "u", 7),
+      0);
   EXPECT_STREQ(error.name, "org.orb_gnss.Inventory1.Error.NoSuchModule");
   EXPECT_STREQ(error.message, "location 7 holds no module");
   sd_bus_error_free(&error);
@@ -127,7 +124,7 @@ class InventoryPolicy : public ::testing::Test {
 TEST_F(InventoryPolicy, IsAcceptedAsItStands) {
   const PrivateBus bus(folder_.path(),
                        std::string(kSystemPolicy) + "<include>" ORB_POLICY_FILE "</include>");
-  EXPECT_FALSE(bus.hasOwner(orb::inventory::kBusName));
+  EXPECT_FALSE(bus.hasOwner(inventory::kBusName));
 }
 
 TEST_F(InventoryPolicy, WouldStopTheBusIfItWereBroken) {
@@ -139,16 +136,16 @@ TEST_F(InventoryPolicy, WouldStopTheBusIfItWereBroken) {
 TEST_F(InventoryPolicy, LetsTheServiceBeReadAndNothingElse) {
   const PrivateBus bus(folder_.path(), policyFor(getuid()));
   const InventoryService service(bus, kOneModule);
-  const orb::BusHandle client = connect();
+  const BusHandle client = connect();
   const auto errorOf = [&](const char* interface, const char* method) {
     sd_bus_error error{};
-    sd_bus_call_method(client.get(), orb::inventory::kBusName, orb::inventory::kObjectPath,
-                       interface, method, &error, nullptr, "");
+    sd_bus_call_method(client.get(), inventory::kBusName, inventory::kObjectPath, interface, method,
+                       &error, nullptr, "");
     const std::string name = error.name == nullptr ? "" : error.name;
     sd_bus_error_free(&error);
     return name;
   };
-  EXPECT_EQ(errorOf(orb::inventory::kInterface, orb::inventory::kGetModuleLocations), "");
+  EXPECT_EQ(errorOf(inventory::kInterface, inventory::kGetModuleLocations), "");
   EXPECT_EQ(errorOf("org.freedesktop.DBus.Introspectable", "Introspect"), "");
   EXPECT_EQ(errorOf("org.freedesktop.DBus.Peer", "Ping"), "");
   EXPECT_EQ(errorOf("org.freedesktop.DBus.Properties", "GetAll"),
@@ -166,3 +163,4 @@ TEST_F(InventoryPolicy, LetsNobodyElseBeTheService) {
 }
 
 }  // namespace
+}  // namespace orb::test

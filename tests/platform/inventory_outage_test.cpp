@@ -16,16 +16,14 @@
 #include "dbus/sd_bus_handles.h"
 #include "environment_variable.h"
 #include "orb-platform/orb-platform.h"
+#include "output_of.h"
 #include "private_bus.h"
 #include "temporary_folder.h"
 
 /// What the clients report when there is no inventory to be had: nothing, one line, and in time.
+namespace orb::test {
 namespace {
 
-using orb::test::EnvironmentVariable;
-using orb::test::InventoryService;
-using orb::test::PrivateBus;
-using orb::test::TemporaryFolder;
 using std::chrono::steady_clock;
 using ::testing::AllOf;
 using ::testing::Ge;
@@ -37,12 +35,6 @@ constexpr std::chrono::milliseconds kAnswerTimeout{2000};
 constexpr std::chrono::milliseconds kTimerGrain{50};
 // Nothing but a stuck call takes so long, however busy the machine is.
 constexpr std::chrono::seconds kStuck{20};
-
-std::string standardErrorOf(const std::function<void()>& action) {
-  ::testing::internal::CaptureStderr();
-  action();
-  return ::testing::internal::GetCapturedStderr();
-}
 
 std::string lineAbout(const std::string& method, const std::string& reason) {
   return kLineStart + method + " of the inventory service org.orb_gnss.Inventory1: " + reason +
@@ -82,11 +74,11 @@ std::chrono::milliseconds durationOf(const std::function<void()>& action) {
 auto isAboutTheTimeout() { return AllOf(Ge(kAnswerTimeout - kTimerGrain), Lt(kStuck)); }
 
 /// A connection of this process that owns the inventory's name.
-orb::BusHandle ownName() {
+BusHandle ownName() {
   sd_bus* bus = nullptr;
   EXPECT_GE(sd_bus_open_system(&bus), 0);
-  EXPECT_GE(sd_bus_request_name(bus, orb::inventory::kBusName, 0), 0);
-  return orb::BusHandle(bus);
+  EXPECT_GE(sd_bus_request_name(bus, inventory::kBusName, 0), 0);
+  return BusHandle(bus);
 }
 
 constexpr char kNoBus[] = "cannot connect to the system bus: No such file or directory";
@@ -100,6 +92,12 @@ class InventoryOutage : public ::testing::Test {
   TemporaryFolder folder_;
 };
 
+/// A bus where nobody has taken the inventory's name yet.
+class InventoryBus : public InventoryOutage {
+ protected:
+  PrivateBus bus_{folder_.path()};
+};
+
 TEST_F(InventoryOutage, WithoutABusThereAreNoModules) {
   const EnvironmentVariable systemBus("DBUS_SYSTEM_BUS_ADDRESS",
                                       "unix:path=" + (folder_ / "no.socket").string());
@@ -107,40 +105,33 @@ TEST_F(InventoryOutage, WithoutABusThereAreNoModules) {
   expectNoResources(kNoBus);
 }
 
-TEST_F(InventoryOutage, WithoutTheServiceThereAreNoModules) {
-  const PrivateBus bus(folder_.path());
+TEST_F(InventoryBus, WithoutTheServiceThereAreNoModules) {
   expectNoModules(kNoService);
   expectNoResources(kNoService);
 }
 
-TEST_F(InventoryOutage, ASilentServiceIsGivenUpAfterTwoSeconds) {
-  const PrivateBus bus(folder_.path());
-  const orb::BusHandle silent = ownName();
-  EXPECT_THAT(durationOf([] { expectNoModules(kSilence); }), isAboutTheTimeout());
-}
-
-TEST_F(InventoryOutage, SignalsDoNotCutTheWaitShort) {
-  const PrivateBus bus(folder_.path());
-  const orb::BusHandle silent = ownName();
+TEST_F(InventoryBus, ASilentServiceIsGivenUpAfterTwoSecondsWhateverSignalsCome) {
+  const BusHandle silent = ownName();
   struct sigaction action {};
   action.sa_handler = [](int) {};  // Without SA_RESTART: system calls fail with EINTR.
-  sigaction(SIGALRM, &action, nullptr);
+  struct sigaction earlier {};
+  ASSERT_EQ(sigaction(SIGALRM, &action, &earlier), 0);
   const itimerval often{{0, 50'000}, {0, 50'000}};
   setitimer(ITIMER_REAL, &often, nullptr);
   EXPECT_THAT(durationOf([] { expectNoModules(kSilence); }), isAboutTheTimeout());
   const itimerval never{};
   setitimer(ITIMER_REAL, &never, nullptr);
+  sigaction(SIGALRM, &earlier, nullptr);
 }
 
-TEST_F(InventoryOutage, ASilentServiceIsGivenUpByEveryQuestion) {
-  const PrivateBus bus(folder_.path());
-  const orb::BusHandle silent = ownName();
+TEST_F(InventoryBus, ASilentServiceIsGivenUpByEveryQuestion) {
+  const BusHandle silent = ownName();
   expectNoResources(kSilence);
 }
 
 TEST_F(InventoryOutage, ASilentBusIsGivenUpAfterTwoSeconds) {
   const std::string path = (folder_ / "silent.socket").string();
-  const orb::OwnedDescriptor listener(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
+  const OwnedDescriptor listener(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
   sockaddr_un name{};
   name.sun_family = AF_UNIX;
   path.copy(name.sun_path, sizeof name.sun_path - 1);
@@ -155,7 +146,7 @@ class OneAnswer {
  public:
   explicit OneAnswer(std::function<int(sd_bus_message*)> reply)
       : reply_(std::move(reply)), bus_(ownName()) {
-    sd_bus_add_object(bus_.get(), nullptr, orb::inventory::kObjectPath, answer, this);
+    sd_bus_add_object(bus_.get(), nullptr, inventory::kObjectPath, answer, this);
     thread_ = std::thread([this] {
       while (!isAnswered_) {
         if (sd_bus_process(bus_.get(), nullptr) == 0) {
@@ -176,31 +167,28 @@ class OneAnswer {
   }
 
   std::function<int(sd_bus_message*)> reply_;
-  orb::BusHandle bus_;
+  BusHandle bus_;
   bool isAnswered_ = false;  // of the thread alone
   std::thread thread_;
 };
 
-TEST_F(InventoryOutage, AnAnswerOfOtherTypesCountsAsNone) {
-  const PrivateBus bus(folder_.path());
+TEST_F(InventoryBus, AnAnswerOfOtherTypesCountsAsNone) {
   const OneAnswer service(
       [](sd_bus_message* call) { return sd_bus_reply_method_return(call, "s", "three"); });
   expectNoModules("the answer has the types \"s\", not \"au\"");
 }
 
-TEST_F(InventoryOutage, AnErrorOfSeveralLinesIsReportedInOne) {
-  const PrivateBus bus(folder_.path());
+TEST_F(InventoryBus, AnErrorOfSeveralLinesIsReportedInOne) {
   const OneAnswer service([](sd_bus_message* call) {
     return sd_bus_reply_method_errorf(call, "org.example.Error.Broken", "out\nof\norder");
   });
   expectNoModules("org.example.Error.Broken: out of order");
 }
 
-TEST_F(InventoryOutage, AClientFindsTheServiceThatStartedLater) {
-  const PrivateBus bus(folder_.path());
+TEST_F(InventoryBus, AClientFindsTheServiceThatStartedLater) {
   GDBusSystemInventoryClient client;
   EXPECT_NE(standardErrorOf([&] { client.GetModuleLocations(); }), "");
-  const InventoryService inventory(bus, "[[module]]\nlocation = 5\n");
+  const InventoryService inventory(bus_, "[[module]]\nlocation = 5\n");
   EXPECT_THAT(client.GetModuleLocations(), ::testing::ElementsAre(5));
 }
 
@@ -220,9 +208,8 @@ TEST_F(InventoryOutage, AClientFindsTheBusThatWasRestarted) {
       "");
 }
 
-TEST_F(InventoryOutage, ANameThatIsNoTextNamesNoRecord) {
-  const PrivateBus bus(folder_.path());
-  const InventoryService inventory(bus, "[[module]]\nlocation = 1\n");
+TEST_F(InventoryBus, ANameThatIsNoTextNamesNoRecord) {
+  const InventoryService inventory(bus_, "[[module]]\nlocation = 1\n");
   GDBusModuleResourcesClient client;
   client.SetupDeviceAddress(1);
   EXPECT_EQ(
@@ -231,3 +218,4 @@ TEST_F(InventoryOutage, ANameThatIsNoTextNamesNoRecord) {
 }
 
 }  // namespace
+}  // namespace orb::test

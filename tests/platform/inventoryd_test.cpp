@@ -17,14 +17,9 @@
 #include "temporary_folder.h"
 
 /// The program orb-inventoryd: its command line, its start and its end.
+namespace orb::test {
 namespace {
 
-using orb::test::ChildProcess;
-using orb::test::EnvironmentVariable;
-using orb::test::InventoryService;
-using orb::test::PrivateBus;
-using orb::test::readFile;
-using orb::test::TemporaryFolder;
 using ::testing::AllOf;
 using ::testing::HasSubstr;
 using ::testing::StartsWith;
@@ -121,7 +116,7 @@ TEST_F(Inventoryd, EndsWellWhenAsked) {
     kill(service.process().pid(), signal);
     EXPECT_EQ(service.process().wait(kPatience), 0);
     EXPECT_EQ(service.process().output(), "");
-    EXPECT_FALSE(bus.hasOwner(orb::inventory::kBusName));
+    EXPECT_FALSE(bus.hasOwner(inventory::kBusName));
   }
 }
 
@@ -135,7 +130,7 @@ TEST_F(Inventoryd, EndsWellWhenTheBusGoes) {
 
 TEST_F(Inventoryd, TellsTheServiceManagerWhenItIsReady) {
   const std::string path = (folder_ / "notify.socket").string();
-  const orb::OwnedDescriptor socket(::socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0));
+  const OwnedDescriptor socket(::socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0));
   sockaddr_un name{};
   name.sun_family = AF_UNIX;
   path.copy(name.sun_path, sizeof name.sun_path - 1);
@@ -166,14 +161,14 @@ TEST_F(Inventoryd, IsStartedByTheFirstCall) {
       PrivateBus::kOpenPolicy + ("<servicedir>" + folder_.path().string() + "</servicedir>"));
   sd_bus* connection = nullptr;
   ASSERT_GE(sd_bus_open_system(&connection), 0);
-  const orb::BusHandle client(connection);
+  const BusHandle client(connection);
   sd_bus_message* answer = nullptr;
-  EXPECT_GE(sd_bus_call_method(connection, orb::inventory::kBusName, orb::inventory::kObjectPath,
-                               orb::inventory::kInterface, orb::inventory::kGetModuleLocations,
-                               nullptr, &answer, ""),
+  EXPECT_GE(sd_bus_call_method(connection, inventory::kBusName, inventory::kObjectPath,
+                               inventory::kInterface, inventory::kGetModuleLocations, nullptr,
+                               &answer, ""),
             0);
-  const orb::MessageHandle owned(answer);
-  EXPECT_TRUE(bus.hasOwner(orb::inventory::kBusName));
+  const MessageHandle owned(answer);
+  EXPECT_TRUE(bus.hasOwner(inventory::kBusName));
 }
 
 TEST_F(Inventoryd, DoesNotOutliveItsTest) {
@@ -188,10 +183,11 @@ TEST_F(Inventoryd, DoesNotOutliveItsTest) {
   ASSERT_EQ(waitpid(test, nullptr, 0), test);
   const pid_t service = std::stoi(readFile(folder_ / "pid"));
   const auto deadline = std::chrono::steady_clock::now() + kPatience;
-  while (bus.hasOwner(orb::inventory::kBusName) && std::chrono::steady_clock::now() < deadline) {
+  while (bus.hasOwner(inventory::kBusName) && std::chrono::steady_clock::now() < deadline) {
     usleep(1000);
   }
-  EXPECT_FALSE(bus.hasOwner(orb::inventory::kBusName)) << "process " << service << " lives on";
+  EXPECT_FALSE(bus.hasOwner(inventory::kBusName)) << "process " << service << " lives on";
 }
 
 }  // namespace
+}  // namespace orb::test

@@ -76,9 +76,9 @@ void GDBusModuleResourcesClient::SetupDeviceAddress(unsigned int location) {
 
 Record GDBusModuleResourcesClient::GetSystemRecord(std::string name) {
   board().called("record " + name);
-  const auto records = board().module(impl_->location).records;
-  const auto found = records.find(name);
-  return found != records.end() ? Record(1, found->second) : Record(0, "");
+  const auto module = board().module(impl_->location);
+  const auto found = module.records.find(name);
+  return found != module.records.end() ? Record(module.recordType, found->second) : Record(0, "");
 }
 
 std::vector<PcieBar> GDBusModuleResourcesClient::GetBars() {

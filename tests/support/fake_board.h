@@ -25,6 +25,7 @@ class FakeBoard {
     std::size_t barCount = 0;
     std::string i2cBus;
     std::string spiDevice;
+    int recordType = 1;  ///< of the records that there are
   };
 
   FakeBoard();

@@ -1,3 +1,4 @@
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <signal.h>
@@ -18,13 +19,14 @@ namespace orb::test {
 namespace {
 
 std::array<char, 512> message;
+int standardError = -1;  // also while a test captures what it writes there
 
 void endProgram(int /*signal*/) {
   std::size_t length = 0;
   while (length < message.size() && message[length] != '\0') {
     ++length;
   }
-  [[maybe_unused]] const ssize_t written = ::write(STDERR_FILENO, message.data(), length);
+  [[maybe_unused]] const ssize_t written = ::write(standardError, message.data(), length);
   _exit(EXIT_FAILURE);
 }
 
@@ -38,7 +40,8 @@ class TimeLimit : public ::testing::EmptyTestEventListener {
     sigevent event{};
     event.sigev_notify = SIGEV_SIGNAL;
     event.sigev_signo = SIGRTMAX;
-    if (sigaction(SIGRTMAX, &action, nullptr) != 0 ||
+    standardError = fcntl(STDERR_FILENO, F_DUPFD_CLOEXEC, 100);
+    if (standardError < 0 || sigaction(SIGRTMAX, &action, nullptr) != 0 ||
         timer_create(CLOCK_MONOTONIC, &event, &timer_) != 0) {
       throw std::system_error(errno, std::generic_category(), "the time limit of tests");
     }

@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-/// One base address register of a module's PCIe endpoint: the memory window behind it.
+/// One base address register of a module's PCIe endpoint: the memory window that it opens.
 struct PcieBar {
   std::uint32_t index = 0;    ///< number of the register
   std::uint64_t address = 0;  ///< physical address of the window's first byte

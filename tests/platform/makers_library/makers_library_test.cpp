@@ -4,6 +4,7 @@
 #include "orb-platform/orb-platform.h"
 
 // Linked with the reference library and run with the maker's in its place.
+namespace orb::test {
 namespace {
 
 TEST(MakersLibrary, TakesThePlaceOfTheReferenceLibrary) {
@@ -28,3 +29,4 @@ TEST(MakersLibrary, TakesThePlaceOfTheReferenceLibrary) {
 }
 
 }  // namespace
+}  // namespace orb::test

@@ -100,7 +100,7 @@ class Smbus : public testing::Test {
 
   sim::PortExpander expander_;
   std::uint16_t address_ = kAddress;
-  i2c_smbus_data data_{};
+  i2c_smbus_data data_{.block = {}};  // the largest member
 };
 
 TEST_F(Smbus, FindsTheExpanderByAQuickCommandAndByAByte) {
