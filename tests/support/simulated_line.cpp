@@ -1,16 +1,14 @@
 #include "support/simulated_line.h"
 
-#include <utility>
-
 namespace orb::test {
 
 SimulatedLine::SimulatedLine(sim::Device& device, const std::filesystem::path& link)
-    : device_(device), pty_(std::make_unique<sim::Pty>()), link_(link, pty_->path()) {
+    : device_(device), link_(link), port_(link) {
   sleep_.onSleep = [this](Nanoseconds duration) { pass(duration); };
 }
 
 void SimulatedLine::pass(Nanoseconds duration) {
-  if (const sim::Bytes written = pty_->read(); !written.empty()) {
+  if (const sim::Bytes written = port_->read(); !written.empty()) {
     deliver(device_.receive(written));
   }
   const auto before = std::chrono::floor<std::chrono::seconds>(now_);
@@ -28,14 +26,12 @@ void SimulatedLine::pass(Nanoseconds duration) {
 void SimulatedLine::deliver(sim::Bytes bytes) {
   const sim::Bytes all = bytes;
   if (!bytes.empty()) {
-    pty_->write(bytes);
+    port_->write(bytes);
   }
   delivered_.insert(delivered_.end(), all.begin(),
                     all.end() - static_cast<std::ptrdiff_t>(bytes.size()));
   if (device_.takeHangUp()) {
-    auto next = std::make_unique<sim::Pty>();
-    link_.pointTo(next->path());
-    pty_ = std::move(next);
+    port_.emplace(link_);
   }
 }
 

@@ -2,11 +2,10 @@
 
 #include <chrono>
 #include <filesystem>
-#include <memory>
+#include <optional>
 #include <stdexcept>
 
-#include "line/pty.h"
-#include "line/stable_link.h"
+#include "line/pty_port.h"
 #include "orb-sim/device.h"
 #include "support/simulated_sleep.h"
 #include "support/wall_clock.h"
@@ -45,8 +44,8 @@ class SimulatedLine {
   void deliver(sim::Bytes bytes);
 
   sim::Device& device_;
-  std::unique_ptr<sim::Pty> pty_;
-  sim::StableLink link_;
+  std::filesystem::path link_;
+  std::optional<sim::PtyPort> port_;
   WallClock clock_;
   SimulatedSleep sleep_;
   Nanoseconds now_{0};
