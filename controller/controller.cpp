@@ -17,7 +17,7 @@ constexpr const char* kHardwareSetPartNumber = "47205318-001";
 
 }  // namespace
 
-orbController::orbController() : orbController(orb::kDefaultDevice) {}
+orbController::orbController() : orbController(std::string(orb::kDefaultDevice)) {}
 
 orbController::orbController(std::string device) { CreateOrbitek(std::move(device)); }
 

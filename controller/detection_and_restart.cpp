@@ -68,7 +68,7 @@ unsigned char baudCode(unsigned int baud) {
 }  // namespace
 
 unsigned int orbController_QN4470T01::gpsObtChipDetect() {
-  return orbController_QN4470T01::gpsObtChipDetect(orb::kDefaultDevice);
+  return orbController_QN4470T01::gpsObtChipDetect(std::string(orb::kDefaultDevice));
 }
 
 unsigned int orbController_QN4470T01::gpsObtChipDetect(std::string device) {

@@ -26,7 +26,7 @@ orbController_QN4470T01::~orbController_QN4470T01() {
 }
 
 orb::CommandExchange orbController_QN4470T01::exchange() {
-  return exchange(orb::kDefaultDevice, lentChannel_, replyTimeoutSeconds_);
+  return exchange(std::string(orb::kDefaultDevice), lentChannel_, replyTimeoutSeconds_);
 }
 
 orb::CommandExchange orbController_QN4470T01::exchange(std::string device, orbIO*& lentChannel,

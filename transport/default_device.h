@@ -1,8 +1,10 @@
 #pragma once
 
+#include <string_view>
+
 namespace orb {
 
 /// The tty that the receiver is on.
-constexpr const char* kDefaultDevice = "/dev/tty_gps";
+constexpr std::string_view kDefaultDevice = "/dev/tty_gps";
 
 }  // namespace orb

@@ -35,7 +35,7 @@ void readSome(orbIO& channel, orb::ReceiveBuffer& buffer, orb::LookSchedule& sch
 
 }  // namespace
 
-orbIO::orbIO() : orbIO(orb::kDefaultDevice) {}
+orbIO::orbIO() : orbIO(std::string(orb::kDefaultDevice)) {}
 
 // By delegating, the destructor closes the device even when what follows the opening throws.
 orbIO::orbIO(std::string device) : orbIO(std::move(device), NotOpen{}) {
