@@ -21,7 +21,7 @@ std::vector<Row> lookups() {
       lookup("catalogue-last", "catalogue lookup, last row", {0xC3, 0x00}),
       lookup("catalogue-sub-id", "catalogue lookup, row with sub-id", {0x64, 0x8E}),
       lookup("catalogue-miss-first", "catalogue lookup, miss before the second row", {0x00, 0x01}),
-      lookup("catalogue-miss-last", "catalogue lookup, miss behind the last row", {0xFE, 0x00})};
+      lookup("catalogue-miss-last", "catalogue lookup, miss after the last row", {0xFE, 0x00})};
 }
 
 const Work kWorks[] = {{"catalogue", lookups}};

@@ -19,7 +19,7 @@ std::string toUpper(std::string text) {
   return text;
 }
 
-// Gives the antenna supply's bit of a register pair a new value; the other bits keep theirs.
+// Sets the antenna supply's bit of a register pair to `value`; the other bits keep theirs.
 // Port 0 is written back as it was read, since the expander takes both ports in one transfer.
 void setSupplyBit(I2CDev& expander, unsigned char firstRegister, bool value) {
   unsigned char ports[orb::kPortCount] = {};

@@ -9,7 +9,7 @@ constexpr int kPortCount = 2;
 
 /// First register of the pair that drives the output pins.
 constexpr unsigned char kOutputRegister = 2;
-/// First register of the pair that gives each pin's direction; a cleared bit makes an output.
+/// First register of the pair that sets each pin's direction; a cleared bit makes an output.
 constexpr unsigned char kDirectionRegister = 6;
 
 /// The pin of port 1 that switches the antenna's supply.

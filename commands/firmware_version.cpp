@@ -64,8 +64,7 @@ unsigned int orbController_QN4470T01::gpsOrbGetFwVersion(std::string& kernel, st
   });
 }
 
-// Only whether a reply comes counts; its text is not returned.
-unsigned int orbController_QN4470T01::gpsObtGetFwVersionString(std::string version) {
-  return exchange().query(Command(message::kQueryVersionExtension),
-                          [&](const Reply& /*reply*/) { version = "0"; });
+// Tells only whether the receiver replies; the text is not decoded.
+unsigned int orbController_QN4470T01::gpsObtGetFwVersionString(std::string /*version*/) {
+  return exchange().query(Command(message::kQueryVersionExtension), [](const Reply& /*reply*/) {});
 }

@@ -1,5 +1,7 @@
+#include <chrono>
 #include <cstdio>
 #include <string>
+#include <utility>
 
 #include "orb-gnss/module_driver.h"
 #include "protocol/messages.h"

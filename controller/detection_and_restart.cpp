@@ -11,7 +11,7 @@ namespace message = orb::message;
 
 namespace {
 
-// A receiver that is there acknowledges at once.
+// Less than for other replies, so that construction without a receiver is not held up.
 constexpr int kDetectionTimeoutSeconds = 1;
 
 constexpr unsigned char kRestartAtGpsEpoch = 1;
@@ -73,7 +73,7 @@ unsigned int orbController_QN4470T01::gpsObtChipDetect() {
 
 unsigned int orbController_QN4470T01::gpsObtChipDetect(std::string device) {
   constexpr unsigned char kQueryRevisionId = message::kQueryRevision.id >> 8;
-  orbIO* noChannel = nullptr;  // on a device of its own, it never runs over a setting's channel
+  orbIO* noChannel = nullptr;  // it opens its own: the device may be another one
   bool present = false;
   exchange(std::move(device), noChannel, kDetectionTimeoutSeconds)
       .query(Command(message::kQueryRevision).u8(kFixedByte), message::kAcknowledged,

@@ -36,8 +36,7 @@ class CatalogueIndex {
 
  private:
   static constexpr std::size_t kPage = 256;
-  static constexpr unsigned char kFirstIdWithSubId = 0x62;
-  static constexpr std::size_t kIdsWithSubId = 14;
+  static constexpr std::size_t kIdsWithSubId = kLastIdWithSubId - kFirstIdWithSubId + 1;
 
   static constexpr bool canExist(ORBMsgId id) { return hasSubId(id.id) || id.subId == 0; }
 

@@ -39,8 +39,8 @@ ORBMessageBuilder::~ORBMessageBuilder() = default;
 
 unsigned long ORBMessageBuilder::update(unsigned char /*replyId*/, const unsigned char* buffer,
                                         unsigned long length) {
-  // A packet is examined once its header and two more bytes are there.
-  constexpr unsigned long kHeaderLength = 6;
+  // With fewer bytes than these from the first start byte on, a packet is not examined yet.
+  constexpr unsigned long kExaminedLength = 7;
 
   unsigned long position = 0;
   unsigned long handled = 0;
@@ -54,7 +54,7 @@ unsigned long ORBMessageBuilder::update(unsigned char /*replyId*/, const unsigne
       position += 2;
       continue;
     }
-    if (position + kHeaderLength >= length) {
+    if (position + kExaminedLength > length) {
       return handled;
     }
     const ORBMsgId id = orb::idAt(packet + orb::kPayloadOffset);

@@ -5,16 +5,16 @@
 namespace orb {
 
 unsigned int CommandExchange::send(ORBMessage& message) {
-  orbIO channel(means_.device);
+  orbIO channel(context_.device);
   return transmit(channel, message);
 }
 
 unsigned int CommandExchange::ask(ORBMessage& message, ORBMessageMsgValue reply,
                                   std::unique_ptr<ORBMessage>& received) {
-  if (means_.lentChannel != nullptr) {
-    return ask(*means_.lentChannel, message, reply, received);
+  if (context_.lentChannel != nullptr) {
+    return ask(*context_.lentChannel, message, reply, received);
   }
-  orbIO channel(means_.device);
+  orbIO channel(context_.device);
   return ask(channel, message, reply, received);
 }
 
@@ -23,7 +23,7 @@ unsigned int CommandExchange::ask(orbIO& channel, ORBMessage& message, ORBMessag
   if (transmit(channel, message) != kSucceeded) {
     return kNotSent;
   }
-  received.reset(channel.ReceiveMessage(reply, means_.replyTimeoutSeconds));
+  received.reset(channel.ReceiveMessage(reply, context_.replyTimeoutSeconds));
   if (received == nullptr) {
     logNoReply(message);
     return kNoReply;
@@ -40,8 +40,8 @@ unsigned int CommandExchange::transmit(orbIO& channel, ORBMessage& message) {
 }
 
 void CommandExchange::log(const char* failure, const ORBMessage& message) {
-  means_.errorLog << means_.timeStamp() << ' ' << failure << message.getMessageDescription()
-                  << std::endl;
+  context_.errorLog << context_.timeStamp() << ' ' << failure << message.getMessageDescription()
+                    << std::endl;
 }
 
 }  // namespace orb

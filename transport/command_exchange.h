@@ -15,11 +15,11 @@
 
 namespace orb {
 
-/// What an exchange works with. What is referred to outlives it.
-struct ExchangeMeans {
+/// What an exchange needs. The objects that it refers to outlive it.
+struct ExchangeContext {
   std::string device;
-  /// The open channel of a setting on this device while its read-back runs, which takes it; else
-  /// null.
+  /// While a setting is read back at once, the setting's open channel, over which the read-back's
+  /// query goes; else null.
   orbIO*& lentChannel;
   int replyTimeoutSeconds;
   std::ostream& errorLog;
@@ -38,7 +38,7 @@ class CommandExchange {
   /// The settle time of a setting that is read back at once.
   static constexpr std::chrono::nanoseconds kAtOnce{0};
 
-  explicit CommandExchange(ExchangeMeans means) : means_(std::move(means)) {}
+  explicit CommandExchange(ExchangeContext context) : context_(std::move(context)) {}
 
   /// Sends. Returns 0, or kNotSent.
   unsigned int send(Command&& command) { return send(command.message()); }
@@ -63,24 +63,23 @@ class CommandExchange {
     return result;
   }
 
-  /// Sends a setting, waits until it has settled, and calls `readBack`, which asks for the setting and
-  /// returns the query's result: in every case, also when the setting could not be sent. Returns
-  /// both results OR-ed.
+  /// Sends a setting, waits for `settle`, and calls `readBack`, which queries the setting and
+  /// returns the query's result: also when the setting could not be sent. Returns both results
+  /// OR-ed.
   ///
-  /// After some time, the read-back opens a channel of its own and with it drops what piled up
-  /// meanwhile. Read back at once, the setting may still be on its way out, and opening the device
-  /// anew would destroy it: the query goes over the setting's own channel. But a setting that was
-  /// not sent whole has left the beginning of a packet on the line, which would swallow the query:
-  /// then the device is opened anew all the same.
+  /// After a wait, the read-back opens a channel of its own, which drops what has arrived
+  /// meanwhile. Without one, opening the device would flush a setting that is still being sent, so
+  /// the query goes over the setting's channel. But a setting that was sent in part would swallow
+  /// the query: then the read-back opens a channel of its own.
   template <typename ReadBack>
   unsigned int configure(Command&& command, std::chrono::nanoseconds settle, ReadBack readBack) {
-    orbIO channel(means_.device);
+    orbIO channel(context_.device);
     const unsigned int result = transmit(channel, command.message());
     if (settle > kAtOnce) {
       sleepFor(settle);
       return result | readBack();
     }
-    const ChannelLoan loan(means_.lentChannel, result == kSucceeded ? &channel : nullptr);
+    const ChannelLoan loan(context_.lentChannel, result == kSucceeded ? &channel : nullptr);
     return result | readBack();
   }
 
@@ -117,7 +116,7 @@ class CommandExchange {
   unsigned int transmit(orbIO& channel, ORBMessage& message);
   void log(const char* failure, const ORBMessage& message);
 
-  ExchangeMeans means_;
+  ExchangeContext context_;
 };
 
 }  // namespace orb

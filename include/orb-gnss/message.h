@@ -57,7 +57,7 @@ class ORB_GNSS_EXPORT ORBMessage {
   unsigned char getChecksum() const;
 
   /// "65 01: " and the catalogue's description, for log lines. A payload length outside the
-  /// message's limits gives "Unknown message type" after the numbers.
+  /// message's limits yields "Unknown message type" after the numbers.
   std::string getMessageDescription() const;
 
   /// Writes the description and all packet bytes in hexadecimal as one line to std::cout and

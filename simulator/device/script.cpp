@@ -67,7 +67,7 @@ Bytes Script::perform(const Definition& rule, const Frame& packet) {
 }
 
 Bytes Script::passOn(const Frame& packet) {
-  return behind_ == nullptr ? Bytes{} : behind_->receive(packet.packet());
+  return device_ == nullptr ? Bytes{} : device_->receive(packet.packet());
 }
 
 void Script::schedule(const Definition& rule, const Bytes& answer) {
@@ -97,16 +97,16 @@ Bytes Script::tick(milliseconds elapsed) {
   const std::lock_guard lock(mutex_);
   now_ += elapsed;
   Bytes output = takeDue();
-  if (behind_ != nullptr) {
-    append(output, behind_->tick(elapsed));
+  if (device_ != nullptr) {
+    append(output, device_->tick(elapsed));
   }
   return output;
 }
 
 milliseconds Script::untilNextOutput() const {
   const std::lock_guard lock(mutex_);
-  const milliseconds behind = behind_ == nullptr ? kNever : behind_->untilNextOutput();
-  return scheduled_.empty() ? behind : std::min(behind, scheduled_.begin()->first - now_);
+  const milliseconds next = device_ == nullptr ? kNever : device_->untilNextOutput();
+  return scheduled_.empty() ? next : std::min(next, scheduled_.begin()->first - now_);
 }
 
 Script::Rule::Rule(Script& script, std::function<bool(const Frame&)> matches) : script_(script) {

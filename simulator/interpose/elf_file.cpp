@@ -24,7 +24,10 @@ std::size_t ProgramBytes::read(std::uint64_t offset, void* buffer,
 }
 
 ElfFile::ElfFile(const ProgramBytes& bytes) noexcept : bytes_(bytes) {
-  if (!bytes_.read(0, header_)) header_ = {};  // not half a header
+  // not half a header
+  if (!bytes_.read(0, header_)) {
+    header_ = {};
+  }
   if (!isForThisMachine() || !segment(PT_DYNAMIC, dynamic_)) {
     return;
   }

@@ -92,8 +92,8 @@ std::string unexpected(const CLI::App& app, const Invocation& invocation) {
   const CLI::App* const asked = askedFor(app);
   const bool mayBeCommand = invocation.command.empty() && words.front().front() != '-';
   if (mayBeCommand && invocation.commandTakers.contains(asked)) {
-    message += std::string("\n") + kProgram + ": write COMMAND behind --, as in: " + kProgram +
-               " " + asked->get_name() + " [...] -- " + words.front();
+    message += std::string("\n") + kProgram + ": write COMMAND after --, as in: " + kProgram + " " +
+               asked->get_name() + " [...] -- " + words.front();
   }
   return message;
 }

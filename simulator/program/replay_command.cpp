@@ -41,7 +41,7 @@ int offer(const Replay& replay, const std::filesystem::path& link) {
 
 int replay(const ReplayOptions& options, const std::vector<std::string>& command) {
   if (options.link.empty() == command.empty()) {
-    throw Failure("give either --link PATH or COMMAND, behind --");
+    throw Failure("give either --link PATH or COMMAND, after --");
   }
   Replay replay{loadTrace(options.trace),
                 options.fast ? ReplayDevice::Pace::Fast : ReplayDevice::Pace::Recorded};

@@ -41,7 +41,7 @@ void addRun(CLI::App& app, Invocation& invocation) {
   run->callback([options, &invocation] {
     invocation.action = [options, &invocation] {
       if (invocation.command.empty()) {
-        throw Failure("COMMAND is missing; write it behind --, as in: orb-sim run -- ./client");
+        throw Failure("COMMAND is missing; write it after --, as in: orb-sim run -- ./client");
       }
       options->run.scenario = options->scenario.scenario();
       options->run.command = invocation.command;

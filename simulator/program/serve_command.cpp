@@ -4,6 +4,7 @@
 #include <memory>
 #include <optional>
 
+#include "device/shared_device.h"
 #include "orb-sim/pty_line.h"
 #include "orb-sim/scenario.h"
 #include "orb-sim/tcp_line.h"
@@ -11,7 +12,6 @@
 #include "program/failure.h"
 #include "program/offered_line.h"
 #include "program/scenario_options.h"
-#include "device/shared_device.h"
 #include "program/signals.h"
 #include "program/standard_streams.h"
 

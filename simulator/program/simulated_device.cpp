@@ -108,7 +108,7 @@ SimulatedDevice::SimulatedDevice(const RunOptions& options, const fs::path& fold
 SimulatedDevice::~SimulatedDevice() = default;
 
 std::string SimulatedDevice::pathMap() const {
-  // What is not simulated is not there: a mapped path with nothing behind it.
+  // What is not simulated is not there: a mapped path that leads nowhere.
   std::string map = "/dev/tty_gps=" + escaped(tty_);
   map += std::string(":/dev/") + kI2cBus + "=" + escaped(i2cBus_);
   for (const fs::path file : kWrittenFiles) {

@@ -44,7 +44,7 @@ TEST_F(Constellations, AreSetWithSbasAndQzssSwitchedOffAfterThem) {
 
 TEST_F(Constellations, AddUpWhatTheThreeSettingsComeTo) {
   connectReceiver();
-  onPacket(qzssOff_.reads.packet).answer(bytes(qzssOff_.otherReply.packet));
+  onPacket(qzssOff_.reads.packet).answer(hex(qzssOff_.otherReply.packet));
   EXPECT_EQ(observe(setSystem(0x4D)).result, 1u);
 
   onPacket(sbasOff_.reads.packet).nothing();
@@ -94,7 +94,7 @@ TEST_F(Constellations, AreSetThroughTheInterfaceBeforeTheSecondBand) {
 }
 
 TEST_F(Constellations, AndTheSecondBandAddUp) {
-  onPacket(secondBandOn_.reads.packet).answer(bytes(secondBandOn_.otherReply.packet));
+  onPacket(secondBandOn_.reads.packet).answer(hex(secondBandOn_.otherReply.packet));
   ConstellationsTakenDown driver;
   driver.result = 8;
   EXPECT_EQ(observe(driver, setSystem(1, true)).result, 8u | 1u);
@@ -112,7 +112,7 @@ struct Firmware {
 };
 
 TEST_F(Constellations, OfTheSecondBandDependOnTheRevision) {
-  onPacket(secondBandOn_.reads.packet).answer(bytes(secondBandOn_.reply.packet));
+  onPacket(secondBandOn_.reads.packet).answer(hex(secondBandOn_.reply.packet));
   const Observed untouched;
   const Observed switched{.line = {"open", secondBandOn_.sends.packet, "wait 50 ms", "open",
                                    secondBandOn_.reads.packet}};

@@ -315,7 +315,7 @@ TEST_F(Defaults, OfTheFactoryDoNotCountTheNmeaInterval) {
   const Sent& readBack = setting("NmeaExtendedConfigureToZero").reads;
   connectReceiver();
   onPacket(readBack.packet)
-      .answer(bytes("A0 A1 00 0E 64 81 09 01 01 01 01 01 01 01 01 01 01 01 ED 0D 0A"));
+      .answer(hex("A0 A1 00 0E 64 81 09 01 01 01 01 01 01 01 01 01 01 01 ED 0D 0A"));
   EXPECT_EQ(resetFactoryDefaults().result, 0u);
 
   onPacket(readBack.packet).nothing();

@@ -19,7 +19,7 @@ TEST_F(NmeaPolling, IsSetInTheReceiver) {
 }
 
 TEST_F(NmeaPolling, HidesAnIntervalThatIsNotKept) {
-  onPacket(interval_.reads.packet).answer(bytes(interval_.otherReply.packet));
+  onPacket(interval_.reads.packet).answer(hex(interval_.otherReply.packet));
   EXPECT_EQ(poll(), expected_);
 }
 

@@ -12,7 +12,7 @@ using namespace std::chrono_literals;
 class FirmwareVersion : public OperationTest {
  protected:
   Observed readAnswer(const std::string& reply) {
-    onPacket(row_.sends.packet).answer(bytes(reply));
+    onPacket(row_.sends.packet).answer(hex(reply));
     return observe(row_.call);
   }
 
@@ -23,7 +23,7 @@ class FirmwareVersion : public OperationTest {
 };
 
 TEST_F(FirmwareVersion, IsPrintedInDecimalAndFlushedWhateverTheStreamIsSetTo) {
-  onPacket(row_.sends.packet).answer(bytes(row_.reply.packet));
+  onPacket(row_.sends.packet).answer(hex(row_.reply.packet));
   CapturedStream output(std::cout);
   std::cout << std::hex << std::showbase;
   row_.call(driver_);
@@ -55,7 +55,7 @@ TEST_F(FirmwareVersion, DoesNotStayInTheDriverWhenReadAsThreeTextsOrAsAnExtensio
 
 TEST_F(FirmwareVersion, MayComeByteByByte) {
   onPacket(row_.sends.packet)
-      .answer(bytes("A0 A1 00 02 83 02 81 0D 0A " + row_.reply.packet))
+      .answer(hex("A0 A1 00 02 83 02 81 0D 0A " + row_.reply.packet))
       .inPieces(1, 1ms);
   EXPECT_EQ(observe(row_.call), expected_);
 }

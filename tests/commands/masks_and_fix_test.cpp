@@ -51,7 +51,7 @@ class MaskUpdate : public OperationTest {
     letWaitsEnd();
     for (std::size_t i = 0; i < row.answers.size(); ++i) {
       if (!row.answers[i].empty()) {
-        onPacket(kQueryMasks).nth(i + 1).answer(sim::frame(0xB000, bytes(row.answers[i])));
+        onPacket(kQueryMasks).nth(i + 1).answer(sim::frame(0xB000, hex(row.answers[i])));
       }
     }
     return observe(call);
@@ -91,7 +91,7 @@ const Update kMinCNoUpdates[] = {
 INSTANTIATE_TEST_SUITE_P(Each, MinCNo, testing::ValuesIn(kMinCNoUpdates), kUpdateName);
 
 TEST_F(MaskUpdate, OfTheRatioIsExactlyOneWhenTheDeviceGoesBeforeTheSetting) {
-  onPacket(kQueryMasks).nth(1).answer(bytes("A0 A1 00 04 B0 01 05 00 B4 0D 0A"));
+  onPacket(kQueryMasks).nth(1).answer(hex("A0 A1 00 04 B0 01 05 00 B4 0D 0A"));
   when("open", 1, [&] { unplug(); });
   EXPECT_EQ(observe(setMinCNo(20)),
             (Observed{.result = 1,
@@ -101,8 +101,8 @@ TEST_F(MaskUpdate, OfTheRatioIsExactlyOneWhenTheDeviceGoesBeforeTheSetting) {
 }
 
 TEST_F(MaskUpdate, OfTheRatioKeepsTheBitsOfASettingThatWasNotSent) {
-  onPacket(kQueryMasks).nth(1).answer(bytes("A0 A1 00 04 B0 01 05 00 B4 0D 0A"));
-  onPacket(kQueryMasks).nth(2).answer(bytes("A0 A1 00 04 B0 01 05 14 A0 0D 0A"));
+  onPacket(kQueryMasks).nth(1).answer(hex("A0 A1 00 04 B0 01 05 00 B4 0D 0A"));
+  onPacket(kQueryMasks).nth(2).answer(hex("A0 A1 00 04 B0 01 05 14 A0 0D 0A"));
   when("open", 1, [&] { unplug(); });
   when("wait 800 ms", 1, [&] { plugIn(); });
   EXPECT_EQ(observe(setMinCNo(20)),
@@ -135,7 +135,7 @@ const Update kElevationUpdates[] = {
 INSTANTIATE_TEST_SUITE_P(Each, ElevationLimit, testing::ValuesIn(kElevationUpdates), kUpdateName);
 
 TEST_F(MaskUpdate, OfTheElevationKeepsTheBitsOfASettingThatWasNotSent) {
-  onPacket(kQueryMasks).answer(bytes("A0 A1 00 04 B0 01 05 14 A0 0D 0A"));
+  onPacket(kQueryMasks).answer(hex("A0 A1 00 04 B0 01 05 14 A0 0D 0A"));
   when("wait 100 ms", 1, [&] { unplug(); });
   EXPECT_EQ(observe(setElevationLimit(10)),
             (Observed{.result = 9,

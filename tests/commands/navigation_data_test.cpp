@@ -13,7 +13,7 @@ class NavigationData : public OperationTest {
 
 TEST_F(NavigationData, IsNotTheAnswerToTheQuery) {
   letWaitsEnd();
-  onPacket(report_.sends.packet).answer(bytes("A0 A1 00 03 64 98 01 FD 0D 0A"));
+  onPacket(report_.sends.packet).answer(hex("A0 A1 00 03 64 98 01 FD 0D 0A"));
   EXPECT_EQ(observe(report_.call), (Observed{.result = 4,
                                              .outputs = report_.untouched,
                                              .standardError = kTimedOut,
@@ -24,8 +24,8 @@ TEST_F(NavigationData, IsNotTheAnswerToTheQuery) {
 
 TEST_F(NavigationData, IsTakenAfterTheAnswerToTheQuery) {
   onPacket(report_.sends.packet)
-      .answer(bytes("A0 A1 00 02 83 64 E7 0D 0A A0 A1 00 03 64 98 01 FD 0D 0A " +
-                    report_.reply.packet));
+      .answer(
+          hex("A0 A1 00 02 83 64 E7 0D 0A A0 A1 00 03 64 98 01 FD 0D 0A " + report_.reply.packet));
   EXPECT_EQ(observe(report_.call).outputs, report_.reply.answer.outputs);
 }
 

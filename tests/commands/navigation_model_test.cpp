@@ -48,8 +48,8 @@ class DynamicModel : public OperationTest {
     });
   }
 
-  void answerMode(const std::string& reply) { onPacket(mode_.reads.packet).answer(bytes(reply)); }
-  void answerFix(const std::string& reply) { onPacket(fix_.reads.packet).answer(bytes(reply)); }
+  void answerMode(const std::string& reply) { onPacket(mode_.reads.packet).answer(hex(reply)); }
+  void answerFix(const std::string& reply) { onPacket(fix_.reads.packet).answer(hex(reply)); }
 
   const Setting& mode_ = setting("ChangeDynamicMode");
   const Setting& modeZero_ = setting("ChangeDynamicModeToZero");
@@ -62,8 +62,8 @@ class DynamicModel : public OperationTest {
 };
 
 TEST_F(DynamicModel, IsNotReadFromWhatCameBeforeTheReadBack) {
-  onPacket(mode_.sends.packet).answer(bytes(mode_.otherReply.packet));
-  onPacket(mode_.reads.packet).answer(bytes(mode_.reply.packet)).after(20ms);
+  onPacket(mode_.sends.packet).answer(hex(mode_.otherReply.packet));
+  onPacket(mode_.reads.packet).answer(hex(mode_.reply.packet)).after(20ms);
   when("wait 100 ms", 1, [&] { EXPECT_TRUE(hasInput(files_.tty)); });
   EXPECT_EQ(observe(mode_.call).result, 0u);
 }

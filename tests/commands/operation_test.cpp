@@ -133,7 +133,7 @@ Observed OperationTest::observe(Driver& driver, const Call& call) {
 
 Observed OperationTest::observeAnswered(const Query& row, const std::string& body,
                                         const Call& call) {
-  onPacket(row.sends.packet).answer(sim::frame(messageIn(row.reply.packet), bytes(body)));
+  onPacket(row.sends.packet).answer(sim::frame(messageIn(row.reply.packet), hex(body)));
   return observe(call);
 }
 

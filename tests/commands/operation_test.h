@@ -55,7 +55,7 @@ class OperationTest : public ReceiverTest {
   void when(std::string event, int nth, std::function<void()> action);
 
   /// The answer to this packet.
-  sim::Script::Rule onPacket(const std::string& packet) { return gps_.script.on(bytes(packet)); }
+  sim::Script::Rule onPacket(const std::string& packet) { return gps_.script.on(hex(packet)); }
 
   /// From now on the receiver model answers what the script has no rule for.
   void connectReceiver() { gps_.script.clear(); }

@@ -30,18 +30,13 @@ sim::Bytes corrupted(sim::Bytes packet) {
 
 /// The acknowledgement (83) or refusal (84) of a message, by the packet's id byte.
 sim::Bytes responseTo(std::uint8_t response, const std::string& packet) {
-  const std::uint8_t id = bytes(packet)[4];
+  const std::uint8_t id = hex(packet)[4];
   return {0xA0, 0xA1, 0x00, 0x02, response, id, static_cast<std::uint8_t>(response ^ id),
           0x0D, 0x0A};
 }
 
 sim::Bytes acknowledgementOf(const std::string& packet) { return responseTo(0x83, packet); }
 sim::Bytes refusalOf(const std::string& packet) { return responseTo(0x84, packet); }
-
-sim::Bytes operator+(sim::Bytes first, const sim::Bytes& second) {
-  first.insert(first.end(), second.begin(), second.end());
-  return first;
-}
 
 /// The rows that have something in this member.
 template <typename Row, typename Member>
@@ -171,7 +166,7 @@ class ExchangeOutcome : public OperationTest, public testing::WithParamInterface
 };
 
 TEST_P(ExchangeOutcome, Succeeds) {
-  onQuery().answer(bytes(row().reply));
+  onQuery().answer(hex(row().reply));
   EXPECT_EQ(call(), row().answered);
 }
 
@@ -179,24 +174,24 @@ TEST_P(ExchangeOutcome, SucceedsAfterTheAcknowledgement) {
   if (!row().setting.empty()) {
     onPacket(row().setting).answer(acknowledgementOf(row().setting));
   }
-  onQuery().answer(acknowledgementOf(row().query.packet) + bytes(row().reply));
+  onQuery().answer(acknowledgementOf(row().query.packet) + hex(row().reply));
   EXPECT_EQ(call(), row().answered);
 }
 
 TEST_P(ExchangeOutcome, SucceedsWithALateReply) {
   stayWithinTheLimit(row().timeoutSeconds);
-  onQuery().answer(bytes(row().reply)).after(kLate);
+  onQuery().answer(hex(row().reply)).after(kLate);
   EXPECT_EQ(call(), row().answered);
 }
 
 TEST_P(ExchangeOutcome, SucceedsWithAReplyInPieces) {
-  onQuery().answer(bytes(row().reply)).inPieces(kPieceLength, kGap);
+  onQuery().answer(hex(row().reply)).inPieces(kPieceLength, kGap);
   EXPECT_EQ(call(), row().answered);
 }
 
 TEST_P(ExchangeOutcome, SucceedsAtTheLimitWhenACorruptReplyIsRepeated) {
   letWaitsEnd(row().timeoutSeconds);
-  onQuery().answer(corrupted(bytes(row().reply)) + bytes(row().reply));
+  onQuery().answer(corrupted(hex(row().reply)) + hex(row().reply));
   Observed expected = row().answered;
   expected.standardError = kTimedOut;
   EXPECT_EQ(call(), expected);
@@ -204,7 +199,7 @@ TEST_P(ExchangeOutcome, SucceedsAtTheLimitWhenACorruptReplyIsRepeated) {
 }
 
 TEST_P(ExchangeOutcome, ReadsWhatAShortReplyLacksAsZero) {
-  onQuery().answer(bytes(row().shortReply));
+  onQuery().answer(hex(row().shortReply));
   EXPECT_EQ(call(), row().shortlyAnswered);
 }
 
@@ -216,7 +211,7 @@ TEST_P(ExchangeOutcome, TimesOutWhenRefused) {
 }
 
 TEST_P(ExchangeOutcome, TimesOutOnACorruptReply) {
-  onQuery().answer(corrupted(bytes(row().reply)));
+  onQuery().answer(corrupted(hex(row().reply)));
   expectUnanswered();
 }
 
@@ -251,14 +246,14 @@ class SettingTest : public OperationTest, public testing::WithParamInterface<Set
 class SettingOutcome : public SettingTest {};
 
 TEST_P(SettingOutcome, ReportsAnotherValue) {
-  onReadBack().answer(bytes(row().otherReply.packet));
+  onReadBack().answer(hex(row().otherReply.packet));
   EXPECT_EQ(call(), seen(row(), row().otherReply.answer));
 }
 
 // The refusal itself goes unseen.
 TEST_P(SettingOutcome, ReportsAnotherValueWhenRefused) {
   onPacket(row().sends.packet).answer(refusalOf(row().sends.packet));
-  onReadBack().answer(bytes(row().otherReply.packet));
+  onReadBack().answer(hex(row().otherReply.packet));
   EXPECT_EQ(call(), seen(row(), row().otherReply.answer));
 }
 
@@ -302,12 +297,12 @@ class UnsentSetting : public SettingTest {
 };
 
 TEST_P(UnsentSetting, IsReadBackOverAChannelOfItsOwn) {
-  onReadBack().answer(bytes(row().reply.packet));
+  onReadBack().answer(hex(row().reply.packet));
   EXPECT_EQ(call(), readBackTo(row().reply.answer));
 }
 
 TEST_P(UnsentSetting, AddsUpWithAnotherValue) {
-  onReadBack().answer(bytes(row().otherReply.packet));
+  onReadBack().answer(hex(row().otherReply.packet));
   Answer other = row().otherReply.answer;
   other.result = row().comparesAfterFailure ? other.result : 0;
   EXPECT_EQ(call(), readBackTo(other));
@@ -329,7 +324,7 @@ class SettingMismatches : public SettingTest {};
 
 TEST_P(SettingMismatches, AreReported) {
   for (const std::string& body : row().mismatches) {
-    onReadBack().answer(sim::frame(messageIn(row().reply.packet), bytes(body)));
+    onReadBack().answer(sim::frame(messageIn(row().reply.packet), hex(body)));
     const Observed observed = call();
     EXPECT_EQ(observed.result, 1u) << body;
     EXPECT_EQ(observed.line, seen(row(), {}).line) << body;

@@ -6,7 +6,7 @@ namespace {
 class OutputAndPower : public OperationTest {};
 
 TEST_F(OutputAndPower, OutputTypeIsNoneForAnyTextButTwo) {
-  gps_.script.on(0x0900).answer(bytes("A0 A1 00 02 83 09 8A 0D 0A"));
+  gps_.script.on(0x0900).answer(hex("A0 A1 00 02 83 09 8A 0D 0A"));
   for (const char* type : {"", "no", "nmea", "binary", "NMEA ", "BINAR", "1", "2"}) {
     EXPECT_EQ(observe(calling(&Driver::gpsObtSetMsgType, type)),
               (Observed{.line = {"open", "A0 A1 00 03 09 00 00 09 0D 0A"}}))

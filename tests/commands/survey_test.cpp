@@ -68,8 +68,8 @@ class Survey : public OperationTest {
  protected:
   /// What the receiver answers to the queries before a setting, and then to the read-back.
   void answer(const std::string& present, const std::string& readBack, std::size_t queries = 1) {
-    onPacket(kQueryTiming).answer(bytes(readBack));
-    onPacket(kQueryTiming).first(queries).answer(bytes(present));
+    onPacket(kQueryTiming).answer(hex(readBack));
+    onPacket(kQueryTiming).first(queries).answer(hex(present));
   }
   void answer(const std::string& reply) { answer(reply, reply); }
 
@@ -183,7 +183,7 @@ TEST_P(SurveySetter, ReportsASettingThatCouldNotBeSentThoughItsModeIsThere) {
 }
 
 TEST_P(SurveySetter, AddsUpAFailedSettingAndAMissingReadBack) {
-  onPacket(kQueryTiming).first(1).answer(bytes(kDynamicTiming));
+  onPacket(kQueryTiming).first(1).answer(hex(kDynamicTiming));
   when("open", 1, [&] { unplug(); });
   when(setter().wait, 1, [&] {
     plugIn();
@@ -199,7 +199,7 @@ TEST_P(SurveySetter, AddsUpAFailedSettingAndAMissingReadBack) {
 }
 
 TEST_P(SurveySetter, ReportsAMissingReadBackAsAMismatchToo) {
-  onPacket(kQueryTiming).first(1).answer(bytes(kDynamicTiming));
+  onPacket(kQueryTiming).first(1).answer(hex(kDynamicTiming));
   when(setter().wait, 1, [&] { letWaitsEnd(); });
   EXPECT_EQ(observe(setter().call), (Observed{.result = 4 | 1,
                                               .standardOutput = setter().printed(""),
@@ -226,7 +226,7 @@ TEST_F(Survey, AutoAndDynamicSendEveryBitOfTheSavedPositionAgain) {
         "01 02 03 04 05 06 07 08 F1 F2 F3 F4 F5 F6 F7 F8 A1 A2 A3 A4"}) {  // each byte different
     const std::string lengthAndDeviation = "00 00 0E 10 9A BC DE F0 ";
     const auto packet = [](std::uint16_t id, const std::string& body) {
-      return hexText(sim::frame(id, bytes(body)));
+      return hexText(sim::frame(id, hex(body)));
     };
     const auto timing = [&](const std::string& mode) {
       return packet(0xC200, mode + lengthAndDeviation + position + " 00 00 00 00 00");

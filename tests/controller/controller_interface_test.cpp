@@ -1,11 +1,7 @@
 #include "orb-gnss/control_interface.h"
 
-#include <cxxabi.h>
-#include <dlfcn.h>
 #include <gtest/gtest.h>
 
-#include <cstdlib>
-#include <memory>
 #include <numeric>
 #include <string>
 #include <type_traits>
@@ -162,104 +158,6 @@ using Slot = const void*;
 
 Slot const* tableOf(const ORBControlInterface& controller) {
   return *reinterpret_cast<Slot const* const*>(&controller);
-}
-
-void replaceAll(std::string& text, const std::string& from, const std::string& to) {
-  for (auto at = text.find(from); at != std::string::npos; at = text.find(from, at + to.size())) {
-    text.replace(at, from.size(), to);
-  }
-}
-
-/// The function that a slot holds, as a programmer writes it.
-std::string functionIn(Slot slot) {
-  Dl_info info{};
-  if (::dladdr(slot, &info) == 0 || info.dli_saddr != slot) {
-    return "(not an exported function)";
-  }
-  const std::unique_ptr<char, decltype(&std::free)> name(
-      abi::__cxa_demangle(info.dli_sname, nullptr, nullptr, nullptr), &std::free);
-  std::string text = name != nullptr ? name.get() : info.dli_sname;
-  replaceAll(text,
-             "std::__cxx11::basic_string<char, std::char_traits<char>, std::allocator<char> >",
-             "std::string");
-  replaceAll(text, "[abi:cxx11]", "");
-  return text;
-}
-
-// The functions of the facade all differ. Those of the other controllers are in part the same code,
-// which a compiler may put under one address.
-TEST(ControllerInterface, IsWhatTheTableOfTheFacadeHolds) {
-  const std::vector<std::string> expected = {
-      "orbController::Init()",
-      "orbController::save()",
-      "orbController::load()",
-      "orbController::resetFactoryDefaults()",
-      "orbController::resetorbitekDefaults()",
-      "orbController::restart(bool)",
-      "orbController::forceRestart(unsigned short)",
-      "orbController::setDefaultConfiguration()",
-      "orbController::setApplicationDefaults()",
-      "orbController::turnOff()",
-      "orbController::turnOn()",
-      "orbController::isOn(bool&)",
-      "orbController::getResetInfo()",
-      "orbController::getInfo(std::string&)",
-      "orbController::setAntennaDelay(int)",
-      "orbController::getAntennaDelay(int&)",
-      "orbController::setAntennaType(std::string)",
-      "orbController::getAntennaType(std::string&)",
-      "orbController::setGnssSystem(unsigned short, bool)",
-      "orbController::setGnssSystem(unsigned short)",
-      "orbController::getGnssSystem(unsigned short&)",
-      "orbController::setJammingDetection(bool)",
-      "orbController::getJammingDetection(bool&)",
-      "orbController::getNavsolution(std::string, std::string&)",
-      "orbController::setSurveyMode(std::string)",
-      "orbController::getSurveyMode(std::string&)",
-      "orbController::setSurveyStatic(double, double, double, double)",
-      "orbController::setSurveyAuto(unsigned int, float)",
-      "orbController::setSurveyAuto()",
-      "orbController::setSurveyDynamic()",
-      "orbController::getSurveyInfo(unsigned char&, double&, double&, double&, double&, unsigned "
-      "int&, float&)",
-      "orbController::getSatelliteInfo(std::string&)",
-      "orbController::getNofSatellitesInNavSol(unsigned char&)",
-      "orbController::setMinCNo(signed char)",
-      "orbController::getMinCNo(signed char&)",
-      "orbController::setElevationLimit(unsigned char)",
-      "orbController::getElevationLimit(unsigned char&)",
-      "orbController::setDynamicModel(unsigned char)",
-      "orbController::setDynamicModel(unsigned char, unsigned char)",
-      "orbController::getDynamicModel(unsigned char&, unsigned char&)",
-      "orbController::setFixMode(unsigned char)",
-      "orbController::setTimeReference(std::string)",
-      "orbController::getTimeReference(std::string&)",
-      "orbController::setRxMode(std::string)",
-      "orbController::getRxMode(std::string&)",
-      "orbController::setUtcStandardAuto()",
-      "orbController::setUtsStandardTime(signed char)",
-      "orbController::configureOrbPolling(unsigned char)",
-      "orbController::configureSBAS()",
-      "orbController::configureNmeaPolling(unsigned char)",
-      "orbController::configurNmeaPollingPartial(unsigned char)",
-      "orbController::configureProtocols()",
-      "orbController::configExtendedPowerManagment()",
-      "orbController::getUtcGrid(unsigned short)",
-      "orbController::configTimePulse(unsigned short, unsigned char, bool)",
-      "orbController::timeStamp()",
-      "orbController::programGroupDelayCal(int)",
-      "orbController::gpsObtChipDetect()",
-      "orbController::gpsObtChipDetect(std::string)",
-      "orbController::gpsObtSetMsgType(std::string)",
-  };
-  const orb::test::DeviceFiles files;
-  const orb::test::FakeBoard board;
-  const orbController facade;
-  std::vector<std::string> functions;
-  for (std::size_t i = 0; i < expected.size(); ++i) {
-    functions.push_back(functionIn(tableOf(facade)[i]));
-  }
-  EXPECT_EQ(functions, expected);
 }
 
 TEST(ControllerInterface, IsReachedThroughABareSlot) {

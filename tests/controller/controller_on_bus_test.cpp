@@ -1,4 +1,4 @@
-// The facade on the reference platform library, whose inventory stands behind a D-Bus daemon.
+// The facade on the reference platform library, whose inventory is on a D-Bus daemon.
 
 #include <gtest/gtest.h>
 

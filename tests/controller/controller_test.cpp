@@ -17,10 +17,10 @@
 
 namespace {
 
-using orb::test::bytes;
 using orb::test::chipOf;
 using orb::test::contentOf;
 using orb::test::controllerOf;
+using orb::test::hex;
 using orb::test::standardErrorOf;
 using orb::test::standardOutputOf;
 
@@ -184,7 +184,7 @@ TEST_F(Facade, FallsBackToTheNullControllerWhenNoAcknowledgementComes) {
 }
 
 TEST_F(Facade, ReleasesTheDriverThatDetectedNothing) {
-  gps_.script.on(0x0200).answer(bytes("A0 A1 00 02 83 03 80 0D 0A"));
+  gps_.script.on(0x0200).answer(hex("A0 A1 00 02 83 03 80 0D 0A"));
   orbController facade;
   EXPECT_EQ(orb::test::descriptorsOf(files_.errorLog), 0);
 }
@@ -203,7 +203,7 @@ TEST_F(Facade, FallsBackToTheNullControllerWhenTheReceiverRefuses) {
 }
 
 TEST_F(Facade, FallsBackToTheNullControllerWhenAnotherMessageIsAcknowledged) {
-  gps_.script.on(0x0200).answer(bytes("A0 A1 00 02 83 03 80 0D 0A"));
+  gps_.script.on(0x0200).answer(hex("A0 A1 00 02 83 03 80 0D 0A"));
   orbController facade;
   EXPECT_FALSE(facade.IsOrbitek());
   EXPECT_EQ(partsOf(facade), "null controller, no board");

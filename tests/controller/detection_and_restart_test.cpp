@@ -8,8 +8,8 @@
 
 namespace {
 
-using orb::test::bytes;
 using orb::test::contentOf;
+using orb::test::hex;
 using orb::test::kNoDevice;
 using orb::test::kTimedOut;
 using orb::test::StampedDriver;
@@ -33,13 +33,6 @@ class ChipDetectionWithoutDevice : public orb::test::NoReceiverTest {
   StampedDriver driver_;
 };
 
-TEST_F(ChipDetection, FindsAReceiverThatAcknowledgesTheQuery) {
-  gps_.script.on(0x0200).answer(bytes("A0 A1 00 02 83 02 81 0D 0A"));
-  EXPECT_EQ(standardErrorOf([&] { EXPECT_EQ(driver_.gpsObtChipDetect(), 1u); }), "");
-  EXPECT_EQ(sent(), kQuery);
-  EXPECT_EQ(contentOf(files_.errorLog), "");
-}
-
 TEST_F(ChipDetection, FindsTheReceiver) { EXPECT_EQ(driver_.gpsObtChipDetect(), 1u); }
 
 TEST_F(ChipDetection, FindsAReceiverOnANamedDevice) {
@@ -58,26 +51,6 @@ TEST_F(ChipDetection, UsesANamedDeviceForThatExchangeOnly) {
   EXPECT_EQ(sent(), std::string(kQuery) + " A0 A1 00 03 64 3F 00 5B 0D 0A");
 }
 
-TEST_F(ChipDetection, IsNotTakenInByTheAcknowledgementOfAnotherMessage) {
-  gps_.script.on(0x0200).answer(bytes("A0 A1 00 02 83 01 82 0D 0A"));
-  EXPECT_EQ(standardErrorOf([&] { EXPECT_EQ(driver_.gpsObtChipDetect(), 0u); }), "");
-  EXPECT_EQ(contentOf(files_.errorLog), "");
-}
-
-// The byte behind the id is missing; the checksum, which stands there, is 0x83.
-TEST_F(ChipDetection, IsNotTakenInByAnEmptyAcknowledgement) {
-  gps_.script.on(0x0200).answer(bytes("A0 A1 00 01 83 83 0D 0A"));
-  EXPECT_EQ(driver_.gpsObtChipDetect(), 0u);
-}
-
-TEST_F(ChipDetection, GivesUpAfterOneSecondWithoutAcknowledgement) {
-  gps_.script.on(0x0200).nothing();
-  letPass(1);
-  EXPECT_EQ(standardErrorOf([&] { EXPECT_EQ(driver_.gpsObtChipDetect(), 0u); }), kTimedOut);
-  EXPECT_TRUE(hasWaitedToTheLimit());
-  EXPECT_EQ(contentOf(files_.errorLog), kNoReplyLine);
-}
-
 TEST_F(ChipDetection, GivesUpAfterOneSecondOnANamedDevice) {
   orb::test::ReceiverOnTty other(files_.otherTty);
   other.script.on(0x0200).nothing();
@@ -89,25 +62,12 @@ TEST_F(ChipDetection, GivesUpAfterOneSecondOnANamedDevice) {
   EXPECT_EQ(contentOf(files_.errorLog), kNoReplyLine);
 }
 
-TEST_F(ChipDetection, DoesNotTakeARefusalForAnAnswer) {
-  gps_.script.on(0x0200).answer(bytes("A0 A1 00 02 84 02 86 0D 0A"));
-  letPass(1);
-  EXPECT_EQ(standardErrorOf([&] { EXPECT_EQ(driver_.gpsObtChipDetect(), 0u); }), kTimedOut);
-  EXPECT_TRUE(hasWaitedToTheLimit());
-  EXPECT_EQ(contentOf(files_.errorLog), kNoReplyLine);
-}
-
 TEST_F(ChipDetection, DoesNotTakeTheRevisionForAnAcknowledgement) {
   gps_.script.on(0x0200).answer(
-      bytes("A0 A1 00 0E 80 01 00 01 00 0C 00 01 02 00 00 18 03 0F 9B 0D 0A"));
+      hex("A0 A1 00 0E 80 01 00 01 00 0C 00 01 02 00 00 18 03 0F 9B 0D 0A"));
   letPass(1);
   standardErrorOf([&] { EXPECT_EQ(driver_.gpsObtChipDetect(), 0u); });
   EXPECT_EQ(contentOf(files_.errorLog), kNoReplyLine);
-}
-
-TEST_F(ChipDetectionWithoutDevice, FindsNothing) {
-  EXPECT_EQ(standardErrorOf([&] { EXPECT_EQ(driver_.gpsObtChipDetect(), 0u); }), kNoDevice);
-  EXPECT_EQ(contentOf(files_.errorLog), kNotSentLine);
 }
 
 TEST_F(ChipDetectionWithoutDevice, FindsNothingOnANamedDeviceEither) {
@@ -242,8 +202,8 @@ TEST_F(OrderedReceiver, TakesEachOrder) {
   EXPECT_EQ(driver_.gpsObtSetUartPort(1, 57600), 0u);
   ASSERT_TRUE(gps_.line.waitForMessage(0x0500));
   orb::sim::State state = gps_.receiver.state();
-  EXPECT_EQ(state.lastRestart, bytes("01"));
-  EXPECT_EQ(state.lastSoftReset, bytes("01 07 BC 01 06 00 00 0A 0E A3 31 00 00 00"));
+  EXPECT_EQ(state.lastRestart, hex("01"));
+  EXPECT_EQ(state.lastSoftReset, hex("01 07 BC 01 06 00 00 0A 0E A3 31 00 00 00"));
   EXPECT_EQ(state.serialPort.port, 1);
   EXPECT_EQ(state.serialPort.baudCode, 4);
 
@@ -291,11 +251,6 @@ TEST_F(OrdersWithoutDevice, SerialPortSetUpFails) {
   expectFailure([](auto& driver) { return driver.gpsObtSetUartPort(1, 14400); }, 8,
                 "STAMP:  Could not send : 05 00: "
                 "Set up serial port COM, baud rate, data bits, stop bits and parity \n");
-}
-
-TEST_F(OrdersWithoutDevice, FactoryDefaultsFail) {
-  expectFailure([](auto& driver) { return driver.gpsObtSetFactoryDefaults(); }, 8,
-                "STAMP:  Could not send : 04 00: Set system to factory default values \n");
 }
 
 TEST_F(OrdersWithoutDevice, ResetToTheMakersDefaultsFails) {

@@ -242,7 +242,7 @@ TEST_F(IdentityText, MayHaveItsFieldsInAnyOrder) {
   EXPECT_EQ(fields(), "[KernelVersion 2] [ODMVersion 3] [Revision 1]");
 }
 
-TEST_F(IdentityText, NeedsNothingBehindAKey) {
+TEST_F(IdentityText, NeedsNothingAfterAKey) {
   EXPECT_EQ(remainderOf("KernelVersion: ODMVersions: Revisions 7: "), "");
   EXPECT_EQ(fields(), "[KernelVersion] [ODMVersions] [Revisions 7]");
 }

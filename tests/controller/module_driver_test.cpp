@@ -60,23 +60,6 @@ TEST_F(ModuleDriver, SupportsNoAntennaType) {
   EXPECT_EQ(contentOf(files_.errorLog), "");
 }
 
-TEST_F(ModuleDriver, SurveysForThreeHoursToOneMetreWhenNotToldOtherwise) {
-  struct SurveyArguments : StampedDriver {
-    using StampedDriver::setSurveyAuto;
-    unsigned int setSurveyAuto(unsigned int surveyLength, float stdDev) override {
-      length = surveyLength;
-      deviation = stdDev;
-      return 5;
-    }
-    unsigned int length = 0;
-    float deviation = 0;
-  };
-  SurveyArguments driver;
-  EXPECT_EQ(driver.setSurveyAuto(), 5u);
-  EXPECT_EQ(driver.length, 10800u);
-  EXPECT_EQ(driver.deviation, 1.0F);
-}
-
 TEST_F(ModuleDriver, StartsWithoutVersion) {
   EXPECT_EQ(driver_.kernelVersion, "");
   EXPECT_EQ(driver_.odmVersion, "");

@@ -19,11 +19,17 @@ constexpr std::size_t kPieces = 7;
 
 /// The length of the packet at the front; 0 where there is no right one.
 std::size_t packetLength(const Bytes& bytes) {
-  if (bytes.size() < 8 || bytes[0] != 0xA0 || bytes[1] != 0xA1) return 0;
+  if (bytes.size() < 8 || bytes[0] != 0xA0 || bytes[1] != 0xA1) {
+    return 0;
+  }
   const std::size_t payload = bytes[2] * 256U + bytes[3];
-  if (payload == 0 || bytes.size() < payload + 7) return 0;
+  if (payload == 0 || bytes.size() < payload + 7) {
+    return 0;
+  }
   std::uint8_t sum = 0;
-  for (std::size_t i = 0; i < payload; ++i) sum ^= bytes[4 + i];
+  for (std::size_t i = 0; i < payload; ++i) {
+    sum ^= bytes[4 + i];
+  }
   const bool isRight =
       sum == bytes[payload + 4] && bytes[payload + 5] == 0x0D && bytes[payload + 6] == 0x0A;
   return isRight ? payload + 7 : 0;
@@ -32,10 +38,14 @@ std::size_t packetLength(const Bytes& bytes) {
 /// The length of the NMEA sentence at the front; 0 where there is no right one.
 std::size_t sentenceLength(const Bytes& bytes) {
   const auto star = std::find(bytes.begin(), bytes.end(), '*');
-  if (bytes.empty() || bytes[0] != '$' || bytes.end() - star < 5) return 0;
+  if (bytes.empty() || bytes[0] != '$' || bytes.end() - star < 5) {
+    return 0;
+  }
   std::uint8_t sum = 0;
   for (auto at = bytes.begin() + 1; at != star; ++at) {
-    if (*at < 0x20 || *at > 0x7E) return 0;
+    if (*at < 0x20 || *at > 0x7E) {
+      return 0;
+    }
     sum ^= *at;
   }
   const char digits[] = {static_cast<char>(star[1]), static_cast<char>(star[2])};

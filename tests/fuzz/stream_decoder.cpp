@@ -27,7 +27,9 @@ Items decode(const std::vector<Bytes>& pieces) {
 bool isPrintableLine(const std::string& text) {
   for (const char character : text) {
     // The catalogue's texts have bytes above 0x7F.
-    if (static_cast<unsigned char>(character) < 0x20 || character == 0x7F) return false;
+    if (static_cast<unsigned char>(character) < 0x20 || character == 0x7F) {
+      return false;
+    }
   }
   return !text.empty();
 }
@@ -53,7 +55,9 @@ void compareWithReader(const Items& items, const Bytes& stream) {
   std::vector<Bytes> expected;
   sim::FrameReader reader;
   const auto take = [&](const std::vector<sim::Frame>& frames) {
-    for (const sim::Frame& frame : frames) expected.push_back(frame.packet());
+    for (const sim::Frame& frame : frames) {
+      expected.push_back(frame.packet());
+    }
   };
   take(reader.push(stream));
   while (reader.midFrame()) {
@@ -61,7 +65,9 @@ void compareWithReader(const Items& items, const Bytes& stream) {
   }
   std::vector<Bytes> found;
   for (const sim::StreamItem& item : items) {
-    if (item.kind == sim::StreamItem::Kind::Packet) found.push_back(item.bytes);
+    if (item.kind == sim::StreamItem::Kind::Packet) {
+      found.push_back(item.bytes);
+    }
   }
   check(found == expected, "the same packets as the receiver finds");
 }

@@ -89,7 +89,9 @@ void replay(const Records& trace, sim::ReplayDevice::Pace pace) {
   constexpr int kMostTicks = 20;
   sim::ReplayDevice device(trace, pace);
   for (const sim::TraceRecord& record : trace) {
-    if (record.from != sim::Speaker::Client) continue;
+    if (record.from != sim::Speaker::Client) {
+      continue;
+    }
     device.receive(record.bytes);
     for (int i = 0; i < kMostTicks && device.untilNextOutput() != sim::Device::kNever; ++i) {
       const milliseconds wait = device.untilNextOutput();

@@ -83,7 +83,7 @@ const Setting& setting(const std::string& name) { return named(everyOperation().
 
 std::uint16_t messageIn(const std::string& packet) {
   sim::FrameReader reader;
-  return reader.push(bytes(packet)).at(0).id();
+  return reader.push(hex(packet)).at(0).id();
 }
 
 const std::vector<Operation>& operations() {

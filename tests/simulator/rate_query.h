@@ -1,7 +1,7 @@
 #pragma once
 
-#include "hex.h"
 #include "orb-sim/frame.h"
+#include "support/hex_text.h"
 
 namespace orb::test {
 

@@ -31,7 +31,10 @@ inline Bytes hex(std::string_view text) {
   return bytes;
 }
 
-inline Bytes bytes(std::string_view text) { return hex(text); }
+inline Bytes operator+(Bytes left, const Bytes& right) {
+  left.insert(left.end(), right.begin(), right.end());
+  return left;
+}
 
 /// Bytes as a text such as "A0 A1 00 02", or with another text between them.
 inline std::string hexText(const Bytes& bytes, std::string_view separator = " ") {

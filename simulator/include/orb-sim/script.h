@@ -23,7 +23,7 @@ namespace orb::sim {
 ///     script.on(0x2F00).answer(noise).inPieces(3, 10ms);  // these bytes instead, cut up
 ///
 /// The newest rule that applies to a packet decides. A packet that no rule applies to goes to the
-/// device behind. Bytes that belong to no good packet go nowhere.
+/// device. Bytes that belong to no good packet go nowhere.
 class Script : public Device {
  private:
   struct Definition;
@@ -31,9 +31,9 @@ class Script : public Device {
  public:
   class Rule;
 
-  /// Without a device behind it, what no rule answers is met with silence.
+  /// Without a device, what no rule answers is met with silence.
   Script() = default;
-  explicit Script(Device& behind) : behind_(&behind) {}
+  explicit Script(Device& device) : device_(&device) {}
 
   /// A rule for a message, for one exact packet, or for every packet. It comes into force as a
   /// whole when the Rule is destroyed: at the end of the statement.
@@ -55,7 +55,7 @@ class Script : public Device {
     std::function<bool(const Frame&)> matches;
     std::size_t first = 1;  ///< occurrences that the rule applies to, counted from 1
     std::size_t last = static_cast<std::size_t>(-1);
-    std::function<Bytes(const Frame&)> answer;  ///< null: what the device behind says
+    std::function<Bytes(const Frame&)> answer;  ///< null: what the device says
     std::function<Bytes(Bytes)> alteration;     ///< null: none
     Milliseconds delay{0};
     std::size_t pieceLength = 0;  ///< 0: whole
@@ -71,14 +71,14 @@ class Script : public Device {
   Bytes takeDue();
 
   mutable std::mutex mutex_;
-  Device* behind_ = nullptr;
+  Device* device_ = nullptr;
   FrameReader reader_;
   std::vector<Definition> rules_;
   Milliseconds now_{0};
   std::multimap<Milliseconds, Bytes> scheduled_;  ///< by the time at which they are due
 };
 
-/// One rule in the making. Without answer(), nothing() or refusal(), the device behind sees the
+/// One rule in the making. Without answer(), nothing() or refusal(), the device sees the
 /// packet, and its answer is what the rule delays, cuts or alters; with one of them, it never sees
 /// the packet. Functions that a rule is given must not call the script.
 class Script::Rule {

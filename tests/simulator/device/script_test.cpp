@@ -143,7 +143,7 @@ TEST_F(ScriptedReceiver, StillSendsItsOwnOutput) {
   EXPECT_EQ(script_.tick(1000ms).size(), 66U);
 }
 
-TEST(Script, IsSilentWithNothingBehindIt) {
+TEST(Script, IsSilentWithoutADevice) {
   sim::Script script;
   EXPECT_EQ(script.receive(kRateQuery), sim::Bytes{});
   EXPECT_EQ(script.tick(10000ms), sim::Bytes{});

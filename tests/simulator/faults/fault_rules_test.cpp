@@ -3,11 +3,11 @@
 #include <stdexcept>
 #include <vector>
 
-#include "hex.h"
 #include "orb-sim/faults.h"
 #include "orb-sim/frame.h"
 #include "orb-sim/receiver.h"
 #include "orb-sim/script.h"
+#include "support/hex_text.h"
 
 namespace orb::test {
 namespace {

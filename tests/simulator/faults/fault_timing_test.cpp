@@ -4,11 +4,11 @@
 #include <random>
 #include <vector>
 
-#include "hex.h"
 #include "orb-sim/faults.h"
 #include "orb-sim/frame.h"
 #include "orb-sim/line_conditions.h"
 #include "orb-sim/receiver.h"
+#include "support/hex_text.h"
 
 namespace orb::test {
 namespace {

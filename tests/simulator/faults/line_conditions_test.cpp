@@ -6,10 +6,10 @@
 #include <utility>
 #include <vector>
 
-#include "hex.h"
 #include "orb-sim/faults.h"
 #include "orb-sim/frame.h"
 #include "orb-sim/receiver.h"
+#include "support/hex_text.h"
 
 namespace orb::test {
 namespace {

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "hex.h"
+#include "support/hex_text.h"
 
 namespace orb::test {
 namespace {

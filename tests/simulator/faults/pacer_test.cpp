@@ -2,8 +2,8 @@
 
 #include <gtest/gtest.h>
 
-#include "hex.h"
 #include "orb-sim/device.h"
+#include "support/hex_text.h"
 
 namespace orb::test {
 namespace {

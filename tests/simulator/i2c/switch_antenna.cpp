@@ -6,6 +6,8 @@
 int main(int count, char** arguments) {
   int result = 0;
   BrdOrbChipInterface board;
-  for (int i = 1; i < count; ++i) result = board.antennaPowerEnable(arguments[i]);
+  for (int i = 1; i < count; ++i) {
+    result = board.antennaPowerEnable(arguments[i]);
+  }
   return result;
 }

@@ -45,14 +45,18 @@ class MappedTerminal : public testing::Test {
   /// What the far end gets next: the flags of a change, or 0 and the bytes written.
   std::string farEndReads() const {
     pollfd source{farEnd_, POLLIN | POLLPRI, 0};
-    if (poll(&source, 1, kReadLimit) != 1) return "nothing";
+    if (poll(&source, 1, kReadLimit) != 1) {
+      return "nothing";
+    }
     std::array<char, 64> bytes{};
     const ssize_t length = read(farEnd_, bytes.data(), bytes.size());
     return length < 0 ? "an error" : std::string(bytes.data(), static_cast<std::size_t>(length));
   }
 
   void waitForInput(int count) const {
-    for (int waiting = 0; waiting < count;) ioctl(tty_, FIONREAD, &waiting);
+    for (int waiting = 0; waiting < count;) {
+      ioctl(tty_, FIONREAD, &waiting);
+    }
   }
 
   const int farEnd_ = posix_openpt(O_RDWR | O_NOCTTY);

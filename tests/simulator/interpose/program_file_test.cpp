@@ -62,7 +62,9 @@ TEST_F(ProgramFileTest, LetsAnOrdinaryProgramBe) {
 
 TEST_F(ProgramFileTest, FindsTheSanitizerRuntimesThatAProgramNeeds) {
   const fs::path program = kPrograms / "file_streams_asan_g++";
-  if (!fs::exists(program)) GTEST_SKIP() << "there is no g++";
+  if (!fs::exists(program)) {
+    GTEST_SKIP() << "there is no g++";
+  }
   const std::string runtimes = runtimesOf(program);
   EXPECT_EQ(runtimes.rfind("libasan.so.", 0), 0u) << runtimes;
   EXPECT_NE(runtimes.find(":libubsan.so."), std::string::npos) << runtimes;
@@ -84,7 +86,9 @@ TEST_F(ProgramFileTest, RefusesAProgramForAnotherMachineOrWordSize) {
 }
 
 TEST_F(ProgramFileTest, RefusesAProgramThatGivesRights) {
-  if (getuid() != 0) GTEST_SKIP() << "only root can make a program of another user";
+  if (getuid() != 0) {
+    GTEST_SKIP() << "only root can make a program of another user";
+  }
   const fs::path program = makeFile(contentOf(kPrograms / "file_calls"));
   ASSERT_EQ(chown(program.c_str(), 1, 1), 0);
   const std::string expected = "runs with other rights than its caller's";

@@ -44,7 +44,7 @@ class HangUp : public testing::Test {
   sim::PtyLine line_{device_, link_};
 };
 
-TEST_F(HangUp, IsSeenByTheClientBehindTheLastByte) {
+TEST_F(HangUp, IsSeenByTheClientAfterTheLastByte) {
   TtyClient client(line_.path());
   EXPECT_EQ(client.echoOf({1, 2, kDrop}), (sim::Bytes{1, 2, kDrop}));
   ASSERT_TRUE(client.waitForHangUp());

@@ -4,8 +4,8 @@
 #include <array>
 #include <random>
 
-#include "hex.h"
 #include "orb-sim/frame.h"
+#include "support/hex_text.h"
 
 namespace orb::test {
 namespace {

@@ -4,7 +4,7 @@
 
 #include <stdexcept>
 
-#include "hex.h"
+#include "support/hex_text.h"
 
 namespace orb::test {
 namespace {

@@ -6,7 +6,7 @@
 #include <array>
 #include <random>
 
-#include "hex.h"
+#include "support/hex_text.h"
 
 namespace orb::test {
 namespace {

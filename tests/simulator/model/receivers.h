@@ -2,8 +2,8 @@
 
 #include <tuple>
 
-#include "hex.h"
 #include "orb-sim/receiver.h"
+#include "support/hex_text.h"
 
 namespace orb::test {
 

@@ -5,8 +5,8 @@
 #include <ostream>
 #include <random>
 
-#include "hex.h"
 #include "orb-sim/receiver.h"
+#include "support/hex_text.h"
 
 namespace orb::test {
 namespace {

@@ -68,10 +68,10 @@ class CommandLine(OrbSimTest):
         self.check_run("The following arguments were not expected: -scenario healthy", "-scenario",
                        "healthy")
 
-    def test_with_a_command_that_is_not_behind_dashes_is_refused_with_a_hint(self):
+    def test_with_a_command_that_does_not_follow_dashes_is_refused_with_a_hint(self):
         for subcommand, *others in (("run",), ("run", "--seed", "1"), ("replay", "x.trace")):
             self.check("The following arguments were not expected: ./client x\n"
-                       f"orb-sim: write COMMAND behind --, as in: orb-sim {subcommand} [...] -- "
+                       f"orb-sim: write COMMAND after --, as in: orb-sim {subcommand} [...] -- "
                        "./client", subcommand, *others, "./client", "x", see=subcommand + " ")
         self.check("The following argument was not expected: x", "serve", "x", see="serve ")
 
@@ -138,7 +138,7 @@ class CommandLine(OrbSimTest):
         self.check("--link is required", "tap", "/dev/null", see="tap ")
         self.check("TRACE is required", "replay", see="replay ")
         for arguments in (("x",), ("x", "--link", "y", "--", "true")):
-            self.check_failure("orb-sim: give either --link PATH or COMMAND, behind --\n",
+            self.check_failure("orb-sim: give either --link PATH or COMMAND, after --\n",
                                "replay", *arguments)
 
 

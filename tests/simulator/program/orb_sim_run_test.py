@@ -127,7 +127,7 @@ class Failure(RunTest):
                    "the real device, so it is not started\n", "/bin/su")
 
     def test_is_said_where_the_command_is_missing(self):
-        message = "orb-sim: COMMAND is missing; write it behind --, as in: orb-sim run -- ./client\n"
+        message = "orb-sim: COMMAND is missing; write it after --, as in: orb-sim run -- ./client\n"
         self.check(125, message)
         self.check_failure(message, "run")
 

@@ -96,7 +96,7 @@ class Tap(TapTest):
             settings[4] = settings[5] = termios.B38400
             termios.tcsetattr(port, termios.TCSANOW, settings)
             for options, speed in (((), termios.B38400), (("--baud", "9600"), termios.B9600)):
-                with self.offered_line("tap", self.link, os.ttyname(port), *options):
+                with self.offered_line("tap", self.link, os.ttyname(port), *options) as (process, _):
                     settings = termios.tcgetattr(port)
                     self.assertEqual(settings[4:6], [speed, speed])
                     with opened(self.link) as client:
@@ -104,6 +104,8 @@ class Tap(TapTest):
                         self.assertEqual(read_exactly(client, 256), bytes(range(256)))
                         os.write(client, bytes(range(256)))
                         self.assertEqual(read_exactly(receiver, 256), bytes(range(256)))
+                    # Killed, it would leave its link, and its tty's number to any other process.
+                    self.end(process, signal.SIGTERM)
         finally:
             os.close(receiver)
             os.close(port)

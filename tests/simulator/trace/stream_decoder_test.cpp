@@ -138,7 +138,7 @@ TEST(StreamDecoder, HandsAnItemOnWhenItIsComplete) {
   EXPECT_TRUE(decoder.isMidItem());
 }
 
-TEST(StreamDecoder, GoesOnBehindWhatWasIncomplete) {
+TEST(StreamDecoder, GoesOnAfterWhatWasIncomplete) {
   std::vector<sim::StreamItem> items;
   sim::StreamDecoder decoder([&](const sim::StreamItem& found) { items.push_back(found); });
   decoder.push(hex("A0 A1 00 05"));

@@ -73,7 +73,7 @@ TEST_F(Trace, IsReadAsItWasWritten) {
   EXPECT_EQ(sim::loadTrace(file_), records);
 }
 
-TEST_F(Trace, IsALineForEachPieceBehindAHeader) {
+TEST_F(Trace, IsALineForEachPieceAfterAHeader) {
   sim::TraceWriter writer(file_, "/dev/\"odd\"\n\xFF");
   writer.write({microseconds(1'234'567), sim::Speaker::Client, hex("A0 0d")});
   writer.write({microseconds(2'000'000), sim::Speaker::Receiver, hex("01")});
