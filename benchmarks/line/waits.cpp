@@ -13,9 +13,9 @@
 #include <stdexcept>
 #include <string>
 
+#include "base/owned_descriptor.h"
 #include "line/far_end.h"
 #include "line/query.h"
-#include "base/owned_descriptor.h"
 #include "support/turns.h"
 #include "transport/look_schedule.h"
 
@@ -109,8 +109,7 @@ WaitCost costOfLibrary(FarEnd& farEnd, milliseconds delay, int queries) {
 // On a line that stays open.
 WaitCost costOfPolicy(FarEnd& farEnd, const Policy& policy, milliseconds delay, int queries) {
   const std::string& tty = farEnd.tty();
-  const OwnedDescriptor line(open(tty.c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC),
-                                  tty);
+  const OwnedDescriptor line(open(tty.c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC), tty);
   const auto send = [&] {
     if (write(line.get(), kMasksQuery.data(), kMasksQuery.size()) < 0) {
       throw std::runtime_error("the line took no query");

@@ -139,13 +139,17 @@ class Tap(TapTest):
         reason to write on standard error."""
         command = shlex.join([ORB_SIM, "tap", str(self.device), "--link", str(self.link), *options])
         with subprocess.Popen(["bash", "-c", f"exec {command} {redirection}"], text=True,
-                              stderr=subprocess.PIPE, env=self.environment) as process:
+                              stdout=subprocess.PIPE, stderr=subprocess.PIPE,
+                              env=self.environment) as process:
             try:
+                process.stdout.readline()  # nothing where it is redirected
+                process.stdout.close()
                 wait_until(self.link.is_symlink, "no link")
                 for _ in range(3):
                     self.assertEqual(ask(self.link).hex().upper(), ANSWER)
                 process.terminate()
-                _, errors = process.communicate(timeout=LIMIT)
+                errors = process.stderr.read()
+                process.wait(LIMIT)
             finally:
                 process.kill()
         self.assertEqual(process.returncode, 0)
@@ -153,7 +157,7 @@ class Tap(TapTest):
 
     def test_goes_on_where_nobody_sees_what_it_shows(self):
         with self.offered_line("serve", self.device):
-            for redirection in (">/dev/full", ">&-", "> >(head -n 1 >/dev/null)"):
+            for redirection in (">/dev/full", ">&-", ""):
                 with self.subTest(redirection):
                     self.check_goes_on(redirection)
                     self.trace.unlink(missing_ok=True)
