@@ -53,7 +53,7 @@ install_packages() {
     echo "  apt-get install$missing" >&2
     return 1
   fi
-  echo "Installing$missing"
+  echo "Installing$missing" >&2
   # shellcheck disable=SC2086  # the packages, and sudo or nothing, are words
   $as_root apt-get update -qq &&
     $as_root env DEBIAN_FRONTEND=noninteractive \

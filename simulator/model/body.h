@@ -87,7 +87,7 @@ class BodyWriter {
   template <typename Value>
   void writeOne(const Value& value) {
     if constexpr (!std::is_class_v<Value>) {
-      const std::uint64_t bits = std::bit_cast<BitsOf<Value>>(value);
+      const auto bits = std::uint64_t{std::bit_cast<BitsOf<Value>>(value)};
       for (std::size_t left = sizeof(Value); left-- > 0;) {
         body_.push_back(static_cast<std::uint8_t>(bits >> (8 * left) & 0xFF));
       }

@@ -158,14 +158,15 @@ constexpr Command kCommands[] = {
 }  // namespace
 
 const Command* findCommand(message::Id id) {
-  const auto row = std::find_if(std::begin(kCommands), std::end(kCommands),
-                                [&](const Command& command) { return command.id == id; });
+  const auto* const row = std::find_if(std::begin(kCommands), std::end(kCommands),
+                                       [&](const Command& command) { return command.id == id; });
   return row == std::end(kCommands) ? nullptr : row;
 }
 
 const Command* findCommand(std::string_view name) {
-  const auto row = std::find_if(std::begin(kCommands), std::end(kCommands),
-                                [&](const Command& command) { return command.name == name; });
+  const auto* const row =
+      std::find_if(std::begin(kCommands), std::end(kCommands),
+                   [&](const Command& command) { return command.name == name; });
   return row == std::end(kCommands) ? nullptr : row;
 }
 
