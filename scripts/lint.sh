@@ -1,6 +1,6 @@
 #!/bin/sh
-# Checks all sources with clang-format and clang-tidy. Only version 14 of them counts: others have
-# other opinions.
+# Checks all sources with clang-format and the product's with clang-tidy. Only version 14 of them
+# counts: others have other opinions.
 set -eu
 cd "$(dirname "$0")/.."
 
