@@ -2,7 +2,8 @@
 
 # What building and running the product takes.
 ORB_BUILD_PACKAGES="g++ cmake ninja-build pkg-config libsystemd-dev libtomlplusplus-dev
-  libcli11-dev libeigen3-dev nlohmann-json3-dev dbus-daemon"
+  libcli11-dev libeigen3-dev libfmt-dev libncurses-dev nlohmann-json3-dev
+  dbus-daemon"
 
 # What testing it takes besides.
 ORB_TEST_PACKAGES="bash binutils clang dbus-bin diffutils i2c-tools libclang-rt-dev libgmock-dev
