@@ -94,15 +94,11 @@ TEST_F(Facade, FindsThePartNumberInsideALongerText) {
   EXPECT_TRUE(facade.IsOrbitek());
 }
 
-TEST_F(Facade, PassesOperationsToTheReceiver) {
+TEST_F(Facade, PassesOperationsToTheDriverAndTheReceiver) {
   orbController facade;
   std::string info;
   EXPECT_EQ(facade.getInfo(info), 0u);
   EXPECT_EQ(info, "KernelVersion 1.0.12: ODMVersion 1.2.0: Revision 2024.3.15");
-}
-
-TEST_F(Facade, HasTheDriversTimeStamp) {
-  orbController facade;
   EXPECT_EQ(facade.timeStamp(), "14:03:27_042: ");
 }
 
