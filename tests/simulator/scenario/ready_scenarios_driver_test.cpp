@@ -50,7 +50,7 @@ class ReadyScenario : public ::testing::Test {
   WallClock clock_;
   CarrierBoard board_;
   std::optional<sim::ScenarioDevice> device_;
-  std::optional<sim::PtyLine> line_;
+  std::optional<ChattyLine> line_;
   StampedDriver driver_;
 };
 

@@ -11,11 +11,6 @@
 
 namespace orb::sim {
 
-bool operator==(const StreamItem& left, const StreamItem& right) {
-  return left.kind == right.kind && left.offset == right.offset && left.bytes == right.bytes &&
-         left.length == right.length && left.trouble == right.trouble;
-}
-
 void PrintTo(const StreamItem& item, std::ostream* stream) {
   *stream << "kind " << static_cast<int>(item.kind) << ", at " << item.offset << ", " << item.length
           << " bytes: " << testing::PrintToString(item.bytes) << ' ' << item.trouble;
