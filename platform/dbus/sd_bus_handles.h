@@ -4,6 +4,7 @@
 #include <systemd/sd-event.h>
 
 #include <memory>
+#include <system_error>
 
 namespace orb {
 
@@ -25,5 +26,12 @@ using BusHandle = std::unique_ptr<sd_bus, BusCloser>;
 using MessageHandle = std::unique_ptr<sd_bus_message, MessageReleaser>;
 using SlotHandle = std::unique_ptr<sd_bus_slot, SlotReleaser>;
 using EventHandle = std::unique_ptr<sd_event, EventReleaser>;
+
+/// Throws std::system_error with `what` where a call of sd-bus or sd-event has failed.
+inline void checkBus(int result, const char* what) {
+  if (result < 0) {
+    throw std::system_error(-result, std::generic_category(), what);
+  }
+}
 
 }  // namespace orb

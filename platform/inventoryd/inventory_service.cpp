@@ -3,18 +3,11 @@
 #include <cerrno>
 #include <cinttypes>
 #include <stdexcept>
-#include <system_error>
 
 #include "dbus/inventory_interface.h"
 
 namespace orb::inventory {
 namespace {
-
-void check(int result, const char* what) {
-  if (result < 0) {
-    throw std::system_error(-result, std::generic_category(), what);
-  }
-}
 
 const Inventory& inventoryOf(void* context) { return *static_cast<const Inventory*>(context); }
 
@@ -130,15 +123,15 @@ const sd_bus_vtable kMethods[] = {
 InventoryService::InventoryService(sd_bus* bus, const Inventory& inventory) {
   sd_bus_slot* slot = nullptr;
   // sd-bus hands the context back as it got it; the methods read it as const again.
-  check(sd_bus_add_object_vtable(bus, &slot, kObjectPath, kInterface, kMethods,
-                                 const_cast<Inventory*>(&inventory)),
-        "cannot offer the inventory");
+  checkBus(sd_bus_add_object_vtable(bus, &slot, kObjectPath, kInterface, kMethods,
+                                    const_cast<Inventory*>(&inventory)),
+           "cannot offer the inventory");
   object_.reset(slot);
   const int result = sd_bus_request_name(bus, kBusName, 0);
   if (result == -EEXIST) {
     throw std::runtime_error("another orb-inventoryd runs on this bus already");
   }
-  check(result, "cannot take the name org.orb_gnss.Inventory1");
+  checkBus(result, "cannot take the name org.orb_gnss.Inventory1");
 }
 
 }  // namespace orb::inventory

@@ -9,8 +9,8 @@ namespace orb::inventory {
 class InventoryService {
  public:
   /// Takes the service's name on the bus; the bus and the inventory outlive the object. Throws
-  /// std::system_error when the name is not to be had: EEXIST while another service owns it,
-  /// EACCES when the bus's policy forbids it.
+  /// std::runtime_error while another service owns the name, and std::system_error when it cannot
+  /// be had otherwise: EACCES when the bus's policy forbids it.
   InventoryService(sd_bus* bus, const Inventory& inventory);
 
  private:

@@ -5,7 +5,6 @@
 #include <exception>
 #include <iostream>
 #include <string>
-#include <system_error>
 
 #include "dbus/sd_bus_handles.h"
 #include "inventoryd/inventory_file.h"
@@ -13,6 +12,7 @@
 
 namespace {
 
+using orb::checkBus;
 using orb::inventory::Inventory;
 using orb::inventory::InventoryFile;
 using orb::inventory::InventoryService;
@@ -22,12 +22,6 @@ constexpr int kExitUsage = 2;
 constexpr char kProgram[] = "orb-inventoryd";
 constexpr char kDefaultConfig[] = "/etc/orb-gnss/inventory.toml";
 
-void check(int result, const char* what) {
-  if (result < 0) {
-    throw std::system_error(-result, std::generic_category(), what);
-  }
-}
-
 int onBusGone(sd_bus_message* /*signal*/, void* event, sd_bus_error* /*error*/) {
   std::cerr << kProgram << ": the system bus has gone\n";
   return sd_event_exit(static_cast<sd_event*>(event), EXIT_SUCCESS);
@@ -35,22 +29,24 @@ int onBusGone(sd_bus_message* /*signal*/, void* event, sd_bus_error* /*error*/) 
 
 orb::EventHandle makeEventLoop() {
   sd_event* event = nullptr;
-  check(sd_event_new(&event), "cannot make an event loop");
+  checkBus(sd_event_new(&event), "cannot make an event loop");
   orb::EventHandle loop(event);
   // Without a handler of ours, both signals end the loop with success.
-  check(sd_event_add_signal(event, nullptr, SIGTERM | SD_EVENT_SIGNAL_PROCMASK, nullptr, nullptr),
-        "cannot handle SIGTERM");
-  check(sd_event_add_signal(event, nullptr, SIGINT | SD_EVENT_SIGNAL_PROCMASK, nullptr, nullptr),
-        "cannot handle SIGINT");
+  checkBus(
+      sd_event_add_signal(event, nullptr, SIGTERM | SD_EVENT_SIGNAL_PROCMASK, nullptr, nullptr),
+      "cannot handle SIGTERM");
+  checkBus(sd_event_add_signal(event, nullptr, SIGINT | SD_EVENT_SIGNAL_PROCMASK, nullptr, nullptr),
+           "cannot handle SIGINT");
   return loop;
 }
 
 orb::BusHandle connect(sd_event* event) {
   sd_bus* raw = nullptr;
-  check(sd_bus_open_system(&raw), "cannot connect to the system bus");
+  checkBus(sd_bus_open_system(&raw), "cannot connect to the system bus");
   orb::BusHandle bus(raw);
-  check(sd_bus_attach_event(raw, event, SD_EVENT_PRIORITY_NORMAL), "cannot watch the system bus");
-  check(
+  checkBus(sd_bus_attach_event(raw, event, SD_EVENT_PRIORITY_NORMAL),
+           "cannot watch the system bus");
+  checkBus(
       sd_bus_match_signal(raw, nullptr, "org.freedesktop.DBus.Local", "/org/freedesktop/DBus/Local",
                           "org.freedesktop.DBus.Local", "Disconnected", onBusGone, event),
       "cannot watch the system bus");
@@ -64,7 +60,7 @@ int serve(const Inventory& inventory) {
   sd_notify(0, "READY=1");
   const int result = sd_event_loop(event.get());
   sd_notify(0, "STOPPING=1");
-  check(result, "the event loop failed");
+  checkBus(result, "the event loop failed");
   return result;
 }
 

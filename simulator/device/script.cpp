@@ -56,13 +56,10 @@ Script::Definition* Script::ruleFor(const Frame& packet) {
 
 Bytes Script::perform(const Definition& rule, const Frame& packet) {
   Bytes answer = rule.answer ? rule.answer(packet) : passOn(packet);
-  if (rule.alteration) {
-    answer = rule.alteration(std::move(answer));
-  }
   if (rule.delay == milliseconds{0} && rule.pieceLength == 0) {
     return answer;
   }
-  schedule(rule, answer);
+  schedule(rule, std::move(answer));
   return takeDue();
 }
 
@@ -70,15 +67,11 @@ Bytes Script::passOn(const Frame& packet) {
   return device_ == nullptr ? Bytes{} : device_->receive(packet.packet());
 }
 
-void Script::schedule(const Definition& rule, const Bytes& answer) {
+void Script::schedule(const Definition& rule, Bytes answer) {
   const std::size_t length = rule.pieceLength == 0 ? answer.size() : rule.pieceLength;
   milliseconds due = now_ + rule.delay;
-  for (std::size_t begin = 0; begin < answer.size(); begin += length) {
-    const std::size_t end = std::min(begin + length, answer.size());
-    const auto at = [&](std::size_t index) {
-      return answer.begin() + static_cast<std::ptrdiff_t>(index);
-    };
-    scheduled_.emplace(due, Bytes(at(begin), at(end)));
+  while (!answer.empty()) {
+    scheduled_.emplace(due, takeFirst(answer, length));
     due += rule.gap;
   }
 }
@@ -140,11 +133,6 @@ Script::Rule& Script::Rule::nothing() { return answer(Bytes{}); }
 
 Script::Rule& Script::Rule::refusal() {
   return answer([](const Frame& packet) { return refuse(packet.id()); });
-}
-
-Script::Rule& Script::Rule::altered(std::function<Bytes(Bytes)> alteration) {
-  definition_.alteration = std::move(alteration);
-  return *this;
 }
 
 Script::Rule& Script::Rule::after(milliseconds delay) {

@@ -21,9 +21,33 @@ class LineShaper::Implementation {
         toClient_(conditions_.baud),
         nextChatter_(chatters() ? conditions_.chatterInterval : kNever) {}
 
-  Bytes receive(const Bytes& bytes);
-  Bytes tick(milliseconds elapsed);
-  milliseconds untilNextOutput() const;
+  Bytes receive(const Bytes& bytes) {
+    if (hangUp_) {
+      return {};
+    }
+    fromClient_.add(bytes);
+    arrive(fromClient_.take(milliseconds{0}));
+    hear();
+    return takeOutput();
+  }
+
+  Bytes tick(milliseconds elapsed) {
+    constexpr milliseconds kShortestStep{1};
+    Bytes output;
+    do {
+      const milliseconds step = std::min(elapsed, std::max(untilNextOutput(), kShortestStep));
+      append(output, letPass(step));
+      elapsed -= step;
+    } while (elapsed > milliseconds{0});
+    return output;
+  }
+
+  milliseconds untilNextOutput() const {
+    const auto until = [&](milliseconds time) { return time == kNever ? kNever : time - now_; };
+    return std::min({fromClient_.untilNext(), toClient_.untilNext(), until(heardLater_.next()),
+                     until(nextChatter_), device_.untilNextOutput()});
+  }
+
   bool takeHangUp() { return std::exchange(hangUp_, false); }
 
  private:
@@ -31,13 +55,82 @@ class LineShaper::Implementation {
   static constexpr std::size_t kLongestBacklog = 4096;
 
   bool chatters() const { return conditions_.chatterInterval > milliseconds{0}; }
-  Bytes letPass(milliseconds elapsed);
-  void arrive(const Bytes& bytes);
-  void delay(Bytes bytes);
-  void hear();
-  void chatter();
-  void askForHangUp();
-  Bytes takeOutput();
+
+  Bytes letPass(milliseconds elapsed) {
+    const bool lineIsDown = hangUp_;
+    now_ += elapsed;
+    Bytes output = lineIsDown ? Bytes{} : toClient_.take(elapsed);
+    const Bytes unasked = device_.tick(elapsed);
+    if (toClient_.waiting() <= kLongestBacklog) {
+      toClient_.add(unasked);
+    }
+    askForHangUp();
+    chatter();
+    arrive(fromClient_.take(elapsed));
+    hear();
+    if (!lineIsDown) {
+      append(output, takeOutput());
+    }
+    return output;
+  }
+
+  void arrive(const Bytes& bytes) {
+    Bytes message;
+    for (const std::uint8_t byte : bytes) {
+      message.push_back(byte);
+      if (!reader_.push({byte}).empty()) {
+        delay(std::exchange(message, {}));
+        ++messages_;
+      }
+    }
+    delay(std::move(message));
+  }
+
+  /// A message whose latency comes out shorter than that of the one before it does not overtake it.
+  void delay(Bytes bytes) {
+    constexpr std::uint64_t kStream = ~std::uint64_t{0};  // apart from those of fault rules
+    Draw draw(seed_, kStream, messages_);
+    const auto choices = static_cast<std::uint64_t>(conditions_.spread.count()) + 1;
+    const milliseconds drawn{draw.below(choices)};
+    lastDue_ = std::max(lastDue_, now_ + conditions_.latency + drawn);
+    heardLater_.add(lastDue_, {std::move(bytes)});
+  }
+
+  void hear() {
+    const Bytes heard = heardLater_.take(now_);
+    if (!heard.empty()) {
+      toClient_.add(device_.receive(heard));
+      askForHangUp();
+    }
+  }
+
+  void chatter() {
+    if (now_ < nextChatter_) {
+      return;
+    }
+    nextChatter_ = now_ + conditions_.chatterInterval;
+    if (toClient_.waiting() == 0) {
+      toClient_.add(Bytes(conditions_.chatter.begin(), conditions_.chatter.end()));
+    }
+  }
+
+  void askForHangUp() {
+    if (device_.takeHangUp()) {
+      hangUp_ = true;
+      fromClient_.clear();
+      heardLater_ = {};
+      reader_ = {};
+    }
+  }
+
+  /// What is still on its way to the client when the line is dropped is lost.
+  Bytes takeOutput() {
+    Bytes output = toClient_.take(milliseconds{0});
+    if (hangUp_) {
+      toClient_.clear();
+    }
+    return output;
+  }
 
   Device& device_;
   const LineConditions conditions_;
@@ -54,109 +147,6 @@ class LineShaper::Implementation {
   milliseconds nextChatter_;
   bool hangUp_ = false;  ///< the line has not been told yet, and carries nothing until then
 };
-
-Bytes LineShaper::Implementation::receive(const Bytes& bytes) {
-  if (hangUp_) {
-    return {};
-  }
-  fromClient_.add(bytes);
-  arrive(fromClient_.take(milliseconds{0}));
-  hear();
-  return takeOutput();
-}
-
-Bytes LineShaper::Implementation::tick(milliseconds elapsed) {
-  constexpr milliseconds kShortestStep{1};
-  Bytes output;
-  do {
-    const milliseconds step = std::min(elapsed, std::max(untilNextOutput(), kShortestStep));
-    append(output, letPass(step));
-    elapsed -= step;
-  } while (elapsed > milliseconds{0});
-  return output;
-}
-
-Bytes LineShaper::Implementation::letPass(milliseconds elapsed) {
-  const bool lineIsDown = hangUp_;
-  now_ += elapsed;
-  Bytes output = lineIsDown ? Bytes{} : toClient_.take(elapsed);
-  const Bytes unasked = device_.tick(elapsed);
-  if (toClient_.waiting() <= kLongestBacklog) {
-    toClient_.add(unasked);
-  }
-  askForHangUp();
-  chatter();
-  arrive(fromClient_.take(elapsed));
-  hear();
-  if (!lineIsDown) {
-    append(output, takeOutput());
-  }
-  return output;
-}
-
-void LineShaper::Implementation::arrive(const Bytes& bytes) {
-  Bytes message;
-  for (const std::uint8_t byte : bytes) {
-    message.push_back(byte);
-    if (!reader_.push({byte}).empty()) {
-      delay(std::exchange(message, {}));
-      ++messages_;
-    }
-  }
-  delay(std::move(message));
-}
-
-/// A message whose latency comes out shorter than that of the one before it does not overtake it.
-void LineShaper::Implementation::delay(Bytes bytes) {
-  constexpr std::uint64_t kStream = ~std::uint64_t{0};  // apart from those of fault rules
-  Draw draw(seed_, kStream, messages_);
-  const auto choices = static_cast<std::uint64_t>(conditions_.spread.count()) + 1;
-  const milliseconds drawn{draw.below(choices)};
-  lastDue_ = std::max(lastDue_, now_ + conditions_.latency + drawn);
-  heardLater_.add(lastDue_, {std::move(bytes)});
-}
-
-void LineShaper::Implementation::hear() {
-  const Bytes heard = heardLater_.take(now_);
-  if (!heard.empty()) {
-    toClient_.add(device_.receive(heard));
-    askForHangUp();
-  }
-}
-
-void LineShaper::Implementation::chatter() {
-  if (now_ < nextChatter_) {
-    return;
-  }
-  nextChatter_ = now_ + conditions_.chatterInterval;
-  if (toClient_.waiting() == 0) {
-    toClient_.add(Bytes(conditions_.chatter.begin(), conditions_.chatter.end()));
-  }
-}
-
-void LineShaper::Implementation::askForHangUp() {
-  if (device_.takeHangUp()) {
-    hangUp_ = true;
-    fromClient_.clear();
-    heardLater_ = {};
-    reader_ = {};
-  }
-}
-
-/// What is still on its way to the client when the line is dropped is lost.
-Bytes LineShaper::Implementation::takeOutput() {
-  Bytes output = toClient_.take(milliseconds{0});
-  if (hangUp_) {
-    toClient_.clear();
-  }
-  return output;
-}
-
-milliseconds LineShaper::Implementation::untilNextOutput() const {
-  const auto until = [&](milliseconds time) { return time == kNever ? kNever : time - now_; };
-  return std::min({fromClient_.untilNext(), toClient_.untilNext(), until(heardLater_.next()),
-                   until(nextChatter_), device_.untilNextOutput()});
-}
 
 LineShaper::LineShaper(Device& device, const LineConditions& conditions, std::uint64_t seed)
     : implementation_(std::make_unique<Implementation>(device, conditions, seed)) {}

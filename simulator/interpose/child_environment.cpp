@@ -68,16 +68,6 @@ class PreloadList {
   std::size_t length_ = 0;
 };
 
-bool isRuntime(std::string_view library) noexcept {
-  char name[PATH_MAX];
-  if (library.size() >= sizeof name) {
-    return false;
-  }
-  std::memcpy(name, library.data(), library.size());
-  name[library.size()] = '\0';
-  return isSanitizerRuntime(name);
-}
-
 /// Makes the entry: `runtimes`, our library, and what `given` (the libraries of an LD_PRELOAD) has
 /// of others. A runtime that is listed before our library was put there for another program.
 void makePreload(PreloadEntry& entry, std::string_view runtimes, std::string_view given) noexcept {
@@ -91,7 +81,7 @@ void makePreload(PreloadEntry& entry, std::string_view runtimes, std::string_vie
     given.remove_prefix(std::min(length + 1, given.size()));
     if (library == keptLibrary) {
       isInFront = false;
-    } else if (!isInFront || !isRuntime(library)) {
+    } else if (!isInFront || !isSanitizerRuntime(library)) {
       list.add(library);
     }
   }

@@ -101,16 +101,4 @@ bool ElfFile::dynamicEntry(unsigned index, Elf64_Dyn& entry) const noexcept {
          bytes_.read(dynamic_.p_offset + index * sizeof entry, entry) && entry.d_tag != DT_NULL;
 }
 
-bool ElfFile::libraryName(unsigned index, char (&name)[256]) const noexcept {
-  Elf64_Dyn entry;
-  if (!dynamicEntry(index, entry)) {
-    return false;
-  }
-  const bool isName = entry.d_tag == DT_NEEDED && texts_ != 0;
-  if (!isName || !bytes_.readText(texts_ + entry.d_un.d_val, name)) {
-    name[0] = '\0';
-  }
-  return true;
-}
-
 }  // namespace orb::sim

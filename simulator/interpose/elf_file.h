@@ -54,9 +54,11 @@ class ElfFile {
   /// Calls `use(name)` for each library that the program needs, in the program's order.
   template <typename Use>
   void forEachLibrary(Use use) const noexcept {
+    Elf64_Dyn entry;
     char name[256];
-    for (unsigned i = 0; libraryName(i, name); ++i) {
-      if (name[0] != '\0') {
+    for (unsigned i = 0; dynamicEntry(i, entry); ++i) {
+      const bool isName = entry.d_tag == DT_NEEDED && texts_ != 0;
+      if (isName && bytes_.readText(texts_ + entry.d_un.d_val, name)) {
         use(static_cast<const char*>(name));
       }
     }
@@ -68,8 +70,6 @@ class ElfFile {
   bool segment(Elf64_Word type, Elf64_Phdr& found) const noexcept;
   bool dynamicEntry(unsigned index, Elf64_Dyn& entry) const noexcept;
   bool fileOffset(Elf64_Addr address, std::uint64_t& offset) const noexcept;
-  /// Reads the name that dynamic entry `index` holds, "" where it holds none; false at the end.
-  bool libraryName(unsigned index, char (&name)[256]) const noexcept;
 
   const ProgramBytes& bytes_;
   Elf64_Ehdr header_{};

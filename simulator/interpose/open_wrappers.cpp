@@ -60,17 +60,10 @@ ORB_SIM_WRAPPER int __openat_2(int directory, const char* path, int flags) {
              : callNext<"__openat_2", int(int, const char*, int)>(directory, path, flags);
 }
 
-ORB_SIM_WRAPPER int creat(const char* path, mode_t mode) {
-  return callNext<"creat", decltype(::creat)>(mapped(path), mode);
-}
-
-ORB_SIM_WRAPPER FILE* fopen(const char* path, const char* mode) {
-  return callNext<"fopen", decltype(::fopen)>(mapped(path), mode);
-}
-
-ORB_SIM_WRAPPER FILE* freopen(const char* path, const char* mode, FILE* stream) {
-  return callNext<"freopen", decltype(::freopen)>(mapped(path), mode, stream);
-}
+ORB_SIM_FORWARD(int, creat, (const char* path, mode_t mode), (mapped(path), mode))
+ORB_SIM_FORWARD(FILE*, fopen, (const char* path, const char* mode), (mapped(path), mode))
+ORB_SIM_FORWARD(FILE*, freopen, (const char* path, const char* mode, FILE* stream),
+                (mapped(path), mode, stream))
 
 // The file is opened later, in the child, by a call within the C library.
 ORB_SIM_WRAPPER int posix_spawn_file_actions_addopen(posix_spawn_file_actions_t* actions,

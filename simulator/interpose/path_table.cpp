@@ -76,31 +76,24 @@ bool appendDirectory(PathBuffer& out, int directory) noexcept {
   return length > 0 && appendComponents(out, {target, static_cast<std::size_t>(length)});
 }
 
+/// The place of the mapping of `from`, or the number of mappings.
+int indexOf(const char* from, int count) noexcept {
+  int index = 0;
+  while (index < count && std::strcmp(mappings[index].from, from) != 0) {
+    ++index;
+  }
+  return index;
+}
+
 const char* findMapped(int directory, const char* path) noexcept {
   PathBuffer absolute;
   const int savedErrno = errno;
   const bool known =
       (path[0] == '/' || appendDirectory(absolute, directory)) && appendComponents(absolute, path);
   errno = savedErrno;
-  if (!known) {
-    return path;
-  }
   const int count = mappingCount.load(std::memory_order_acquire);
-  for (int i = 0; i < count; ++i) {
-    if (std::strcmp(mappings[i].from, absolute.text) == 0) {
-      return mappings[i].to;
-    }
-  }
-  return path;
-}
-
-int indexOf(const char* from) noexcept {
-  const int count = mappingCount.load(std::memory_order_relaxed);
-  int index = 0;
-  while (index < count && std::strcmp(mappings[index].from, from) != 0) {
-    ++index;
-  }
-  return index;
+  const int index = known ? indexOf(absolute.text, count) : count;
+  return index < count ? mappings[index].to : path;
 }
 
 /// Takes the text up to an unescaped `end` (or the end of the text) off the front of `text`, and
@@ -166,7 +159,8 @@ void mapPath(std::string_view from, std::string_view to) noexcept {
   if (to.empty() || to.size() >= PATH_MAX || !appendComponents(absolute, from)) {
     endProcess("a path to be mapped is too long, or its target is empty");
   }
-  const int index = indexOf(absolute.text);
+  const int count = mappingCount.load(std::memory_order_relaxed);
+  const int index = indexOf(absolute.text, count);
   if (index == kMaxMappedPaths) {
     endProcess("more paths are mapped than there is room for");
   }
@@ -175,7 +169,6 @@ void mapPath(std::string_view from, std::string_view to) noexcept {
   mapping.to[to.size()] = '\0';
   std::memcpy(mapping.from, absolute.text, absolute.length + 1);
   mapping.name = lastComponent(mapping.from);
-  const int count = mappingCount.load(std::memory_order_relaxed);
   mappingCount.store(std::max(count, index + 1), std::memory_order_release);
 }
 

@@ -32,8 +32,6 @@ bool givesRights(const char* path) noexcept {
   return otherUser || otherGroup || capabilities;
 }
 
-/// Reads the interpreter's path from a script's first line into `path`. False where the file is no
-/// script.
 bool readInterpreter(const ProgramBytes& bytes, char (&path)[PATH_MAX]) noexcept {
   char line[256] = "";
   bytes.read(0, line, sizeof line - 1);
@@ -97,11 +95,14 @@ ProgramFile inspectProgram(const char* path) noexcept {
   return program;
 }
 
-bool isSanitizerRuntime(const char* library) noexcept {
-  const char* const slash = std::strrchr(library, '/');
-  const char* const name = slash != nullptr ? slash + 1 : library;
+bool readInterpreter(const char* script, char (&path)[PATH_MAX]) noexcept {
+  return readInterpreter(ProgramBytes(script), path);
+}
+
+bool isSanitizerRuntime(std::string_view library) noexcept {
+  library.remove_prefix(library.rfind('/') + 1);  // none without a slash
   for (const char* const runtime : kRuntimeNames) {
-    if (std::strncmp(name, runtime, std::strlen(runtime)) == 0) {
+    if (library.find(runtime) == 0) {
       return true;
     }
   }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <climits>
+#include <string_view>
 
 namespace orb::sim {
 
@@ -18,8 +19,12 @@ struct ProgramFile {
 /// Looks into the file at `path`: a program, or a script, which stands for its interpreter.
 ProgramFile inspectProgram(const char* path) noexcept;
 
+/// Reads the interpreter's path from a script's first line into `path`. False where the file is no
+/// script.
+bool readInterpreter(const char* script, char (&path)[PATH_MAX]) noexcept;
+
 /// Whether a library of this name or path is a sanitizer's runtime.
-bool isSanitizerRuntime(const char* library) noexcept;
+bool isSanitizerRuntime(std::string_view library) noexcept;
 
 /// The file that a shell would start for `name`: looked up in PATH unless `name` has a slash.
 /// Returns `found`, or `name` itself where the look-up finds nothing.

@@ -9,14 +9,16 @@
 
 #include "interpose/path_table.h"
 
-// How a wrapper is written: a function of the C library's name and type, which maps its path and
-// calls on.
-//
-//     ORB_SIM_WRAPPER int unlink(const char* path) noexcept {
-//       return callNext<"unlink", decltype(::unlink)>(mapped(path));
-//     }
-
+/// Begins a wrapper: a function of the C library's name and type.
 #define ORB_SIM_WRAPPER extern "C" __attribute__((visibility("default")))
+
+/// A whole wrapper that calls on with its path mapped: result, name, parameters, arguments to pass.
+///
+///     ORB_SIM_FORWARD(int, chmod, (const char* path, mode_t mode) noexcept, (mapped(path), mode))
+#define ORB_SIM_FORWARD(Result, name, parameters, arguments)       \
+  ORB_SIM_WRAPPER Result name parameters {                         \
+    return orb::sim::callNext<#name, Result parameters> arguments; \
+  }
 
 static_assert(sizeof(void*) == 8,
               "the plain functions and their 64 variants are taken as the same");
@@ -36,27 +38,20 @@ struct SymbolName {
 /// The definition of a function that ours hides: that of a library loaded later, in the end the C
 /// library's.
 template <SymbolName kName, typename Function>
-class Next {
- public:
-  static Function* function() noexcept {
-    Function* const found = found_.load(std::memory_order_relaxed);
-    return found != nullptr ? found : lookUp();
-  }
+Function* lookUp() noexcept {
+  return reinterpret_cast<Function*>(dlsym(RTLD_NEXT, kName.text));
+}
 
- private:
-  static Function* lookUp() noexcept {
-    return reinterpret_cast<Function*>(dlsym(RTLD_NEXT, kName.text));
-  }
-
-  // Filled when the program starts, because the look-up takes a lock that must not be needed after
-  // a fork; a call that comes earlier finds null here.
-  static inline std::atomic<Function*> found_{lookUp()};
-};
+// Filled when the program starts, because the look-up takes a lock that must not be needed after
+// a fork; a call that comes earlier finds null here.
+template <SymbolName kName, typename Function>
+inline std::atomic<Function*> lookedUp{lookUp<kName, Function>()};
 
 /// Calls the function that ours hides. Where there is none, fails with ENOSYS.
 template <SymbolName kName, typename Function, typename... Arguments>
 auto callNext(Arguments... arguments) {
-  Function* const next = Next<kName, Function>::function();
+  Function* const known = lookedUp<kName, Function>.load(std::memory_order_relaxed);
+  Function* const next = known != nullptr ? known : lookUp<kName, Function>();
   using Result = decltype(next(arguments...));
   if (next == nullptr) {
     errno = ENOSYS;

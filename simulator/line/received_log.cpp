@@ -15,15 +15,15 @@ void keepNewest(std::deque<Element>& elements, std::size_t count) {
 
 }  // namespace
 
-void ReceivedLog::add(const Bytes& bytes, PtyLine::Clock::time_point at) {
+void ReceivedLog::add(const Bytes& bytes) {
   {
     const std::lock_guard lock(mutex_);
     bytes_.insert(bytes_.end(), bytes.begin(), bytes.end());
-    for (Frame& frame : reader_.push(bytes)) {
-      packets_.push_back({std::move(frame), at});
+    for (const Frame& packet : reader_.push(bytes)) {
+      messages_.push_back(packet.id());
     }
-    keepNewest(bytes_, PtyLine::kMostReceivedBytes);
-    keepNewest(packets_, PtyLine::kMostReceivedPackets);
+    keepNewest(bytes_, kMostBytes);
+    keepNewest(messages_, kMostMessages);
   }
   grown_.notify_all();
 }
@@ -31,7 +31,7 @@ void ReceivedLog::add(const Bytes& bytes, PtyLine::Clock::time_point at) {
 void ReceivedLog::forget() {
   const std::lock_guard lock(mutex_);
   bytes_.clear();
-  packets_.clear();
+  messages_.clear();
 }
 
 Bytes ReceivedLog::bytes() const {
@@ -39,20 +39,15 @@ Bytes ReceivedLog::bytes() const {
   return Bytes(bytes_.begin(), bytes_.end());
 }
 
-std::vector<ReceivedLog::Received> ReceivedLog::packets() const {
-  const std::lock_guard lock(mutex_);
-  return {packets_.begin(), packets_.end()};
-}
-
 bool ReceivedLog::waitForBytes(std::size_t count, std::chrono::milliseconds limit) {
   std::unique_lock lock(mutex_);
   return grown_.wait_for(lock, limit, [&] { return bytes_.size() >= count; });
 }
 
-bool ReceivedLog::waitForPackets(const Predicate& wanted, std::size_t count,
+bool ReceivedLog::waitForMessage(std::uint16_t id, std::size_t count,
                                  std::chrono::milliseconds limit) {
   const auto enough = [&] {
-    const auto found = std::count_if(packets_.begin(), packets_.end(), wanted);
+    const auto found = std::count(messages_.begin(), messages_.end(), id);
     return static_cast<std::size_t>(found) >= count;
   };
   std::unique_lock lock(mutex_);

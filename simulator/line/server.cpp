@@ -8,17 +8,12 @@
 #include <array>
 #include <cstdint>
 
-#include "orb-sim/pty_line.h"
-
 namespace orb::sim {
 namespace {
 
 using std::chrono::ceil;
 using std::chrono::floor;
 using std::chrono::milliseconds;
-
-// Another thread may change a device at any time without telling the line.
-constexpr milliseconds kLongestSleep{50};
 
 /// Starts a thread that no signal of the program is delivered to; a SIGPIPE of its own neither.
 template <typename Function>
@@ -34,9 +29,10 @@ std::thread startWithoutSignals(Function function) {
 
 }  // namespace
 
-Server::Server(Device& device, Port& port)
+Server::Server(Device& device, Port& port, ReceivedLog* log)
     : device_(device),
       port_(port),
+      log_(log),
       wake_(::eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC), "eventfd"),
       thread_(startWithoutSignals([this] { run(); })) {}
 
@@ -57,20 +53,6 @@ void Server::send(const Bytes& bytes) {
   wake();
 }
 
-void Server::startChatter(milliseconds interval) {
-  {
-    const std::lock_guard lock(mutex_);
-    chatterInterval_ = interval;
-    nextChatter_ = Clock::now();
-  }
-  wake();
-}
-
-void Server::stopChatter() {
-  const std::lock_guard lock(mutex_);
-  chatterInterval_.reset();
-}
-
 void Server::wake() {
   const std::uint64_t one = 1;
   [[maybe_unused]] const ssize_t written = ::write(wake_.get(), &one, sizeof one);
@@ -89,7 +71,6 @@ void Server::run() {
     if (clientStirred) {
       serveClient();
     }
-    chatter();
     flush();
   }
 }
@@ -108,20 +89,23 @@ bool Server::sleep() {
   return (polled[0].revents & ~POLLOUT) != 0;
 }
 
-int Server::sleepLimit() {
-  milliseconds limit = std::min(kLongestSleep, device_.untilNextOutput());
-  const std::lock_guard lock(mutex_);
-  if (chatterInterval_) {
-    limit = std::min(limit, ceil<milliseconds>(nextChatter_ - Clock::now()));
-  }
+int Server::sleepLimit() const {
+  // Another thread may change a device at any time without telling the line.
+  constexpr milliseconds kLongestSleep{50};
   constexpr milliseconds kShortestSleep{1};
-  return static_cast<int>(std::max(limit, kShortestSleep).count());
+  return static_cast<int>(
+      std::clamp(device_.untilNextOutput(), kShortestSleep, kLongestSleep).count());
 }
 
 void Server::letTimePass(milliseconds elapsed) {
   elapsed = std::max(elapsed, milliseconds{0});
   deviceTime_ += elapsed;
-  offer(device_.tick(elapsed));
+  const Bytes unasked = device_.tick(elapsed);
+  {
+    const std::lock_guard lock(mutex_);
+    // As on a UART, it is lost while the port is full.
+    append(outgoing_, full_ ? Bytes{} : unasked);
+  }
   hangUpIfDropped();
 }
 
@@ -132,15 +116,16 @@ void Server::serveClient() {
   if (bytes.empty()) {
     return;
   }
-  const Clock::time_point now = Clock::now();
-  letTimePass(ceil<milliseconds>(now - deviceTime_));
+  letTimePass(ceil<milliseconds>(Clock::now() - deviceTime_));
   const Bytes answer = device_.receive(bytes);
   {
     const std::lock_guard lock(mutex_);
     append(outgoing_, answer);
   }
   hangUpIfDropped();
-  log_.add(bytes, now);
+  if (log_ != nullptr) {
+    log_->add(bytes);
+  }
 }
 
 void Server::hangUpIfDropped() {
@@ -152,25 +137,6 @@ void Server::hangUpIfDropped() {
   const std::lock_guard lock(mutex_);
   outgoing_.clear();
   full_ = false;
-}
-
-void Server::chatter() {
-  {
-    const std::lock_guard lock(mutex_);
-    if (!chatterInterval_ || Clock::now() < nextChatter_) {
-      return;
-    }
-    nextChatter_ = Clock::now() + *chatterInterval_;
-  }
-  offer(PtyLine::chatter());
-}
-
-/// What nobody asked for is lost, as on a UART, while the port is full.
-void Server::offer(const Bytes& bytes) {
-  const std::lock_guard lock(mutex_);
-  if (!full_) {
-    append(outgoing_, bytes);
-  }
 }
 
 void Server::flush() {

@@ -2,7 +2,6 @@
 
 #include <chrono>
 #include <mutex>
-#include <optional>
 #include <thread>
 
 #include "base/owned_descriptor.h"
@@ -13,19 +12,15 @@
 namespace orb::sim {
 
 /// The thread that stands between a device and the port that clients reach it through. It sleeps in
-/// poll() until a client writes, the device or the chatter is due, or another thread wants
-/// something.
+/// poll() until a client writes, the device is due, or another thread wants something.
 class Server {
  public:
-  /// Both must outlive this.
-  Server(Device& device, Port& port);
+  /// All must outlive this. What clients write is noted in the log, if there is one, after the
+  /// device has seen it.
+  Server(Device& device, Port& port, ReceivedLog* log = nullptr);
   ~Server();
 
-  ReceivedLog& log() { return log_; }
-
   void send(const Bytes& bytes);
-  void startChatter(std::chrono::milliseconds interval);
-  void stopChatter();
 
  private:
   using Clock = std::chrono::steady_clock;
@@ -33,27 +28,23 @@ class Server {
 
   void run();
   bool sleep();
-  int sleepLimit();
+  int sleepLimit() const;
   void wake();
   void letTimePass(Milliseconds elapsed);
   void serveClient();
   void hangUpIfDropped();
-  void chatter();
-  void offer(const Bytes& bytes);
   void flush();
 
   Device& device_;
   Port& port_;
+  ReceivedLog* const log_;
   OwnedDescriptor wake_;
-  ReceivedLog log_;
   Clock::time_point deviceTime_ = Clock::now();  ///< the server's thread alone uses it
 
   std::mutex mutex_;  ///< guards what follows; never held while the device is called
   bool stopping_ = false;
   Bytes outgoing_;     ///< what goes to the client next
   bool full_ = false;  ///< the port has not taken all of it
-  std::optional<Milliseconds> chatterInterval_;
-  Clock::time_point nextChatter_;
 
   std::thread thread_;
 };

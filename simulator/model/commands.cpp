@@ -96,77 +96,66 @@ void setFactoryDefaults(State& state, Settings& saved, const Bytes&) {
 }
 
 using S = Settings;
-namespace id = message;
 
+// Each row: its name in scenarios, its message, the length of the payload, and a query's reply.
 constexpr Command kCommands[] = {
-    order("soft-reset", id::kRestartSystem, 15, softReset),
-    order("set-factory-defaults", id::kSetFactoryDefaults, 2, setFactoryDefaults),
-    order("restart", id::kRestart, 3, restart),
+    order("soft-reset", 0x0100, 15, softReset),
+    order("set-factory-defaults", 0x0400, 2, setFactoryDefaults),
+    order("restart", 0x643F, 3, restart),
 
-    setting<&S::serialPort>("set-serial-port", id::kSetUpSerialPort, 4),
-    setting<&S::outputType>("set-output-type", id::kSelectOutputType, 3),
-    setting<&S::powerMode>("set-power-mode", id::kSetPowerMode, 3),
-    setting<&S::updateRate>("set-update-rate", id::kConfigureUpdateRate, 3),
-    setting<&S::dopMask>("set-dop-mask", id::kConfigureDopMask, 9),
-    setting<&S::elevationCnrMask>("set-elevation-cnr-mask", id::kConfigureElevationCnrMask, 5),
-    setting<&S::cableDelay>("set-cable-delay", id::kConfigureCableDelay, 6),
-    setting<&S::timing>("set-timing", id::kConfigureTiming, 31),
-    setting<&S::ppsOutput>("set-pps-output", id::kConfigurePpsOutputMode, 4),
-    setting<&S::sbas>("set-sbas", id::kConfigureSbas, 9),
-    setting<&S::qzss>("set-qzss", id::kConfigureQzss, 5),
-    setting<&S::nmeaIntervals>("set-nmea-intervals", id::kConfigureExtendedNmea, 15),
-    setting<&S::interferenceDetection>("set-interference-detection", id::kConfigureInterference, 4,
-                                       false),
-    setting<&S::fixNavMask>("set-fix-mask", id::kConfigureFixMask, 5),
-    setting<&S::navigationMode>("set-navigation-mode", id::kConfigureNavigationMode, 4),
-    setting<&S::constellations>("set-constellations", id::kConfigureConstellations, 5),
-    setting<&S::navMessageInterval>("set-navigation-interval", id::kConfigureNavigationInterval, 4),
-    setting<&S::secondBand>("set-second-band", id::kConfigureSecondBand, 4),
-    setting<&S::ppsPulseWidth>("set-pps-pulse-width", id::kConfigurePulseWidth, 7),
-    setting<&S::pps2Frequency>("set-pps2-frequency", id::kConfigurePps2Frequency, 7),
+    setting<&S::serialPort>("set-serial-port", 0x0500, 4),
+    setting<&S::outputType>("set-output-type", 0x0900, 3),
+    setting<&S::powerMode>("set-power-mode", 0x0C00, 3),
+    setting<&S::updateRate>("set-update-rate", 0x0E00, 3),
+    setting<&S::dopMask>("set-dop-mask", 0x2A00, 9),
+    setting<&S::elevationCnrMask>("set-elevation-cnr-mask", 0x2B00, 5),
+    setting<&S::cableDelay>("set-cable-delay", 0x4500, 6),
+    setting<&S::timing>("set-timing", message::kConfigureTiming, 31),
+    setting<&S::ppsOutput>("set-pps-output", 0x5500, 4),
+    setting<&S::sbas>("set-sbas", 0x6201, 9),
+    setting<&S::qzss>("set-qzss", 0x6203, 5),
+    setting<&S::nmeaIntervals>("set-nmea-intervals", 0x6402, 15),
+    setting<&S::interferenceDetection>("set-interference-detection", 0x6406, 4, false),
+    setting<&S::fixNavMask>("set-fix-mask", 0x6411, 5),
+    setting<&S::navigationMode>("set-navigation-mode", 0x6417, 4),
+    setting<&S::constellations>("set-constellations", 0x6419, 5),
+    setting<&S::navMessageInterval>("set-navigation-interval", 0x642F, 4),
+    setting<&S::secondBand>("set-second-band", 0x6450, 4),
+    setting<&S::ppsPulseWidth>("set-pps-pulse-width", 0x6501, 7),
+    setting<&S::pps2Frequency>("set-pps2-frequency", 0x6503, 7),
 
-    query("query-software-revision", id::kQueryRevision, 2, id::kRevision, reportRevision),
-    query<&S::updateRate>("query-update-rate", id::kQueryUpdateRate, 1, id::kUpdateRate),
-    query<&S::powerMode>("query-power-mode", id::kQueryPowerMode, 1, id::kPowerMode),
-    query<&S::dopMask>("query-dop-mask", id::kQueryDopMask, 1, id::kDopMask),
-    query<&S::elevationCnrMask>("query-elevation-cnr-mask", id::kQueryElevationCnrMask, 1,
-                                id::kElevationCnrMask),
-    query("query-timing", id::kQueryTiming, 1, id::kTiming, reportTiming),
-    query<&S::cableDelay>("query-cable-delay", id::kQueryCableDelay, 1, id::kCableDelay),
-    query<&S::ppsOutput>("query-pps-output", id::kQueryPpsOutputMode, 1, id::kPpsOutputMode),
-    query<&S::sbas>("query-sbas", id::kQuerySbas, 2, id::kSbas),
-    query<&S::qzss>("query-qzss", id::kQueryQzss, 2, id::kQzss),
-    query<&S::nmeaIntervals>("query-nmea-intervals", id::kQueryExtendedNmea, 2, id::kExtendedNmea),
-    query("query-interference-detection", id::kQueryInterference, 2, id::kInterference,
-          reportInterference),
-    query<&S::fixNavMask>("query-fix-mask", id::kQueryFixMask, 2, id::kFixMask),
-    query<&S::navigationMode>("query-navigation-mode", id::kQueryNavigationMode, 2,
-                              id::kNavigationMode),
-    query<&S::constellations>("query-constellations", id::kQueryConstellations, 2,
-                              id::kConstellations),
-    query("query-gps-time", id::kQueryGpsTime, 2, id::kGpsTime, reportGpsTime),
-    query<&S::navMessageInterval>("query-navigation-interval", id::kQueryNavigationInterval, 2,
-                                  id::kNavigationInterval),
-    query<&S::secondBand>("query-second-band", id::kQuerySecondBand, 2, id::kSecondBand),
-    query("query-version-extension", id::kQueryVersionExtension, 2, id::kVersionExtension,
-          reportVersionExtension),
-    query<&S::ppsPulseWidth>("query-pps-pulse-width", id::kQueryPulseWidth, 2, id::kPulseWidth),
-    query<&S::pps2Frequency>("query-pps2-frequency", id::kQueryPps2Frequency, 2,
-                             id::kPps2Frequency),
+    query("query-software-revision", 0x0200, 2, 0x8000, reportRevision),
+    query<&S::updateRate>("query-update-rate", 0x1000, 1, message::kUpdateRate),
+    query<&S::powerMode>("query-power-mode", 0x1500, 1, message::kPowerMode),
+    query<&S::dopMask>("query-dop-mask", 0x2E00, 1, 0xAF00),
+    query<&S::elevationCnrMask>("query-elevation-cnr-mask", 0x2F00, 1, 0xB000),
+    query("query-timing", 0x4400, 1, 0xC200, reportTiming),
+    query<&S::cableDelay>("query-cable-delay", 0x4600, 1, 0xBB00),
+    query<&S::ppsOutput>("query-pps-output", 0x5600, 1, 0xC300),
+    query<&S::sbas>("query-sbas", 0x6202, 2, 0x6280),
+    query<&S::qzss>("query-qzss", 0x6204, 2, 0x6281),
+    query<&S::nmeaIntervals>("query-nmea-intervals", 0x6403, 2, 0x6481),
+    query("query-interference-detection", 0x6407, 2, 0x6483, reportInterference),
+    query<&S::fixNavMask>("query-fix-mask", 0x6412, 2, 0x6488),
+    query<&S::navigationMode>("query-navigation-mode", 0x6418, 2, message::kNavigationMode),
+    query<&S::constellations>("query-constellations", 0x641A, 2, 0x648C),
+    query("query-gps-time", 0x6420, 2, 0x648E, reportGpsTime),
+    query<&S::navMessageInterval>("query-navigation-interval", 0x6430, 2, 0x6498),
+    query<&S::secondBand>("query-second-band", 0x6451, 2, message::kSecondBand),
+    query("query-version-extension", 0x647D, 2, 0x64FE, reportVersionExtension),
+    query<&S::ppsPulseWidth>("query-pps-pulse-width", 0x6502, 2, 0x6580),
+    query<&S::pps2Frequency>("query-pps2-frequency", 0x6504, 2, 0x6581),
 };
 
 }  // namespace
 
 const Command* findCommand(message::Id id) {
-  const auto* const row = std::find_if(std::begin(kCommands), std::end(kCommands),
-                                       [&](const Command& command) { return command.id == id; });
+  const auto* const row = std::ranges::find(kCommands, id, &Command::id);
   return row == std::end(kCommands) ? nullptr : row;
 }
 
 const Command* findCommand(std::string_view name) {
-  const auto* const row =
-      std::find_if(std::begin(kCommands), std::end(kCommands),
-                   [&](const Command& command) { return command.name == name; });
+  const auto* const row = std::ranges::find(kCommands, name, &Command::name);
   return row == std::end(kCommands) ? nullptr : row;
 }
 

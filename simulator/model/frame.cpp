@@ -1,34 +1,23 @@
 #include "orb-sim/frame.h"
 
-#include <algorithm>
-#include <numeric>
 #include <stdexcept>
 
 #include "model/message_ids.h"
+#include "model/packet_layout.h"
 
 namespace orb::sim {
 namespace {
 
-constexpr std::uint8_t kStart1 = 0xA0;
-constexpr std::uint8_t kStart2 = 0xA1;
-constexpr std::uint8_t kEnd1 = 0x0D;
-constexpr std::uint8_t kEnd2 = 0x0A;
-constexpr std::size_t kHeaderLength = 4;   // start bytes and length field
-constexpr std::size_t kTrailerLength = 3;  // checksum and end bytes
-
-template <typename Iterator>
-std::uint8_t checksum(Iterator first, Iterator last) {
-  return std::accumulate(first, last, std::uint8_t{0}, [](std::uint8_t sum, std::uint8_t byte) {
-    return static_cast<std::uint8_t>(sum ^ byte);
-  });
-}
-
-std::size_t lengthField(const std::uint8_t* packet) {
-  return static_cast<std::size_t>(packet[2]) << 8 | packet[3];
-}
-
 std::uint8_t highByte(std::uint16_t value) { return static_cast<std::uint8_t>(value >> 8); }
 std::uint8_t lowByte(std::uint16_t value) { return static_cast<std::uint8_t>(value & 0xFF); }
+
+void count(PacketVerdict verdict, FrameReader::Counts& counts) {
+  counts.frames += verdict == PacketVerdict::Good ? 1 : 0;
+  counts.badLengths += verdict == PacketVerdict::BadLength ? 1 : 0;
+  counts.badChecksums += verdict == PacketVerdict::BadChecksum ? 1 : 0;
+  counts.badEnds += verdict == PacketVerdict::BadEnd ? 1 : 0;
+  counts.skippedBytes += verdict == PacketVerdict::Good ? 0 : 1;
+}
 
 }  // namespace
 
@@ -76,6 +65,33 @@ Bytes refuse(std::uint16_t id) {
   return Frame{{highByte(message::kRefused), highByte(id)}}.packet();
 }
 
+Frame frameOf(const std::uint8_t* packet) {
+  const std::uint8_t* const payload = packet + kHeaderLength;
+  return {Bytes(payload, payload + payloadLength(packet))};
+}
+
+PacketVerdict judgePacket(const std::uint8_t* begin, std::size_t available) {
+  if (begin[0] != kStart1 || (available > 1 && begin[1] != kStart2)) {
+    return PacketVerdict::NoStart;
+  }
+  if (available < kHeaderLength) {
+    return PacketVerdict::Incomplete;
+  }
+  const std::size_t length = payloadLength(begin);
+  if (length == 0 || length > FrameReader::kLongestPayload) {
+    return PacketVerdict::BadLength;
+  }
+  if (available < packetLength(begin)) {
+    return PacketVerdict::Incomplete;
+  }
+  const std::uint8_t* const trailer = begin + kHeaderLength + length;
+  if (checksum(begin + kHeaderLength, trailer) != trailer[0]) {
+    return PacketVerdict::BadChecksum;
+  }
+  const bool isEnded = trailer[1] == kEnd1 && trailer[2] == kEnd2;
+  return isEnded ? PacketVerdict::Good : PacketVerdict::BadEnd;
+}
+
 std::vector<Frame> FrameReader::push(const Bytes& bytes) {
   append(pending_, bytes);
   return scan(0);
@@ -89,53 +105,21 @@ std::vector<Frame> FrameReader::abandon() {
   return scan(1);
 }
 
-FrameReader::Verdict FrameReader::judge(std::size_t position) const {
-  const std::uint8_t* begin = pending_.data() + position;
-  const std::size_t available = pending_.size() - position;
-  if (begin[0] != kStart1 || (available > 1 && begin[1] != kStart2)) {
-    return Verdict::NoStart;
-  }
-  if (available < kHeaderLength) {
-    return Verdict::Incomplete;
-  }
-  const std::size_t length = lengthField(begin);
-  if (length == 0 || length > kLongestPayload) {
-    return Verdict::BadLength;
-  }
-  if (available < kHeaderLength + length + kTrailerLength) {
-    return Verdict::Incomplete;
-  }
-  const std::uint8_t* trailer = begin + kHeaderLength + length;
-  if (checksum(begin + kHeaderLength, trailer) != trailer[0]) {
-    return Verdict::BadChecksum;
-  }
-  return trailer[1] == kEnd1 && trailer[2] == kEnd2 ? Verdict::Good : Verdict::BadEnd;
-}
-
-void FrameReader::count(Verdict verdict) {
-  counts_.frames += verdict == Verdict::Good ? 1 : 0;
-  counts_.badLengths += verdict == Verdict::BadLength ? 1 : 0;
-  counts_.badChecksums += verdict == Verdict::BadChecksum ? 1 : 0;
-  counts_.badEnds += verdict == Verdict::BadEnd ? 1 : 0;
-  counts_.skippedBytes += verdict == Verdict::Good ? 0 : 1;
-}
-
 std::vector<Frame> FrameReader::scan(std::size_t position) {
   std::vector<Frame> frames;
   while (position < pending_.size()) {
-    const Verdict verdict = judge(position);
-    if (verdict == Verdict::Incomplete) {
+    const std::uint8_t* const begin = pending_.data() + position;
+    const PacketVerdict verdict = judgePacket(begin, pending_.size() - position);
+    if (verdict == PacketVerdict::Incomplete) {
       break;
     }
-    count(verdict);
-    if (verdict != Verdict::Good) {
+    count(verdict, counts_);
+    if (verdict == PacketVerdict::Good) {
+      frames.push_back(frameOf(begin));
+      position += packetLength(begin);
+    } else {
       ++position;
-      continue;
     }
-    const std::size_t length = lengthField(pending_.data() + position);
-    const auto payload = pending_.begin() + static_cast<std::ptrdiff_t>(position + kHeaderLength);
-    frames.push_back({Bytes(payload, payload + static_cast<std::ptrdiff_t>(length))});
-    position += kHeaderLength + length + kTrailerLength;
   }
   pending_.erase(pending_.begin(), pending_.begin() + static_cast<std::ptrdiff_t>(position));
   return frames;

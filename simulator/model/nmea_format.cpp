@@ -19,9 +19,9 @@ std::string angle(std::int32_t value, int degreeDigits, const char* hemispheres)
 }
 
 std::chrono::sys_time<std::chrono::milliseconds> utc(const GpsTime& time) {
-  using namespace std::chrono;
-  constexpr sys_days kGpsEpoch = 1980y / January / 6;
-  return kGpsEpoch + weeks{time.week} + time.timeOfWeek - seconds{time.leapSeconds};
+  constexpr std::chrono::sys_days kGpsEpoch = std::chrono::year{1980} / 1 / 6;
+  return kGpsEpoch + std::chrono::weeks{time.week} + time.timeOfWeek -
+         std::chrono::seconds{time.leapSeconds};
 }
 
 std::chrono::year_month_day day(const GpsTime& time) {

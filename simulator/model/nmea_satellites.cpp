@@ -33,9 +33,9 @@ constexpr std::string_view kTalkers[] = {"GP", "GL", "GQ", "GA", "GB"};
 
 std::vector<Satellite> only(Constellation constellation, const std::vector<Satellite>& all) {
   std::vector<Satellite> members;
-  std::copy_if(
-      all.begin(), all.end(), std::back_inserter(members),
-      [&](const Satellite& satellite) { return satellite.constellation == constellation; });
+  std::ranges::copy_if(all, std::back_inserter(members), [&](const Satellite& satellite) {
+    return satellite.constellation == constellation;
+  });
   return members;
 }
 

@@ -8,20 +8,13 @@ namespace {
 
 bool isEnabled(const Settings& settings, Constellation constellation) {
   switch (constellation) {
-    case Constellation::Gps:
-      return (settings.constellations & 0x01) != 0;
-    case Constellation::Glonass:
-      return (settings.constellations & 0x02) != 0;
-    case Constellation::Galileo:
-      return (settings.constellations & 0x04) != 0;
-    case Constellation::Beidou:
-      return (settings.constellations & 0x08) != 0;
     case Constellation::Qzss:
       return settings.qzss[0] != 0;
     case Constellation::Sbas:
       return settings.sbas[0] != 0;
+    default:  // the bits of the others are in their order
+      return (settings.constellations >> static_cast<unsigned int>(constellation) & 1U) != 0;
   }
-  return false;
 }
 
 /// What interference takes from every satellite, in dB-Hz.
@@ -55,10 +48,9 @@ std::vector<Satellite> satellitesInView(const State& state) {
 std::vector<Satellite> satellitesHeard(const State& state) {
   std::vector<Satellite> heard;
   const std::vector<Satellite> inView = satellitesInView(state);
-  std::copy_if(inView.begin(), inView.end(), std::back_inserter(heard),
-               [&](const Satellite& satellite) {
-                 return satellite.cnr != 0 && passes(state.elevationCnrMask, satellite);
-               });
+  std::ranges::copy_if(inView, std::back_inserter(heard), [&](const Satellite& satellite) {
+    return satellite.cnr != 0 && passes(state.elevationCnrMask, satellite);
+  });
   return heard;
 }
 

@@ -5,29 +5,12 @@
 #include <cerrno>
 #include <climits>
 #include <cstring>
-#include <fstream>
-#include <sstream>
 #include <string>
 
 #include "interpose/program_file.h"
 #include "program/failure.h"
 
 namespace orb::sim {
-namespace {
-
-/// The program that a script's first line names; empty where there is none.
-std::string interpreterOf(const std::filesystem::path& file) {
-  std::ifstream stream(file, std::ios::binary);
-  std::string line;
-  std::string interpreter;
-  if (stream.get() != '#' || stream.get() != '!' || !std::getline(stream, line)) {
-    return interpreter;
-  }
-  std::istringstream(line) >> interpreter;
-  return interpreter;
-}
-
-}  // namespace
 
 std::filesystem::path commandFile(const std::string& name) {
   char found[PATH_MAX];
@@ -44,8 +27,9 @@ std::filesystem::path commandFile(const std::string& name) {
   if (access(file.c_str(), X_OK) != 0) {
     throw Failure(name + " is not executable", kExitNotStartable);
   }
-  const std::string interpreter = interpreterOf(file);
-  if (!interpreter.empty() && access(interpreter.c_str(), F_OK) != 0) {
+  char interpreter[PATH_MAX] = "";
+  const bool isScript = readInterpreter(file.c_str(), interpreter) && interpreter[0] != '\0';
+  if (isScript && access(interpreter, F_OK) != 0) {
     throw Failure(name + ": its interpreter " + interpreter + ": " + std::strerror(errno),
                   kExitNotStartable);
   }

@@ -1,6 +1,7 @@
 #include "program/command_line.h"
 
 #include <algorithm>
+#include <iomanip>
 #include <iostream>
 #include <memory>
 #include <regex>
@@ -42,17 +43,13 @@ class PlainHelp : public CLI::Formatter {
 
   std::string make_subcommand(const CLI::App* subcommand) const override {
     const std::string description = subcommand->get_description();
-    return "  " + padded(subcommand->get_name()) + description.substr(0, description.find('\n')) +
-           "\n";
+    std::ostringstream line;
+    line << "  " << std::left << std::setw(10) << subcommand->get_name() << ' '
+         << description.substr(0, description.find('\n')) << '\n';
+    return line.str();
   }
 
  private:
-  static std::string padded(std::string name) {
-    constexpr std::size_t kWidth = 11;
-    name.resize(std::max(kWidth, name.size() + 1), ' ');
-    return name;
-  }
-
   std::string usage_;
 };
 
@@ -107,15 +104,6 @@ std::string failureMessage(const CLI::App& app, const Invocation& invocation,
          ": see " + kProgram + (asked == nullptr ? "" : " " + asked->get_name()) + " --help\n";
 }
 
-void addSubcommands(CLI::App& app, Invocation& invocation) {
-  addRun(app, invocation);
-  addScenarios(app, invocation);
-  addServe(app, invocation);
-  addTap(app, invocation);
-  addReplay(app, invocation);
-  addDecode(app, invocation);
-}
-
 }  // namespace
 
 CLI::App* addSubcommand(CLI::App& app, const std::string& name, const std::string& usage,
@@ -139,10 +127,12 @@ CLI::Option* addOption(CLI::App& subcommand, const std::string& name, const std:
   return subcommand.add_option_function<std::string>(name, named, description)->type_name(type);
 }
 
-CLI::Option* refuseEmpty(CLI::Option* option) {
-  return option->check([](const std::string& value) {
+CLI::Option* addPath(CLI::App& subcommand, const std::string& name, const std::string& type,
+                     std::filesystem::path& path, const std::string& description) {
+  const auto isEmpty = [](const std::string& value) {
     return std::string(value.empty() ? "its value is empty" : "");
-  });
+  };
+  return subcommand.add_option(name, path, description)->type_name(type)->check(isEmpty);
 }
 
 int execute(int argc, char** argv) {
@@ -154,7 +144,9 @@ int execute(int argc, char** argv) {
     return failureMessage(*failed, invocation, error);
   });
   app.footer(kExamples);
-  addSubcommands(app, invocation);
+  for (const auto add : {addRun, addScenarios, addServe, addTap, addReplay, addDecode}) {
+    add(app, invocation);
+  }
 
   std::vector<std::string> arguments = splitArguments(argc, argv, invocation.command);
   std::reverse(arguments.begin(), arguments.end());  // as CLI11 takes them
@@ -169,15 +161,15 @@ int execute(int argc, char** argv) {
     requireOutput();
     return 0;
   }
-  if (!invocation.action) {
+  const CLI::App* const asked = askedFor(app);
+  if (asked == nullptr) {
     std::cerr << kProgram << ": a subcommand is missing\n\n" << app.help();
     return kExitOwnFailure;
   }
-  const CLI::App* const asked = askedFor(app);
   if (!invocation.command.empty() && !invocation.commandTakers.contains(asked)) {
     throw Failure(asked->get_name() + " takes no COMMAND");
   }
-  return invocation.action();
+  return invocation.actions.at(asked)();
 }
 
 }  // namespace orb::sim

@@ -3,8 +3,10 @@
 #include <CLI/CLI.hpp>
 #include <charconv>
 #include <cstdint>
+#include <filesystem>
 #include <functional>
 #include <limits>
+#include <map>
 #include <set>
 #include <string>
 #include <vector>
@@ -13,7 +15,8 @@ namespace orb::sim {
 
 /// What a command line asks for.
 struct Invocation {
-  std::function<int()> action;  ///< what the subcommand does; returns the exit status
+  /// What each subcommand does; returns the exit status.
+  std::map<const CLI::App*, std::function<int()>> actions;
 
   /// What follows "--": a COMMAND and its arguments.
   std::vector<std::string> command;
@@ -44,11 +47,12 @@ CLI::Option* addOption(CLI::App& subcommand, const std::string& name, const std:
                        const std::string& description,
                        const std::function<void(const std::string& value)>& take);
 
-/// Has an empty value of the option refused, which would otherwise pass for none. Returns the
-/// option.
-CLI::Option* refuseEmpty(CLI::Option* option);
+/// An option or argument whose value is a path, or a name that stands for one. An empty value,
+/// which would otherwise pass for none, is refused.
+CLI::Option* addPath(CLI::App& subcommand, const std::string& name, const std::string& type,
+                     std::filesystem::path& path, const std::string& description);
 
-// Each subcommand is a file of its own. Where it is asked for, it sets the invocation's action.
+// Each subcommand is a file of its own, which adds its action.
 void addRun(CLI::App& app, Invocation& invocation);
 void addServe(CLI::App& app, Invocation& invocation);
 void addScenarios(CLI::App& app, Invocation& invocation);

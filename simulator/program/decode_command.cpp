@@ -2,7 +2,8 @@
 #include <unistd.h>
 
 #include <array>
-#include <cstdio>
+#include <filesystem>
+#include <iomanip>
 #include <iostream>
 #include <memory>
 #include <string>
@@ -28,10 +29,10 @@ constexpr char kDecodeDescription[] =
 /// A file, or standard input.
 class Input {
  public:
-  explicit Input(const std::string& file) {
+  explicit Input(const std::filesystem::path& file) {
     if (!file.empty() && file != "-") {
       name_ = file;
-      opened_ = {open(file.c_str(), O_RDONLY | O_CLOEXEC), file};
+      opened_ = {open(file.c_str(), O_RDONLY | O_CLOEXEC), name_};
     }
   }
 
@@ -57,59 +58,39 @@ class Input {
   std::array<char, 65536> block_;
 };
 
-/// Prints the messages of a stream of bytes after their offsets.
-class RawPrinter {
- public:
-  void push(std::string_view text) { decoder_.push(Bytes(text.begin(), text.end())); }
-
-  void finish() {
-    decoder_.finish();
-    std::cout << counts_.text() << '\n';
-  }
-
- private:
-  void print(const StreamItem& item) {
-    std::array<char, 32> offset{};
-    std::snprintf(offset.data(), offset.size(), "%10llu  ",
-                  static_cast<unsigned long long>(item.offset));
-    counts_.add(item);
-    std::cout << offset.data() << describe(item) << '\n';
-  }
-
-  StreamCounts counts_;
-  StreamDecoder decoder_{[this](const StreamItem& item) { print(item); }};
-};
-
-/// Prints the messages of a trace.
-class TracePrinter {
- public:
-  explicit TracePrinter(const std::string& name) : parser_(name) {}
-
-  void push(std::string_view text) { parser_.push(text, sink_); }
-
-  void finish() {
-    parser_.finish(sink_);
-    transcript_.finish();
-  }
-
- private:
-  Transcript transcript_{std::cout};
-  TraceParser parser_;
-  TraceParser::Sink sink_ = [this](const TraceRecord& record) { transcript_.add(record); };
-};
-
-/// Prints `start` and what follows it. Where the input pauses, all that has come is shown.
-template <typename Printer>
-void print(Printer printer, std::string_view start, Input& input) {
+/// Calls `take` with `start` and what follows it. Where the input pauses, all that has come is
+/// shown.
+template <typename Take>
+void passAll(std::string_view start, Input& input, Take take) {
   for (std::string_view text = start; !text.empty(); text = input.read()) {
-    printer.push(text);
+    take(text);
     requireOutput();
   }
-  printer.finish();
-  requireOutput();
 }
 
-int decode(const std::string& file) {
+/// Prints the messages of a stream of bytes after their offsets.
+void decodeBytes(std::string_view start, Input& input) {
+  StreamCounts counts;
+  StreamDecoder decoder([&](const StreamItem& item) {
+    counts.add(item);
+    std::cout << std::setw(10) << item.offset << "  " << describe(item) << '\n';
+  });
+  passAll(start, input,
+          [&](std::string_view text) { decoder.push(Bytes(text.begin(), text.end())); });
+  decoder.finish();
+  std::cout << counts.text() << '\n';
+}
+
+void decodeTrace(std::string_view start, Input& input) {
+  Transcript transcript(std::cout);
+  TraceParser parser(input.name());
+  const auto add = [&](const TraceRecord& record) { transcript.add(record); };
+  passAll(start, input, [&](std::string_view text) { parser.push(text, add); });
+  parser.finish(add);
+  transcript.finish();
+}
+
+int decode(const std::filesystem::path& file) {
   std::ios::sync_with_stdio(false);
   Input input(file);
   std::string start(input.read());
@@ -120,11 +101,9 @@ int decode(const std::string& file) {
     }
     start += more;
   }
-  if (start.starts_with(TraceParser::kStart)) {
-    print(TracePrinter(input.name()), start, input);
-  } else {
-    print(RawPrinter(), start, input);
-  }
+  const bool isTrace = start.starts_with(TraceParser::kStart);
+  isTrace ? decodeTrace(start, input) : decodeBytes(start, input);
+  requireOutput();
   return 0;
 }
 
@@ -132,10 +111,9 @@ int decode(const std::string& file) {
 
 void addDecode(CLI::App& app, Invocation& invocation) {
   CLI::App* const subcommand = addSubcommand(app, "decode", "[FILE]", kDecodeDescription);
-  const auto file = std::make_shared<std::string>();
-  refuseEmpty(subcommand->add_option("FILE", *file, "Captured bytes, or a trace"));
-  subcommand->callback(
-      [file, &invocation] { invocation.action = [file] { return decode(*file); }; });
+  const auto file = std::make_shared<std::filesystem::path>();
+  addPath(*subcommand, "FILE", "", *file, "Captured bytes, or a trace");
+  invocation.actions[subcommand] = [file] { return decode(*file); };
 }
 
 }  // namespace orb::sim

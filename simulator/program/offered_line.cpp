@@ -26,12 +26,9 @@ std::string obstacle(const std::string& text) {
 }  // namespace
 
 CLI::Option* addLinkOption(CLI::App& subcommand, fs::path& link) {
-  return refuseEmpty(
-             subcommand.add_option(
-                 "--link", link,
+  return addPath(subcommand, "--link", "PATH", link,
                  "Where clients find the line: a symbolic link, which replaces one that leads\n"
-                 "nowhere, and goes at the end"))
-      ->type_name("PATH")
+                 "nowhere, and goes at the end")
       ->check(obstacle);
 }
 

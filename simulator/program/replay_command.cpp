@@ -60,15 +60,14 @@ void addReplay(CLI::App& app, Invocation& invocation) {
   CLI::App* const subcommand =
       addSubcommand(app, "replay", "TRACE (--link PATH | -- COMMAND [ARG...])", kReplayDescription);
   const auto options = std::make_shared<ReplayOptions>();
-  refuseEmpty(subcommand->add_option("TRACE", options->trace, "What orb-sim tap has recorded"))
-      ->required();
+  addPath(*subcommand, "TRACE", "", options->trace, "What orb-sim tap has recorded")->required();
   addLinkOption(*subcommand, options->link);
   subcommand->add_flag("--fast", options->fast,
                        "Answers come at once, not with their recorded delays");
   invocation.commandTakers.insert(subcommand);
-  subcommand->callback([options, &invocation] {
-    invocation.action = [options, &invocation] { return replay(*options, invocation.command); };
-  });
+  invocation.actions[subcommand] = [options, &invocation] {
+    return replay(*options, invocation.command);
+  };
 }
 
 }  // namespace orb::sim

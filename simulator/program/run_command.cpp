@@ -25,29 +25,23 @@ void addRun(CLI::App& app, Invocation& invocation) {
   const auto options = std::make_shared<RunCommandOptions>();
   options->scenario.addReceiverOptions(*run);
   options->scenario.addDeviceOptions(*run);
-  refuseEmpty(run->add_option(
-                  "--tty", options->run.tty,
-                  "COMMAND finds this line, as of orb-sim serve or tap, at /dev/tty_gps, and no\n"
-                  "simulated receiver"))
-      ->type_name("PATH")
+  addPath(*run, "--tty", "PATH", options->run.tty,
+          "COMMAND finds this line, as of orb-sim serve or tap, at /dev/tty_gps, and no\n"
+          "simulated receiver")
       ->excludes("--silent")
       ->excludes("--no-receiver");
-  refuseEmpty(run->add_option(
-                  "--keep", options->run.keep,
-                  "Leaves the log and identity files in this folder, and makes it if need be; the\n"
-                  "next run continues them. i2c-registers.txt is left there too, anew in each run"))
-      ->type_name("DIR");
+  addPath(*run, "--keep", "DIR", options->run.keep,
+          "Leaves the log and identity files in this folder, and makes it if need be; the\n"
+          "next run continues them. i2c-registers.txt is left there too, anew in each run");
   invocation.commandTakers.insert(run);
-  run->callback([options, &invocation] {
-    invocation.action = [options, &invocation] {
-      if (invocation.command.empty()) {
-        throw Failure("COMMAND is missing; write it after --, as in: orb-sim run -- ./client");
-      }
-      options->run.scenario = options->scenario.scenario();
-      options->run.command = invocation.command;
-      return sim::run(options->run);
-    };
-  });
+  invocation.actions[run] = [options, &invocation] {
+    if (invocation.command.empty()) {
+      throw Failure("COMMAND is missing; write it after --, as in: orb-sim run -- ./client");
+    }
+    options->run.scenario = options->scenario.scenario();
+    options->run.command = invocation.command;
+    return sim::run(options->run);
+  };
 }
 
 }  // namespace orb::sim

@@ -11,7 +11,6 @@
 namespace orb::sim {
 namespace {
 
-using Edit = std::function<void(Scenario&)>;
 using Numbers = std::array<unsigned int, 3>;
 
 constexpr unsigned int kMaxByte = 255;
@@ -40,15 +39,7 @@ Version version(const std::string& text) {
   return {byte(0), byte(1), byte(2)};
 }
 
-Edit kernelVersion(const std::string& text) {
-  return [kernel = version(text)](Scenario& scenario) { scenario.state.identity.kernel = kernel; };
-}
-
-Edit odmVersion(const std::string& text) {
-  return [odm = version(text)](Scenario& scenario) { scenario.state.identity.odm = odm; };
-}
-
-Edit revision(const std::string& text) {
+void setRevision(Identity& identity, const std::string& text) {
   constexpr unsigned int kCentury = 2000;
   const auto [year, month, day] = threeNumbers(text);
   if (year < kCentury || year > kCentury + kMaxByte) {
@@ -59,45 +50,34 @@ Edit revision(const std::string& text) {
   if (month > kMaxByte || day > kMaxByte || !date.ok()) {
     throw wrong(text + " is no date");
   }
-  return
-      [year = static_cast<std::uint8_t>(year - kCentury), month = static_cast<std::uint8_t>(month),
-       day = static_cast<std::uint8_t>(day)](Scenario& scenario) {
-        scenario.state.identity.revisionYear = year;
-        scenario.state.identity.revisionMonth = month;
-        scenario.state.identity.revisionDay = day;
-      };
-}
-
-Edit seed(const std::string& text) {
-  return
-      [number = wholeNumber<std::uint64_t>(text)](Scenario& scenario) { scenario.seed = number; };
-}
-
-Edit hardwareId(const std::string& text) {
-  return [text](Scenario& scenario) { scenario.hardwareId = text; };
+  identity.revisionYear = static_cast<std::uint8_t>(year - kCentury);
+  identity.revisionMonth = static_cast<std::uint8_t>(month);
+  identity.revisionDay = static_cast<std::uint8_t>(day);
 }
 
 /// The file of a scenario: `name` itself where it has a slash or ends in ".toml", otherwise that of
 /// the ready scenario of this name.
-std::filesystem::path scenarioFile(const std::string& name) {
-  const std::filesystem::path given = name;
-  if (given.has_parent_path() || given.extension() == ".toml") {
-    return given;
+std::filesystem::path scenarioFile(const std::filesystem::path& name) {
+  if (name.has_parent_path() || name.extension() == ".toml") {
+    return name;
   }
-  const std::filesystem::path file = scenarioFolder() / (name + ".toml");
+  const std::filesystem::path file = scenarioFolder() / (name.string() + ".toml");
   if (!std::filesystem::exists(file)) {
-    throw Failure("there is no scenario " + name + "; orb-sim scenarios lists them");
+    throw Failure("there is no scenario " + name.string() + "; orb-sim scenarios lists them");
   }
   return file;
 }
 
 }  // namespace
 
-CLI::Option* ScenarioOptions::addEdit(CLI::App& subcommand, const std::string& name,
-                                      const std::string& type, const std::string& description,
-                                      Edit (*read)(const std::string& value)) {
-  return addOption(subcommand, name, type, description,
-                   [this, read](const std::string& value) { edits_.push_back(read(value)); });
+CLI::Option* ScenarioOptions::addValue(CLI::App& subcommand, const std::string& name,
+                                       const std::string& type, const std::string& description,
+                                       SetValue set) {
+  return addOption(subcommand, name, type, description, [this, set](const std::string& value) {
+    Scenario scratch;
+    set(scratch, value);  // so that a wrong value is told while the command line is read
+    edits_.push_back([set, value](Scenario& scenario) { set(scenario, value); });
+  });
 }
 
 CLI::Option* ScenarioOptions::addFlag(CLI::App& subcommand, const std::string& name,
@@ -107,28 +87,37 @@ CLI::Option* ScenarioOptions::addFlag(CLI::App& subcommand, const std::string& n
 }
 
 void ScenarioOptions::addReceiverOptions(CLI::App& subcommand) {
-  refuseEmpty(
-      subcommand.add_option("--scenario", name_,
-                            "The circumstances: a name that orb-sim scenarios lists, or a file"))
-      ->type_name("NAME|FILE");
-  addEdit(subcommand, "--seed", "N", "Decides all that the scenario leaves to chance", seed);
+  addPath(subcommand, "--scenario", "NAME|FILE", name_,
+          "The circumstances: a name that orb-sim scenarios lists, or a file");
+  addValue(subcommand, "--seed", "N", "Decides all that the scenario leaves to chance",
+           [](Scenario& scenario, const std::string& text) {
+             scenario.seed = wholeNumber<std::uint64_t>(text);
+           });
   silent_ = addFlag(subcommand, "--silent",
                     "The receiver never sends a byte: a client's first query waits for ever",
                     [](Scenario& scenario) { scenario.presence = Scenario::Presence::Silent; });
-  addEdit(subcommand, "--kernel-version", "X.Y.Z", "The receiver's kernel version", kernelVersion);
-  addEdit(subcommand, "--odm-version", "X.Y.Z", "The receiver's ODM version", odmVersion);
-  addEdit(subcommand, "--revision", "YEAR.MONTH.DAY", "The date of the receiver's firmware",
-          revision);
+  addValue(subcommand, "--kernel-version", "X.Y.Z", "The receiver's kernel version",
+           [](Scenario& scenario, const std::string& text) {
+             scenario.state.identity.kernel = version(text);
+           });
+  addValue(subcommand, "--odm-version", "X.Y.Z", "The receiver's ODM version",
+           [](Scenario& scenario, const std::string& text) {
+             scenario.state.identity.odm = version(text);
+           });
+  addValue(subcommand, "--revision", "YEAR.MONTH.DAY", "The date of the receiver's firmware",
+           [](Scenario& scenario, const std::string& text) {
+             setRevision(scenario.state.identity, text);
+           });
 }
 
 void ScenarioOptions::addDeviceOptions(CLI::App& subcommand) {
   addFlag(subcommand, "--no-receiver", "There is no /dev/tty_gps", [](Scenario& scenario) {
     scenario.presence = Scenario::Presence::Absent;
   })->excludes(silent_);
-  CLI::Option* const id = addEdit(
+  CLI::Option* const id = addValue(
       subcommand, "--hardware-id", "TEXT",
       std::string("The fitted module's hardware set identifier, instead of ") + kFittedModule,
-      hardwareId);
+      [](Scenario& scenario, const std::string& text) { scenario.hardwareId = text; });
   addFlag(subcommand, "--no-module", "No module is fitted", [](Scenario& scenario) {
     scenario.hardwareId.reset();
   })->excludes(id);

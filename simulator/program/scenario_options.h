@@ -1,6 +1,7 @@
 #pragma once
 
 #include <CLI/CLI.hpp>
+#include <filesystem>
 #include <functional>
 #include <string>
 #include <vector>
@@ -25,13 +26,15 @@ class ScenarioOptions {
  private:
   using Edit = std::function<void(Scenario&)>;
 
-  /// An option with a value, which `read` takes for an edit or rejects.
-  CLI::Option* addEdit(CLI::App& subcommand, const std::string& name, const std::string& type,
-                       const std::string& description, Edit (*read)(const std::string& value));
+  /// Throws CLI::ValidationError for a value that does not do.
+  using SetValue = void (*)(Scenario& scenario, const std::string& value);
+
+  CLI::Option* addValue(CLI::App& subcommand, const std::string& name, const std::string& type,
+                        const std::string& description, SetValue set);
   CLI::Option* addFlag(CLI::App& subcommand, const std::string& name,
                        const std::string& description, const Edit& edit);
 
-  std::string name_;
+  std::filesystem::path name_;
   CLI::Option* silent_ = nullptr;
   std::vector<Edit> edits_;
 };

@@ -1,5 +1,5 @@
-#include <algorithm>
 #include <filesystem>
+#include <iomanip>
 #include <iostream>
 #include <set>
 
@@ -16,13 +16,12 @@ constexpr char kScenariosDescription[] =
     "Each name can be given to --scenario. docs/scenarios.md tells how to write others.";
 
 int listScenarios() {
-  constexpr std::size_t kWidth = 16;
+  constexpr int kWidth = 15;
   const std::filesystem::directory_iterator entries(scenarioFolder());
   const std::set<std::filesystem::path> files(begin(entries), end(entries));
   for (const std::filesystem::path& file : files) {
-    std::string name = file.stem();
-    name.resize(std::max(kWidth, name.size() + 1), ' ');
-    std::cout << name << loadScenario(file).description << '\n';
+    std::cout << std::left << std::setw(kWidth) << file.stem().string() << ' '
+              << loadScenario(file).description << '\n';
   }
   requireOutput();
   return 0;
@@ -31,9 +30,7 @@ int listScenarios() {
 }  // namespace
 
 void addScenarios(CLI::App& app, Invocation& invocation) {
-  addSubcommand(app, "scenarios", "", kScenariosDescription)->callback([&] {
-    invocation.action = listScenarios;
-  });
+  invocation.actions[addSubcommand(app, "scenarios", "", kScenariosDescription)] = listScenarios;
 }
 
 }  // namespace orb::sim

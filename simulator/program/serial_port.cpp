@@ -9,7 +9,6 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
-#include <cstring>
 #include <utility>
 
 #include "program/failure.h"
@@ -20,10 +19,6 @@ namespace {
 constexpr std::pair<unsigned int, speed_t> kSpeeds[] = {
     {4800, B4800},     {9600, B9600},     {19200, B19200},   {38400, B38400},  {57600, B57600},
     {115200, B115200}, {230400, B230400}, {460800, B460800}, {921600, B921600}};
-
-[[noreturn]] void fail(const std::filesystem::path& device) {
-  throw Failure(device.string() + ": " + std::strerror(errno));
-}
 
 void setSpeed(termios& settings, unsigned int baud) {
   const auto* const found = std::find_if(std::begin(kSpeeds), std::end(kSpeeds),
@@ -58,36 +53,26 @@ bool mayBeTerminal(const std::filesystem::path& path) {
   if (kind >= kFirstPtyMajor && kind <= kLastPtyMajor) {
     return true;
   }
-  const int opened = open(path.c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC);
-  if (opened < 0) {
-    return true;
-  }
-  return isatty(OwnedDescriptor(opened, path.string()).get()) != 0;
+  const OwnedDescriptor opened(open(path.c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC));
+  return !opened.isOpen() || isatty(opened.get()) != 0;
 }
 
 OwnedDescriptor openSerialPort(const std::filesystem::path& device,
                                std::optional<unsigned int> baud) {
-  const int descriptor = open(device.c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC);
-  if (descriptor < 0) {
-    fail(device);
-  }
-  OwnedDescriptor port(descriptor, device.string());
+  OwnedDescriptor port(open(device.c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC), device);
   termios settings{};
-  if (tcgetattr(port.get(), &settings) != 0) {
-    if (errno == ENOTTY) {
-      throw Failure(device.string() + " is no serial port");
-    }
-    fail(device);
+  const int result = tcgetattr(port.get(), &settings);
+  if (result != 0 && errno == ENOTTY) {
+    throw Failure(device.string() + " is no serial port");
   }
+  checked(result, device);
   cfmakeraw(&settings);
   settings.c_cflag |= CLOCAL | CREAD;
   settings.c_cflag &= ~static_cast<tcflag_t>(CRTSCTS | CSTOPB);
   if (baud) {
     setSpeed(settings, *baud);
   }
-  if (tcsetattr(port.get(), TCSANOW, &settings) != 0) {
-    fail(device);
-  }
+  checked(tcsetattr(port.get(), TCSANOW, &settings), device);
   return port;
 }
 

@@ -9,7 +9,8 @@
 namespace orb::sim {
 
 /// Opens a serial port for raw bytes, without blocking. Its speed is set, or stays as it is. Throws
-/// Failure where it cannot be opened, is no terminal or does not know the speed.
+/// std::system_error where it cannot be opened, and Failure where it is no terminal or does not
+/// know the speed.
 OwnedDescriptor openSerialPort(const std::filesystem::path& device,
                                std::optional<unsigned int> baud);
 

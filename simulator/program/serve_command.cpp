@@ -70,8 +70,7 @@ void addServe(CLI::App& app, Invocation& invocation) {
       "Offers the line on this port of 127.0.0.1 as well, or alone; 0: any free one",
       [options](const std::string& text) { options->tcpPort = wholeNumber<std::uint16_t>(text); });
   options->scenario.addReceiverOptions(*subcommand);
-  subcommand->callback(
-      [options, &invocation] { invocation.action = [options] { return serve(*options); }; });
+  invocation.actions[subcommand] = [options] { return serve(*options); };
 }
 
 }  // namespace orb::sim

@@ -2,12 +2,11 @@
 
 #include <sys/stat.h>
 
-#include <cerrno>
 #include <cstdlib>
-#include <cstring>
 #include <fstream>
 #include <system_error>
 
+#include "base/checked.h"
 #include "i2c/register_text.h"
 #include "interpose/program_file.h"
 #include "orb-sim/replay.h"
@@ -35,14 +34,11 @@ constexpr const char* kLockFiles[] = {"/run/lock/LCK..tty_gps", "/var/lock/LCK..
 
 /// What COMMAND finds at the far end of its line; none where there is no line or it is another's.
 std::unique_ptr<Device> makeReceiver(const RunOptions& options) {
-  if (!options.tty.empty()) {
+  if (!options.tty.empty() || options.scenario.presence == Scenario::Presence::Absent) {
     return nullptr;
   }
   if (options.replay) {
     return std::make_unique<ReplayDevice>(options.replay->trace, options.replay->pace);
-  }
-  if (options.scenario.presence == Scenario::Presence::Absent) {
-    return nullptr;
   }
   return std::make_unique<ScenarioDevice>(options.scenario);
 }
@@ -75,9 +71,7 @@ fs::path makeI2cBus(const fs::path& files, const fs::path& folder) {
   }
   const fs::path bus = folder / kI2cBus;
   fs::create_symlink(registers, bus.string() + ".registers");
-  if (mknod(bus.c_str(), S_IFSOCK | S_IRUSR | S_IWUSR, 0) != 0) {
-    throw Failure("cannot make " + bus.string() + ": " + std::strerror(errno));
-  }
+  checked(mknod(bus.c_str(), S_IFSOCK | S_IRUSR | S_IWUSR, 0), "cannot make " + bus.string());
   return bus;
 }
 
@@ -95,8 +89,7 @@ std::string escaped(const std::string& path) {
 }  // namespace
 
 SimulatedDevice::SimulatedDevice(const RunOptions& options, const fs::path& folder)
-    : folder_(folder),
-      files_(makeFilesFolder(options, folder)),
+    : files_(makeFilesFolder(options, folder)),
       i2cBus_(makeI2cBus(files_, folder)),
       library_(linkLibrary(folder)),
       tty_(options.tty.empty() ? folder / kLineName : fs::absolute(options.tty)),

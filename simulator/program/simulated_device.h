@@ -25,7 +25,6 @@ class SimulatedDevice {
  private:
   std::string pathMap() const;
 
-  const std::filesystem::path folder_;
   const std::filesystem::path files_;    ///< where the log and identity files are
   const std::filesystem::path i2cBus_;   ///< as the preloaded library takes it
   const std::filesystem::path library_;  ///< a link, whose path LD_PRELOAD can take

@@ -31,7 +31,7 @@ Tap::Tap(OwnedDescriptor port, std::string name, const std::filesystem::path& li
 void Tap::run(const EndSignals& end) {
   checkDisplay();
   while (passOn(end)) {
-    transcript_.letTimePass(now());
+    transcript_.reach(now());
     checkDisplay();
   }
   transcript_.finish();

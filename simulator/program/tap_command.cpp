@@ -56,19 +56,15 @@ void addTap(CLI::App& app, Invocation& invocation) {
   CLI::App* const subcommand =
       addSubcommand(app, "tap", "DEVICE --link PATH [OPTIONS]", kTapDescription);
   const auto options = std::make_shared<TapOptions>();
-  refuseEmpty(
-      subcommand->add_option("DEVICE", options->device, "The serial port with the receiver"))
+  addPath(*subcommand, "DEVICE", "", options->device, "The serial port with the receiver")
       ->required();
   addLinkOption(*subcommand, options->link)->required();
-  refuseEmpty(
-      subcommand->add_option("--trace", options->trace,
-                             "Records all bytes in this file, for orb-sim replay and decode"))
-      ->type_name("FILE");
+  addPath(*subcommand, "--trace", "FILE", options->trace,
+          "Records all bytes in this file, for orb-sim replay and decode");
   addOption(
       *subcommand, "--baud", "N", "The receiver's speed; without it, DEVICE keeps its own",
       [options](const std::string& text) { options->baud = wholeNumber<unsigned int>(text); });
-  subcommand->callback(
-      [options, &invocation] { invocation.action = [options] { return tap(*options); }; });
+  invocation.actions[subcommand] = [options] { return tap(*options); };
 }
 
 }  // namespace orb::sim

@@ -9,7 +9,10 @@
 namespace orb::sim {
 namespace {
 
-using namespace std::chrono;
+namespace chrono = std::chrono;
+using namespace std::chrono_literals;
+using chrono::milliseconds;
+using chrono::sys_days;
 
 constexpr Word<Scenario::Presence> kPresences[] = {
     {"answering", Scenario::Presence::Answering},
@@ -19,22 +22,23 @@ constexpr Word<Scenario::Presence> kPresences[] = {
 
 constexpr char kNoModule[] = "none";
 constexpr std::size_t kLongestHardwareId = 100;
-constexpr hours kLongestWait{24};
+constexpr chrono::hours kLongestWait{24};
 
-constexpr sys_days kGpsEpoch = 1980y / January / 6;
-constexpr sys_days kLatest = 2100y / January / 1;  // and earlier
+constexpr sys_days kGpsEpoch = 1980y / 1 / 6;
+constexpr sys_days kLatest = 2100y / 1 / 1;  // and earlier
 
 /// The time that a TOML date-time names; without an offset, it is UTC.
-sys_time<milliseconds> utcOf(const toml::date_time& time) {
-  const sys_days date = year{time.date.year} / month{time.date.month} / day{time.date.day};
-  const minutes offset{time.offset ? time.offset->minutes : 0};
-  return date + hours{time.time.hour} + minutes{time.time.minute} + seconds{time.time.second} +
-         duration_cast<milliseconds>(nanoseconds{time.time.nanosecond}) - offset;
+chrono::sys_time<milliseconds> utcOf(const toml::date_time& time) {
+  const sys_days date = chrono::year{time.date.year} / time.date.month / time.date.day;
+  const chrono::minutes offset{time.offset ? time.offset->minutes : 0};
+  const milliseconds fraction{time.time.nanosecond / 1'000'000};
+  return date + time.time.hour * 1h + time.time.minute * 1min + time.time.second * 1s + fraction -
+         offset;
 }
 
-void setUtc(GpsTime& time, sys_time<milliseconds> utc) {
-  const milliseconds sinceEpoch = utc - kGpsEpoch + seconds{time.leapSeconds};
-  const weeks week = floor<weeks>(sinceEpoch);
+void setUtc(GpsTime& time, chrono::sys_time<milliseconds> utc) {
+  const milliseconds sinceEpoch = utc - kGpsEpoch + chrono::seconds{time.leapSeconds};
+  const auto week = chrono::floor<chrono::weeks>(sinceEpoch);
   time.week = static_cast<std::uint16_t>(week.count());
   time.timeOfWeek = sinceEpoch - week;
 }
@@ -81,7 +85,7 @@ void readTime(TableReader& time, State& state) {
   const auto text = start->value_exact<std::string>();
   const auto dateTime = start->value_exact<toml::date_time>();
   if (text == "now") {
-    setUtc(state.time, floor<milliseconds>(system_clock::now()));
+    setUtc(state.time, chrono::floor<milliseconds>(chrono::system_clock::now()));
   } else if (!dateTime) {
     time.refuse(kKey, "is " + (text ? inQuotes(*text) : typeName(*start)) +
                           "; it has to be \"now\" or a date and time such as "

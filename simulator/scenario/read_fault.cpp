@@ -64,22 +64,21 @@ void readMessage(TableReader& fault, FaultRule& rule) {
   if (node == nullptr) {
     return;
   }
+  std::string found = typeName(*node);
   if (const auto number = node->value_exact<std::int64_t>()) {
     if (isMessage(*number)) {
       rule.message = static_cast<std::uint16_t>(*number);
-    } else {
-      fault.refuse(kKey, "is " + format("0x%04llX", static_cast<unsigned long long>(*number)) +
-                             ", which is no message" + kAccepted);
+      return;
     }
+    found = format("0x%04llX, which is no message", static_cast<unsigned long long>(*number));
   } else if (const auto name = node->value_exact<std::string>()) {
     if (const Command* const command = findCommand(*name)) {
       rule.message = command->id;
-    } else {
-      fault.refuse(kKey, "is " + inQuotes(*name) + ", which is no message" + kAccepted);
+      return;
     }
-  } else {
-    fault.refuse(kKey, "is " + typeName(*node) + kAccepted);
+    found = inQuotes(*name) + ", which is no message";
   }
+  fault.refuse(kKey, "is " + found + kAccepted);
 }
 
 /// A key that the kind of fault needs or takes no notice of has to be there accordingly.

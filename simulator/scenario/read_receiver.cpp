@@ -1,4 +1,6 @@
 #include <charconv>
+#include <chrono>
+#include <ratio>
 #include <sstream>
 #include <string_view>
 
@@ -6,6 +8,8 @@
 
 namespace orb::sim {
 namespace {
+
+using namespace std::chrono_literals;
 
 constexpr std::size_t kLongestVersionExtension = 32;
 
@@ -17,6 +21,12 @@ constexpr Word<std::uint16_t> kConstellationBits[] = {
     {"gps", 1}, {"glonass", 2}, {"galileo", 4}, {"beidou", 8}};
 constexpr Word<std::uint8_t> kInterference[] = {
     {"unknown", 0}, {"none", 1}, {"some", 2}, {"critical", 3}};
+constexpr Word<TimingMode> kTimingModes[] = {{"dynamic", TimingMode::Dynamic},
+                                             {"survey", TimingMode::AutoSurvey},
+                                             {"static", TimingMode::Static}};
+constexpr Word<std::uint8_t> kTimeReferences[] = {{"gnss", 0}, {"utc", 1}};
+constexpr Word<std::uint8_t> kPulseConditions[] = {
+    {"always", 0}, {"with-a-fix", 1}, {"with-a-satellite", 2}};
 /// In the order of Settings::nmeaIntervals.
 constexpr std::string_view kSentences[] = {"gga", "gsa", "gsv", "gll", "rmc", "vtg", "zda"};
 
@@ -128,6 +138,38 @@ void readDopMask(TableReader& receiver, DopMask& mask) {
   });
 }
 
+void readPulses(TableReader& receiver, Settings& settings) {
+  using Microseconds = std::chrono::duration<std::uint32_t, std::micro>;
+  using CableDelay = std::chrono::duration<std::int32_t, std::ratio<1, 100'000'000'000>>;
+  Microseconds width{settings.ppsPulseWidth};
+  receiver.duration("pps-pulse-width", width, 1us, 100ms);
+  settings.ppsPulseWidth = width.count();
+  CableDelay delay{settings.cableDelay};
+  receiver.duration("cable-delay", delay, -5us, 5us);
+  settings.cableDelay = delay.count();
+  receiver.word("pps", settings.ppsOutput.mode, kPulseConditions);
+  receiver.word("time-reference", settings.ppsOutput.alignSource, kTimeReferences);
+  receiver.integer("pps2-frequency", settings.pps2Frequency, 0, 19'200'000);
+}
+
+void readTiming(TableReader& receiver, State& state) {
+  receiver.table("timing", [&](TableReader& table) {
+    using Seconds = std::chrono::duration<std::uint32_t>;
+    Timing& timing = state.timing;
+    table.word("mode", timing.mode, kTimingModes);
+    Seconds length{timing.surveyLength};
+    table.duration("survey-length", length, 1s, 14 * 24h);
+    timing.surveyLength = length.count();
+    table.duration("surveyed", state.surveyed, 0s, length);
+    table.integer("standard-deviation", timing.standardDeviation, 0);
+    table.number("latitude", timing.latitude, -90, 90);
+    table.number("longitude", timing.longitude, -180, 180);
+    double altitude = timing.altitude;
+    table.number("altitude", altitude, -1000, 10'000);
+    timing.altitude = static_cast<float>(altitude);
+  });
+}
+
 }  // namespace
 
 void readReceiver(TableReader& receiver, State& state) {
@@ -136,7 +178,8 @@ void readReceiver(TableReader& receiver, State& state) {
   readOutput(receiver, state);
   readSatelliteSettings(receiver, state);
   readDopMask(receiver, state.dopMask);
-  readPulsesAndTiming(receiver, state);
+  readPulses(receiver, state);
+  readTiming(receiver, state);
   readEnabled(receiver, "interference-detection", state.interferenceDetection);
   receiver.word("interference", state.interferenceStatus, kInterference);
 }

@@ -14,8 +14,7 @@ namespace orb::sim {
 
 void readDevice(TableReader& device, Scenario& scenario);
 void readReceiver(TableReader& receiver, State& state);
-void readPulsesAndTiming(TableReader& receiver, State& state);  ///< those keys of [receiver]
-void readSurroundings(TableReader& file, State& state);         ///< [position], [track], the sky
+void readSurroundings(TableReader& file, State& state);  ///< [position], [track], the sky
 void readTime(TableReader& time, State& state);
 void readStart(TableReader& start, Scenario& scenario);
 void readLine(TableReader& line, LineConditions& conditions);

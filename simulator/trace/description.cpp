@@ -3,20 +3,13 @@
 #include <orb-gnss/catalogue.h>
 
 #include <algorithm>
-#include <cstring>
 #include <string_view>
 
+#include "model/packet_layout.h"
 #include "trace/hex.h"
 
 namespace orb::sim {
 namespace {
-
-constexpr std::size_t kHeaderLength = 4;
-constexpr std::size_t kTrailerLength = 3;
-
-Frame frameOf(const StreamItem& packet) {
-  return {Bytes(packet.bytes.begin() + kHeaderLength, packet.bytes.end() - kTrailerLength)};
-}
 
 /// The catalogue's words for a message, empty for one that it does not have. Length 0: any.
 std::string_view catalogueText(const Frame& frame, std::size_t length) {
@@ -90,7 +83,7 @@ std::string withTrouble(const StreamItem& item, const std::string& text) {
 void StreamCounts::add(const StreamItem& item) {
   switch (item.kind) {
     case StreamItem::Kind::Packet:
-      ++(isKnown(frameOf(item)) ? messages : unknown);
+      ++(isKnown(frameOf(item.bytes.data())) ? messages : unknown);
       break;
     case StreamItem::Kind::Damaged:
       ++damaged;
@@ -122,7 +115,7 @@ std::string StreamCounts::text() const {
 std::string describe(const StreamItem& item) {
   switch (item.kind) {
     case StreamItem::Kind::Packet:
-      return describePacket(frameOf(item));
+      return describePacket(frameOf(item.bytes.data()));
     case StreamItem::Kind::Damaged:
       return labelled("bad", withTrouble(item, toHex(item.bytes, " ")));
     case StreamItem::Kind::Sentence:

@@ -41,7 +41,7 @@ Bytes ReplayDevice::receive(const Bytes& bytes) {
 Bytes ReplayDevice::takeLeftovers() {
   Bytes output;
   for (const Piece& piece : due_) {
-    if (piece.delay < answerEnd_) {
+    if (piece.at < answerEnd_) {
       append(output, piece.bytes);
     }
   }
@@ -64,14 +64,14 @@ Bytes ReplayDevice::answerTo(const Frame& packet) {
 void ReplayDevice::schedule(const Answer& answer) {
   answerEnd_ = now_ + kAnswerTime;
   for (const Piece& piece : answer) {
-    const bool isAtOnce = pace_ == Pace::Fast && piece.delay < kAnswerTime;
-    due_.push_back({now_ + (isAtOnce ? milliseconds{0} : piece.delay), piece.bytes});
+    const bool isAtOnce = pace_ == Pace::Fast && piece.at < kAnswerTime;
+    due_.push_back({now_ + (isAtOnce ? milliseconds{0} : piece.at), piece.bytes});
   }
 }
 
 Bytes ReplayDevice::takeDue() {
   Bytes output;
-  while (!due_.empty() && due_.front().delay <= now_) {
+  while (!due_.empty() && due_.front().at <= now_) {
     append(output, due_.front().bytes);
     due_.pop_front();
   }
@@ -86,7 +86,7 @@ Bytes ReplayDevice::tick(milliseconds elapsed) {
 
 milliseconds ReplayDevice::untilNextOutput() const {
   const std::lock_guard lock(mutex_);
-  return due_.empty() ? kNever : std::max(due_.front().delay - now_, milliseconds{0});
+  return due_.empty() ? kNever : std::max(due_.front().at - now_, milliseconds{0});
 }
 
 std::size_t ReplayDevice::refused() const {

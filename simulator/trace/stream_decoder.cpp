@@ -2,27 +2,15 @@
 
 #include <algorithm>
 #include <charconv>
-#include <numeric>
+
+#include "model/packet_layout.h"
 
 namespace orb::sim {
 namespace {
 
-constexpr std::uint8_t kStart1 = 0xA0;
-constexpr std::uint8_t kStart2 = 0xA1;
-constexpr std::uint8_t kEnd1 = 0x0D;
-constexpr std::uint8_t kEnd2 = 0x0A;
-constexpr std::size_t kHeaderLength = 4;
-constexpr std::size_t kTrailerLength = 3;
-
 // Bytes that are nothing in particular are handed on at this many, so that much of it is seen to
 // come.
 constexpr std::size_t kLongestRest = 4096;
-
-std::uint8_t checksum(const std::uint8_t* first, const std::uint8_t* last) {
-  return std::accumulate(first, last, std::uint8_t{0}, [](std::uint8_t sum, std::uint8_t byte) {
-    return static_cast<std::uint8_t>(sum ^ byte);
-  });
-}
 
 bool isText(std::uint8_t byte) { return byte >= 0x20 && byte < 0x7F; }
 
@@ -68,26 +56,20 @@ StreamDecoder::Verdict StreamDecoder::judgePacket(std::size_t position) const {
   using Kind = Verdict::Kind;
   const std::uint8_t* const begin = pending_.data() + position;
   const std::size_t available = pending_.size() - position;
-  if (available > 1 && begin[1] != kStart2) {
-    return {};
-  }
-  if (available < kHeaderLength) {
-    return {Kind::Incomplete};
-  }
-  const std::size_t payload = static_cast<std::size_t>(begin[2]) << 8 | begin[3];
-  if (payload == 0 || payload > FrameReader::kLongestPayload) {
-    return {Kind::Damaged, kHeaderLength, "impossible length"};
-  }
-  const std::size_t length = kHeaderLength + payload + kTrailerLength;
-  if (available < length) {
-    return {Kind::Incomplete, length};
-  }
-  const std::uint8_t* const trailer = begin + kHeaderLength + payload;
-  if (checksum(begin + kHeaderLength, trailer) != trailer[0]) {
-    return {Kind::Damaged, length, "wrong checksum"};
-  }
-  if (trailer[1] != kEnd1 || trailer[2] != kEnd2) {
-    return {Kind::Damaged, length, "wrong end bytes"};
+  const std::size_t length = available < kHeaderLength ? 0 : packetLength(begin);
+  switch (sim::judgePacket(begin, available)) {
+    case PacketVerdict::NoStart:
+      return {};
+    case PacketVerdict::Incomplete:
+      return {Kind::Incomplete, length};
+    case PacketVerdict::BadLength:
+      return {Kind::Damaged, kHeaderLength, "impossible length"};
+    case PacketVerdict::BadChecksum:
+      return {Kind::Damaged, length, "wrong checksum"};
+    case PacketVerdict::BadEnd:
+      return {Kind::Damaged, length, "wrong end bytes"};
+    case PacketVerdict::Good:
+      break;
   }
   return {Kind::Whole, length};
 }

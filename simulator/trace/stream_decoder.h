@@ -25,6 +25,8 @@ struct StreamItem {
   std::string_view trouble = {};  ///< what is wrong with a packet or sentence; empty for nothing
 
   static constexpr std::size_t kShownBytes = 128;
+
+  bool operator==(const StreamItem&) const = default;
 };
 
 /// Cuts any stream of bytes into packets, sentences and what is neither, so that each byte is in

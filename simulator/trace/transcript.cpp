@@ -1,42 +1,27 @@
 #include "trace/transcript.h"
 
-#include <array>
-#include <cstdio>
 #include <ostream>
 
+#include "model/nmea_format.h"
+
 namespace orb::sim {
-namespace {
-
-using std::chrono::microseconds;
-
-/// The beginning of a line: time in seconds, and who speaks.
-std::string heading(microseconds at, Speaker speaker) {
-  std::array<char, 64> text{};
-  const double seconds = std::chrono::duration<double>(at).count();
-  std::snprintf(text.data(), text.size(), "%12.6f  %-8s  ", seconds, nameOf(speaker));
-  return text.data();
-}
-
-}  // namespace
 
 Transcript::Side::Side(Transcript& transcript, Speaker speaker)
     : decoder([this, &transcript, speaker](const StreamItem& item) {
         counts.add(item);
-        transcript.output_ << heading(last, speaker) << describe(item) << '\n';
+        const double seconds = std::chrono::duration<double>(last).count();
+        transcript.output_ << format("%12.6f  %-8s  ", seconds, nameOf(speaker)) << describe(item)
+                           << '\n';
       }) {}
 
-Transcript::Side& Transcript::sideOf(Speaker speaker) {
-  return speaker == Speaker::Client ? client_ : receiver_;
-}
-
 void Transcript::add(const TraceRecord& record) {
-  letTimePass(record.at);
-  Side& side = sideOf(record.from);
+  reach(record.at);
+  Side& side = record.from == Speaker::Client ? client_ : receiver_;
   side.last = record.at;
   side.decoder.push(record.bytes);
 }
 
-void Transcript::letTimePass(microseconds now) {
+void Transcript::reach(std::chrono::microseconds now) {
   for (Side* const side : {&client_, &receiver_}) {
     if (now - side->last >= kPatience) {
       side->decoder.finish();

@@ -23,9 +23,9 @@ class Transcript {
   void add(const TraceRecord& record);
 
   /// Says that it is now so late.
-  void letTimePass(std::chrono::microseconds now);
+  void reach(std::chrono::microseconds now);
 
-  /// Whether letTimePass() may have something to write.
+  /// Whether reach() may have something to write.
   bool isMidItem() const;
 
   /// Writes down what is incomplete, and how much there was of what.
@@ -39,8 +39,6 @@ class Transcript {
     StreamCounts counts;
     StreamDecoder decoder;
   };
-
-  Side& sideOf(Speaker speaker);
 
   std::ostream& output_;
   Side client_{*this, Speaker::Client};

@@ -17,6 +17,12 @@ namespace {
 
 using Calls = std::vector<std::string>;
 
+/// A whole switching of the antenna: what is written to the registers from 6 and from 2 on.
+Calls switching(const std::string& direction, const std::string& output) {
+  return {"open 0x21", "read 2 from 06", "write 06 " + direction, "read 2 from 02",
+          "write 02 " + output};
+}
+
 /// The carrier board with all pins of its port expander inputs, except those given.
 class CarrierBoardChip : public testing::Test {
  protected:
@@ -41,12 +47,10 @@ class CarrierBoardChip : public testing::Test {
 
 TEST_F(CarrierBoardChip, SwitchesTheAntennaOnAndOff) {
   EXPECT_EQ(chip_.antennaPowerEnable("ON"), 0);
-  EXPECT_EQ(transfers(), (Calls{"open 0x21", "read 2 from 06", "write 06 37 FE", "read 2 from 02",
-                                "write 02 5A C3"}));
+  EXPECT_EQ(transfers(), switching("37 FE", "5A C3"));
   board_.calls.clear();
   EXPECT_EQ(chip_.antennaPowerEnable("OFF"), 0);
-  EXPECT_EQ(transfers(), (Calls{"open 0x21", "read 2 from 06", "write 06 37 FE", "read 2 from 02",
-                                "write 02 5A C2"}));
+  EXPECT_EQ(transfers(), switching("37 FE", "5A C2"));
 }
 
 TEST_F(CarrierBoardChip, SwitchesAsOftenAsItIsTold) {
@@ -86,13 +90,11 @@ TEST_F(CarrierBoardChip, AsksTheInventoryForTheBusOfTheModuleAtLocationOne) {
                    "write 02 5A C3", "end of I2C device"}));
 }
 
-TEST_F(CarrierBoardChip, UsesABusWithoutName) {
+TEST_F(CarrierBoardChip, UsesABusWithoutNameAlsoWhenNoModuleIsFitted) {
   board_.modules[1].i2cBus = "";
   chip_.antennaPowerEnable("ON");
   EXPECT_EQ(board_.calls.at(7), "I2C device /dev/");
-}
-
-TEST_F(CarrierBoardChip, UsesABusWithoutNameWhenNoModuleIsFitted) {
+  board_.calls.clear();
   board_.modules.clear();
   EXPECT_EQ(chip_.antennaPowerEnable("ON"), 0);
   EXPECT_EQ(board_.calls,
@@ -121,12 +123,10 @@ TEST_F(CarrierBoardChip, TakesAnyOtherResultOfOpenForSuccess) {
 TEST_F(CarrierBoardChip, GoesOnWhenReadsAndWritesFail) {
   board_.i2cTransferResult = -121;
   EXPECT_EQ(chip_.antennaPowerEnable("ON"), 0);
-  EXPECT_EQ(transfers(), (Calls{"open 0x21", "read 2 from 06", "write 06 00 00", "read 2 from 02",
-                                "write 02 00 01"}));
+  EXPECT_EQ(transfers(), switching("00 00", "00 01"));
   board_.calls.clear();
   EXPECT_EQ(chip_.antennaPowerEnable("OFF"), 0);
-  EXPECT_EQ(transfers(), (Calls{"open 0x21", "read 2 from 06", "write 06 00 00", "read 2 from 02",
-                                "write 02 00 00"}));
+  EXPECT_EQ(transfers(), switching("00 00", "00 00"));
   EXPECT_EQ(chip_.antennaPowerEnable("standby"), 1);
 }
 

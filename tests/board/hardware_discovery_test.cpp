@@ -6,6 +6,7 @@
 #include <new>
 #include <stdexcept>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "support/captured_stream.h"
@@ -55,28 +56,18 @@ class HardwareDiscovery : public testing::Test {
 
 // Locations.
 
-TEST_F(HardwareDiscovery, KnowsWhichLocationsArePopulated) {
-  board_.modules[1];
-  EXPECT_TRUE(checkAddress(1));
-  EXPECT_FALSE(checkAddress(2));
-  EXPECT_TRUE(checkAddress(3));
-  EXPECT_FALSE(checkAddress(0));
-}
-
-TEST_F(HardwareDiscovery, FindsNoLocationInAnEmptyInventory) {
+TEST_F(HardwareDiscovery, KnowsWhichLocationsArePopulatedAndAsksTheInventoryAlone) {
+  board_.modules[0xFFFFFFFF];
+  // Locations are compared as 32 bits.
+  for (const auto& [location, isPopulated] :
+       {std::pair{3, true}, {-1, true}, {0, false}, {2, false}, {-3, false}}) {
+    expectOnlyLocations([&, location = location, isPopulated = isPopulated] {
+      EXPECT_EQ(checkAddress(location), isPopulated) << location;
+    });
+  }
   board_.modules.clear();
   EXPECT_FALSE(checkAddress(0));
   EXPECT_FALSE(checkAddress(3));
-}
-
-TEST_F(HardwareDiscovery, ComparesLocationsAs32Bits) {
-  board_.modules[0xFFFFFFFF];
-  EXPECT_TRUE(checkAddress(-1));
-  EXPECT_FALSE(checkAddress(-3));
-}
-
-TEST_F(HardwareDiscovery, AsksTheInventoryAloneForALocation) {
-  expectOnlyLocations([] { checkAddress(3); });
 }
 
 // An empty location.
@@ -170,20 +161,14 @@ TEST_F(PcieEndpoint, MayHaveNoBars) {
   expectMismatch("BAR size in eeprom record 0 does not match actual BAR size 1");
 }
 
-TEST_F(PcieEndpoint, IsComparedByTheNumberThatTheRecordStartsWith) {
-  for (const char* record : {" \t\n2 BARs of 4", "2.9", "+2"}) {
+TEST_F(PcieEndpoint, IsComparedByTheLow32BitsOfTheNumberThatTheRecordStartsWith) {
+  for (const char* record : {" \t\n2 BARs of 4", "2.9", "+2", "4294967298",  // 2^32 + 2
+                             "18446744069414584322"}) {                      // 2^64 - 2^32 + 2
     describe(record, 2);
     expectMatch();
   }
   describe("0x2", 0);
   expectMatch();
-}
-
-TEST_F(PcieEndpoint, IsComparedByTheLow32Bits) {
-  for (const char* record : {"4294967298", "18446744069414584322"}) {  // 2^32 + 2, 2^64 - 2^32 + 2
-    describe(record, 2);
-    expectMatch();
-  }
 }
 
 TEST_F(PcieEndpoint, IsShownAsSignedNumber) {

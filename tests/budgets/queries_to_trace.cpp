@@ -14,6 +14,7 @@
 #include "marks.h"
 #include "orb-gnss/module_driver.h"
 #include "support/pty.h"
+#include "support/replacement.h"
 
 namespace {
 
@@ -40,9 +41,8 @@ void mark(const char* text) {
 
 }  // namespace
 
-// The library opens its device through this, by way of the dynamic linker, which finds a program's
-// own definitions first. It leads to the pty, and makes no further system call.
-extern "C" __attribute__((visibility("default"))) int open(const char* path, int flags, ...) {
+// The library opens its device through this. It leads to the pty, and makes no further system call.
+ORB_TEST_REPLACEMENT int open(const char* path, int flags, ...) {
   const bool isDevice = std::strcmp(path, "/dev/tty_gps") == 0;
   return openat(AT_FDCWD, isDevice ? tty : path, flags);
 }

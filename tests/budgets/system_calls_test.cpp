@@ -67,7 +67,7 @@ std::string traceOf(const std::string& program) {
   if (strace.wait(std::chrono::seconds(30)) != 0) {
     throw std::runtime_error("under strace: " + strace.output());
   }
-  return readFile(trace);
+  return contentOf(trace);
 }
 
 /// Whether a process may trace another here; some containers forbid it.

@@ -1,9 +1,5 @@
-#include <fcntl.h>
-#include <poll.h>
-#include <unistd.h>
-
-#include <filesystem>
 #include <string>
+#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -11,17 +7,6 @@
 
 namespace orb::test {
 namespace {
-
-using namespace std::chrono_literals;
-
-/// Waits until bytes lie ready at the tty; false when none come.
-bool hasInput(const std::filesystem::path& tty) {
-  constexpr int kLimitMilliseconds = 5000;
-  pollfd descriptor{::open(tty.c_str(), O_RDONLY | O_NOCTTY | O_NONBLOCK), POLLIN, 0};
-  const bool ready = ::poll(&descriptor, 1, kLimitMilliseconds) == 1;
-  ::close(descriptor.fd);
-  return ready;
-}
 
 std::vector<std::string> operator+(std::vector<std::string> first,
                                    const std::vector<std::string>& second) {
@@ -60,13 +45,6 @@ class DynamicModel : public OperationTest {
   const std::vector<std::string> fixLine_ =
       std::vector<std::string>{"wait 100 ms"} + lineOf(fix_, fix_.sends.packet);
 };
-
-TEST_F(DynamicModel, IsNotReadFromWhatCameBeforeTheReadBack) {
-  onPacket(mode_.sends.packet).answer(hex(mode_.otherReply.packet));
-  onPacket(mode_.reads.packet).answer(hex(mode_.reply.packet)).after(20ms);
-  when("wait 100 ms", 1, [&] { EXPECT_TRUE(hasInput(files_.tty)); });
-  EXPECT_EQ(observe(mode_.call).result, 0u);
-}
 
 TEST_F(DynamicModel, SetsTheNavigationModeAndAfterAWaitTheFix) {
   connectReceiver();
@@ -191,16 +169,16 @@ TEST_F(DynamicModel, IsLeftAloneWhenTheDeviceIsMissingOrGoesAfterTheFix) {
 // model comes back as its navigation mode.
 TEST_F(DynamicModel, ComesBackInOtherNumbers) {
   connectReceiver();
-  struct Row {
-    int model;
-    int fixMode;
-    const char* outputs;
-  };
-  for (const Row& row :
-       {Row{3, 0, "2, 1"}, Row{3, 1, "2, 0"}, Row{3, 2, "2, 2"}, Row{0, 2, "1, 2"},
-        Row{1, 2, "1, 2"}, Row{2, 2, "1, 2"}, Row{7, 2, "5, 2"}, Row{8, 2, "0, 2"}}) {
-    EXPECT_EQ(set(row.model, row.fixMode).result, 0u);
-    EXPECT_EQ(get().outputs, row.outputs);
+  for (const auto& [model, fixMode, outputs] : {std::tuple{3, 0, "2, 1"},
+                                                {3, 1, "2, 0"},
+                                                {3, 2, "2, 2"},
+                                                {0, 2, "1, 2"},
+                                                {1, 2, "1, 2"},
+                                                {2, 2, "1, 2"},
+                                                {7, 2, "5, 2"},
+                                                {8, 2, "0, 2"}}) {
+    EXPECT_EQ(set(model, fixMode).result, 0u);
+    EXPECT_EQ(get().outputs, outputs);
   }
 }
 

@@ -14,6 +14,7 @@
 #include <utility>
 
 #include "support/captured_output.h"
+#include "support/replacement.h"
 
 namespace orb::test {
 
@@ -169,11 +170,8 @@ void OperationTest::stayWithinTheLimit(int limitSeconds) {
 
 }  // namespace orb::test
 
-// The library calls these through the dynamic linker, which finds a program's own definitions
-// first. A channel sets the terminal once, when it has opened it; the driver's waits are its only
+// A channel sets the terminal once, when it has opened it; the driver's waits are its only
 // calls of nanosleep().
-
-#define ORB_TEST_REPLACEMENT extern "C" __attribute__((visibility("default")))
 
 ORB_TEST_REPLACEMENT int tcsetattr(int descriptor, int when, const termios* settings) noexcept {
   if (orb::test::noteEvent) {

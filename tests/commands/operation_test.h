@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "operations/operations.h"
+#include "operations/recording.h"
 #include "support/receiver_test.h"
 
 namespace orb::test {
@@ -16,6 +17,8 @@ std::string notSent(const std::string& description);
 std::string noReply(const std::string& description);
 
 std::string times(int count, const std::string& text);
+
+using RecordingDriver = Recording<StampedDriver>;
 
 /// Everything that can be seen of a call from outside.
 struct Observed {

@@ -28,15 +28,11 @@ sim::Bytes corrupted(sim::Bytes packet) {
   return packet;
 }
 
-/// The acknowledgement (83) or refusal (84) of a message, by the packet's id byte.
-sim::Bytes responseTo(std::uint8_t response, const std::string& packet) {
-  const std::uint8_t id = hex(packet)[4];
-  return {0xA0, 0xA1, 0x00, 0x02, response, id, static_cast<std::uint8_t>(response ^ id),
-          0x0D, 0x0A};
+/// The acknowledgement and the refusal of a message name its id, the packet's fifth byte.
+sim::Bytes acknowledgementOf(const std::string& packet) {
+  return sim::frame(0x8300, {hex(packet)[4]});
 }
-
-sim::Bytes acknowledgementOf(const std::string& packet) { return responseTo(0x83, packet); }
-sim::Bytes refusalOf(const std::string& packet) { return responseTo(0x84, packet); }
+sim::Bytes refusalOf(const std::string& packet) { return sim::frame(0x8400, {hex(packet)[4]}); }
 
 /// The rows that have something in this member.
 template <typename Row, typename Member>
@@ -377,7 +373,7 @@ TEST_P(OrderOutcome, SucceedsEvenWhenRefused) {
 
 TEST_P(OrderOutcome, FailsWithoutDevice) {
   unplug();
-  EXPECT_EQ(observe(row().call), (Observed{.result = 8,
+  EXPECT_EQ(observe(row().call), (Observed{.result = row().resultUnsent,
                                            .standardError = kNoDevice,
                                            .errorLog = notSent(row().sends.description)}));
 }

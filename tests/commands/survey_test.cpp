@@ -17,20 +17,18 @@ const std::string kTimingNotSent = notSent("44 00: Query 1PPS timing of the GNSS
 const std::string kNoTiming = noReply("44 00: Query 1PPS timing of the GNSS receiver");
 const std::string kSettingNotSent = notSent("54 00: Configure 1PPS timing of GNSS receiver");
 
-// A receiver's timing, every field of it different: an hour's survey, a standard deviation that
-// only the receiver understands, a position, and five bytes more that nobody reads.
-constexpr const char* kDynamicTiming =
-    "A0 A1 00 23 C2 00 00 00 0E 10 12 34 56 78 40 48 2F 85 EA 7C 12 34 C0 27 22 BA 21 8F 56 78 "
-    "44 02 20 00 01 00 00 00 07 59 0D 0A";
-constexpr const char* kSurveyTiming =
-    "A0 A1 00 23 C2 01 00 00 0E 10 12 34 56 78 40 48 2F 85 EA 7C 12 34 C0 27 22 BA 21 8F 56 78 "
-    "44 02 20 00 01 00 00 00 07 58 0D 0A";
-constexpr const char* kStaticTiming =
-    "A0 A1 00 23 C2 02 00 00 0E 10 12 34 56 78 40 48 2F 85 EA 7C 12 34 C0 27 22 BA 21 8F 56 78 "
-    "44 02 20 00 01 00 00 00 07 5B 0D 0A";
-constexpr const char* kUnknownTiming =
-    "A0 A1 00 23 C2 03 00 00 0E 10 12 34 56 78 40 48 2F 85 EA 7C 12 34 C0 27 22 BA 21 8F 56 78 "
-    "44 02 20 00 01 00 00 00 07 5A 0D 0A";
+// A receiver's timing in a mode, every field of it different: an hour's survey, a standard
+// deviation that only the receiver understands, a position, and five bytes more that nobody reads.
+std::string timingIn(const std::string& mode, const std::string& checksum) {
+  return "A0 A1 00 23 C2 " + mode +
+         " 00 00 0E 10 12 34 56 78 40 48 2F 85 EA 7C 12 34 C0 27 22 BA 21 8F 56 78 44 02 20 00 01 "
+         "00 00 00 07 " +
+         checksum + " 0D 0A";
+}
+const std::string kDynamicTiming = timingIn("00", "59");
+const std::string kSurveyTiming = timingIn("01", "58");
+const std::string kStaticTiming = timingIn("02", "5B");
+const std::string kUnknownTiming = timingIn("03", "5A");
 // What the setters make of that timing.
 constexpr const char* kSetDynamic =
     "A0 A1 00 1F 54 00 00 00 0E 10 12 34 56 78 40 48 2F 85 EA 7C 12 34 C0 27 22 BA 21 8F 56 78 "
@@ -107,7 +105,7 @@ TEST_F(Survey, AutoWithoutArgumentsIsOfThreeHours) {
 struct Setter {
   const char* name;
   Call call;
-  const char* kept;    ///< the timing that is to be read back
+  std::string kept;    ///< the timing that is to be read back
   const char* packet;  ///< what it makes of the timing with an unknown mode
   const char* wait;
   std::string printed(const std::string& mode) const {
@@ -136,10 +134,9 @@ TEST_P(SurveySetter, KeepsTheRestAndIsRejectedWhenTheModeIsNotKept) {
                                     {kStaticTiming, "STATIC"},
                                     {kUnknownTiming, ""}}) {
     answer(kUnknownTiming, reply);
-    EXPECT_EQ(observe(setter().call),
-              (Observed{.result = std::string(reply) == setter().kept ? 0u : 1u,
-                        .standardOutput = setter().printed(mode),
-                        .line = line(setter().packet, setter().wait)}));
+    EXPECT_EQ(observe(setter().call), (Observed{.result = reply == setter().kept ? 0u : 1u,
+                                                .standardOutput = setter().printed(mode),
+                                                .line = line(setter().packet, setter().wait)}));
   }
 }
 
@@ -277,32 +274,20 @@ TEST_F(Survey, StaticSendsItsLimits) {
 }
 
 TEST_F(Survey, StaticIsRejectedBeyondItsLimitsWithTheDeviceLeftClosed) {
-  const StaticArguments kBeyond[] = {{90.000001, 0, 0, 1},
-                                     {std::nextafter(90, 91), 0, 0, 1},
-                                     {std::nextafter(-90, -91), 0, 0, 1},
-                                     {kNan, 0, 0, 1},
-                                     {kInfinity, 0, 0, 1},
-                                     {-kInfinity, 0, 0, 1},
-                                     {0, std::nextafter(180, 181), 0, 1},
-                                     {0, std::nextafter(-180, -181), 0, 1},
-                                     {0, kNan, 0, 1},
-                                     {0, kInfinity, 0, 1},
-                                     {0, -kInfinity, 0, 1},
-                                     {0, 0, std::nextafter(10000, 10001), 1},
-                                     {0, 0, std::nextafter(-1000, -1001), 1},
-                                     {0, 0, -1000.5, 1},
-                                     {0, 0, kNan, 1},
-                                     {0, 0, kInfinity, 1},
-                                     {0, 0, -kInfinity, 1},
-                                     {0, 0, 0, std::nextafter(200, 201)},
-                                     {0, 0, 0, std::nextafter(0.01, 0)},
-                                     {0, 0, 0, 0.009},
-                                     {0, 0, 0, 0},
-                                     {0, 0, 0, -1},
-                                     {0, 0, 0, kNan},
-                                     {0, 0, 0, kInfinity}};
-  for (const StaticArguments& row : kBeyond) {
-    expectRejectedUnsent(row.call());
+  // Of latitude, longitude, altitude and standard deviation.
+  const std::vector<double> kBeyond[] = {
+      {90.000001, std::nextafter(90, 91), std::nextafter(-90, -91), kNan, kInfinity, -kInfinity},
+      {std::nextafter(180, 181), std::nextafter(-180, -181), kNan, kInfinity, -kInfinity},
+      {std::nextafter(10000, 10001), std::nextafter(-1000, -1001), -1000.5, kNan, kInfinity,
+       -kInfinity},
+      {std::nextafter(200, 201), std::nextafter(0.01, 0), 0.009, 0, -1, kNan, kInfinity}};
+  for (std::size_t place = 0; place < std::size(kBeyond); ++place) {
+    for (const double value : kBeyond[place]) {
+      double arguments[] = {0, 0, 0, 1};
+      arguments[place] = value;
+      expectRejectedUnsent(
+          StaticArguments{arguments[0], arguments[1], arguments[2], arguments[3]}.call());
+    }
   }
 }
 
@@ -315,19 +300,13 @@ TEST_F(Survey, AutoTakesItsLimits) {
 }
 
 TEST_F(Survey, AutoIsRejectedBeyondItsLimitsWithTheDeviceLeftClosed) {
-  const AutoArguments kBeyond[] = {{0, 1},
-                                   {1209601, 1},
-                                   {0x80000000, 1},
-                                   {0xFFFFFFFF, 1},
-                                   {3600, std::nextafter(0.01F, 0.0F)},
-                                   {3600, 0.009F},
-                                   {3600, 0},
-                                   {3600, -1},
-                                   {3600, std::nextafter(50.0F, 51.0F)},
-                                   {3600, std::numeric_limits<float>::quiet_NaN()},
-                                   {3600, std::numeric_limits<float>::infinity()}};
-  for (const AutoArguments& row : kBeyond) {
-    expectRejectedUnsent(row.call());
+  for (const unsigned int length : {0U, 1209601U, 0x80000000U, 0xFFFFFFFFU}) {
+    expectRejectedUnsent(AutoArguments{length, 1}.call());
+  }
+  constexpr float kNoNumber = std::numeric_limits<float>::quiet_NaN();
+  for (const float stdDev : {std::nextafter(0.01F, 0.0F), 0.009F, 0.0F, -1.0F,
+                             std::nextafter(50.0F, 51.0F), kNoNumber, HUGE_VALF}) {
+    expectRejectedUnsent(AutoArguments{3600, stdDev}.call());
   }
 }
 
@@ -384,10 +363,9 @@ TEST_F(Survey, ModeIsRejectedByAnyNameWithoutDevice) {
 // The steps go through the virtual members.
 
 /// Takes down the steps of a setting.
-class SurveyTakenDown : public StampedDriver {
+class SurveyTakenDown : public RecordingDriver {
  public:
   using StampedDriver::gpsObtGetTimeMode;
-  using StampedDriver::setSurveyAuto;
 
   unsigned int gpsObtGetTimeMode(unsigned int& mode, unsigned int& surveyLength,
                                  unsigned int& stdDev, double& latitude, double& longitude,
@@ -402,64 +380,48 @@ class SurveyTakenDown : public StampedDriver {
     return queryResult;
   }
   unsigned int getSurveyMode(std::string& mode) override {
-    calls.push_back("getSurveyMode");
     mode = readBack;
-    return 64;
-  }
-  unsigned int setSurveyAuto(unsigned int surveyLength, float stdDev) override {
-    calls.push_back("setSurveyAuto " + Outcome(0, surveyLength, stdDev).outputs);
-    return 71;
-  }
-  unsigned int setSurveyStatic(double latitude, double longitude, double altitude,
-                               double stdDev) override {
-    calls.push_back("setSurveyStatic " + Outcome(0, latitude, longitude, altitude, stdDev).outputs);
-    return 72;
-  }
-  unsigned int setSurveyDynamic() override {
-    calls.push_back("setSurveyDynamic");
-    return 73;
+    return note("getSurveyMode");
   }
 
   unsigned int queryResult = 0;
   std::string readBack;
-  std::vector<std::string> calls;
 };
 
 TEST_F(Survey, ModeByNameCallsTheSetterWithWhatTheReceiverHas) {
   SurveyTakenDown driver;
-  EXPECT_EQ(driver.setSurveyMode("Auto"), 71u);
-  EXPECT_EQ(driver.setSurveyMode("Static"), 72u);
-  EXPECT_EQ(driver.setSurveyMode("Dynamic"), 73u);
-  EXPECT_EQ(driver.setSurveyMode("other"), 0u);
+  driver.resultOf = [](std::size_t n) { return 70 + static_cast<unsigned int>(n); };
+  EXPECT_EQ(driver.Driver::setSurveyMode("Auto"), 72u);
+  EXPECT_EQ(driver.Driver::setSurveyMode("Static"), 74u);
+  EXPECT_EQ(driver.Driver::setSurveyMode("Dynamic"), 76u);
+  EXPECT_EQ(driver.Driver::setSurveyMode("other"), 0u);
   EXPECT_EQ(driver.calls,
-            (std::vector<std::string>{"gpsObtGetTimeMode", "setSurveyAuto 3600, 0",  //
+            (std::vector<std::string>{"gpsObtGetTimeMode", "setSurveyAuto(3600, 0)",  //
                                       "gpsObtGetTimeMode",
-                                      "setSurveyStatic 48.5, -11.25, 0.10000000149011612, 0",  //
-                                      "gpsObtGetTimeMode", "setSurveyDynamic",                 //
+                                      "setSurveyStatic(48.5, -11.25, 0.10000000149011612, 0)",  //
+                                      "gpsObtGetTimeMode", "setSurveyDynamic()",                //
                                       "gpsObtGetTimeMode"}));
 }
 
 TEST_F(Survey, AutoWithoutArgumentsCallsTheOtherWithThreeHoursAndAMetre) {
   SurveyTakenDown driver;
-  EXPECT_EQ(driver.setSurveyAuto(), 71u);
-  EXPECT_EQ(driver.calls, std::vector<std::string>{"setSurveyAuto 10800, 1"});
+  driver.resultOf = [](std::size_t) { return 71U; };
+  EXPECT_EQ(driver.Driver::setSurveyAuto(), 71u);
+  EXPECT_EQ(driver.calls, std::vector<std::string>{"setSurveyAuto(10800, 1)"});
 }
 
 TEST_F(Survey, SettersQueryAndReadBackThroughTheInterface) {
-  struct Row {
-    const char* mode;
-    Call call;
-  };
-  const Row kSetters[] = {
+  const std::pair<const char*, Call> kSetters[] = {
       {"STATIC", [](auto& any) { return Outcome(any.Driver::setSurveyStatic(1, 2, 3, 4)); }},
       {"AUTO", [](auto& any) { return Outcome(any.Driver::setSurveyAuto(1, 2)); }},
       {"DYNAMIC", [](auto& any) { return Outcome(any.Driver::setSurveyDynamic()); }}};
   connectReceiver();
-  for (const Row& row : kSetters) {
+  for (const auto& [mode, call] : kSetters) {
     SurveyTakenDown driver;
-    driver.readBack = row.mode;
-    EXPECT_EQ(observe(driver, row.call).result, 64u) << row.mode;
-    EXPECT_EQ(driver.calls, (std::vector<std::string>{"gpsObtGetTimeMode", "getSurveyMode"}));
+    driver.readBack = mode;
+    driver.resultOf = [](std::size_t) { return 64U; };
+    EXPECT_EQ(observe(driver, call).result, 64u) << mode;
+    EXPECT_EQ(driver.calls, (std::vector<std::string>{"gpsObtGetTimeMode", "getSurveyMode()"}));
   }
 }
 
@@ -467,7 +429,7 @@ TEST_F(Survey, AnyFailureOfTheQueryIsARejection) {
   SurveyTakenDown driver;
   for (const unsigned int failure : {1U, 4U, 8U, 256U}) {
     driver.queryResult = failure;
-    EXPECT_EQ(driver.setSurveyMode("DYNAMIC"), 1u);
+    EXPECT_EQ(driver.Driver::setSurveyMode("DYNAMIC"), 1u);
     EXPECT_EQ(driver.Driver::setSurveyStatic(1, 2, 3, 4), 1u);
     EXPECT_EQ(driver.Driver::setSurveyAuto(1, 2), 1u);
     EXPECT_EQ(driver.Driver::setSurveyDynamic(), 1u);
@@ -477,20 +439,23 @@ TEST_F(Survey, AnyFailureOfTheQueryIsARejection) {
 
 TEST_F(Survey, InfoHasTheLowByteOfTheTimingMode) {
   SurveyTakenDown driver;
-  EXPECT_EQ(query("GetSurveyInfo").call(driver).outputs,
+  unsigned char mode = 0;
+  double numbers[4] = {};
+  unsigned int surveyLength = 0;
+  float stdDev = 0;
+  driver.Driver::getSurveyInfo(mode, numbers[0], numbers[1], numbers[2], numbers[3], surveyLength,
+                               stdDev);
+  EXPECT_EQ(text(mode, numbers[0], numbers[1], numbers[2], numbers[3], surveyLength, stdDev),
             "2, 48.5, -11.25, 0.10000000149011612, 0, 3600, 0");
 }
 
 TEST_F(Survey, ModeIsReadWithoutTheTimeModeQuery) {
   SurveyTakenDown driver;
   connectReceiver();
-  EXPECT_EQ(observe(driver,
-                    [](auto& any) {
-                      std::string mode;
-                      const unsigned int result = any.Driver::getSurveyMode(mode);
-                      return Outcome(result, mode);
-                    }),
-            (Observed{.outputs = "\"DYNAMIC\"", .line = queryOnly_}));
+  std::string mode;
+  const auto read = [&](auto& any) { return Outcome(any.Driver::getSurveyMode(mode)); };
+  EXPECT_EQ(observe(driver, read), (Observed{.line = queryOnly_}));
+  EXPECT_EQ(mode, "DYNAMIC");
   EXPECT_EQ(driver.calls, std::vector<std::string>{});
 }
 

@@ -6,6 +6,7 @@
 #include "orb-gnss/module_driver.h"
 #include "support/device_files.h"
 
+namespace orb::test {
 namespace {
 
 class Calendar : public testing::Test {
@@ -18,32 +19,16 @@ class Calendar : public testing::Test {
     return std::to_string(year) + "-" + std::to_string(month) + "-" + std::to_string(day);
   }
 
-  orb::test::DeviceFiles files_;
+  DeviceFiles files_;
   orbController_QN4470T01 driver_;
 };
 
-TEST_F(Calendar, KnowsTheDayOfADate) {
-  EXPECT_EQ(driver_.DateToMjd(1980, 1, 6), 44244);
-  EXPECT_EQ(driver_.DateToMjd(2000, 1, 1), 51544);
-  EXPECT_EQ(driver_.DateToMjd(1970, 1, 1), 40587);
-  EXPECT_EQ(driver_.DateToMjd(2000, 2, 29), 51603);
-  EXPECT_EQ(driver_.DateToMjd(2024, 12, 31), 60675);
-}
-
-TEST_F(Calendar, KnowsTheDateOfADay) {
-  EXPECT_EQ(dateOf(44244), "1980-1-6");
-  EXPECT_EQ(dateOf(51544), "2000-1-1");
-  EXPECT_EQ(dateOf(40587), "1970-1-1");
-  EXPECT_EQ(dateOf(51603), "2000-2-29");
-  EXPECT_EQ(dateOf(60675), "2024-12-31");
-}
-
 TEST_F(Calendar, KnowsEveryDayOfTwoCenturies) {
-  using namespace std::chrono;
+  using std::chrono::sys_days;
   constexpr int kUnixEpochMjd = 40587;
-  for (sys_days date = sys_days(1900y / January / 1); date < sys_days(2101y / January / 1);
-       date += days(1)) {
-    const year_month_day expected(date);
+  const sys_days end(std::chrono::year(2101) / 1 / 1);
+  for (sys_days date(std::chrono::year(1900) / 1 / 1); date < end; date += std::chrono::days(1)) {
+    const std::chrono::year_month_day expected(date);
     const int year = int{expected.year()};
     const int month = static_cast<int>(unsigned{expected.month()});
     const int day = static_cast<int>(unsigned{expected.day()});
@@ -54,23 +39,18 @@ TEST_F(Calendar, KnowsEveryDayOfTwoCenturies) {
   }
 }
 
-TEST_F(Calendar, CountsGpsWeeksFromTheEpoch) {
-  EXPECT_EQ(driver_.GpsToMjd(0, 0), 44244);
-  EXPECT_EQ(driver_.GpsToMjd(1, 0), 44251);
-  EXPECT_EQ(driver_.GpsToMjd(1042, 0), 51538);
-}
-
-TEST_F(Calendar, CountsWholeDaysOfAWeek) {
-  EXPECT_EQ(driver_.GpsToMjd(0, 86399), 44244);
-  EXPECT_EQ(driver_.GpsToMjd(0, 86400), 44245);
-  EXPECT_EQ(driver_.GpsToMjd(0, 604799), 44250);
-  EXPECT_EQ(driver_.GpsToMjd(0, 604800), 44251);
-}
-
-TEST_F(Calendar, CountsNegativeSecondsBackFromTheWeek) {
-  EXPECT_EQ(driver_.GpsToMjd(1, -1), 44250);
-  EXPECT_EQ(driver_.GpsToMjd(1, -604800), 44244);
-  EXPECT_EQ(driver_.GpsToMjd(0, -1), 44243);
+TEST_F(Calendar, CountsGpsWeeksAndSecondsFromTheEpoch) {
+  const struct {
+    int week;
+    int second;
+    int mjd;
+  } kRows[] = {{0, 0, 44244},       {1, 0, 44251},      {1042, 0, 51538},   {0, 86399, 44244},
+               {0, 86400, 44245},   {0, 604799, 44250}, {0, 604800, 44251}, {1, -1, 44250},
+               {1, -604800, 44244}, {0, -1, 44243}};
+  for (const auto& [week, second, mjd] : kRows) {
+    EXPECT_EQ(driver_.GpsToMjd(week, second), mjd) << week << ' ' << second;
+  }
 }
 
 }  // namespace
+}  // namespace orb::test

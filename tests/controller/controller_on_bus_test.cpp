@@ -10,13 +10,8 @@
 #include "support/private_bus.h"
 #include "support/receiver_test.h"
 
+namespace orb::test {
 namespace {
-
-using orb::test::contentOf;
-using orb::test::InventoryService;
-using orb::test::PrivateBus;
-using orb::test::standardErrorOf;
-using orb::test::standardOutputOf;
 
 constexpr const char* kCarrierModule = R"(
 [[module]]
@@ -39,7 +34,7 @@ location = 1
 HardwareSetId = "47205318-002"
 )";
 
-class ControllerOnBus : public orb::test::ReceiverTest {
+class ControllerOnBus : public ReceiverTest {
  protected:
   PrivateBus bus_{files_.folder};
 };
@@ -66,18 +61,13 @@ TEST_F(ControllerOnBus, FindsTheModuleAndTheReceiver) {
             "orbitek_Info=Revision 2024.3.15\n");
 }
 
-TEST_F(ControllerOnBus, SendsNothingToAnotherModule) {
-  const InventoryService inventory(bus_, kOtherModule);
-  orbController facade;
-  EXPECT_FALSE(facade.IsOrbitek());
-  EXPECT_EQ(sent(), "");
-}
-
-TEST_F(ControllerOnBus, SendsNothingWhenNoModuleIsFitted) {
-  const InventoryService inventory(bus_, "");
-  orbController facade;
-  EXPECT_FALSE(facade.IsOrbitek());
-  EXPECT_EQ(sent(), "");
+TEST_F(ControllerOnBus, SendsNothingToAnotherModuleOrToNone) {
+  for (const char* modules : {kOtherModule, ""}) {
+    const InventoryService inventory(bus_, modules);
+    orbController facade;
+    EXPECT_FALSE(facade.IsOrbitek());
+    EXPECT_EQ(sent(), "");
+  }
 }
 
 // One line on standard error says so; its text is the platform library's.
@@ -109,3 +99,4 @@ TEST_F(ControllerOnBus, DiscoversTheModulesResources) {
 }
 
 }  // namespace
+}  // namespace orb::test

@@ -9,20 +9,14 @@
 #include <vector>
 
 #include "facade_parts.h"
+#include "operations/recording.h"
 #include "orb-gnss/module_driver.h"
 #include "orb-gnss/null_controller.h"
-#include "recording_controller.h"
 #include "support/fake_board.h"
 #include "support/receiver_test.h"
 
+namespace orb::test {
 namespace {
-
-using orb::test::chipOf;
-using orb::test::contentOf;
-using orb::test::controllerOf;
-using orb::test::hex;
-using orb::test::standardErrorOf;
-using orb::test::standardOutputOf;
 
 constexpr const char* kDetectionQuery = "A0 A1 00 02 02 01 03 0D 0A";
 constexpr const char* kRestart = "A0 A1 00 03 64 3F 01 5A 0D 0A";
@@ -40,17 +34,30 @@ std::string partsOf(orbController& facade) {
   return parts;
 }
 
-/// A facade on a device with the carrier module and a receiver that answers.
-class Facade : public orb::test::ReceiverTest {
+template <typename ReceiverOrNot>
+class FacadeOn : public ReceiverOrNot {
  protected:
-  orb::test::CarrierBoard board_;
+  /// Expects that a facade finds no receiver to drive. Returns what it writes to standard error.
+  std::string fallBack() {
+    return standardErrorOf([this] {
+      EXPECT_EQ(standardOutputOf([this] {
+                  orbController facade;
+                  EXPECT_FALSE(facade.IsOrbitek());
+                  EXPECT_EQ(partsOf(facade), "null controller, no board");
+                  EXPECT_EQ(descriptorsOf(this->files_.generalLog), 1);
+                  facade.restart(true);
+                }),
+                "");
+    });
+  }
+
+  CarrierBoard board_;
 };
 
+/// A facade on a device with the carrier module and a receiver that answers.
+using Facade = FacadeOn<ReceiverTest>;
 /// The same without a receiver on the line.
-class FacadeWithoutReceiver : public orb::test::NoReceiverTest {
- protected:
-  orb::test::CarrierBoard board_;
-};
+using FacadeWithoutReceiver = FacadeOn<NoReceiverTest>;
 
 // A module that is the expected one, and a receiver that answers.
 
@@ -61,24 +68,15 @@ TEST_F(Facade, DrivesTheModuleWhenTheReceiverAnswers) {
   EXPECT_EQ(sent(), kDetectionQuery);
 }
 
-TEST_F(Facade, ResetsTheChipExactlyOnce) {
-  EXPECT_EQ(standardOutputOf([] {
-              orbController facade;
-              facade.restart(true);
-            }),
-            "reset skipp!\n");
-}
-
-TEST_F(Facade, ResetsTheChipAtEveryConstruction) {
-  EXPECT_EQ(standardOutputOf([] {
-              orbController();
-              orbController();
-            }),
-            "reset skipp!\nreset skipp!\n");
-}
-
-TEST_F(Facade, IsSilentOnStandardErrorWhenAllIsWell) {
-  EXPECT_EQ(standardErrorOf([] { orbController(); }), "");
+TEST_F(Facade, ResetsTheChipExactlyOnceAtEachConstruction) {
+  const std::string error = standardErrorOf([] {
+    EXPECT_EQ(standardOutputOf([] {
+                orbController().restart(true);
+                orbController();
+              }),
+              "reset skipp!\nreset skipp!\n");
+  });
+  EXPECT_EQ(error, "");
   EXPECT_EQ(contentOf(files_.errorLog), "");
 }
 
@@ -96,20 +94,16 @@ TEST_F(Facade, FindsThePartNumberInsideALongerText) {
   EXPECT_TRUE(facade.IsOrbitek());
 }
 
-TEST_F(Facade, PassesOperationsToTheReceiver) {
+TEST_F(Facade, PassesOperationsToTheDriverAndTheReceiver) {
   orbController facade;
   std::string info;
   EXPECT_EQ(facade.getInfo(info), 0u);
   EXPECT_EQ(info, "KernelVersion 1.0.12: ODMVersion 1.2.0: Revision 2024.3.15");
-}
-
-TEST_F(Facade, HasTheDriversTimeStamp) {
-  orbController facade;
   EXPECT_EQ(facade.timeStamp(), "14:03:27_042: ");
 }
 
 TEST_F(Facade, LooksOnTheNamedDeviceAndThenUsesTheDefaultOne) {
-  orb::test::ReceiverOnTty other(files_.otherTty);
+  ReceiverOnTty other(files_.otherTty);
   orbController facade("/dev/tty_other");
   EXPECT_TRUE(facade.IsOrbitek());
   EXPECT_EQ(facade.restart(true), 0u);
@@ -119,43 +113,17 @@ TEST_F(Facade, LooksOnTheNamedDeviceAndThenUsesTheDefaultOne) {
 
 // Another module, or none.
 
-TEST_F(Facade, SendsNothingWhenAnotherModuleIsFitted) {
-  board_.modules[1].records["HardwareSetId"] = "47205318-002";
-  const std::string error = standardErrorOf([] {
-    EXPECT_EQ(standardOutputOf([] {
-                orbController facade;
-                EXPECT_FALSE(facade.IsOrbitek());
-                EXPECT_EQ(partsOf(facade), "null controller, no board");
-                facade.restart(true);
-              }),
-              "");
-  });
-  EXPECT_EQ(error, "");
-  EXPECT_EQ(sent(), "");
-  EXPECT_EQ(contentOf(files_.errorLog), "(no file)");
-}
-
-TEST_F(Facade, SendsNothingWhenTheModuleHasNoHardwareSetId) {
-  board_.modules[1].records.clear();
-  orbController facade;
-  EXPECT_FALSE(facade.IsOrbitek());
-  EXPECT_EQ(partsOf(facade), "null controller, no board");
-  EXPECT_EQ(sent(), "");
-}
-
-TEST_F(Facade, SendsNothingWhenTheModuleIsAtAnotherLocation) {
-  board_.modules[2] = board_.modules[1];
-  board_.modules.erase(1);
-  orbController facade;
-  EXPECT_FALSE(facade.IsOrbitek());
-  EXPECT_EQ(sent(), "");
-}
-
-TEST_F(Facade, SendsNothingWhenOnlyAPartOfThePartNumberIsThere) {
-  board_.modules[1].records["HardwareSetId"] = "47205318-00";
-  orbController facade;
-  EXPECT_FALSE(facade.IsOrbitek());
-  EXPECT_EQ(sent(), "");
+TEST_F(Facade, SendsNothingWithoutTheCarrierAtLocationOne) {
+  using Modules = decltype(board_.modules);
+  const FakeBoard::Module carrier = board_.modules[1];
+  for (const Modules& modules : {Modules{}, Modules{{2, carrier}}, Modules{{1, {}}},
+                                 Modules{{1, {.records = {{"HardwareSetId", "47205318-002"}}}}},
+                                 Modules{{1, {.records = {{"HardwareSetId", "47205318-00"}}}}}}) {
+    board_.modules = modules;
+    EXPECT_EQ(fallBack(), "");
+    EXPECT_EQ(sent(), "");
+    EXPECT_EQ(contentOf(files_.errorLog), "(no file)");
+  }
 }
 
 TEST_F(Facade, HasNoTimeStampWithoutModule) {
@@ -166,66 +134,44 @@ TEST_F(Facade, HasNoTimeStampWithoutModule) {
 
 // The right module, but no receiver that acknowledges.
 
+constexpr const char* kNoReplyLine =
+    "14:03:28_042:  Did not receive : 02 00: Query revision information of software\n";
+
 TEST_F(Facade, FallsBackToTheNullControllerWhenNoAcknowledgementComes) {
   gps_.script.on(0x0200).nothing();
   letPass(1);
-  const std::string error = standardErrorOf([] {
-    EXPECT_EQ(standardOutputOf([] {
-                orbController facade;
-                EXPECT_FALSE(facade.IsOrbitek());
-                EXPECT_EQ(partsOf(facade), "null controller, no board");
-              }),
-              "");
-  });
-  EXPECT_EQ(error, orb::test::kTimedOut);
+  EXPECT_EQ(fallBack(), kTimedOut);
   EXPECT_EQ(sent(), kDetectionQuery);
-  EXPECT_EQ(contentOf(files_.errorLog),
-            "14:03:28_042:  Did not receive : 02 00: Query revision information of software\n");
-}
-
-TEST_F(Facade, ReleasesTheDriverThatDetectedNothing) {
-  gps_.script.on(0x0200).answer(hex("A0 A1 00 02 83 03 80 0D 0A"));
-  orbController facade;
-  EXPECT_EQ(orb::test::descriptorsOf(files_.errorLog), 0);
+  EXPECT_EQ(contentOf(files_.errorLog), kNoReplyLine);
 }
 
 TEST_F(Facade, FallsBackToTheNullControllerWhenTheReceiverRefuses) {
   gps_.script.on(0x0200).refusal();
   letPass(1);
-  const std::string error = standardErrorOf([] {
-    orbController facade;
-    EXPECT_FALSE(facade.IsOrbitek());
-    EXPECT_EQ(partsOf(facade), "null controller, no board");
-  });
-  EXPECT_EQ(error, orb::test::kTimedOut);
-  EXPECT_EQ(contentOf(files_.errorLog),
-            "14:03:28_042:  Did not receive : 02 00: Query revision information of software\n");
+  EXPECT_EQ(fallBack(), kTimedOut);
+  EXPECT_EQ(contentOf(files_.errorLog), kNoReplyLine);
 }
 
 TEST_F(Facade, FallsBackToTheNullControllerWhenAnotherMessageIsAcknowledged) {
   gps_.script.on(0x0200).answer(hex("A0 A1 00 02 83 03 80 0D 0A"));
-  orbController facade;
-  EXPECT_FALSE(facade.IsOrbitek());
-  EXPECT_EQ(partsOf(facade), "null controller, no board");
+  EXPECT_EQ(fallBack(), "");
   EXPECT_EQ(contentOf(files_.errorLog), "");
 }
 
+TEST_F(Facade, ReleasesTheDriverThatDetectedNothing) {
+  gps_.script.on(0x0200).answer(hex("A0 A1 00 02 83 03 80 0D 0A"));
+  orbController facade;
+  EXPECT_EQ(descriptorsOf(files_.errorLog), 0);
+}
+
 TEST_F(FacadeWithoutReceiver, FallsBackToTheNullControllerWhenTheDeviceIsMissing) {
-  const std::string error = standardErrorOf([] {
-    EXPECT_EQ(standardOutputOf([] {
-                orbController facade;
-                EXPECT_FALSE(facade.IsOrbitek());
-                EXPECT_EQ(partsOf(facade), "null controller, no board");
-              }),
-              "");
-  });
-  EXPECT_EQ(error, orb::test::kNoDevice);
+  EXPECT_EQ(fallBack(), kNoDevice);
   EXPECT_EQ(contentOf(files_.errorLog),
             "14:03:27_042:  Could not send : 02 00: Query revision information of software\n");
 }
 
 TEST_F(FacadeWithoutReceiver, LooksForTheReceiverOnTheNamedDeviceAlone) {
-  orb::test::ReceiverOnTty gps(files_.tty);
+  ReceiverOnTty gps(files_.tty);
   standardErrorOf([] {
     orbController facade("/dev/tty_other");
     EXPECT_FALSE(facade.IsOrbitek());
@@ -268,8 +214,10 @@ class FacadeOfAFailingBoard : public Facade, public testing::WithParamInterface<
 
 TEST_P(FacadeOfAFailingBoard, PassesTheExceptionOn) {
   board_.failingCall = GetParam();
-  EXPECT_THROW(orbController(), orb::test::BoardFailure);
-  EXPECT_THROW(orbController("/dev/tty_gps"), orb::test::BoardFailure);
+  EXPECT_THROW(orbController(), BoardFailure);
+  EXPECT_EQ(contentOf(files_.generalLog), "") << "it was made before";
+  EXPECT_EQ(descriptorsOf(files_.generalLog), 0);
+  EXPECT_THROW(orbController("/dev/tty_gps"), BoardFailure);
   EXPECT_EQ(sent(), "");
 }
 
@@ -282,15 +230,15 @@ INSTANTIATE_TEST_SUITE_P(, FacadeOfAFailingBoard,
 TEST_F(Facade, MakesTheGeneralLogAndWritesNothingToIt) {
   {
     orbController facade;
-    EXPECT_EQ(orb::test::descriptorsOf(files_.generalLog), 1);
+    EXPECT_EQ(descriptorsOf(files_.generalLog), 1);
     facade.restart(true);
   }
   EXPECT_EQ(contentOf(files_.generalLog), "");
-  EXPECT_EQ(orb::test::descriptorsOf(files_.generalLog), 0);
+  EXPECT_EQ(descriptorsOf(files_.generalLog), 0);
 }
 
 TEST_F(Facade, KeepsWhatTheGeneralLogHolds) {
-  orb::test::fill(files_.generalLog, "earlier line\n");
+  fill(files_.generalLog, "earlier line\n");
   orbController();
   EXPECT_EQ(contentOf(files_.generalLog), "earlier line\n");
 }
@@ -323,21 +271,16 @@ TEST_F(Facade, ConfiguresNoProtocols) {
   EXPECT_EQ(sent(), kDetectionQuery);
 }
 
-TEST_F(FacadeWithoutReceiver, ConfiguresNoProtocolsEither) {
-  board_.modules.clear();
-  orbController facade;
-  EXPECT_EQ(facade.configuraProtocolsDefault(), 0u);
-}
-
 TEST_F(FacadeWithoutReceiver, GetsTheDefaultInfoFromTheController) {
   board_.modules.clear();
   orbController facade;
-  const auto controller = std::make_shared<orb::test::RecordingController>();
+  const auto controller = std::make_shared<RecordingController>();
+  controller->resultOf = [](std::size_t) { return 77U; };
   controllerOf(facade) = controller;
   std::string info = "in";
-  EXPECT_EQ(facade.getDefaultInfo(info), controller->lastResult);
+  EXPECT_EQ(facade.getDefaultInfo(info), 77U);
   EXPECT_EQ(info, "in!");
-  EXPECT_EQ(controller->calls, std::vector<std::string>{"getInfo(in)"});
+  EXPECT_EQ(controller->calls, std::vector<std::string>{"getInfo(\"in\")"});
 }
 
 TEST_F(FacadeWithoutReceiver, GetsTheDefaultInfoThroughItsOwnVirtualOperation) {
@@ -354,10 +297,11 @@ TEST_F(FacadeWithoutReceiver, GetsTheDefaultInfoThroughItsOwnVirtualOperation) {
   EXPECT_EQ(info, "info and more");
 }
 
-TEST_F(FacadeWithoutReceiver, SwitchesNoAntennaWithoutABoard) {
+TEST_F(FacadeWithoutReceiver, NeitherConfiguresNorSwitchesAnything) {
   board_.modules.clear();
   orbController facade;
   board_.calls.clear();
+  EXPECT_EQ(facade.configuraProtocolsDefault(), 0u);
   EXPECT_EQ(facade.setAntennaPower("ON"), 0);
   EXPECT_EQ(facade.setAntennaPower("standby"), 0);
   EXPECT_TRUE(board_.calls.empty());
@@ -409,3 +353,4 @@ TEST_F(FacadeWithoutReceiver, HandsTheAntennasStateAndTheChipInterfacesAnswerOve
 }
 
 }  // namespace
+}  // namespace orb::test

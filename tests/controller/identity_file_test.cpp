@@ -8,34 +8,36 @@
 #include "support/fake_board.h"
 #include "support/receiver_test.h"
 
+namespace orb::test {
 namespace {
 
-using orb::test::contentOf;
-using orb::test::fill;
-using orb::test::standardErrorOf;
-using namespace std::string_literals;
-
 /// A device with the carrier module and a receiver that answers.
-class IdentityFile : public orb::test::ReceiverTest {
+class IdentityFile : public ReceiverTest {
  protected:
-  orb::test::CarrierBoard board_;
+  void expectFile(const std::string& chip, const std::string& info) {
+    EXPECT_EQ(contentOf(files_.identityFile),
+              "orbitek_Chip=" + chip + "\norbitek_Info=" + info + "\n");
+  }
+
+  CarrierBoard board_;
 };
 
 TEST_F(IdentityFile, TellsTheRevisionOfTheReceiver) {
   orbController facade;
+  EXPECT_EQ(contentOf(files_.identityFile), "(no file)");
   facade.saveorbitekChipInfo();
-  EXPECT_EQ(contentOf(files_.identityFile),
-            "orbitek_Chip=OK\n"
-            "orbitek_Info=Revision 2024.3.15\n");
+  expectFile("OK", "Revision 2024.3.15");
+  EXPECT_EQ(descriptorsOf(files_.identityFile), 0);
+  EXPECT_EQ(facade.kernelVersionField(), "KernelVersion 1.0.12");
+  EXPECT_EQ(facade.odmVersionField(), "ODMVersion 1.2.0");
+  EXPECT_EQ(facade.revisionField(), "");
 }
 
 TEST_F(IdentityFile, TellsThatThereIsNoReceiver) {
   board_.modules.clear();
   orbController facade;
   facade.saveorbitekChipInfo();
-  EXPECT_EQ(contentOf(files_.identityFile),
-            "orbitek_Chip=NO\n"
-            "orbitek_Info=\n");
+  expectFile("NO", "");
 }
 
 TEST_F(IdentityFile, HasNoInfoWhenTheReceiverDoesNotAnswerAnyMore) {
@@ -43,56 +45,30 @@ TEST_F(IdentityFile, HasNoInfoWhenTheReceiverDoesNotAnswerAnyMore) {
   gps_.script.on(0x0200).nothing();
   letPass(5);
   standardErrorOf([&] { facade.saveorbitekChipInfo(); });
-  EXPECT_EQ(contentOf(files_.identityFile),
-            "orbitek_Chip=OK\n"
-            "orbitek_Info=\n");
-}
-
-TEST_F(IdentityFile, IsClosedAgain) {
-  orbController facade;
-  facade.saveorbitekChipInfo();
-  EXPECT_EQ(orb::test::descriptorsOf(files_.identityFile), 0);
-}
-
-TEST_F(IdentityFile, IsNotWrittenByConstruction) {
-  orbController();
-  EXPECT_EQ(contentOf(files_.identityFile), "(no file)");
+  expectFile("OK", "");
 }
 
 TEST_F(IdentityFile, IsLeftByteForByteWhenItExists) {
-  const std::string content = "anything at all\0\xFF, without end of line"s;
-  fill(files_.identityFile, content);
-  orbController facade;
-  facade.saveorbitekChipInfo();
-  EXPECT_EQ(contentOf(files_.identityFile), content);
+  using std::string_literals::operator""s;
+  for (const std::string& content : {"anything at all\0\xFF, without end of line"s, ""s}) {
+    fill(files_.identityFile, content);
+    orbController facade;
+    facade.saveorbitekChipInfo();
+    EXPECT_EQ(contentOf(files_.identityFile), content);
+    EXPECT_EQ(facade.kernelVersionField(), "KernelVersion 1.0.12");
+    EXPECT_EQ(facade.odmVersionField(), "ODMVersion 1.2.0");
+  }
 }
 
-TEST_F(IdentityFile, IsLeftEmptyWhenItExistsEmpty) {
-  fill(files_.identityFile, "");
-  board_.modules.clear();
-  orbController().saveorbitekChipInfo();
-  EXPECT_EQ(contentOf(files_.identityFile), "");
-}
-
-TEST_F(IdentityFile, IsLeftByALaterCallThatKnowsBetter) {
+TEST_F(IdentityFile, IsWrittenAgainOnlyAfterItWasDeleted) {
   orbController facade;
   facade.saveorbitekChipInfo();
-  gps_.receiver.change([](orb::sim::State& state) { state.identity.revisionYear = 25; });
+  gps_.receiver.change([](sim::State& state) { state.identity.revisionYear = 25; });
   facade.saveorbitekChipInfo();
-  EXPECT_EQ(contentOf(files_.identityFile),
-            "orbitek_Chip=OK\n"
-            "orbitek_Info=Revision 2024.3.15\n");
-}
-
-TEST_F(IdentityFile, IsWrittenAgainAfterItWasDeleted) {
-  orbController facade;
-  facade.saveorbitekChipInfo();
+  expectFile("OK", "Revision 2024.3.15");
   std::filesystem::remove(files_.identityFile);
-  gps_.receiver.change([](orb::sim::State& state) { state.identity.revisionYear = 25; });
   facade.saveorbitekChipInfo();
-  EXPECT_EQ(contentOf(files_.identityFile),
-            "orbitek_Chip=OK\n"
-            "orbitek_Info=Revision 2025.3.15\n");
+  expectFile("OK", "Revision 2025.3.15");
 }
 
 TEST_F(IdentityFile, IsNoErrorWhenItCannotBeMade) {
@@ -100,24 +76,6 @@ TEST_F(IdentityFile, IsNoErrorWhenItCannotBeMade) {
   orbController facade;
   EXPECT_NO_THROW(facade.saveorbitekChipInfo());
   EXPECT_EQ(facade.kernelVersionField(), "KernelVersion 1.0.12");
-}
-
-// The versions in front of the revision.
-
-TEST_F(IdentityFile, LeavesTheVersionsInTheFacade) {
-  orbController facade;
-  facade.saveorbitekChipInfo();
-  EXPECT_EQ(facade.kernelVersionField(), "KernelVersion 1.0.12");
-  EXPECT_EQ(facade.odmVersionField(), "ODMVersion 1.2.0");
-  EXPECT_EQ(facade.revisionField(), "");
-}
-
-TEST_F(IdentityFile, LeavesTheVersionsInTheFacadeAlsoWhenItExists) {
-  fill(files_.identityFile, "");
-  orbController facade;
-  facade.saveorbitekChipInfo();
-  EXPECT_EQ(facade.kernelVersionField(), "KernelVersion 1.0.12");
-  EXPECT_EQ(facade.odmVersionField(), "ODMVersion 1.2.0");
 }
 
 TEST_F(IdentityFile, LeavesEarlierVersionsWhenTheReceiverDoesNotAnswerAnyMore) {
@@ -132,29 +90,15 @@ TEST_F(IdentityFile, LeavesEarlierVersionsWhenTheReceiverDoesNotAnswerAnyMore) {
 
 // checkorbitekCheckId
 
-TEST_F(IdentityFile, IsWrittenWithTheFlagOfConstructionAndTheInfoOfANewDriver) {
+TEST_F(IdentityFile, CheckPutsADriverInPlaceOfTheNullControllerAlone) {
   board_.modules.clear();
   orbController facade;
   facade.checkorbitekCheckId();
-  EXPECT_EQ(contentOf(files_.identityFile),
-            "orbitek_Chip=NO\n"
-            "orbitek_Info=Revision 2024.3.15\n");
-}
-
-TEST_F(IdentityFile, CheckPutsADriverInPlaceOfTheNullController) {
-  board_.modules.clear();
-  orbController facade;
-  facade.checkorbitekCheckId();
+  expectFile("NO", "Revision 2024.3.15");
   sent();
   EXPECT_EQ(facade.restart(true), 0u);
   EXPECT_EQ(sent(), "A0 A1 00 03 64 3F 01 5A 0D 0A");
   EXPECT_EQ(facade.timeStamp(), "14:03:27_042: ");
-}
-
-TEST_F(IdentityFile, CheckKeepsTheFlagAndTheChipInterfaceWithoutBoard) {
-  board_.modules.clear();
-  orbController facade;
-  facade.checkorbitekCheckId();
   EXPECT_FALSE(facade.IsOrbitek());
   board_.calls.clear();
   EXPECT_EQ(facade.setAntennaPower("standby"), 0);
@@ -163,104 +107,83 @@ TEST_F(IdentityFile, CheckKeepsTheFlagAndTheChipInterfaceWithoutBoard) {
 
 TEST_F(IdentityFile, CheckKeepsTheFlagAndTheChipInterfaceOfTheBoard) {
   orbController facade;
-  const auto chip = orb::test::chipOf(facade);
-  facade.checkorbitekCheckId();
-  EXPECT_TRUE(facade.IsOrbitek());
-  EXPECT_EQ(orb::test::chipOf(facade), chip);
-  EXPECT_EQ(facade.setAntennaPower("standby"), 1);
-  EXPECT_EQ(contentOf(files_.identityFile),
-            "orbitek_Chip=OK\n"
-            "orbitek_Info=Revision 2024.3.15\n");
-}
-
-TEST_F(IdentityFile, CheckPutsANewDriverInPlaceOfTheOldOne) {
-  orbController facade;
-  const std::weak_ptr<ORBControlInterface> before = orb::test::controllerOf(facade);
+  const auto chip = chipOf(facade);
+  const std::weak_ptr<ORBControlInterface> before = controllerOf(facade);
   facade.checkorbitekCheckId();
   EXPECT_TRUE(before.expired());
+  EXPECT_TRUE(facade.IsOrbitek());
+  EXPECT_EQ(chipOf(facade), chip);
+  EXPECT_EQ(facade.setAntennaPower("standby"), 1);
+  expectFile("OK", "Revision 2024.3.15");
 }
 
 TEST_F(IdentityFile, CheckNeitherLooksForTheModuleNorResetsTheChip) {
   orbController facade;
   board_.calls.clear();
   sent();
-  EXPECT_EQ(orb::test::standardOutputOf([&] { facade.checkorbitekCheckId(); }),
-            "nOrbRevision 2024315\n");
+  EXPECT_EQ(standardOutputOf([&] { facade.checkorbitekCheckId(); }), "nOrbRevision 2024315\n");
   EXPECT_TRUE(board_.calls.empty());
   EXPECT_EQ(sent(), "A0 A1 00 02 02 00 02 0D 0A");
 }
 
 // Cutting the receiver's text.
 
-class IdentityText : public orb::test::NoReceiverTest {
+class IdentityText : public NoReceiverTest {
  protected:
-  /// What is left of a text; its fields are in the facade.
-  std::string remainderOf(std::string text) {
-    EXPECT_EQ(facade_.parserGnssChipInfo(text), 0u);
-    return text;
+  /// Expects what is left of a text, and which fields, separated by /, are then in the facade.
+  static void expectCut(orbController& facade, std::string text, const std::string& remainder,
+                        const std::string& fields) {
+    const std::string whole = text;
+    EXPECT_EQ(facade.parserGnssChipInfo(text), 0u);
+    EXPECT_EQ(text, remainder) << whole;
+    EXPECT_EQ(
+        facade.kernelVersionField() + "/" + facade.odmVersionField() + "/" + facade.revisionField(),
+        fields)
+        << whole;
   }
 
-  std::string fields() {
-    return "[" + facade_.kernelVersionField() + "] [" + facade_.odmVersionField() + "] [" +
-           facade_.revisionField() + "]";
-  }
-
-  orb::test::FakeBoard board_;
-  orbController facade_;
+  FakeBoard board_;
 };
 
-TEST_F(IdentityText, LeavesTheLastField) {
-  EXPECT_EQ(remainderOf("KernelVersion 1.0.12: ODMVersion 1.2.0: Revision 2024.3.15"),
-            "Revision 2024.3.15");
-  EXPECT_EQ(fields(), "[KernelVersion 1.0.12] [ODMVersion 1.2.0] []");
-}
-
-TEST_F(IdentityText, KeepsTheRevisionWhenASeparatorFollowsIt) {
-  EXPECT_EQ(remainderOf("KernelVersion 1.0.12: ODMVersion 1.2.0: Revision 2024.3.15: "), "");
-  EXPECT_EQ(fields(), "[KernelVersion 1.0.12] [ODMVersion 1.2.0] [Revision 2024.3.15]");
-}
-
-TEST_F(IdentityText, SkipsAFieldWhoseKeyDoesNotStandAtItsStart) {
-  EXPECT_EQ(remainderOf("XKernelVersion 1: the ODMVersion 2:  Revision 3: rest"), "rest");
-  EXPECT_EQ(fields(), "[] [] []");
-}
-
-TEST_F(IdentityText, IsNotExaminedWithoutSeparator) {
-  EXPECT_EQ(remainderOf("KernelVersion 1.0.12"), "KernelVersion 1.0.12");
-  EXPECT_EQ(remainderOf(""), "");
-  EXPECT_EQ(fields(), "[] [] []");
-}
-
-TEST_F(IdentityText, IsNotCutAtAColonOrABlankAlone) {
-  EXPECT_EQ(remainderOf("KernelVersion:1 :2"), "KernelVersion:1 :2");
-  EXPECT_EQ(remainderOf("Revision:"), "Revision:");
-  EXPECT_EQ(fields(), "[] [] []");
-}
-
-TEST_F(IdentityText, MayHaveItsFieldsInAnyOrder) {
-  EXPECT_EQ(remainderOf("Revision 1: KernelVersion 2: ODMVersion 3: "), "");
-  EXPECT_EQ(fields(), "[KernelVersion 2] [ODMVersion 3] [Revision 1]");
-}
-
-TEST_F(IdentityText, NeedsNothingAfterAKey) {
-  EXPECT_EQ(remainderOf("KernelVersion: ODMVersions: Revisions 7: "), "");
-  EXPECT_EQ(fields(), "[KernelVersion] [ODMVersions] [Revisions 7]");
-}
-
-TEST_F(IdentityText, GivesTheLastOfFieldsWithOneKey) {
-  EXPECT_EQ(remainderOf("ODMVersion 1: ODMVersion 2: "), "");
-  EXPECT_EQ(fields(), "[] [ODMVersion 2] []");
-}
-
-TEST_F(IdentityText, MayHaveEmptyFields) {
-  EXPECT_EQ(remainderOf(": : KernelVersion 1: : "), "");
-  EXPECT_EQ(fields(), "[KernelVersion 1] [] []");
+TEST_F(IdentityText, IsCutIntoItsFields) {
+  // A text, what is left of it, and the fields that a new facade then has.
+  const struct {
+    const char* text;
+    const char* remainder;
+    const char* fields;
+  } rows[] = {
+      {"KernelVersion 1.0.12: ODMVersion 1.2.0: Revision 2024.3.15", "Revision 2024.3.15",
+       "KernelVersion 1.0.12/ODMVersion 1.2.0/"},
+      // A separator follows the revision.
+      {"KernelVersion 1.0.12: ODMVersion 1.2.0: Revision 2024.3.15: ", "",
+       "KernelVersion 1.0.12/ODMVersion 1.2.0/Revision 2024.3.15"},
+      // The keys do not stand at the start of a field.
+      {"XKernelVersion 1: the ODMVersion 2:  Revision 3: rest", "rest", "//"},
+      // No separator, or a part of one.
+      {"KernelVersion 1.0.12", "KernelVersion 1.0.12", "//"},
+      {"", "", "//"},
+      {"KernelVersion:1 :2", "KernelVersion:1 :2", "//"},
+      {"Revision:", "Revision:", "//"},
+      // In any order, repeated, empty, or with more letters after a key.
+      {"Revision 1: KernelVersion 2: ODMVersion 3: ", "",
+       "KernelVersion 2/ODMVersion 3/Revision 1"},
+      {"ODMVersion 1: ODMVersion 2: ", "", "/ODMVersion 2/"},
+      {": : KernelVersion 1: : ", "", "KernelVersion 1//"},
+      {"KernelVersion: ODMVersions: Revisions 7: ", "", "KernelVersion/ODMVersions/Revisions 7"},
+  };
+  for (const auto& [text, remainder, fields] : rows) {
+    orbController facade;
+    expectCut(facade, text, remainder, fields);
+  }
 }
 
 TEST_F(IdentityText, ChangesOnlyTheFieldsThatItHas) {
-  remainderOf("KernelVersion 1: ODMVersion 2: Revision 3: ");
-  remainderOf("ODMVersion 4: KernelVersion 5");
-  EXPECT_EQ(fields(), "[KernelVersion 1] [ODMVersion 4] [Revision 3]");
+  orbController facade;
+  expectCut(facade, "KernelVersion 1: ODMVersion 2: Revision 3: ", "",
+            "KernelVersion 1/ODMVersion 2/Revision 3");
+  expectCut(facade, "ODMVersion 4: KernelVersion 5", "KernelVersion 5",
+            "KernelVersion 1/ODMVersion 4/Revision 3");
 }
 
 }  // namespace
+}  // namespace orb::test

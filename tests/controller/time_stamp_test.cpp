@@ -6,9 +6,11 @@
 #include <ctime>
 #include <filesystem>
 #include <string>
+#include <tuple>
 
 #include "orb-gnss/module_driver.h"
 #include "support/device_files.h"
+#include "support/replacement.h"
 #include "support/wall_clock.h"
 
 namespace {
@@ -21,10 +23,8 @@ struct {
 
 }  // namespace
 
-// The library calls it through the dynamic linker, which finds a program's own definition first.
-extern "C" __attribute__((visibility("default"))) std::size_t strftime(char* text, std::size_t room,
-                                                                       const char* format,
-                                                                       const tm* moment) noexcept {
+ORB_TEST_REPLACEMENT std::size_t strftime(char* text, std::size_t room, const char* format,
+                                          const tm* moment) noexcept {
   static const auto original =
       reinterpret_cast<decltype(&strftime)>(::dlsym(RTLD_NEXT, "strftime"));
   asked.format = format;
@@ -32,6 +32,7 @@ extern "C" __attribute__((visibility("default"))) std::size_t strftime(char* tex
   return original(text, room, format, moment);
 }
 
+namespace orb::test {
 namespace {
 
 constexpr std::time_t kMorning = 1710493507;  // 2024-03-15 09:05:07 UTC
@@ -40,28 +41,22 @@ class TimeStamp : public testing::Test {
  protected:
   ~TimeStamp() override { std::setlocale(LC_ALL, "C"); }
 
-  orb::test::DeviceFiles files_;
-  orb::test::WallClock clock_;
+  DeviceFiles files_;
+  WallClock clock_;
   orbController_QN4470T01 driver_;
 };
 
-TEST_F(TimeStamp, IsLocalTimeAndMilliseconds) {
-  clock_.standAt(orb::test::WallClock::kStart, 42'000);
-  EXPECT_EQ(driver_.timeStamp(), "14:03:27_042: ");
-}
-
-TEST_F(TimeStamp, IsPadded) {
-  clock_.standAt(kMorning, 3'000);
-  EXPECT_EQ(driver_.timeStamp(), "09:05:07_003: ");
-}
-
-TEST_F(TimeStamp, CutsMicrosecondsOff) {
-  clock_.standAt(kMorning, 999'999);
-  EXPECT_EQ(driver_.timeStamp(), "09:05:07_999: ");
-  clock_.standAt(kMorning, 999);
-  EXPECT_EQ(driver_.timeStamp(), "09:05:07_000: ");
-  clock_.standAt(kMorning, 0);
-  EXPECT_EQ(driver_.timeStamp(), "09:05:07_000: ");
+TEST_F(TimeStamp, IsLocalTimeAndMillisecondsPaddedAndCutOff) {
+  const std::tuple<std::time_t, long, const char*> rows[] = {
+      {WallClock::kStart, 42'000, "14:03:27_042: "},
+      {kMorning, 3'000, "09:05:07_003: "},
+      {kMorning, 999'999, "09:05:07_999: "},
+      {kMorning, 999, "09:05:07_000: "},
+      {kMorning, 0, "09:05:07_000: "}};
+  for (const auto& [seconds, microseconds, stamp] : rows) {
+    clock_.standAt(seconds, microseconds);
+    EXPECT_EQ(driver_.timeStamp(), stamp);
+  }
 }
 
 TEST_F(TimeStamp, FollowsTheTimeZone) {
@@ -87,8 +82,9 @@ TEST_F(TimeStamp, FollowsTheLocaleOfTheProcess) {
   ASSERT_NE(std::setlocale(LC_TIME, "twelve_hours"), nullptr);
   clock_.standAt(kMorning, 3'000);
   EXPECT_EQ(driver_.timeStamp(), "09:05:07 AM_003: ");
-  clock_.standAt(orb::test::WallClock::kStart, 42'000);
+  clock_.standAt(WallClock::kStart, 42'000);
   EXPECT_EQ(driver_.timeStamp(), "02:03:27 PM_042: ");
 }
 
 }  // namespace
+}  // namespace orb::test

@@ -1,7 +1,5 @@
 #include <gtest/gtest.h>
-#include <signal.h>
 #include <sys/syscall.h>
-#include <sys/time.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -12,6 +10,7 @@
 
 #include "orb-gnss/module_driver.h"
 #include "support/device_files.h"
+#include "support/replacement.h"
 
 namespace {
 
@@ -28,15 +27,14 @@ nanoseconds durationOf(const timespec& time) {
 
 }  // namespace
 
-// The library calls it through the dynamic linker, which finds a program's own definition first.
-extern "C" __attribute__((visibility("default"))) int nanosleep(const timespec* request,
-                                                                timespec* rest) {
+ORB_TEST_REPLACEMENT int nanosleep(const timespec* request, timespec* rest) {
   if (pretendToSleep) {
     return pretendToSleep(durationOf(*request), rest);
   }
   return static_cast<int>(::syscall(SYS_nanosleep, request, rest));
 }
 
+namespace orb::test {
 namespace {
 
 class Wait : public testing::Test {
@@ -52,7 +50,7 @@ class Wait : public testing::Test {
     };
   }
 
-  orb::test::DeviceFiles files_;
+  DeviceFiles files_;
   orbController_QN4470T01 driver_;
   std::vector<nanoseconds> slept_;
 };
@@ -63,17 +61,12 @@ TEST_F(Wait, SleepsForTheDuration) {
   EXPECT_GE(std::chrono::steady_clock::now() - start, 30ms);
 }
 
-TEST_F(Wait, SleepsOnce) {
+TEST_F(Wait, SleepsOnceForAnyDurationOfTheStandardLibrary) {
   endSleepsWith(0);
   driver_.wait(2s + 345ms + 678ns);
-  EXPECT_EQ(slept_, std::vector<nanoseconds>{2345000678ns});
-}
-
-TEST_F(Wait, TakesAnyDurationOfTheStandardLibrary) {
-  endSleepsWith(0);
   driver_.wait(milliseconds(50));
   driver_.wait(nanoseconds(0));
-  EXPECT_EQ(slept_, (std::vector<nanoseconds>{50ms, 0ns}));
+  EXPECT_EQ(slept_, (std::vector<nanoseconds>{2345000678ns, 50ms, 0ns}));
 }
 
 TEST_F(Wait, ResumesWithTheRestAfterEachSignal) {
@@ -106,25 +99,5 @@ TEST_F(Wait, EndsAtOnceForANegativeDuration) {
   driver_.wait(-1500ms);
 }
 
-volatile sig_atomic_t signalCount = 0;
-
-TEST_F(Wait, LastsItsWholeDurationWhileSignalsComeIn) {
-  struct sigaction action {};
-  struct sigaction previous {};
-  action.sa_handler = [](int) { signalCount = signalCount + 1; };
-  ASSERT_EQ(::sigaction(SIGALRM, &action, &previous), 0);
-  const itimerval everyFewMilliseconds{{0, 5000}, {0, 5000}};
-  ASSERT_EQ(::setitimer(ITIMER_REAL, &everyFewMilliseconds, nullptr), 0);
-
-  const auto start = std::chrono::steady_clock::now();
-  driver_.wait(100ms);
-  const auto elapsed = std::chrono::steady_clock::now() - start;
-
-  const itimerval never{};
-  ::setitimer(ITIMER_REAL, &never, nullptr);
-  ::sigaction(SIGALRM, &previous, nullptr);
-  EXPECT_GE(elapsed, 100ms);
-  EXPECT_GT(signalCount, 0);
-}
-
 }  // namespace
+}  // namespace orb::test

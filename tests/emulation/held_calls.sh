@@ -33,7 +33,7 @@ emulate=$folder/emulate
 chmod +x "$emulate"
 
 export ORB_SIM_PATHS="$device=$folder/target:$other=$folder/other"
-for program in file_calls file_calls_fortified syscall_calls; do
+for program in file_calls file_calls_fortified; do
   held "$program" "$device" "$other"
 done
 held file_streams "$device"

@@ -21,7 +21,7 @@ leave_out("the linker leaves some 55 KiB empty between segments, for pages of up
 
 leave_out("orb-sim refuses the commands that it is to run: they are programs of another machine"
   InstalledPackage
-  simulator.i2c.antenna
+  simulator.program.antenna
   simulator.interpose.preload
   simulator.interpose.i2c_device
   simulator.program.run

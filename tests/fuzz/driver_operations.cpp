@@ -47,7 +47,9 @@ std::vector<ScriptedDevice::Piece> answerTo(unsigned int choice, Input& input) {
   return script;
 }
 
-void hold(Input input) {
+}  // namespace
+
+void tryInput(Input input) {
   std::optional<Driver> driver;
   for (int i = 0; i < kMostOperations && !input.isEmpty(); ++i) {
     const unsigned int choice = input.byte();
@@ -61,10 +63,4 @@ void hold(Input input) {
   }
 }
 
-}  // namespace
 }  // namespace orb::test
-
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  orb::test::hold({data, size});
-  return 0;
-}

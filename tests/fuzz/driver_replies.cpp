@@ -20,7 +20,9 @@ std::string shown(const Outcome& outcome) {
 constexpr int kHeaderLength = 4;
 constexpr int kTrailerLength = 3;  // checksum and end bytes
 
-void ask(Input input) {
+}  // namespace
+
+void tryInput(Input input) {
   constexpr std::size_t kLongestBody = 600;
   static const std::vector<Query>& queries = everyOperation().queries;
   const Query& query = queries[input.byte() % queries.size()];
@@ -46,10 +48,4 @@ void ask(Input input) {
   checkEqual(shown(query.call(driver)), shown(expected), "the outcome of " + query.name);
 }
 
-}  // namespace
 }  // namespace orb::test
-
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  orb::test::ask({data, size});
-  return 0;
-}

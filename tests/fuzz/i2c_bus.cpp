@@ -47,7 +47,9 @@ void transferPlain(sim::PortExpander& expander, std::uint16_t address, Input& in
   check(count == 2 || count < 0, "both messages are carried, or an error number");
 }
 
-void use(Input input) {
+}  // namespace
+
+void tryInput(Input input) {
   const std::uint16_t address =
       input.byte() % 8 == 7 ? input.byte() : std::uint16_t{sim::PortExpander::kAddress};
   sim::PortExpander expander;
@@ -65,10 +67,4 @@ void use(Input input) {
   }
 }
 
-}  // namespace
 }  // namespace orb::test
-
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  orb::test::use({data, size});
-  return 0;
-}

@@ -26,7 +26,9 @@ void checkModule(const inventory::Module& module) {
   }
 }
 
-void read(Input input) {
+}  // namespace
+
+void tryInput(Input input) {
   const inventory::InventoryFile file = inventory::parseInventory(input.restAsText(), "f");
   for (const std::string& problem : file.problems) {
     check(problem.starts_with("f:"), "each problem names the file: " + problem);
@@ -39,10 +41,4 @@ void read(Input input) {
   }
 }
 
-}  // namespace
 }  // namespace orb::test
-
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  orb::test::read({data, size});
-  return 0;
-}

@@ -30,7 +30,9 @@ void takeSome(AssemblerPair& pair, unsigned int choice) {
   }
 }
 
-void assemble(Input input) {
+}  // namespace
+
+void tryInput(Input input) {
   const Bytes choices = input.bytes(kPieces + 1);
   const Bytes lengths = input.bytes(kPieces);
   Bytes received;
@@ -51,10 +53,4 @@ void assemble(Input input) {
   pair.resetCounters();
 }
 
-}  // namespace
 }  // namespace orb::test
-
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  orb::test::assemble({data, size});
-  return 0;
-}

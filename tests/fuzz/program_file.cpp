@@ -7,6 +7,7 @@
 #include <cstring>
 #include <string>
 
+#include "base/owned_descriptor.h"
 #include "interpose/program_file.h"
 #include "support/check.h"
 #include "support/input.h"
@@ -17,25 +18,21 @@ namespace {
 /// A file in memory, with a path.
 class MemoryFile {
  public:
-  MemoryFile() : descriptor_(::memfd_create("program", MFD_CLOEXEC)) {
-    check(descriptor_ >= 0, "a file can be made in memory");
-  }
-  MemoryFile(const MemoryFile&) = delete;
-  MemoryFile& operator=(const MemoryFile&) = delete;
-  ~MemoryFile() { ::close(descriptor_); }
-
   void fill(const Bytes& content) const {
-    check(::ftruncate(descriptor_, 0) == 0 && ::pwrite(descriptor_, content.data(), content.size(),
-                                                       0) == static_cast<ssize_t>(content.size()),
+    check(::ftruncate(descriptor_.get(), 0) == 0 &&
+              ::pwrite(descriptor_.get(), content.data(), content.size(), 0) ==
+                  static_cast<ssize_t>(content.size()),
           "the file can be filled");
   }
-  std::string path() const { return "/proc/self/fd/" + std::to_string(descriptor_); }
+  std::string path() const { return "/proc/self/fd/" + std::to_string(descriptor_.get()); }
 
  private:
-  int descriptor_;
+  OwnedDescriptor descriptor_{::memfd_create("program", MFD_CLOEXEC), "memfd_create"};
 };
 
-void inspect(Input input) {
+}  // namespace
+
+void tryInput(Input input) {
   static const MemoryFile file;
   file.fill(input.rest());
   const sim::ProgramFile program = sim::inspectProgram(file.path().c_str());
@@ -43,10 +40,4 @@ void inspect(Input input) {
         "the runtimes are a text");
 }
 
-}  // namespace
 }  // namespace orb::test
-
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  orb::test::inspect({data, size});
-  return 0;
-}

@@ -38,7 +38,9 @@ void checkProblems(const std::string& problems) {
   check(count > 0, "a refused file has a problem");
 }
 
-void read(Input input) {
+}  // namespace
+
+void tryInput(Input input) {
   sim::Scenario scenario;
   try {
     scenario = sim::parseScenario(input.restAsText(), "f");
@@ -49,10 +51,4 @@ void read(Input input) {
   use(scenario);
 }
 
-}  // namespace
 }  // namespace orb::test
-
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  orb::test::read({data, size});
-  return 0;
-}

@@ -95,7 +95,9 @@ std::optional<Bytes> expected(ORBMessageMsgValue awaited, int timeout, const Scr
   return model.match();
 }
 
-void receive(Input input) {
+}  // namespace
+
+void tryInput(Input input) {
   const ORBMessageMsgValue awaited = input.word();
   const int timeout = input.byte() % 6;
   const Script script = scriptOf(input);
@@ -113,10 +115,4 @@ void receive(Input input) {
   }
 }
 
-}  // namespace
 }  // namespace orb::test
-
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  orb::test::receive({data, size});
-  return 0;
-}

@@ -70,7 +70,9 @@ std::size_t countAnswers(Bytes output) {
   return answers;
 }
 
-void talk(Input input) {
+}  // namespace
+
+void tryInput(Input input) {
   const Bytes lengths = input.bytes(kPieces);
   const milliseconds between(input.word() % 300);
   sim::State state = sim::ordinaryState();
@@ -99,10 +101,4 @@ void talk(Input input) {
   }
 }
 
-}  // namespace
 }  // namespace orb::test
-
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  orb::test::talk({data, size});
-  return 0;
-}

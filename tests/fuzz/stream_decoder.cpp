@@ -72,7 +72,9 @@ void compareWithReader(const Items& items, const Bytes& stream) {
   check(found == expected, "the same packets as the receiver finds");
 }
 
-void decode(Input input) {
+}  // namespace
+
+void tryInput(Input input) {
   const Bytes lengths = input.bytes(kPieces);
   const Bytes stream = input.rest();
   const Items items = decode({stream});
@@ -99,10 +101,4 @@ void decode(Input input) {
   checkEqual(countsAgain.text(), counts.text(), "the counts");
 }
 
-}  // namespace
 }  // namespace orb::test
-
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  orb::test::decode({data, size});
-  return 0;
-}

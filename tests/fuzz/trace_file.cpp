@@ -101,7 +101,9 @@ void replay(const Records& trace, sim::ReplayDevice::Pace pace) {
   }
 }
 
-void read(Input input) {
+}  // namespace
+
+void tryInput(Input input) {
   const Bytes lengths = input.bytes(kPieces);
   const Bytes text = input.rest();
   const Parsed whole = parse({text});
@@ -122,10 +124,4 @@ void read(Input input) {
   }
 }
 
-}  // namespace
 }  // namespace orb::test
-
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  orb::test::read({data, size});
-  return 0;
-}

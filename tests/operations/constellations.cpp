@@ -35,31 +35,29 @@ struct Switch {
 };
 
 // An unanswered read-back leaves the switch off.
-Setting turningOff(const Switch& it, const std::string& name, const Call& call) {
+Setting turning(const Switch& it, bool on, const std::string& name, const Call& call) {
   return {.name = name,
           .call = call,
-          .sends = {it.off, it.title},
+          .sends = {on ? it.on : it.off, it.title},
           .settle = it.settle,
           .reads = it.query,
-          .reply = {it.repliesOff},
-          .otherReply = {it.repliesOn},
-          .shortReply = {it.shortReply, {0}},
-          .noReply = {4}};
+          .reply = {on ? it.repliesOn : it.repliesOff},
+          .otherReply = {on ? it.repliesOff : it.repliesOn},
+          .shortReply = {it.shortReply, {on ? 1U : 0U}},
+          .noReply = {on ? 5U : 4U}};
 }
 
 Setting turningOn(const Switch& it) {
-  return {.name = it.name + "On",
-          .call = calling(it.set, true),
-          .sends = {it.on, it.title},
-          .settle = it.settle,
-          .reads = it.query,
-          .reply = {it.repliesOn},
-          .otherReply = {it.repliesOff},
-          .shortReply = {it.shortReply},
-          .draw = [set = it.set, effect = it.effect](Numbers& numbers) -> Drawn {
-            const bool on = numbers.coin();
-            return {calling(set, on), 0, [=](auto& state) { effect(state, on); }};
-          }};
+  Setting row = turning(it, true, it.name + "On", calling(it.set, true));
+  row.draw = [set = it.set, effect = it.effect](Numbers& numbers) -> Drawn {
+    const bool on = numbers.coin();
+    return {calling(set, on), 0, [=](auto& state) { effect(state, on); }};
+  };
+  return row;
+}
+
+Setting turningOff(const Switch& it) {
+  return turning(it, false, it.name + "Off", calling(it.set, false));
 }
 
 const Switch kSbas{.name = "SbasConfigure",
@@ -251,12 +249,12 @@ std::vector<Setting> settings() {
        .shortReply = {"A0 A1 00 02 64 8C E8 0D 0A", {0}},
        .noReply = {4}},
       turningOn(kSbas),
-      turningOff(kSbas, "SbasConfigureOff", calling(&Driver::gpsObtSbasConfigure, false)),
-      turningOff(kSbas, "ConfigureSBAS", calling(&Driver::configureSBAS)),
+      turningOff(kSbas),
+      turning(kSbas, false, "ConfigureSBAS", calling(&Driver::configureSBAS)),
       turningOn(kQzss),
-      turningOff(kQzss, "QzssConfigureOff", calling(&Driver::gpsObtQzssConfigure, false)),
+      turningOff(kQzss),
       turningOn(kSecondBand),
-      turningOff(kSecondBand, "L2BandConfigureOff", calling(&Driver::gpsObtL2BandConfigure, false)),
+      turningOff(kSecondBand),
   };
 }
 

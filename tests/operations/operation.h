@@ -145,7 +145,8 @@ struct Order {
   std::string name;
   Call call;
   Sent sends;
-  Draw draw = {};  ///< none: another row has that of the operation
+  Draw draw = {};                 ///< none: another row has that of the operation, or none has
+  unsigned int resultUnsent = 8;  ///< without device
 };
 
 /// An operation that is made of others. Its outcomes have tests of their own.
@@ -168,7 +169,7 @@ struct Family {
 // The rows of each family, in the source of its name.
 Family constellations();
 Family defaults();
-Family detection();
+Family detectionAndRestart();
 Family extendedNmea();
 Family firmwareVersion();
 Family gpsTime();

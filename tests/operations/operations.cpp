@@ -72,9 +72,9 @@ std::vector<Operation> drawable() {
 
 const Family& everyOperation() {
   static const Family kAll =
-      joined({constellations(), defaults(), detection(), extendedNmea(), firmwareVersion(),
-              gpsTime(), masksAndFix(), navigationData(), navigationModel(), outputAndPower(),
-              ppsOutputMode(), survey(), timingPulse()});
+      joined({constellations(), defaults(), detectionAndRestart(), extendedNmea(),
+              firmwareVersion(), gpsTime(), masksAndFix(), navigationData(), navigationModel(),
+              outputAndPower(), ppsOutputMode(), survey(), timingPulse()});
   return kAll;
 }
 

@@ -16,7 +16,6 @@ const Sent kQueryInterval{"A0 A1 00 02 64 30 54 0D 0A",
                           "64 30: Query the navigation output message interval of GNSS receiver "};
 const Sent kSetSaving{"A0 A1 00 03 0C 01 00 0D 0D 0A", "0C 00: Set system power mode"};
 const Sent kSetNormal{"A0 A1 00 03 0C 00 00 0C 0D 0A", "0C 00: Set system power mode"};
-constexpr const char* kSetRate = "0E 00: Configure the position update rate of GNSS system";
 constexpr const char* kSetInterval =
     "64 2F: Configure the navigation output message interval of GNSS receiver ";
 
@@ -132,27 +131,38 @@ std::vector<Query> queries() {
   };
 }
 
-Setting savingPower(const std::string& name, const Call& call) {
+// What an unanswered read-back leaves is the normal mode.
+Setting settingPower(const std::string& name, const Call& call, bool saves) {
   return {.name = name,
           .call = call,
-          .sends = kSetSaving,
+          .sends = saves ? kSetSaving : kSetNormal,
           .reads = kQueryPowerMode,
-          .reply = {kReportsSaving},
-          .otherReply = {kReportsNormal},
-          .shortReply = {kReportsNothing},
+          .reply = {saves ? kReportsSaving : kReportsNormal},
+          .otherReply = {saves ? kReportsNormal : kReportsSaving},
+          .shortReply = {kReportsNothing, {saves ? 1U : 0U}},
+          .noReply = {saves ? 5U : 4U},
           .mismatches = {"02"}};
 }
 
-Setting normalPower(const std::string& name, const Call& call) {
+std::string printsRate(const std::string& asked, const std::string& read) {
+  return "nUpdateRate: " + read + "\napplyUpdateRate:" + asked + " nUpdateRate:" + read + "\n";
+}
+
+/// Of a rate, its packet, the reply with it, and a reply with another one.
+Setting settingRate(const std::string& name, unsigned char rate, const std::string& packet,
+                    const std::string& reply, const std::string& otherReply,
+                    const std::string& otherRate) {
+  const std::string asked = std::to_string(rate);
+  const unsigned int mismatch = rate == 0 ? 0 : 1;  // of the 0 that is read from no rate
   return {.name = name,
-          .call = call,
-          .sends = kSetNormal,
-          .reads = kQueryPowerMode,
-          .reply = {kReportsNormal},
-          .otherReply = {kReportsSaving},
-          .shortReply = {kReportsNothing, {0}},
-          .noReply = {4},
-          .mismatches = {"02"}};
+          .call = calling(&Driver::gpsObtSetCfgRate, rate),
+          .sends = {packet, "0E 00: Configure the position update rate of GNSS system"},
+          .settle = 800ms,
+          .reads = kQueryRate,
+          .reply = {reply, {0, "", printsRate(asked, asked)}},
+          .otherReply = {otherReply, {1, "", printsRate(asked, otherRate)}},
+          .shortReply = {"A0 A1 00 01 86 86 0D 0A", {mismatch, "", printsRate(asked, "0")}},
+          .noReply = {4 | mismatch, "", "applyUpdateRate:" + asked + " nUpdateRate:0\n"}};
 }
 
 // reply has the value that call sets, otherReply and mismatches another one, shortReply ends before
@@ -161,60 +171,33 @@ Setting normalPower(const std::string& name, const Call& call) {
 // What an unanswered read-back leaves is 0, so it confirms a setting of 0.
 std::vector<Setting> settings() {
   Setting powerMode =
-      normalPower("SetPowerModeToNormal", calling(&Driver::gpsObtSetPowerMode, "NORMAL"));
+      settingPower("SetPowerModeToNormal", calling(&Driver::gpsObtSetPowerMode, "NORMAL"), false);
   powerMode.draw = drawPowerMode;
   for (const char* other : {"", "normal", "powersave", "POWERSAVE ", "1"}) {
     powerMode.values.push_back({calling(&Driver::gpsObtSetPowerMode, other), kSetNormal.packet});
   }
-  Setting rxMode = normalPower("SetRxModeToNormal", calling(&Driver::setRxMode, "NORMAL"));
+  Setting rxMode = settingPower("SetRxModeToNormal", calling(&Driver::setRxMode, "NORMAL"), false);
   rxMode.draw = drawRxMode;
   for (const char* wrong : {"powersave", "normal", "PowerSave", "", "NORMAL ", " NORMAL", "NORMA",
                             "POWERSAVE1", "0", "1"}) {
     rxMode.rejected.push_back(calling(&Driver::setRxMode, wrong));
   }
+  Setting twenty = settingRate("SetCfgRateToTwenty", 20, "A0 A1 00 03 0E 14 00 1A 0D 0A",
+                               "A0 A1 00 02 86 14 92 0D 0A", "A0 A1 00 02 86 01 87 0D 0A", "1");
+  twenty.draw = drawRate;
   return {
       powerMode,
-      normalPower("SetPowerModeToSomethingElse", calling(&Driver::gpsObtSetPowerMode, "powersave")),
-      savingPower("SetPowerModeToPowerSave", calling(&Driver::gpsObtSetPowerMode, "POWERSAVE")),
+      settingPower("SetPowerModeToSomethingElse", calling(&Driver::gpsObtSetPowerMode, "powersave"),
+                   false),
+      settingPower("SetPowerModeToPowerSave", calling(&Driver::gpsObtSetPowerMode, "POWERSAVE"),
+                   true),
       rxMode,
-      savingPower("SetRxModeToPowerSave", calling(&Driver::setRxMode, "POWERSAVE")),
-      {.name = "SetCfgRateToTwenty",
-       .call = calling(&Driver::gpsObtSetCfgRate, 20),
-       .sends = {"A0 A1 00 03 0E 14 00 1A 0D 0A", kSetRate},
-       .settle = 800ms,
-       .reads = kQueryRate,
-       .reply = {"A0 A1 00 02 86 14 92 0D 0A",
-                 {0, "", "nUpdateRate: 20\napplyUpdateRate:20 nUpdateRate:20\n"}},
-       .otherReply = {"A0 A1 00 02 86 01 87 0D 0A",
-                      {1, "", "nUpdateRate: 1\napplyUpdateRate:20 nUpdateRate:1\n"}},
-       .shortReply = {"A0 A1 00 01 86 86 0D 0A",
-                      {1, "", "nUpdateRate: 0\napplyUpdateRate:20 nUpdateRate:0\n"}},
-       .noReply = {5, "", "applyUpdateRate:20 nUpdateRate:0\n"},
-       .draw = drawRate},
-      {.name = "SetCfgRateToZero",
-       .call = calling(&Driver::gpsObtSetCfgRate, 0),
-       .sends = {"A0 A1 00 03 0E 00 00 0E 0D 0A", kSetRate},
-       .settle = 800ms,
-       .reads = kQueryRate,
-       .reply = {"A0 A1 00 02 86 00 86 0D 0A",
-                 {0, "", "nUpdateRate: 0\napplyUpdateRate:0 nUpdateRate:0\n"}},
-       .otherReply = {"A0 A1 00 02 86 FF 79 0D 0A",
-                      {1, "", "nUpdateRate: 255\napplyUpdateRate:0 nUpdateRate:255\n"}},
-       .shortReply = {"A0 A1 00 01 86 86 0D 0A",
-                      {0, "", "nUpdateRate: 0\napplyUpdateRate:0 nUpdateRate:0\n"}},
-       .noReply = {4, "", "applyUpdateRate:0 nUpdateRate:0\n"}},
-      {.name = "SetCfgRateToTheHighestByte",
-       .call = calling(&Driver::gpsObtSetCfgRate, 255),
-       .sends = {"A0 A1 00 03 0E FF 00 F1 0D 0A", kSetRate},
-       .settle = 800ms,
-       .reads = kQueryRate,
-       .reply = {"A0 A1 00 02 86 FF 79 0D 0A",
-                 {0, "", "nUpdateRate: 255\napplyUpdateRate:255 nUpdateRate:255\n"}},
-       .otherReply = {"A0 A1 00 02 86 FE 78 0D 0A",
-                      {1, "", "nUpdateRate: 254\napplyUpdateRate:255 nUpdateRate:254\n"}},
-       .shortReply = {"A0 A1 00 01 86 86 0D 0A",
-                      {1, "", "nUpdateRate: 0\napplyUpdateRate:255 nUpdateRate:0\n"}},
-       .noReply = {5, "", "applyUpdateRate:255 nUpdateRate:0\n"}},
+      settingPower("SetRxModeToPowerSave", calling(&Driver::setRxMode, "POWERSAVE"), true),
+      twenty,
+      settingRate("SetCfgRateToZero", 0, "A0 A1 00 03 0E 00 00 0E 0D 0A",
+                  "A0 A1 00 02 86 00 86 0D 0A", "A0 A1 00 02 86 FF 79 0D 0A", "255"),
+      settingRate("SetCfgRateToTheHighestByte", 255, "A0 A1 00 03 0E FF 00 F1 0D 0A",
+                  "A0 A1 00 02 86 FF 79 0D 0A", "A0 A1 00 02 86 FE 78 0D 0A", "254"),
   };
 }
 

@@ -3,16 +3,20 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <fstream>
+#include <string>
+#include <utility>
+#include <vector>
 
+#include "files.h"
 #include "temporary_folder.h"
 
+namespace orb::test {
 namespace {
 
-using orb::inventory::InventoryFile;
-using orb::inventory::Module;
-using orb::inventory::parseInventory;
-using orb::inventory::readInventoryFile;
+using inventory::InventoryFile;
+using inventory::Module;
+using inventory::parseInventory;
+using inventory::readInventoryFile;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 using ::testing::StartsWith;
@@ -72,111 +76,68 @@ records.A = { type = 2147483647, data = "" }
   EXPECT_EQ(file.inventory.count(4294967295), 1);
 }
 
-struct BadFile {
-  const char* name;
-  const char* text;
-  std::vector<std::string> problems;
-};
-
-void PrintTo(const BadFile& file, std::ostream* out) { *out << file.name; }
-
-class BadInventoryFile : public ::testing::TestWithParam<BadFile> {};
-
-TEST_P(BadInventoryFile, IsAnsweredWithTheLineOfEachProblem) {
-  EXPECT_EQ(problemsOf(GetParam().text), GetParam().problems);
+TEST(InventoryFile, IsRefusedWithTheLineOfEachProblem) {
+  const std::string module = "[[module]]\nlocation = 1\n";
+  const std::string record = module + "[module.records]\n";
+  const std::pair<std::string, std::vector<std::string>> files[] = {
+      // Keys that are not known.
+      {"\n\nmodul = 1\n", {"f:3: unknown key \"modul\" in the file"}},
+      {module + "i2cbus = 'i2c-3'\n", {"f:3: unknown key \"i2cbus\" in the module"}},
+      {module + "bars = [\n  { index = 0, address = 0, size = 1, width = 64 },\n]\n",
+       {"f:4: unknown key \"width\" in the BAR"}},
+      {record + "A = { type = 1, data = '', x = 1 }\n",
+       {"f:4: unknown key \"x\" in the record \"A\""}},
+      // Modules.
+      {"[module]\nlocation = 1\n", {"f:1: each module has to stand under a heading [[module]]"}},
+      {"module = 3\n", {"f:1: each module has to stand under a heading [[module]]"}},
+      {"# one module\n[[module]]\ni2c-bus = 'i2c-3'\n", {"f:2: the module has no \"location\""}},
+      {"[[module]]\nlocation = '1'\n", {"f:2: \"location\" is a text; it has to be an integer"}},
+      {"[[module]]\nlocation = 1.0\n",
+       {"f:2: \"location\" is a fraction; it has to be an integer"}},
+      {"[[module]]\nlocation = -1\n",
+       {"f:2: \"location\" is -1; it has to be from 0 to 4294967295"}},
+      {"[[module]]\nlocation = 4294967296\n",
+       {"f:2: \"location\" is 4294967296; it has to be from 0 to 4294967295"}},
+      {module + module, {"f:4: location 1 already has a module"}},
+      // Devices.
+      {module + "i2c-bus = 3\n", {"f:3: \"i2c-bus\" is an integer; it has to be a text in quotes"}},
+      {module + "i2c-bus = '/dev/i2c-3'\n",
+       {"f:3: \"i2c-bus\" is \"/dev/i2c-3\"; it has to be a name below /dev, not a path"}},
+      {module + "spi-device = true\n",
+       {"f:3: \"spi-device\" is true or false; it has to be a text in quotes"}},
+      // BARs.
+      {module + "bars = 2\n",
+       {"f:3: \"bars\" is an integer; it has to be an array of { index, address, size }"}},
+      {module + "bars = [ [] ]\n",
+       {"f:3: an element of \"bars\" is an array; it has to be { index, address, size }"}},
+      {module + "bars = [ {} ]\n",
+       {"f:3: the BAR has no \"index\"", "f:3: the BAR has no \"address\"",
+        "f:3: the BAR has no \"size\""}},
+      {module + "bars = [ { index = -1, address = -1, size = 0 } ]\n",
+       {"f:3: \"index\" is -1; it has to be from 0 to 4294967295",
+        "f:3: \"address\" is -1; it has to be from 0 to 9223372036854775807",
+        "f:3: \"size\" is 0; it has to be from 1 to 9223372036854775807"}},
+      // Records.
+      {module + "records = 1979-05-27\n",
+       {"f:3: \"records\" is a date or a time; it has to be a table [module.records]"}},
+      {record + "A = 1\n", {"f:4: \"A\" is an integer; it has to be a text in quotes"}},
+      {record + "A = { type = 0, data = '' }\n",
+       {"f:4: \"type\" is 0; it has to be from 1 to 2147483647"}},
+      {record + "A = {}\n",
+       {"f:4: the record \"A\" has no \"type\"", "f:4: the record \"A\" has no \"data\""}},
+      {record + "A = \"a\\u0000b\"\n\"c\\u0000d\" = \"e\"\n",
+       {"f:4: \"A\" holds a null character, which D-Bus cannot carry",
+        "f:5: a record's name holds a null character, which D-Bus cannot carry"}},
+      // Several problems.
+      {"[[module]]\nrecords.A = 1\nlocation = true\nbogus = 1\n[[module]]\nspi-device = 0\n",
+       {"f:2: \"A\" is an integer; it has to be a text in quotes",
+        "f:3: \"location\" is true or false; it has to be an integer",
+        "f:4: unknown key \"bogus\" in the module", "f:5: the module has no \"location\"",
+        "f:6: \"spi-device\" is an integer; it has to be a text in quotes"}}};
+  for (const auto& [text, problems] : files) {
+    EXPECT_EQ(problemsOf(text), problems) << text;
+  }
 }
-
-INSTANTIATE_TEST_SUITE_P(
-    Each, BadInventoryFile,
-    ::testing::Values(
-        BadFile{
-            "UnknownKeyOfTheFile", "\n\nmodul = 1\n", {"f:3: unknown key \"modul\" in the file"}},
-        BadFile{"UnknownKeyOfAModule",
-                "[[module]]\nlocation = 1\ni2cbus = \"i2c-3\"\n",
-                {"f:3: unknown key \"i2cbus\" in the module"}},
-        BadFile{"UnknownKeyOfABar",
-                "[[module]]\nlocation = 1\nbars = [\n"
-                "  { index = 0, address = 0, size = 1, width = 64 },\n]\n",
-                {"f:4: unknown key \"width\" in the BAR"}},
-        BadFile{
-            "UnknownKeyOfARecord",
-            "[[module]]\nlocation = 1\n[module.records]\nA = { type = 1, data = \"\", x = 1 }\n",
-            {"f:4: unknown key \"x\" in the record \"A\""}},
-        BadFile{"SingleTable",
-                "[module]\nlocation = 1\n",
-                {"f:1: each module has to stand under a heading [[module]]"}},
-        BadFile{"ModuleOfAnotherType",
-                "module = 3\n",
-                {"f:1: each module has to stand under a heading [[module]]"}},
-        BadFile{"NoLocation",
-                "# one module\n[[module]]\ni2c-bus = \"i2c-3\"\n",
-                {"f:2: the module has no \"location\""}},
-        BadFile{"LocationOfAnotherType",
-                "[[module]]\nlocation = \"1\"\n",
-                {"f:2: \"location\" is a text; it has to be an integer"}},
-        BadFile{"FractionalLocation",
-                "[[module]]\nlocation = 1.0\n",
-                {"f:2: \"location\" is a fraction; it has to be an integer"}},
-        BadFile{"NegativeLocation",
-                "[[module]]\nlocation = -1\n",
-                {"f:2: \"location\" is -1; it has to be from 0 to 4294967295"}},
-        BadFile{"LocationTooLarge",
-                "[[module]]\nlocation = 4294967296\n",
-                {"f:2: \"location\" is 4294967296; it has to be from 0 to 4294967295"}},
-        BadFile{"LocationTwice",
-                "[[module]]\nlocation = 1\n[[module]]\nlocation = 1\n",
-                {"f:4: location 1 already has a module"}},
-        BadFile{"BusOfAnotherType",
-                "[[module]]\nlocation = 1\ni2c-bus = 3\n",
-                {"f:3: \"i2c-bus\" is an integer; it has to be a text in quotes"}},
-        BadFile{"BusWithItsFolder",
-                "[[module]]\nlocation = 1\ni2c-bus = \"/dev/i2c-3\"\n",
-                {"f:3: \"i2c-bus\" is \"/dev/i2c-3\"; it has to be a name below /dev, not a path"}},
-        BadFile{"DeviceOfAnotherType",
-                "[[module]]\nlocation = 1\nspi-device = true\n",
-                {"f:3: \"spi-device\" is true or false; it has to be a text in quotes"}},
-        BadFile{"BarsOfAnotherType",
-                "[[module]]\nlocation = 1\nbars = 2\n",
-                {"f:3: \"bars\" is an integer; it has to be an array of "
-                 "{ index, address, size }"}},
-        BadFile{"BarOfAnotherType",
-                "[[module]]\nlocation = 1\nbars = [ [] ]\n",
-                {"f:3: an element of \"bars\" is an array; it has to be "
-                 "{ index, address, size }"}},
-        BadFile{"EmptyBar",
-                "[[module]]\nlocation = 1\nbars = [ {} ]\n",
-                {"f:3: the BAR has no \"index\"", "f:3: the BAR has no \"address\"",
-                 "f:3: the BAR has no \"size\""}},
-        BadFile{"BarNumbersOutOfRange",
-                "[[module]]\nlocation = 1\nbars = [ { index = -1, address = -1, size = 0 } ]\n",
-                {"f:3: \"index\" is -1; it has to be from 0 to 4294967295",
-                 "f:3: \"address\" is -1; it has to be from 0 to 9223372036854775807",
-                 "f:3: \"size\" is 0; it has to be from 1 to 9223372036854775807"}},
-        BadFile{"RecordsOfAnotherType",
-                "[[module]]\nlocation = 1\nrecords = 1979-05-27\n",
-                {"f:3: \"records\" is a date or a time; it has to be a table [module.records]"}},
-        BadFile{"RecordOfAnotherType",
-                "[[module]]\nlocation = 1\n[module.records]\nA = 1\n",
-                {"f:4: \"A\" is an integer; it has to be a text in quotes"}},
-        BadFile{"RecordOfTypeZero",
-                "[[module]]\nlocation = 1\n[module.records]\nA = { type = 0, data = \"\" }\n",
-                {"f:4: \"type\" is 0; it has to be from 1 to 2147483647"}},
-        BadFile{"EmptyRecord",
-                "[[module]]\nlocation = 1\n[module.records]\nA = {}\n",
-                {"f:4: the record \"A\" has no \"type\"", "f:4: the record \"A\" has no \"data\""}},
-        BadFile{"NullCharacter",
-                "[[module]]\nlocation = 1\n[module.records]\nA = \"a\\u0000b\"\n"
-                "\"c\\u0000d\" = \"e\"\n",
-                {"f:4: \"A\" holds a null character, which D-Bus cannot carry",
-                 "f:5: a record's name holds a null character, which D-Bus cannot carry"}},
-        BadFile{
-            "SeveralProblems",
-            "[[module]]\nrecords.A = 1\nlocation = true\nbogus = 1\n[[module]]\nspi-device = 0\n",
-            {"f:2: \"A\" is an integer; it has to be a text in quotes",
-             "f:3: \"location\" is true or false; it has to be an integer",
-             "f:4: unknown key \"bogus\" in the module", "f:5: the module has no \"location\"",
-             "f:6: \"spi-device\" is an integer; it has to be a text in quotes"}}),
-    [](const auto& info) { return std::string(info.param.name); });
 
 // The words of these come from the TOML parser; the place is what counts.
 TEST(InventoryFile, NamesTheLineOfAnErrorInTheLanguage) {
@@ -199,16 +160,16 @@ TEST(InventoryFile, ReportsEachProblemInOneLine) {
 }
 
 TEST(InventoryFile, IsReadFromItsPath) {
-  const orb::test::TemporaryFolder folder;
+  const TemporaryFolder folder;
   const std::string path = folder / "inventory.toml";
-  std::ofstream(path) << "[[module]]\nlocation = 3\n";
+  fill(path, "[[module]]\nlocation = 3\n");
   const InventoryFile file = readInventoryFile(path);
   EXPECT_THAT(file.problems, IsEmpty());
   EXPECT_EQ(file.inventory.count(3), 1);
 }
 
 TEST(InventoryFile, HasToBeReadable) {
-  const orb::test::TemporaryFolder folder;
+  const TemporaryFolder folder;
   const std::string missing = folder / "missing.toml";
   EXPECT_THAT(readInventoryFile(missing).problems,
               ElementsAre(missing + ": cannot read it: No such file or directory"));
@@ -217,3 +178,4 @@ TEST(InventoryFile, HasToBeReadable) {
 }
 
 }  // namespace
+}  // namespace orb::test

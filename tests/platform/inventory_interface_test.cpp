@@ -4,7 +4,6 @@
 #include <unistd.h>
 
 #include <cstring>
-#include <fstream>
 #include <sstream>
 
 #include "dbus/inventory_interface.h"
@@ -68,7 +67,7 @@ class InventoryInterface : public ::testing::Test {
 };
 
 TEST_F(InventoryInterface, IsTheOneThatIsInstalled) {
-  const std::string installed = interfaceIn(readFile(ORB_INTERFACE_FILE));
+  const std::string installed = interfaceIn(contentOf(ORB_INTERFACE_FILE));
   EXPECT_THAT(installed, HasSubstr("<arg type=\"au\" name=\"locations\" direction=\"out\"/>\n"));
   EXPECT_EQ(interfaceIn(introspect(connect().get())), installed);
 }
@@ -108,13 +107,13 @@ class InventoryPolicy : public ::testing::Test {
   /// A system bus with the shipped policy, where the user `owner` stands in place of root and of
   /// the service's own user.
   std::string policyFor(uid_t owner) {
-    std::string policy = readFile(ORB_POLICY_FILE);
+    std::string policy = contentOf(ORB_POLICY_FILE);
     for (const std::string& user : {std::string("\"root\""), std::string("\"orb-inventory\"")}) {
       const std::size_t place = policy.find(user);
       EXPECT_NE(place, std::string::npos);
       policy.replace(place, user.size(), '"' + std::to_string(owner) + '"');
     }
-    std::ofstream(folder_ / "policy.conf") << policy;
+    fill(folder_ / "policy.conf", policy);
     return kSystemPolicy + ("<include>" + (folder_ / "policy.conf").string() + "</include>");
   }
 
@@ -155,7 +154,7 @@ TEST_F(InventoryPolicy, LetsTheServiceBeReadAndNothingElse) {
 TEST_F(InventoryPolicy, LetsNobodyElseBeTheService) {
   const PrivateBus bus(folder_.path(), policyFor(getuid() + 1));
   const std::filesystem::path inventory = folder_ / "inventory.toml";
-  std::ofstream(inventory) << kOneModule;
+  fill(inventory, kOneModule);
   ChildProcess service({ORB_INVENTORYD, "--config", inventory.string()}, folder_ / "output");
   EXPECT_EQ(service.wait(std::chrono::seconds(30)), 1);
   EXPECT_EQ(service.output(),

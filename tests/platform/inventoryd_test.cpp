@@ -39,11 +39,11 @@ class Inventoryd : public ::testing::Test {
     return status.value_or(-1);
   }
 
-  std::string output() const { return readFile(outputFile_); }
+  std::string output() const { return contentOf(outputFile_); }
 
   std::string write(const std::string& text) const {
     const std::string path = folder_ / "inventory.toml";
-    std::ofstream(path, std::ios::binary) << text;
+    fill(path, text);
     return path;
   }
 
@@ -151,11 +151,11 @@ TEST_F(Inventoryd, TellsTheServiceManagerWhenItIsReady) {
 // The shipped activation file, with the built program and this test's inventory in its place.
 TEST_F(Inventoryd, IsStartedByTheFirstCall) {
   const std::string program = "@BIN_DIR@/orb-inventoryd";
-  std::string activation = readFile(ORB_ACTIVATION_FILE);
+  std::string activation = contentOf(ORB_ACTIVATION_FILE);
   const std::size_t place = activation.find(program);
   ASSERT_NE(place, std::string::npos);
   activation.replace(place, program.size(), ORB_INVENTORYD " --config " + write(kOneModule));
-  std::ofstream(folder_ / "org.orb_gnss.Inventory1.service") << activation;
+  fill(folder_ / "org.orb_gnss.Inventory1.service", activation);
   const PrivateBus bus(
       folder_.path(),
       PrivateBus::kOpenPolicy + ("<servicedir>" + folder_.path().string() + "</servicedir>"));
@@ -181,7 +181,7 @@ TEST_F(Inventoryd, DoesNotOutliveItsTest) {
     raise(SIGKILL);
   }
   ASSERT_EQ(waitpid(test, nullptr, 0), test);
-  const pid_t service = std::stoi(readFile(folder_ / "pid"));
+  const pid_t service = std::stoi(contentOf(folder_ / "pid"));
   const auto deadline = std::chrono::steady_clock::now() + kPatience;
   while (bus.hasOwner(inventory::kBusName) && std::chrono::steady_clock::now() < deadline) {
     usleep(1000);

@@ -4,9 +4,8 @@
 
 #include <algorithm>
 
+namespace orb::test {
 namespace {
-
-using orb::CatalogueIndex;
 
 /// A copy of the catalogue that a test can spoil.
 struct Copy {
@@ -19,7 +18,7 @@ TEST(CatalogueIndex, FindsTheRowOfEveryMessageAndNoOther) {
   for (unsigned int id = 0; id <= 0xFF; ++id) {
     for (unsigned int subId = 0; subId <= 0xFF; ++subId) {
       unsigned char expected = CatalogueIndex::kNoRow;
-      for (unsigned char row = 0; row <= orb::kLastMessage; ++row) {
+      for (unsigned char row = 0; row <= kLastMessage; ++row) {
         if (ORBMessages[row].msgId.id == id && ORBMessages[row].msgId.subId == subId) {
           expected = row;
         }
@@ -32,7 +31,7 @@ TEST(CatalogueIndex, FindsTheRowOfEveryMessageAndNoOther) {
 }
 
 TEST(CatalogueIndex, LeavesTheEndMarkerOut) {
-  EXPECT_EQ(ORBMessages[orb::kLastMessage + 1].msgId.id, 0xFF);
+  EXPECT_EQ(ORBMessages[kLastMessage + 1].msgId.id, 0xFF);
   EXPECT_EQ(CatalogueIndex(ORBMessages).rowOf({0xFF, 0x00}), CatalogueIndex::kNoRow);
 }
 
@@ -49,3 +48,4 @@ TEST(CatalogueIndex, RefusesASubIdOnAnIdThatCarriesNone) {
 }
 
 }  // namespace
+}  // namespace orb::test

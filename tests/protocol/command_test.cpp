@@ -2,64 +2,41 @@
 
 #include <gtest/gtest.h>
 
-#include <limits>
+#include <utility>
 
 #include "support/bytes.h"
 
+namespace orb::test {
 namespace {
-
-using orb::Command;
-using orb::Request;
-using orb::test::Bytes;
-using orb::test::packetOf;
 
 constexpr Request kWithoutSubId{0x5500, 4, 0xC300};
 constexpr Request kWithSubId{0x6501, 7};
 constexpr Request kLong{0x5400, 12};
 
-Bytes packetOf(Command&& command) { return packetOf(command.message()); }
+Bytes packet(Command&& command) { return packetOf(command.message()); }
 
-TEST(Command, IsABodyOfZerosAtFirst) {
-  EXPECT_EQ(packetOf(Command(kWithoutSubId)),
-            (Bytes{0xA0, 0xA1, 0x00, 0x04, 0x55, 0x00, 0x00, 0x00, 0x55, 0x0D, 0x0A}));
-}
-
-TEST(Command, AppendsAfterTheId) {
-  EXPECT_EQ(packetOf(Command(kWithoutSubId).u8(1).u8(2).u8(3)),
-            (Bytes{0xA0, 0xA1, 0x00, 0x04, 0x55, 0x01, 0x02, 0x03, 0x55, 0x0D, 0x0A}));
-}
-
-TEST(Command, AppendsAfterTheSubId) {
-  EXPECT_EQ(
-      packetOf(Command(kWithSubId).u32(0x00012345).u8(0)),
-      (Bytes{0xA0, 0xA1, 0x00, 0x07, 0x65, 0x01, 0x00, 0x01, 0x23, 0x45, 0x00, 0x03, 0x0D, 0x0A}));
-}
-
-TEST(Command, WritesTheHighByteFirst) {
-  EXPECT_EQ(packetOf(Command(kLong).u16(0x0102).u32(0x03040506).u8(7)),
-            (Bytes{0xA0, 0xA1, 0x00, 0x0C, 0x54, 0x01, 0x02, 0x03, 0x04, 0x05, 0x06, 0x07, 0x00,
-                   0x00, 0x00, 0x00, 0x54, 0x0D, 0x0A}));
-}
-
-TEST(Command, CutsWideValuesToTheirLowBytes) {
-  EXPECT_EQ(packetOf(Command(kWithoutSubId).u8(0x1FF).u16(0xABC0102)),
-            (Bytes{0xA0, 0xA1, 0x00, 0x04, 0x55, 0xFF, 0x01, 0x02, 0xA9, 0x0D, 0x0A}));
-}
-
-TEST(Command, WritesTheBitsOfFloatingPointNumbers) {
-  EXPECT_EQ(packetOf(Command(kLong).f32(-2.5F).u8(0xEE)),
-            (Bytes{0xA0, 0xA1, 0x00, 0x0C, 0x54, 0xC0, 0x20, 0x00, 0x00, 0xEE, 0x00, 0x00, 0x00,
-                   0x00, 0x00, 0x00, 0x5A, 0x0D, 0x0A}));
-  EXPECT_EQ(packetOf(Command(kLong).f64(1.0 / 3.0).u8(0xEE)),
-            (Bytes{0xA0, 0xA1, 0x00, 0x0C, 0x54, 0x3F, 0xD5, 0x55, 0x55, 0x55, 0x55, 0x55, 0x55,
-                   0xEE, 0x00, 0x00, 0x50, 0x0D, 0x0A}));
-}
-
-TEST(Command, RepeatsAByte) {
-  EXPECT_EQ(packetOf(Command(kWithoutSubId).repeated(2, 9).u8(1)),
-            (Bytes{0xA0, 0xA1, 0x00, 0x04, 0x55, 0x09, 0x09, 0x01, 0x54, 0x0D, 0x0A}));
-  EXPECT_EQ(packetOf(Command(kWithoutSubId).repeated(0, 9).u8(1)),
-            (Bytes{0xA0, 0xA1, 0x00, 0x04, 0x55, 0x01, 0x00, 0x00, 0x54, 0x0D, 0x0A}));
+TEST(Command, HasWhatWasAppendedAfterItsIdAndSubIdAndThenZeros) {
+  const std::pair<Bytes, const char*> rows[] = {
+      {packet(Command(kWithoutSubId)), "A0 A1 00 04 55 00 00 00 55 0D 0A"},
+      {packet(Command(kWithoutSubId).u8(1).u8(2).u8(3)), "A0 A1 00 04 55 01 02 03 55 0D 0A"},
+      {packet(Command(kWithSubId).u32(0x00012345).u8(0)),
+       "A0 A1 00 07 65 01 00 01 23 45 00 03 0D 0A"},
+      // The high byte first.
+      {packet(Command(kLong).u16(0x0102).u32(0x03040506).u8(7)),
+       "A0 A1 00 0C 54 01 02 03 04 05 06 07 00 00 00 00 54 0D 0A"},
+      // Wide values are cut to their low bytes.
+      {packet(Command(kWithoutSubId).u8(0x1FF).u16(0xABC0102)), "A0 A1 00 04 55 FF 01 02 A9 0D 0A"},
+      // The bits of floating-point numbers.
+      {packet(Command(kLong).f32(-2.5F).u8(0xEE)),
+       "A0 A1 00 0C 54 C0 20 00 00 EE 00 00 00 00 00 00 5A 0D 0A"},
+      {packet(Command(kLong).f64(1.0 / 3.0).u8(0xEE)),
+       "A0 A1 00 0C 54 3F D5 55 55 55 55 55 55 EE 00 00 50 0D 0A"},
+      // A byte, repeated.
+      {packet(Command(kWithoutSubId).repeated(2, 9).u8(1)), "A0 A1 00 04 55 09 09 01 54 0D 0A"},
+      {packet(Command(kWithoutSubId).repeated(0, 9).u8(1)), "A0 A1 00 04 55 01 00 00 54 0D 0A"}};
+  for (const auto& [found, expected] : rows) {
+    EXPECT_EQ(found, hex(expected));
+  }
 }
 
 TEST(Command, NamesTheReplyOfItsRequest) {
@@ -68,3 +45,4 @@ TEST(Command, NamesTheReplyOfItsRequest) {
 }
 
 }  // namespace
+}  // namespace orb::test

@@ -79,70 +79,61 @@ TEST_F(MessageBuilder, ListsAnAcknowledgement) {
   EXPECT_TRUE(list_.isEmpty());
 }
 
-TEST_F(MessageBuilder, GoesOnRightAfterTheStartBytesOfAnUnknownPacket) {
+Bytes without(std::ptrdiff_t lastBytes, const Bytes& bytes) {
+  return {bytes.begin(), bytes.end() - lastBytes};
+}
+
+TEST_F(MessageBuilder, GoesOnWhereAPacketHasEnded) {
   // An acknowledgement starts where the unknown packet, of id 06, has its length field.
-  const Bytes longAck =
-      join({{0xA0, 0xA1, 0x06, 0x00, 0x83}, Bytes(0x05FF, 0x00), {0x83, 0x0D, 0x0A}});
-  update(join({{0xA0, 0xA1}, longAck}));
-  EXPECT_EQ(counts(), (Counts{.good = 1, .unknown = 1, .acknowledged = 1}));
-  EXPECT_THAT(takeListed(), ElementsAre(longAck));
+  const Bytes longAck = hex("A0 A1 06 00 83") + Bytes(0x05FF, 0x00) + hex("83 0D 0A");
+  const struct {
+    Bytes buffer;
+    Counts counts;
+    std::vector<Bytes> listed;
+  } rows[] = {
+      {kAck + kPulseWidth + hex("00 00") + kRefusal + kOtherAck,
+       {.good = 4, .acknowledged = 2, .refused = 1},
+       {kAck, kPulseWidth, kRefusal, kOtherAck}},
+      {hex("A0 A1") + longAck, {.good = 1, .unknown = 1, .acknowledged = 1}, {longAck}},
+      // Without sub-id, the last byte of a packet is not looked at; with one, it is passed over,
+      // and the refusal's first start byte counts as end byte.
+      {without(1, kAck) + kRefusal, {.good = 2, .acknowledged = 1, .refused = 1}, {kAck, kRefusal}},
+      {without(1, kPulseWidth) + kRefusal, {.good = 1}, {kPulseWidth}},
+      {kPulseWidth + kRefusal, {.good = 2, .refused = 1}, {kPulseWidth, kRefusal}},
+      // A false header claims more than there is.
+      {kAck + hex("A0 A1 FF FF 83 00") + kOtherAck, {.good = 1, .acknowledged = 1}, {kAck}},
+      // A bad packet's checksum byte is the start byte of a good packet.
+      {without(3, kBadAck) + kRefusal, {.errored = 1}, {}},
+  };
+  for (const auto& [buffer, expected, listed] : rows) {
+    builder_.resetMessageCounters();
+    update(buffer);
+    EXPECT_EQ(counts(), expected) << hexText(buffer).substr(0, 80);
+    EXPECT_EQ(takeListed(), listed);
+  }
 }
 
-TEST_F(MessageBuilder, IsStoppedByAFalseHeaderThatClaimsMoreThanThereIs) {
-  EXPECT_EQ(update(join({kAck, {0xA0, 0xA1, 0xFF, 0xFF, 0x83, 0x00}, kOtherAck, kRefusal})), 8u);
-  EXPECT_THAT(takeListed(), ElementsAre(kAck));
-}
-
-TEST_F(MessageBuilder, GoesOnAtTheLastByteOfAPacketWithoutSubId) {
-  const Bytes withoutLastByte(kAck.begin(), kAck.end() - 1);
-  update(join({withoutLastByte, kRefusal}));
-  EXPECT_EQ(counts(), (Counts{.good = 2, .acknowledged = 1, .refused = 1}));
-}
-
-TEST_F(MessageBuilder, GoesOnAfterAPacketWithSubId) {
-  const Bytes withoutLastByte(kPulseWidth.begin(), kPulseWidth.end() - 1);
-  update(join({withoutLastByte, kRefusal}));
-  EXPECT_EQ(counts(), (Counts{.good = 1})) << "the refusal's first start byte counts as end byte";
-  update(join({kPulseWidth, kRefusal}));
-  EXPECT_EQ(counts(), (Counts{.good = 3, .refused = 1}));
-}
-
-TEST_F(MessageBuilder, ListsAllPacketsOfABuffer) {
-  update(join({kAck, kPulseWidth, {0x00, 0x00}, kRefusal, kOtherAck}));
-  EXPECT_EQ(counts(), (Counts{.good = 4, .acknowledged = 2, .refused = 1}));
-  EXPECT_THAT(takeListed(), ElementsAre(kAck, kPulseWidth, kRefusal, kOtherAck));
-}
-
-TEST_F(MessageBuilder, FindsTheNewestOfTwoPacketsOfAType) {
-  update(join({kAck, kOtherAck}));
-  const std::unique_ptr<ORBMessage> newest(list_.findFirstOfMessage(0x8300));
-  EXPECT_EQ(packetOf(*newest), kOtherAck);
-}
-
-TEST_F(MessageBuilder, GoesOnNoEarlierThanTheFirstEndByteOfABadPacket) {
-  // The bad packet's checksum byte is the start byte A0 of a good packet.
-  const Bytes withoutChecksum(kBadAck.begin(), kBadAck.end() - 3);
-  update(join({withoutChecksum, kRefusal}));
-  EXPECT_EQ(counts(), (Counts{.errored = 1}));
+TEST_F(MessageBuilder, TellsWhereAFalseHeaderHasStoppedIt) {
+  EXPECT_EQ(update(kAck + hex("A0 A1 FF FF 83 00") + kOtherAck + kRefusal), 8u);
 }
 
 TEST_F(MessageBuilder, CountsAnOutputModeReportAgainAtEachRescan) {
   update(kOutputMode);
-  update(join({kOutputMode, kBadOutputMode}));
-  update(join({kOutputMode, kBadOutputMode, kAck}));
+  update(kOutputMode + kBadOutputMode);
+  update(kOutputMode + kBadOutputMode + kAck);
   EXPECT_EQ(counts(), (Counts{.good = 4, .errored = 2, .unknown = 5, .acknowledged = 1}));
 }
 
 TEST_F(MessageBuilder, DoesNotUseTheReplyId) {
   for (const unsigned char replyId : Bytes{0x00, 0x83, 0x84, 0xFF}) {
-    update(join({kAck, kRefusal}), replyId);
+    update(kAck + kRefusal, replyId);
     EXPECT_THAT(takeListed(), ElementsAre(kAck, kRefusal));
   }
   EXPECT_EQ(counts(), (Counts{.good = 8, .acknowledged = 4, .refused = 4}));
 }
 
 TEST_F(MessageBuilder, ResetsAllCounters) {
-  update(join({kAck, kRefusal, kBadAck, {0x00}, kUnknown}));
+  update(kAck + kRefusal + kBadAck + hex("00") + kUnknown);
   EXPECT_EQ(counts(),
             (Counts{.good = 2, .errored = 1, .unknown = 1, .acknowledged = 1, .refused = 1}));
   builder_.resetMessageCounters();

@@ -5,33 +5,31 @@
 #include "support/bytes.h"
 #include "support/guarded_bytes.h"
 
+namespace orb::test {
 namespace {
-
-using orb::test::Bytes;
-using orb::test::GuardedBytes;
 
 TEST(PacketFields, ReadTheLengthHighByteFirst) {
   GuardedBytes field({0x12, 0x34});
-  EXPECT_EQ(orb::lengthAt(field.data()), 0x1234);
+  EXPECT_EQ(lengthAt(field.data()), 0x1234);
 }
 
 TEST(PacketFields, ReadTheSubIdWhereTheIdCarriesOne) {
   for (const unsigned char id : Bytes{0x62, 0x6F}) {
     const unsigned char field[] = {id, 0x81};
-    EXPECT_EQ(orb::idAt(field).id, id);
-    EXPECT_EQ(orb::idAt(field).subId, 0x81);
+    EXPECT_EQ(idAt(field).id, id);
+    EXPECT_EQ(idAt(field).subId, 0x81);
   }
   for (const unsigned char id : Bytes{0x00, 0x61, 0x70, 0xFF}) {
     GuardedBytes field({id});
-    EXPECT_EQ(orb::idAt(field.data()).id, id);
-    EXPECT_EQ(orb::idAt(field.data()).subId, 0);
+    EXPECT_EQ(idAt(field.data()).id, id);
+    EXPECT_EQ(idAt(field.data()).subId, 0);
   }
 }
 
 TEST(PacketFields, ConvertAnIdentityToOneNumberAndBack) {
-  EXPECT_EQ(orb::typeOf({0x65, 0x01}), 0x6501);
-  EXPECT_EQ(orb::idOf(0x6501).id, 0x65);
-  EXPECT_EQ(orb::idOf(0x6501).subId, 0x01);
+  EXPECT_EQ(typeOf({0x65, 0x01}), 0x6501);
+  EXPECT_EQ(idOf(0x6501).id, 0x65);
+  EXPECT_EQ(idOf(0x6501).subId, 0x01);
 }
 
 // Every number of bytes up to three words of eight, ending at an inaccessible page.
@@ -41,11 +39,12 @@ TEST(PacketFields, FoldEveryByteOnceAndReadNoOther) {
       Bytes bytes(length, 0x00);
       bytes[odd] = 0xA5;
       GuardedBytes guarded(bytes);
-      EXPECT_EQ(orb::exclusiveOr(guarded.data(), length), 0xA5) << length << ", " << odd;
+      EXPECT_EQ(exclusiveOr(guarded.data(), length), 0xA5) << length << ", " << odd;
     }
     GuardedBytes guarded(Bytes(length, 0x3C));
-    EXPECT_EQ(orb::exclusiveOr(guarded.data(), length), length % 2 == 0 ? 0 : 0x3C);
+    EXPECT_EQ(exclusiveOr(guarded.data(), length), length % 2 == 0 ? 0 : 0x3C);
   }
 }
 
 }  // namespace
+}  // namespace orb::test

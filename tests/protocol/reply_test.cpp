@@ -6,10 +6,8 @@
 
 #include "support/bytes.h"
 
+namespace orb::test {
 namespace {
-
-using orb::Reply;
-using orb::test::Bytes;
 
 /// A message whose payload is C2 and these bytes.
 class ReplyOf {
@@ -59,3 +57,4 @@ TEST(Reply, ReadsTheZerosOfAShortFloatingPointNumber) {
 }
 
 }  // namespace
+}  // namespace orb::test

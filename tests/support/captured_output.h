@@ -2,6 +2,8 @@
 
 #include <string>
 
+#include "base/owned_descriptor.h"
+
 namespace orb::test {
 
 /// While it exists, what the process writes to a file descriptor ends here. The descriptor is put
@@ -22,8 +24,8 @@ class CapturedOutput {
 
  private:
   int descriptor_;
-  int original_;
-  int file_;
+  OwnedDescriptor original_;
+  OwnedDescriptor file_;
   long taken_ = 0;
 };
 

@@ -8,8 +8,6 @@
 
 #include <cerrno>
 #include <cstdio>
-#include <fstream>
-#include <iterator>
 #include <system_error>
 #include <thread>
 #include <utility>
@@ -88,13 +86,6 @@ std::optional<int> ChildProcess::wait(std::chrono::milliseconds limit) {
     }
   }
   return status_;
-}
-
-std::string ChildProcess::output() const { return readFile(outputFile_); }
-
-std::string readFile(const std::filesystem::path& path) {
-  std::ifstream file(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(file), {}};
 }
 
 }  // namespace orb::test

@@ -8,6 +8,8 @@
 #include <string>
 #include <vector>
 
+#include "files.h"
+
 namespace orb::test {
 
 /// A program that runs beside the test and never outlives it.
@@ -37,7 +39,7 @@ class ChildProcess {
   std::optional<int> wait(std::chrono::milliseconds limit);
 
   /// All that it has written so far.
-  std::string output() const;
+  std::string output() const { return contentOf(outputFile_); }
 
   pid_t pid() const { return pid_; }
 
@@ -46,8 +48,5 @@ class ChildProcess {
   pid_t pid_ = -1;
   std::optional<int> status_;
 };
-
-/// The whole content of a file; empty when there is no such file.
-std::string readFile(const std::filesystem::path& path);
 
 }  // namespace orb::test

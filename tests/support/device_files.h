@@ -3,18 +3,10 @@
 #include <filesystem>
 #include <string>
 
+#include "support/files.h"
 #include "support/temporary_folder.h"
 
 namespace orb::test {
-
-/// The content of a file; "(no file)" when there is none.
-std::string contentOf(const std::filesystem::path& file);
-
-/// Gives a file this content.
-void fill(const std::filesystem::path& file, const std::string& content);
-
-/// How many descriptors this process has open on a file. Links are followed.
-int descriptorsOf(const std::filesystem::path& file);
 
 /// The device's fixed paths, mapped for this process to a temporary folder, which goes with the
 /// object. At first the folder is empty: no receiver is plugged in.

@@ -23,8 +23,8 @@ class FakeBoard {
   struct Module {
     std::map<std::string, std::string> records;
     std::size_t barCount = 0;
-    std::string i2cBus;
-    std::string spiDevice;
+    std::string i2cBus{};
+    std::string spiDevice{};
     int recordType = 1;  ///< of the records that there are
   };
 

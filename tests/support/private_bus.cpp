@@ -4,7 +4,6 @@
 #include <systemd/sd-bus.h>
 
 #include <chrono>
-#include <fstream>
 #include <functional>
 #include <stdexcept>
 #include <thread>
@@ -22,13 +21,6 @@ std::string socketAddress(const std::filesystem::path& folder) {
     throw std::runtime_error("too long for the path of a socket: " + path);
   }
   return "unix:path=" + path;
-}
-
-void writeFile(const std::filesystem::path& path, const std::string& text) {
-  std::ofstream file(path, std::ios::binary);
-  if (!(file << text).flush()) {
-    throw std::runtime_error("cannot write " + path.string());
-  }
 }
 
 /// Waits until a program that was just started is ready for work.
@@ -53,8 +45,8 @@ PrivateBus::PrivateBus(const std::filesystem::path& folder, const std::string& p
       address_(socketAddress(folder)),
       systemBus_("DBUS_SYSTEM_BUS_ADDRESS", address_) {
   const std::filesystem::path configuration = folder / "bus.conf";
-  writeFile(configuration, "<busconfig><listen>" + address_ + "</listen><auth>EXTERNAL</auth>" +
-                               policy + "</busconfig>\n");
+  fill(configuration, "<busconfig><listen>" + address_ + "</listen><auth>EXTERNAL</auth>" + policy +
+                          "</busconfig>\n");
   daemon_.emplace(
       std::vector<std::string>{ORB_DBUS_DAEMON, "--config-file=" + configuration.string(),
                                "--nofork", "--nopidfile", "--nosyslog", "--print-address"},
@@ -82,7 +74,7 @@ bool PrivateBus::hasOwner(const std::string& name) const {
 
 InventoryService::InventoryService(const PrivateBus& bus, const std::string& toml) {
   const std::filesystem::path file = bus.folder() / "inventory.toml";
-  writeFile(file, toml);
+  fill(file, toml);
   process_.emplace(std::vector<std::string>{ORB_INVENTORYD, "--config", file.string()},
                    bus.folder() / "inventory.log");
   awaitReady(*process_, "orb-inventoryd", [&] { return bus.hasOwner(kInventoryName); });

@@ -6,10 +6,8 @@
 #include <termios.h>
 #include <unistd.h>
 
-#include <cerrno>
 #include <chrono>
 #include <stdexcept>
-#include <system_error>
 #include <thread>
 
 namespace orb::test {
@@ -17,13 +15,6 @@ namespace orb::test {
 namespace {
 
 constexpr std::chrono::seconds kLimit{10};
-
-int checked(int result, const char* call) {
-  if (result < 0) {
-    throw std::system_error(errno, std::generic_category(), call);
-  }
-  return result;
-}
 
 bool hasInput(int descriptor, std::chrono::milliseconds limit) {
   pollfd polled{descriptor, POLLIN, 0};
@@ -35,14 +26,13 @@ bool hasInput(int descriptor, std::chrono::milliseconds limit) {
 Pty::Pty() {
   termios raw{};
   cfmakeraw(&raw);
+  int farEnd = -1;
+  int tty = -1;
   char name[64];
-  checked(openpty(&farEnd_, &tty_, name, &raw, nullptr), "openpty");
+  checked(openpty(&farEnd, &tty, name, &raw, nullptr), "openpty");
+  farEnd_ = OwnedDescriptor(farEnd);
+  tty_ = OwnedDescriptor(tty);
   path_ = name;
-}
-
-Pty::~Pty() {
-  close(tty_);
-  close(farEnd_);
 }
 
 void Pty::feed(const Bytes& bytes) {
@@ -58,14 +48,14 @@ void Pty::feed(const Bytes& bytes) {
 }
 
 void Pty::send(const Bytes& bytes) {
-  if (::write(farEnd_, bytes.data(), bytes.size()) != static_cast<ssize_t>(bytes.size())) {
+  if (::write(farEnd_.get(), bytes.data(), bytes.size()) != static_cast<ssize_t>(bytes.size())) {
     throw std::runtime_error("the pty did not take the bytes");
   }
 }
 
 int Pty::waiting() const {
   int count = 0;
-  checked(ioctl(tty_, FIONREAD, &count), "FIONREAD");
+  checked(ioctl(tty_.get(), FIONREAD, &count), "FIONREAD");
   return count;
 }
 
@@ -73,15 +63,15 @@ Bytes Pty::takeWritten(std::size_t count) {
   Bytes bytes(count);
   std::size_t taken = 0;
   while (taken < count) {
-    if (!hasInput(farEnd_, kLimit)) {
+    if (!hasInput(farEnd_.get(), kLimit)) {
       throw std::runtime_error("less was written than expected");
     }
-    taken += static_cast<std::size_t>(
-        checked(static_cast<int>(::read(farEnd_, bytes.data() + taken, count - taken)), "read"));
+    taken += static_cast<std::size_t>(checked(
+        static_cast<int>(::read(farEnd_.get(), bytes.data() + taken, count - taken)), "read"));
   }
   return bytes;
 }
 
-bool Pty::hasWritten() const { return hasInput(farEnd_, std::chrono::milliseconds(0)); }
+bool Pty::hasWritten() const { return hasInput(farEnd_.get(), std::chrono::milliseconds(0)); }
 
 }  // namespace orb::test

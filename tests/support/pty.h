@@ -2,6 +2,7 @@
 
 #include <string>
 
+#include "base/owned_descriptor.h"
 #include "support/hex_text.h"
 
 namespace orb::test {
@@ -13,14 +14,11 @@ namespace orb::test {
 class Pty {
  public:
   Pty();
-  Pty(const Pty&) = delete;
-  Pty& operator=(const Pty&) = delete;
-  ~Pty();
 
   /// The tty to open.
   const std::string& path() const { return path_; }
   /// A descriptor on the tty, which also keeps its settings while nobody else has it open.
-  int tty() const { return tty_; }
+  int tty() const { return tty_.get(); }
 
   /// Puts at most 4000 bytes where the tty's reader finds them. Nobody reads meanwhile.
   void feed(const Bytes& bytes);
@@ -35,8 +33,8 @@ class Pty {
   bool hasWritten() const;
 
  private:
-  int farEnd_ = -1;
-  int tty_ = -1;
+  OwnedDescriptor farEnd_;
+  OwnedDescriptor tty_;
   std::string path_;
 };
 

@@ -5,9 +5,9 @@
 #include <string>
 
 #include "orb-gnss/module_driver.h"
-#include "orb-sim/pty_line.h"
 #include "orb-sim/receiver.h"
 #include "orb-sim/script.h"
+#include "support/chatty_line.h"
 #include "support/device_files.h"
 #include "support/hex_text.h"
 #include "support/output_of.h"
@@ -30,7 +30,7 @@ struct ReceiverOnTty {
 
   sim::Receiver receiver;
   sim::Script script{receiver};
-  sim::PtyLine line;
+  ChattyLine line;
 };
 
 /// A test of a driver that finds a receiver on its serial line.

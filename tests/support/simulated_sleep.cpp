@@ -7,6 +7,8 @@
 
 #include <cerrno>
 
+#include "support/replacement.h"
+
 namespace orb::test {
 
 namespace {
@@ -38,10 +40,7 @@ void SimulatedSleep::sleep(Nanoseconds duration) {
 
 }  // namespace orb::test
 
-// The library calls these through the dynamic linker, which finds a program's own definitions
-// first. What is not simulated goes to the kernel.
-
-#define ORB_TEST_REPLACEMENT extern "C" __attribute__((visibility("default")))
+// What is not simulated goes to the kernel.
 
 ORB_TEST_REPLACEMENT int clock_nanosleep(clockid_t clock, int flags, const timespec* duration,
                                          timespec* left) {

@@ -10,6 +10,8 @@
 #include <cstring>
 #include <utility>
 
+#include "support/replacement.h"
+
 namespace orb::test {
 
 namespace {
@@ -91,11 +93,6 @@ Function* hidden(Function*, const char* name) {
 }  // namespace
 
 }  // namespace orb::test
-
-// The library calls these through the dynamic linker, which finds a program's own definitions
-// first.
-
-#define ORB_TEST_REPLACEMENT extern "C" __attribute__((visibility("default")))
 
 using orb::test::hidden;
 using orb::test::noted;

@@ -6,6 +6,8 @@
 #include <algorithm>
 #include <utility>
 
+#include "support/replacement.h"
+
 namespace orb::test {
 
 namespace {
@@ -45,11 +47,6 @@ std::time_t WallClock::read() {
 }
 
 }  // namespace orb::test
-
-// The library calls these through the dynamic linker, which finds a program's own definitions
-// first.
-
-#define ORB_TEST_REPLACEMENT extern "C" __attribute__((visibility("default")))
 
 ORB_TEST_REPLACEMENT std::time_t time(std::time_t* result) noexcept {
   const std::time_t now =

@@ -6,25 +6,22 @@
 #include <sstream>
 
 #include "channel_test.h"
+#include "support/captured_stream.h"
 
+namespace orb::test {
 namespace {
 
 using namespace std::chrono_literals;
-using orb::Command;
-using orb::CommandExchange;
-using orb::Reply;
-using orb::test::Bytes;
-using orb::test::ChannelTest;
 using testing::Each;
 using testing::ElementsAre;
 
-constexpr orb::Request kSet{0x0C00, 3};
-constexpr orb::Request kAsk{0x1500, 1, 0xB900};
+constexpr Request kSet{0x0C00, 3};
+constexpr Request kAsk{0x1500, 1, 0xB900};
 
-const Bytes kSetPacket{0xA0, 0xA1, 0x00, 0x03, 0x0C, 0x01, 0x00, 0x0D, 0x0D, 0x0A};
-const Bytes kAskPacket{0xA0, 0xA1, 0x00, 0x01, 0x15, 0x15, 0x0D, 0x0A};
-const Bytes kValueOne{0xA0, 0xA1, 0x00, 0x02, 0xB9, 0x01, 0xB8, 0x0D, 0x0A};
-const Bytes kAcknowledgement{0xA0, 0xA1, 0x00, 0x02, 0x83, 0x0C, 0x8F, 0x0D, 0x0A};
+const Bytes kSetPacket = hex("A0 A1 00 03 0C 01 00 0D 0D 0A");
+const Bytes kAskPacket = hex("A0 A1 00 01 15 15 0D 0A");
+const Bytes kValueOne = hex("A0 A1 00 02 B9 01 B8 0D 0A");
+const Bytes kAcknowledgement = hex("A0 A1 00 02 83 0C 8F 0D 0A");
 
 constexpr const char* kMissing = "/dev/tty_gps/missing";
 constexpr const char* kSetNotSent = "12:00:  Could not send : 0C 00: Set system power mode\n";
@@ -56,20 +53,20 @@ class CommandExchangeTest : public ChannelTest {
 };
 
 TEST_F(CommandExchangeTest, SendsAndAwaitsNothing) {
-  EXPECT_EQ(exchange().send(Command(kSet).u8(1)), orb::kSucceeded);
+  EXPECT_EQ(exchange().send(Command(kSet).u8(1)), kSucceeded);
   EXPECT_EQ(pty_.takeWritten(kSetPacket.size()), kSetPacket);
   EXPECT_EQ(calls_.readSizes().size(), 0u);
   EXPECT_EQ(log_.str(), "");
 }
 
 TEST_F(CommandExchangeTest, ReportsAndLogsWhatCannotBeSent) {
-  EXPECT_EQ(exchange(kMissing).send(Command(kSet).u8(1)), orb::kNotSent);
+  EXPECT_EQ(exchange(kMissing).send(Command(kSet).u8(1)), kNotSent);
   EXPECT_EQ(log_.str(), kSetNotSent);
 }
 
 TEST_F(CommandExchangeTest, DecodesTheReply) {
   line_.deliver(kValueOne);
-  EXPECT_EQ(ask(), orb::kSucceeded);
+  EXPECT_EQ(ask(), kSucceeded);
   EXPECT_EQ(pty_.takeWritten(kAskPacket.size()), kAskPacket);
   EXPECT_THAT(values_, ElementsAre(1));
   EXPECT_EQ(log_.str(), "");
@@ -81,21 +78,21 @@ TEST_F(CommandExchangeTest, AwaitsAnotherReplyWhereItIsNamed) {
   int acknowledged = 0;
   EXPECT_EQ(exchange().query(Command(kAsk), 0x8300,
                              [&](const Reply& reply) { acknowledged = reply.u8(1); }),
-            orb::kSucceeded);
+            kSucceeded);
   EXPECT_EQ(acknowledged, 0x0C);
 }
 
 TEST_F(CommandExchangeTest, ReportsAndLogsAMissingReply) {
   clock_.passSeconds({0, 2});
   line_.deliver(kAcknowledgement);
-  EXPECT_EQ(ask(), orb::kNoReply);
+  EXPECT_EQ(ask(), kNoReply);
   EXPECT_THAT(values_, ElementsAre());
   EXPECT_EQ(log_.str(), kAskNotAnswered);
 }
 
 TEST_F(CommandExchangeTest, DoesNotAwaitTheReplyToWhatItCouldNotSend) {
   calls_.writeResult = -1;
-  EXPECT_EQ(ask(), orb::kNotSent);
+  EXPECT_EQ(ask(), kNotSent);
   EXPECT_EQ(calls_.readSizes().size(), 0u);
   EXPECT_EQ(log_.str(), kAskNotSent);
 }
@@ -105,10 +102,9 @@ TEST_F(CommandExchangeTest, ReadsASettingBackOverItsOwnChannel) {
   EXPECT_EQ(exchange().configure(
                 Command(kSet).u8(1), CommandExchange::kAtOnce, [&] { return ask(); },
                 [&] { return values_.back() == 1; }),
-            orb::kSucceeded);
+            kSucceeded);
   EXPECT_EQ(opened(), 1);
-  EXPECT_EQ(pty_.takeWritten(kSetPacket.size() + kAskPacket.size()),
-            orb::test::join({kSetPacket, kAskPacket}));
+  EXPECT_EQ(pty_.takeWritten(kSetPacket.size() + kAskPacket.size()), kSetPacket + kAskPacket);
   EXPECT_EQ(lentChannel_, nullptr) << "lent while the read-back runs";
 }
 
@@ -130,7 +126,7 @@ TEST_F(CommandExchangeTest, ReadsBackOverAnotherChannelWhatWasNotSentWhole) {
                                      calls_.writeResult.reset();
                                      return ask();
                                    }),
-              orb::kNotSent);
+              kNotSent);
     EXPECT_EQ(opened(), 2) << written;
     EXPECT_EQ(pty_.takeWritten(kAskPacket.size()), kAskPacket);
   }
@@ -141,13 +137,13 @@ TEST_F(CommandExchangeTest, TriesToReadBackWithoutDevice) {
   EXPECT_EQ(exchange(kMissing).configure(
                 Command(kSet).u8(1), CommandExchange::kAtOnce,
                 [&] { return exchange(kMissing).query(Command(kAsk), [](const Reply&) {}); }),
-            orb::kNotSent);
+            kNotSent);
   EXPECT_EQ(log_.str(), std::string(kSetNotSent) + kAskNotSent);
 }
 
 TEST_F(CommandExchangeTest, ReadsASettledSettingBackOverAnotherChannel) {
   line_.deliver(kValueOne);
-  EXPECT_EQ(exchange().configure(Command(kSet).u8(1), 1ms, [&] { return ask(); }), orb::kSucceeded);
+  EXPECT_EQ(exchange().configure(Command(kSet).u8(1), 1ms, [&] { return ask(); }), kSucceeded);
   EXPECT_EQ(opened(), 2);
 }
 
@@ -156,7 +152,7 @@ TEST_F(CommandExchangeTest, RejectsASettingThatWasNotKept) {
   EXPECT_EQ(exchange().configure(
                 Command(kSet).u8(2), CommandExchange::kAtOnce, [&] { return ask(); },
                 [&] { return values_.back() == 2; }),
-            orb::kRejected);
+            kRejected);
 }
 
 TEST_F(CommandExchangeTest, AddsUpWhatWentWrong) {
@@ -165,20 +161,15 @@ TEST_F(CommandExchangeTest, AddsUpWhatWentWrong) {
   EXPECT_EQ(exchange().configure(
                 Command(kSet).u8(1), CommandExchange::kAtOnce, [&] { return ask(); },
                 [] { return false; }),
-            orb::kNoReply | orb::kRejected);
+            kNoReply | kRejected);
 }
 
 TEST_F(CommandExchangeTest, FlushesEachLineOfTheLog) {
-  struct Buffer : std::stringbuf {
-    int sync() override {
-      flushed = str();
-      return 0;
-    }
-    std::string flushed;
-  } buffer;
-  std::ostream log(&buffer);
+  std::ostream log(nullptr);
+  const CapturedStream captured(log);
   CommandExchange({kMissing, lentChannel_, 2, log, [] { return "12:00: "; }}).send(Command(kSet));
-  EXPECT_EQ(buffer.flushed, kSetNotSent);
+  EXPECT_EQ(captured.flushedText(), kSetNotSent);
 }
 
 }  // namespace
+}  // namespace orb::test

@@ -3,11 +3,12 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <tuple>
 #include <vector>
 
+namespace orb::test {
 namespace {
 
-using orb::sleepBeforeLook;
 using namespace std::chrono_literals;
 
 constexpr int kLooksAtOnce = 64;
@@ -21,32 +22,28 @@ std::vector<std::chrono::nanoseconds> sleepsOf(std::chrono::nanoseconds length) 
   return sleeps;
 }
 
-TEST(LookSchedule, LooksAtOnceSixtyFourTimes) {
-  EXPECT_EQ(sleepBeforeLook(0, 0ns), 0ns);
-  EXPECT_EQ(sleepBeforeLook(63, 0ns), 0ns);
-  EXPECT_EQ(sleepBeforeLook(64, 0ns), 50us);
-}
-
-TEST(LookSchedule, DoublesItsFirstSleeps) {
-  EXPECT_EQ(sleepBeforeLook(64, 50us), 50us);
-  EXPECT_EQ(sleepBeforeLook(64, 100us), 100us);
-  EXPECT_EQ(sleepBeforeLook(64, 360us), 360us);
-}
-
-TEST(LookSchedule, ThenSleepsATwelfthOfTheTimeSlept) {
-  EXPECT_EQ(sleepBeforeLook(64, 1200us), 450us);
-  EXPECT_EQ(sleepBeforeLook(64, 12ms), 1350us);
-}
-
-TEST(LookSchedule, SleepsFourMillisecondsUpToATenthOfASecond) {
-  EXPECT_EQ(sleepBeforeLook(64, 48ms), 4ms);
-  EXPECT_EQ(sleepBeforeLook(64, 120ms), 4ms);
-}
-
-TEST(LookSchedule, ThenSleepsAThirtiethAndNoMoreThanFifteenMilliseconds) {
-  EXPECT_EQ(sleepBeforeLook(64, 300ms), 10ms);
-  EXPECT_EQ(sleepBeforeLook(64, 450ms), 15ms);
-  EXPECT_EQ(sleepBeforeLook(64, 24h), 15ms);
+TEST(LookSchedule, SleepsInTimeWithWhatWasSlept) {
+  // The looks so far, the time slept so far, and the sleep before the next look.
+  const std::tuple<int, std::chrono::nanoseconds, std::chrono::nanoseconds> rows[] = {
+      {0, 0ns, 0ns},
+      {63, 0ns, 0ns},
+      {64, 0ns, 50us},
+      // The first sleeps double the time.
+      {64, 50us, 50us},
+      {64, 100us, 100us},
+      {64, 360us, 360us},
+      // Then a twelfth of it comes to it, and 4 ms up to a tenth of a second.
+      {64, 1200us, 450us},
+      {64, 12ms, 1350us},
+      {64, 48ms, 4ms},
+      {64, 120ms, 4ms},
+      // Then a thirtieth of it, and no more than 15 ms.
+      {64, 300ms, 10ms},
+      {64, 450ms, 15ms},
+      {64, 24h, 15ms}};
+  for (const auto& [looks, slept, sleep] : rows) {
+    EXPECT_EQ(sleepBeforeLook(looks, slept), sleep) << looks << ' ' << slept.count();
+  }
 }
 
 // A reply is seen late by a small part of its delay, and a silent line costs few wake-ups.
@@ -61,3 +58,4 @@ TEST(LookSchedule, NeverShortensASleep) {
 }
 
 }  // namespace
+}  // namespace orb::test

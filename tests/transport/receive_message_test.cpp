@@ -8,6 +8,7 @@
 #include <memory>
 #include <new>
 #include <optional>
+#include <utility>
 
 #include "channel_test.h"
 #include "support/allocations.h"
@@ -37,12 +38,6 @@ TEST_F(ReceiveMessage, ReturnsAReplyAtOnce) {
   EXPECT_EQ(standardError(), "");
 }
 
-TEST_F(ReceiveMessage, FindsAReplyWithASubId) {
-  line_.deliver(kPulseWidth);
-  EXPECT_EQ(receive(channel_, 0x6580), kPulseWidth);
-  EXPECT_EQ(standardError(), "");
-}
-
 TEST_F(ReceiveMessage, HandsOverAMessageThatOutlivesTheChannel) {
   std::optional<orbIO> other(std::in_place);
   line_.deliver(kAck);
@@ -53,22 +48,16 @@ TEST_F(ReceiveMessage, HandsOverAMessageThatOutlivesTheChannel) {
 }
 
 TEST_F(ReceiveMessage, FindsAReplySplitAnywhereOnTheReadThatCompletesIt) {
-  for (long split = 1; split <= 7; ++split) {
-    calls_.forget();
-    deliverInTwo(kAck, split);
-    EXPECT_EQ(receive(channel_, 0x8300), kAck) << "split at " << split;
-    EXPECT_EQ(reads(), 2u);
-    EXPECT_TRUE(line_.isOver());
+  for (const auto& [packet, type] : {std::pair(kAck, 0x8300), {kPulseWidth, 0x6580}}) {
+    for (long split = 1; split <= static_cast<long>(packet.size()) - 2; ++split) {
+      calls_.forget();
+      deliverInTwo(packet, split);
+      EXPECT_EQ(receive(channel_, static_cast<unsigned short>(type)), packet) << split;
+      EXPECT_EQ(reads(), 2u);
+      EXPECT_TRUE(line_.isOver());
+    }
   }
   EXPECT_EQ(standardError(), "");
-}
-
-TEST_F(ReceiveMessage, FindsALongReplySplitAnywhere) {
-  for (long split = 1; split <= 11; ++split) {
-    deliverInTwo(kPulseWidth, split);
-    EXPECT_EQ(receive(channel_, 0x6580), kPulseWidth) << "split at " << split;
-    EXPECT_TRUE(line_.isOver());
-  }
 }
 
 TEST_F(ReceiveMessage, FindsAReplyThatComesByteByByte) {
@@ -79,63 +68,53 @@ TEST_F(ReceiveMessage, FindsAReplyThatComesByteByByte) {
   EXPECT_EQ(reads(), 12u) << "the last end byte is not waited for";
 }
 
-TEST_F(ReceiveMessage, SkipsNoiseBeforeAndBetweenPackets) {
-  line_.deliver(join({noise(37), kRefusal, {'$', 'G', 'N', 0x0D, 0x0A}, kPulseWidth}));
-  line_.deliver(join({{0x00, 0xA1, 0xA0, 0x00}, kAck}));
-  EXPECT_EQ(receive(channel_, 0x8300), kAck);
-  EXPECT_EQ(standardError(), "");
+struct OneWait : ChannelTest, testing::WithParamInterface<Wait> {};
+
+TEST_P(OneWait, HasItsOutcome) { expect(GetParam()); }
+
+const Bytes kSentence{'$', 'G', 'N', 0x0D, 0x0A};
+
+// A name, the clock, what each read finds, the reply, whether it times out (default: no), what is
+// awaited (default: an acknowledgement).
+std::vector<Wait> waits() {
+  return {
+      {"WithSubId", {0}, {kPulseWidth}, kPulseWidth, false, 0x6580},
+      {"AmongNoise",
+       {0, 0},
+       {noise(37) + kRefusal + kSentence + kPulseWidth, hex("00 A1 A0 00") + kAck},
+       kAck},
+      {"AmongOtherMessages", {0, 0}, {kRefusal + kPulseWidth, kOutputMode, kAck + kRefusal}, kAck},
+      {"AfterAMessageThatIsNotKnown", {0}, {kUnknown + kAck}, kAck},
+      // It counts as unknown, but not as errored.
+      {"OfAnOutputModeReport", {0}, {kOutputMode}, kOutputMode, false, 0xC300},
+      {"OfTwoCopies", {0}, {kAck + kOtherAck}, kOtherAck},
+      {"OfAnotherSubId", {0, 2}, {kPulseWidth}, kNothing, true, 0x6581},
+      {"OfAnAcknowledgementWithARefusal", {0, 2}, {kRefusal}, kNothing, true},
+      {"OfARefusalWithAnAcknowledgement", {0, 1, 2}, {kAck, noise(1)}, kNothing, true, 0x8400},
+      // The limit.
+      {"OnTheTickOfTheLimit",
+       {0, 0, 1, 1, 2},
+       {noise(3), noise(3), noise(3), noise(3)},
+       kNothing,
+       true},
+      {"LongAfterTheLimit", {0, 3600}, {noise(3)}, kNothing, true},
+      {"BeforeTheClockIsLookedAt", {0, 1, 100}, {noise(3), kAck}, kAck},
+      // A bad checksum: the wait runs to the limit.
+      {"AfterABadOne", {0, 0, 1, 2}, {kBadAck + kAck, noise(2), noise(2)}, kAck, true},
+      {"OfTheNewestAfterABadOne",
+       {0, 0, 1, 2},
+       {kBadAck + kAck, kOtherAck, kRefusal},
+       kOtherAck,
+       true},
+      {"AtTheLimitAfterABadOne", {0, 0, 2}, {kBadAck, kOtherAck}, kOtherAck, true},
+      {"OfABadOneAlone", {0, 2}, {kBadAck}, kNothing, true},
+  };
 }
 
-TEST_F(ReceiveMessage, PassesOverOtherMessages) {
-  line_.deliver(join({kRefusal, kPulseWidth}));
-  line_.deliver(kOutputMode);
-  line_.deliver(join({kAck, kRefusal}));
-  EXPECT_EQ(receive(channel_, 0x8300), kAck);
-  EXPECT_EQ(reads(), 3u);
-  EXPECT_EQ(standardError(), "");
-}
-
-TEST_F(ReceiveMessage, PassesOverMessagesThatItDoesNotKnow) {
-  line_.deliver(join({kUnknown, kAck}));
-  EXPECT_EQ(receive(channel_, 0x8300), kAck);
-  EXPECT_EQ(standardError(), "");
-}
-
-TEST_F(ReceiveMessage, ReturnsAnOutputModeReportAtOnce) {
-  line_.deliver(kOutputMode);
-  EXPECT_EQ(receive(channel_, 0xC300), kOutputMode) << "it counts as unknown, but not as errored";
-  EXPECT_EQ(standardError(), "");
-}
-
-TEST_F(ReceiveMessage, ReturnsTheLaterOfTwoCopies) {
-  line_.deliver(join({kAck, kOtherAck}));
-  EXPECT_EQ(receive(channel_, 0x8300), kOtherAck);
-}
-
-TEST_F(ReceiveMessage, MatchesIdAndSubId) {
-  const struct {
-    Bytes delivered;
-    unsigned short awaited;
-  } cases[] = {{kPulseWidth, 0x6581}, {kRefusal, 0x8300}};
-  for (const auto& [delivered, awaited] : cases) {
-    clock_.passSeconds({0, 2});
-    line_.deliver(delivered);
-    EXPECT_EQ(receive(channel_, awaited), kNothing) << awaited;
-  }
-  EXPECT_EQ(standardError(), std::string(kTimedOut) + kTimedOut);
-}
-
-TEST_F(ReceiveMessage, TakesAnAcknowledgementForNoRefusal) {
-  clock_.passSeconds({0, 1, 2});
-  line_.deliver(kAck);
-  line_.deliver(noise(1));
-  EXPECT_EQ(receive(channel_, 0x8400), kNothing);
-  EXPECT_EQ(reads(), 2u);
-  EXPECT_EQ(standardError(), kTimedOut);
-}
+INSTANTIATE_TEST_SUITE_P(ReceiveMessage, OneWait, testing::ValuesIn(waits()), nameOf);
 
 TEST_F(ReceiveMessage, KeepsForTheNextWaitWhatCameWithTheReply) {
-  line_.deliver(join({kAck, kPulseWidth}));
+  line_.deliver(kAck + kPulseWidth);
   EXPECT_EQ(receive(channel_, 0x8300), kAck);
   line_.deliver(noise(1));
   EXPECT_EQ(receive(channel_, 0x6580), kPulseWidth);
@@ -155,7 +134,7 @@ TEST_F(ReceiveMessage, KeepsNothingOfAWaitThatEndedInATimeOut) {
 // of the pulse width that came before the limit, one copy stays for the next wait, and not two.
 TEST_F(ReceiveMessage, KeepsOneCopyOfWhatCameWithAReplyThatWasTakenAtTheLimit) {
   clock_.passSeconds({0, 0, 2});
-  line_.deliver(join({kBadAck, kAck, kPulseWidth}));
+  line_.deliver(kBadAck + kAck + kPulseWidth);
   line_.deliver(kOtherAck);
   EXPECT_EQ(receive(channel_, 0x8300), kOtherAck);
   for (const Bytes& expected : {kPulseWidth, kNothing}) {
@@ -167,32 +146,6 @@ TEST_F(ReceiveMessage, KeepsOneCopyOfWhatCameWithAReplyThatWasTakenAtTheLimit) {
 
 // The limit
 
-TEST_F(ReceiveMessage, EndsOnTheTickOfTheLimit) {
-  clock_.passSeconds({0, 0, 1, 1, 2});
-  for (int i = 0; i < 4; ++i) {
-    line_.deliver(noise(3));
-  }
-  EXPECT_EQ(receive(channel_, 0x8300, 2), kNothing);
-  EXPECT_TRUE(line_.isOver());
-  EXPECT_EQ(reads(), 4u);
-  EXPECT_EQ(standardError(), kTimedOut);
-}
-
-TEST_F(ReceiveMessage, EndsWhenTheClockHasPassedTheLimit) {
-  clock_.passSeconds({0, 3600});
-  line_.deliver(noise(3));
-  EXPECT_EQ(receive(channel_, 0x8300, 5), kNothing);
-  EXPECT_EQ(standardError(), kTimedOut);
-}
-
-TEST_F(ReceiveMessage, LooksForTheReplyBeforeItLooksAtTheClock) {
-  clock_.passSeconds({0, 1, 100});
-  line_.deliver(noise(3));
-  line_.deliver(kAck);
-  EXPECT_EQ(receive(channel_, 0x8300, 2), kAck);
-  EXPECT_EQ(standardError(), "");
-}
-
 TEST_F(ReceiveMessage, EndsAtTheFirstLookAtTheClockWithoutTimeToWait) {
   for (const int timeout : {0, -1, INT_MIN}) {
     line_.deliver(kRefusal);
@@ -203,19 +156,13 @@ TEST_F(ReceiveMessage, EndsAtTheFirstLookAtTheClockWithoutTimeToWait) {
   EXPECT_EQ(standardError(), std::string(kTimedOut) + kTimedOut + kTimedOut);
 }
 
-TEST_F(ReceiveMessage, ReturnsAReplyAtOnceWithoutTimeToWait) {
-  for (const int timeout : {0, -1, INT_MIN}) {
+// 2^22 seconds and more have a buffer whose size does not fit into the number.
+TEST_F(ReceiveMessage, ReturnsAReplyAtOnceWhateverTheTimeToWait) {
+  for (const int timeout : {0, -1, INT_MIN, 1 << 22, INT_MAX}) {
     line_.deliver(kAck);
     EXPECT_EQ(receive(channel_, 0x8300, timeout), kAck) << timeout;
   }
   EXPECT_EQ(standardError(), "");
-}
-
-TEST_F(ReceiveMessage, TakesTimesWhoseBufferDoesNotFitIntoTheNumber) {
-  for (const int timeout : {1 << 22, INT_MAX}) {
-    line_.deliver(kAck);
-    EXPECT_EQ(receive(channel_, 0x8300, timeout), kAck) << timeout;
-  }
 }
 
 // The wait for bytes
@@ -252,40 +199,6 @@ TEST_F(ReceiveMessage, GoesOnAfterReadsThatFail) {
 
 // A bad checksum
 
-TEST_F(ReceiveMessage, RunsToTheLimitAfterABadChecksum) {
-  clock_.passSeconds({0, 0, 1, 2});
-  line_.deliver(join({kBadAck, kAck}));
-  line_.deliver(noise(2));
-  line_.deliver(noise(2));
-  EXPECT_EQ(receive(channel_, 0x8300), kAck);
-  EXPECT_TRUE(line_.isOver());
-  EXPECT_EQ(standardError(), kTimedOut);
-}
-
-TEST_F(ReceiveMessage, ReturnsTheNewestCopyAfterABadChecksum) {
-  clock_.passSeconds({0, 0, 1, 2});
-  line_.deliver(join({kBadAck, kAck}));
-  line_.deliver(kOtherAck);
-  line_.deliver(kRefusal);
-  EXPECT_EQ(receive(channel_, 0x8300), kOtherAck);
-  EXPECT_EQ(standardError(), kTimedOut);
-}
-
-TEST_F(ReceiveMessage, TakesAReplyThatComesAtTheLimitAfterABadChecksum) {
-  clock_.passSeconds({0, 0, 2});
-  line_.deliver(kBadAck);
-  line_.deliver(kOtherAck);
-  EXPECT_EQ(receive(channel_, 0x8300), kOtherAck);
-  EXPECT_EQ(standardError(), kTimedOut);
-}
-
-TEST_F(ReceiveMessage, ReturnsNothingWhenOnlyABadReplyCame) {
-  clock_.passSeconds({0, 2});
-  line_.deliver(kBadAck);
-  EXPECT_EQ(receive(channel_, 0x8300), kNothing);
-  EXPECT_EQ(standardError(), kTimedOut);
-}
-
 TEST_F(ReceiveMessage, RunsToTheLimitInLaterWaitsOfTheChannelToo) {
   clock_.passSeconds({0, 2});
   line_.deliver(kBadAck);
@@ -316,7 +229,7 @@ TEST_F(ReceiveMessage, ReleasesTheCopiesThatItDoesNotReturn) {
     clock_.passSeconds({0, 0, 0, 0, 2});
     orbIO channel;
     for (int round = 0; round < 4; ++round) {
-      line_.deliver(join({kBadAck, kAck, kRefusal, kOtherAck}));
+      line_.deliver(kBadAck + kAck + kRefusal + kOtherAck);
     }
     const std::unique_ptr<ORBMessage> reply(channel.ReceiveMessage(0x8300, 2));
     EXPECT_NE(reply, nullptr);
@@ -330,7 +243,7 @@ TEST_F(ReceiveMessage, ReleasesWhatItListedWhenItReturnsNothing) {
   {
     clock_.passSeconds({0, 0, 2});
     orbIO channel;
-    line_.deliver(join({kAck, kRefusal, kOtherAck}));
+    line_.deliver(kAck + kRefusal + kOtherAck);
     line_.deliver(kPulseWidth);
     EXPECT_EQ(channel.ReceiveMessage(0x8080, 2), nullptr);
     clock_.passSeconds({0});
@@ -343,7 +256,7 @@ TEST_F(ReceiveMessage, ReportsThatMemoryRanOutAndLosesNone) {
   int failures = 0;
   for (bool ranOut = true; ranOut;) {
     orbIO channel;
-    line_.deliver(join({kRefusal, kAck}));
+    line_.deliver(kRefusal + kAck);
     try {
       const FailingAllocation failing(failures + 1);
       delete channel.ReceiveMessage(0x8300, 2);

@@ -18,8 +18,7 @@ constexpr unsigned long kCapacity = 2048;
 constexpr long kReadSize = 1024;
 
 // The longest message of the protocol.
-const Bytes kLongest =
-    join({{0xA0, 0xA1, 0x01, 0x05, 0x64, 0x34}, Bytes(259, 0x00), {0x50, 0x0D, 0x0A}});
+const Bytes kLongest = hex("A0 A1 01 05 64 34") + Bytes(259, 0x00) + hex("50 0D 0A");
 
 class ReceiveOverflow : public ChannelTest {
  protected:
@@ -34,30 +33,25 @@ class ReceiveOverflow : public ChannelTest {
   orbIO channel_;
 };
 
-TEST_F(ReceiveOverflow, ReadsIntoABufferOf2048BytesForTwoSeconds) {
-  line_.deliver(noise(1000));
-  line_.deliver(noise(1000));
-  line_.deliver(noise(48));
-  line_.deliver(kAck);
-  EXPECT_EQ(receive(channel_, 0x8300, 2), kAck);
-  const std::vector<long> sizes = calls_.readSizes();
-  ASSERT_EQ(sizes.size(), 4u);
-  EXPECT_EQ(sizes[0], 1024);
-  EXPECT_EQ(sizes[1], 1024);
-  EXPECT_EQ(sizes[2], 48) << "the space that is left";
-}
-
-TEST_F(ReceiveOverflow, ReadsIntoABufferOf1024BytesForOneSecond) {
-  line_.deliver(noise(1000));
-  line_.deliver(noise(23));
-  line_.deliver(noise(1));
-  line_.deliver(kAck);
-  EXPECT_EQ(receive(channel_, 0x8300, 1), kAck);
-  const std::vector<long> sizes = calls_.readSizes();
-  ASSERT_EQ(sizes.size(), 4u);
-  EXPECT_EQ(sizes[0], 1024);
-  EXPECT_EQ(sizes[1], 24);
-  EXPECT_EQ(sizes[2], 1);
+// A KiB a second; each read asks for the space that is left, and for no more than a KiB.
+TEST_F(ReceiveOverflow, ReadsIntoABufferOfItsTime) {
+  const struct {
+    int timeout;
+    std::vector<unsigned long> lengths;  ///< of what is read before the reply
+    std::vector<long> asked;
+  } rows[] = {{2, {1000, 1000, 48}, {1024, 1024, 48}}, {1, {1000, 23, 1}, {1024, 24, 1}}};
+  for (const auto& [timeout, lengths, asked] : rows) {
+    calls_.forget();
+    for (const unsigned long length : lengths) {
+      line_.deliver(noise(length));
+    }
+    line_.deliver(kAck);
+    EXPECT_EQ(receive(channel_, 0x8300, timeout), kAck);
+    std::vector<long> sizes = calls_.readSizes();
+    ASSERT_EQ(sizes.size(), 4u);
+    sizes.pop_back();
+    EXPECT_EQ(sizes, asked);
+  }
 }
 
 TEST_F(ReceiveOverflow, NeverReadsIntoAFullBuffer) {
@@ -68,16 +62,6 @@ TEST_F(ReceiveOverflow, NeverReadsIntoAFullBuffer) {
   EXPECT_EQ(receive(channel_, 0x8300, 1), kAck);
   EXPECT_THAT(calls_.readSizes(), Each(Ge(1)));
   EXPECT_THAT(calls_.readSizes(), Each(Le(kReadSize)));
-}
-
-TEST_F(ReceiveOverflow, FindsAReplyAfterMoreBytesThanTheBufferHolds) {
-  for (int i = 0; i < 5; ++i) {
-    line_.deliver(noise(1024));
-  }
-  line_.deliver(kAck);
-  EXPECT_EQ(receive(channel_, 0x8300, kTimeout), kAck);
-  EXPECT_TRUE(line_.isOver());
-  EXPECT_EQ(standardError(), "");
 }
 
 TEST_F(ReceiveOverflow, FindsAReplyTornByTheEndOfTheBuffer) {
@@ -100,63 +84,53 @@ TEST_F(ReceiveOverflow, FindsTheLongestReplyTornByTheEndOfTheBuffer) {
 
 TEST_F(ReceiveOverflow, FindsAReplyInEverySmallerBufferToo) {
   for (const int timeout : {-1, 0, 1}) {
-    line_.deliver(join({noise(1024 - 9), kAck}));
+    line_.deliver(noise(1024 - 9) + kAck);
     EXPECT_EQ(receive(channel_, 0x8300, timeout), kAck) << timeout;
   }
   EXPECT_EQ(standardError(), "");
 }
 
-TEST_F(ReceiveOverflow, KeepsAMatchWhoseBytesHaveLeftTheBuffer) {
-  clock_.passSeconds({0, 0, 0, 0, 0, 2});
-  line_.deliver(join({kBadAck, kAck}));
-  line_.deliver(noise(1024));
-  line_.deliver(noise(kCapacity - 1024 - 18));
-  line_.deliver(kRefusal);
-  line_.deliver(noise(1));
-  EXPECT_EQ(receive(channel_, 0x8300, kTimeout), kAck) << "later rounds list the refusal alone";
-  EXPECT_TRUE(line_.isOver());
-  EXPECT_EQ(standardError(), kTimedOut);
+struct OverflowingWait : ChannelTest, testing::WithParamInterface<Wait> {};
+
+TEST_P(OverflowingWait, HasItsOutcome) { expect(GetParam()); }
+
+const Bytes kFalseHeader = hex("A0 A1 FF FF 83 00");
+
+// A name, the clock, what each read finds, the reply, whether it times out (default: no).
+std::vector<Wait> waits() {
+  const Bytes kibi = noise(1024);
+  return {
+      {"AfterMoreThanTheBufferHolds",
+       {0, 0},
+       {kibi, kibi, kibi, noise(700), noise(56), kAck},
+       kAck},
+      // A match whose bytes have left the buffer is kept: later rounds list the refusal alone.
+      {"OfAMatchThatHasLeft",
+       {0, 0, 0, 0, 0, 2},
+       {kBadAck + kAck, kibi, noise(kCapacity - 1024 - 18), kRefusal, noise(1)},
+       kAck,
+       true},
+      {"OfTheNewestMatchThatHasLeft",
+       {0, 0, 0, 0, 2},
+       {kBadAck + kAck + kOtherAck, kibi, noise(kCapacity - 1024 - 27), noise(1)},
+       kOtherAck,
+       true},
+      {"OfAMatchThatReplacesOneThatHasLeft",
+       {0, 0, 0, 0, 0, 2},
+       {kBadAck + kAck, kibi, noise(kCapacity - 1024 - 18), kOtherAck, kRefusal},
+       kOtherAck,
+       true},
+      // The first reply drops out together with the header. The full buffer does not show the
+      // second; the next read does.
+      {"AfterAFalseHeaderThatHasLeft",
+       {0, 0},
+       {kFalseHeader + kAck, kibi, noise(kCapacity - 1024 - 15 - 9) + kOtherAck, noise(1)},
+       kOtherAck},
+      {"AfterAFalseHeaderUpToTheLimit", {0, 1, 2}, {kFalseHeader, kAck}, kNothing, true},
+  };
 }
 
-TEST_F(ReceiveOverflow, KeepsTheNewestOfTheMatchesWhoseBytesHaveLeftTheBuffer) {
-  clock_.passSeconds({0, 0, 0, 0, 2});
-  line_.deliver(join({kBadAck, kAck, kOtherAck}));
-  line_.deliver(noise(1024));
-  line_.deliver(noise(kCapacity - 1024 - 27));
-  line_.deliver(noise(1));
-  EXPECT_EQ(receive(channel_, 0x8300, kTimeout), kOtherAck);
-  EXPECT_TRUE(line_.isOver());
-}
-
-TEST_F(ReceiveOverflow, ReplacesAMatchWhoseBytesHaveLeftTheBuffer) {
-  clock_.passSeconds({0, 0, 0, 0, 0, 2});
-  line_.deliver(join({kBadAck, kAck}));
-  line_.deliver(noise(1024));
-  line_.deliver(noise(kCapacity - 1024 - 18));
-  line_.deliver(kOtherAck);
-  line_.deliver(kRefusal);
-  EXPECT_EQ(receive(channel_, 0x8300, kTimeout), kOtherAck);
-}
-
-TEST_F(ReceiveOverflow, SeesNothingAfterAFalseHeaderUntilThatDropsOut) {
-  const Bytes falseHeader{0xA0, 0xA1, 0xFF, 0xFF, 0x83, 0x00};
-  line_.deliver(join({falseHeader, kAck}));
-  line_.deliver(noise(1024));
-  line_.deliver(join({noise(kCapacity - 1024 - 15 - 9), kOtherAck}));
-  line_.deliver(noise(1));
-  EXPECT_EQ(receive(channel_, 0x8300, kTimeout), kOtherAck)
-      << "the first reply has dropped out together with the header";
-  EXPECT_TRUE(line_.isOver()) << "the full buffer did not show the reply; the next read did";
-  EXPECT_EQ(standardError(), "");
-}
-
-TEST_F(ReceiveOverflow, EndsAtTheLimitAfterAFalseHeader) {
-  clock_.passSeconds({0, 1, 2});
-  line_.deliver({0xA0, 0xA1, 0xFF, 0xFF, 0x83, 0x00});
-  line_.deliver(kAck);
-  EXPECT_EQ(receive(channel_, 0x8300, kTimeout), kNothing);
-  EXPECT_EQ(standardError(), kTimedOut);
-}
+INSTANTIATE_TEST_SUITE_P(ReceiveOverflow, OverflowingWait, testing::ValuesIn(waits()), nameOf);
 
 }  // namespace
 }  // namespace orb::test

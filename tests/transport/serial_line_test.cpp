@@ -5,20 +5,18 @@
 #include <gtest/gtest.h>
 #include <pthread.h>
 #include <signal.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <atomic>
 #include <chrono>
-#include <filesystem>
-#include <fstream>
 #include <string>
 #include <thread>
 
 #include "channel_values.h"
 #include "orb-sim/path_map.h"
 #include "support/captured_output.h"
+#include "support/files.h"
 #include "support/pty.h"
 #include "support/temporary_folder.h"
 #include "support/wall_clock.h"
@@ -28,15 +26,14 @@ namespace {
 
 using namespace std::chrono_literals;
 
-namespace fs = std::filesystem;
-
 class SerialLine : public ::testing::Test {
  protected:
   SerialLine() { mapDefaultDevice(pty_.path()); }
-  ~SerialLine() override { orb::sim::clearPathMap(); }
+  ~SerialLine() override { sim::clearPathMap(); }
 
-  void mapDefaultDevice(const std::string& path) { orb::sim::mapPath("/dev/tty_gps", path); }
+  void mapDefaultDevice(const std::string& path) { sim::mapPath("/dev/tty_gps", path); }
   std::string standardError() const { return standardError_.text(); }
+  std::string takeStandardError() { return standardError_.take(); }
 
   Pty pty_;
   WallClock clock_;
@@ -50,39 +47,30 @@ TEST_F(SerialLine, CarriesAnExchange) {
   ORBMessage query(0x6502, 2, nullptr);
   EXPECT_EQ(channel.SendMessage(&query), 0);
   EXPECT_EQ(pty_.takeWritten(9), (Bytes{0xA0, 0xA1, 0x00, 0x02, 0x65, 0x02, 0x67, 0x0D, 0x0A}));
-  pty_.feed(join({kAck, kPulseWidth}));
+  pty_.feed(kAck + kPulseWidth);
   EXPECT_EQ(receive(channel, 0x6580), kPulseWidth);
   EXPECT_EQ(standardError(), "");
 }
 
-TEST_F(SerialLine, IsNotOpenedWhereItIsMissing) {
+TEST_F(SerialLine, IsNotOpenedWhereItIsMissingNorSetUpWhereItIsAFileOrAFifo) {
   const TemporaryFolder folder;
-  mapDefaultDevice(folder / "tty_gps");
-  const orbIO channel;
-  EXPECT_FALSE(channel.isOpen());
-  EXPECT_EQ(standardError(), kCouldNotOpen);
+  mapDefaultDevice(folder / "missing");
+  EXPECT_FALSE(orbIO().isOpen());
+  EXPECT_EQ(takeStandardError(), kCouldNotOpen);
+
+  fill(folder / "file", "content");
+  mapDefaultDevice(folder / "file");
+  EXPECT_FALSE(orbIO().isOpen());
+  EXPECT_EQ(takeStandardError(), "Can't get gps_tty settings\n");
+  EXPECT_EQ(contentOf(folder / "file"), "content");
+
+  ASSERT_EQ(mkfifo((folder / "fifo").c_str(), 0600), 0);
+  mapDefaultDevice(folder / "fifo");
+  EXPECT_FALSE(orbIO().isOpen());
+  EXPECT_EQ(takeStandardError(), "Can't get gps_tty settings\n");
 }
 
-TEST_F(SerialLine, IsNotSetUpWhereItIsAFile) {
-  const TemporaryFolder folder;
-  std::ofstream(folder / "tty_gps") << "content";
-  mapDefaultDevice(folder / "tty_gps");
-  const orbIO channel;
-  EXPECT_FALSE(channel.isOpen());
-  EXPECT_EQ(standardError(), "Can't get gps_tty settings\n");
-  EXPECT_EQ(fs::file_size(folder / "tty_gps"), 7u);
-}
-
-TEST_F(SerialLine, IsNotSetUpWhereItIsAFifo) {
-  const TemporaryFolder folder;
-  ASSERT_EQ(mkfifo((folder / "tty_gps").c_str(), 0600), 0);
-  mapDefaultDevice(folder / "tty_gps");
-  const orbIO channel;
-  EXPECT_FALSE(channel.isOpen());
-  EXPECT_EQ(standardError(), "Can't get gps_tty settings\n");
-}
-
-TEST_F(SerialLine, GivesAReplyThatComesInPieces) {
+TEST_F(SerialLine, CarriesAReplyThatComesInPieces) {
   orbIO channel;
   std::thread farEnd([this] {
     for (const unsigned char byte : kPulseWidth) {
@@ -119,45 +107,13 @@ TEST_F(SerialLine, IsWaitedForThroughSignals) {
   sigaction(SIGUSR1, &previous, nullptr);
 }
 
-std::chrono::microseconds processorTime() {
-  rusage usage{};
-  getrusage(RUSAGE_THREAD, &usage);
-  const auto toTime = [](const timeval& value) {
-    return std::chrono::seconds(value.tv_sec) + std::chrono::microseconds(value.tv_usec);
-  };
-  return toTime(usage.ru_utime) + toTime(usage.ru_stime);
-}
-
-TEST_F(SerialLine, IsWaitedForWithLittleProcessorTime) {
-  static constexpr auto kSilence = 400ms;
-  orbIO channel;
-  std::thread farEnd([this] {
-    std::this_thread::sleep_for(kSilence);
-    pty_.send(kAck);
-  });
-  const std::chrono::microseconds before = processorTime();
-  EXPECT_EQ(receive(channel, 0x8300), kAck);
-  const std::chrono::microseconds used = processorTime() - before;
-  farEnd.join();
-  EXPECT_LT(used, kSilence / 4) << "a wait that spins takes all of it";
-}
-
-long openTtys(const std::string& path) {
-  long count = 0;
-  for (const fs::directory_entry& entry : fs::directory_iterator("/proc/self/fd")) {
-    std::error_code gone;  // the descriptor of the iterator itself
-    count += fs::read_symlink(entry, gone) == path ? 1 : 0;
-  }
-  return count;
-}
-
 TEST_F(SerialLine, IsClosedWithTheChannel) {
-  const long before = openTtys(pty_.path());
+  const int before = descriptorsOf(pty_.path());
   {
     const orbIO channel;
-    EXPECT_EQ(openTtys(pty_.path()), before + 1);
+    EXPECT_EQ(descriptorsOf(pty_.path()), before + 1);
   }
-  EXPECT_EQ(openTtys(pty_.path()), before);
+  EXPECT_EQ(descriptorsOf(pty_.path()), before);
 }
 
 }  // namespace

@@ -62,10 +62,6 @@ class FrameReader {
   const Counts& counts() const { return counts_; }
 
  private:
-  enum class Verdict { Good, Incomplete, NoStart, BadLength, BadChecksum, BadEnd };
-
-  Verdict judge(std::size_t position) const;
-  void count(Verdict verdict);
   std::vector<Frame> scan(std::size_t position);
 
   Bytes pending_;  ///< Empty, or begins with the start of an incomplete frame.

@@ -6,11 +6,9 @@
 #include <filesystem>
 #include <memory>
 #include <string>
-#include <vector>
 
 #include "orb-sim/bytes.h"
 #include "orb-sim/device.h"
-#include "orb-sim/frame.h"
 
 namespace orb::sim {
 
@@ -30,26 +28,13 @@ namespace orb::sim {
 /// clients have written and the device has not yet seen is lost. Clients that do not read for a
 /// quarter of a second lose what they have not read.
 ///
-/// What the line writes whole (an answer, one send(), one chatter) is not mixed with anything else;
-/// pieces that a device sends one after the other are, where the line has more to say meanwhile.
+/// What the line writes whole (an answer, one send()) is not mixed with anything else; pieces that
+/// a device sends one after the other are, where the line has more to say meanwhile.
 class PtyLine {
  public:
   using Clock = std::chrono::steady_clock;
 
-  /// A whole packet that the client has written. When waitForMessage() and its like report it, the
-  /// device has already seen it.
-  struct Received {
-    Frame frame;
-    Clock::time_point at;  ///< when its last byte reached the line
-  };
-
   static constexpr std::chrono::milliseconds kLimit{5000};
-  static constexpr std::chrono::milliseconds kChatterInterval{100};
-
-  /// What received() and receivedPackets() hold at most, so that a line may serve for ever: the
-  /// oldest goes.
-  static constexpr std::size_t kMostReceivedBytes = std::size_t{1} << 20;
-  static constexpr std::size_t kMostReceivedPackets = std::size_t{1} << 16;
 
   /// Plugs in `device`, which must outlive the line. With `link`, a symbolic link of that name
   /// points to the tty for the life of the line; a symbolic link that is already there is replaced.
@@ -62,29 +47,19 @@ class PtyLine {
   /// The tty for clients to open: a new one after each hang-up.
   std::string path() const;
 
-  /// All bytes and all packets that clients have written since the start or the last
-  /// forgetReceived().
+  /// All bytes that clients have written since the start or the last forgetReceived(). So that a
+  /// line may serve for ever, the oldest go: it keeps 2^20 bytes, and 2^16 packets to wait for.
   Bytes received() const;
-  std::vector<Received> receivedPackets() const;
   void forgetReceived();
 
-  /// Wait until clients have written so many bytes, `count` copies of a packet, or `count` packets
-  /// of a message, and the device has seen them. False when that took longer than `limit`.
+  /// Wait until clients have written so many bytes, or `count` packets of a message, and the device
+  /// has seen them. False when that took longer than `limit`.
   [[nodiscard]] bool waitForBytes(std::size_t count, std::chrono::milliseconds limit = kLimit);
-  [[nodiscard]] bool waitForPacket(const Bytes& packet, std::size_t count = 1,
-                                   std::chrono::milliseconds limit = kLimit);
   [[nodiscard]] bool waitForMessage(std::uint16_t id, std::size_t count = 1,
                                     std::chrono::milliseconds limit = kLimit);
 
   /// Sends these bytes to the client, as if the device had said them.
   void send(const Bytes& bytes);
-
-  /// Sends harmless text that is part of no packet, at once and then once an interval.
-  void startChatter(std::chrono::milliseconds interval = kChatterInterval);
-  void stopChatter();
-
-  /// The bytes of one chatter.
-  static const Bytes& chatter();
 
  private:
   struct Implementation;

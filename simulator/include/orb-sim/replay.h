@@ -43,8 +43,9 @@ class ReplayDevice : public Device {
   std::size_t refused() const;
 
  private:
+  /// Bytes, and their delay after the packet that they answer or, in due_, their time.
   struct Piece {
-    std::chrono::milliseconds delay{0};
+    std::chrono::milliseconds at{0};
     Bytes bytes;
   };
   using Answer = std::vector<Piece>;
@@ -65,7 +66,7 @@ class ReplayDevice : public Device {
   FrameReader reader_;
   std::chrono::milliseconds now_{0};
   std::chrono::milliseconds answerEnd_{0};  ///< what is due before this belongs to an answer
-  std::deque<Piece> due_;                   ///< with times instead of delays, in their order
+  std::deque<Piece> due_;                   ///< in the order of their times
   std::size_t refused_ = 0;
 };
 

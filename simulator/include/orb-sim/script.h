@@ -56,7 +56,6 @@ class Script : public Device {
     std::size_t first = 1;  ///< occurrences that the rule applies to, counted from 1
     std::size_t last = static_cast<std::size_t>(-1);
     std::function<Bytes(const Frame&)> answer;  ///< null: what the device says
-    std::function<Bytes(Bytes)> alteration;     ///< null: none
     Milliseconds delay{0};
     std::size_t pieceLength = 0;  ///< 0: whole
     Milliseconds gap{0};
@@ -67,7 +66,7 @@ class Script : public Device {
   Definition* ruleFor(const Frame& packet);
   Bytes perform(const Definition& rule, const Frame& packet);
   Bytes passOn(const Frame& packet);
-  void schedule(const Definition& rule, const Bytes& answer);
+  void schedule(const Definition& rule, Bytes answer);
   Bytes takeDue();
 
   mutable std::mutex mutex_;
@@ -79,7 +78,7 @@ class Script : public Device {
 };
 
 /// One rule in the making. Without answer(), nothing() or refusal(), the device sees the
-/// packet, and its answer is what the rule delays, cuts or alters; with one of them, it never sees
+/// packet, and its answer is what the rule delays or cuts; with one of them, it never sees
 /// the packet. Functions that a rule is given must not call the script.
 class Script::Rule {
  public:
@@ -100,8 +99,6 @@ class Script::Rule {
   Rule& nothing();
   /// Answers with the negative acknowledgement.
   Rule& refusal();
-  /// Passes the answer through `alteration`.
-  Rule& altered(std::function<Bytes(Bytes)> alteration);
 
   /// Sends the answer that much later.
   Rule& after(std::chrono::milliseconds delay);

@@ -5,6 +5,7 @@
 
 namespace orb::sim {
 
+/// The first four in the order of their bits in Settings::constellations.
 enum class Constellation : std::uint8_t { Gps, Glonass, Galileo, Beidou, Qzss, Sbas };
 
 /// A satellite above the horizon, as the antenna sees it.

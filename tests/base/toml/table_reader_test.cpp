@@ -6,6 +6,7 @@
 #include <chrono>
 #include <functional>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "base/toml/text_file.h"
@@ -96,12 +97,6 @@ TEST(TableReader, LeavesWhatIsNotThereOrWrong) {
   }
 }
 
-struct BadValue {
-  const char* text;
-  Read read;
-  const char* problem;
-};
-
 TEST(TableReader, NamesLineKeyAndWhatIsAccepted) {
   static std::string text;
   static double number = 0;
@@ -117,36 +112,28 @@ TEST(TableReader, NamesLineKeyAndWhatIsAccepted) {
   const Read readWords = [](TableReader& table) { table.words("a", words, kColours); };
   const Read readTable = [](TableReader& table) { table.table("a", [](TableReader&) {}); };
   const Read readTables = [](TableReader& table) { table.eachTable("a", [](TableReader&) {}); };
-  for (const BadValue& bad : {
-           BadValue{"a = 1.5", readText, "f:1: a: is a fraction; it has to be a text in quotes"},
-           BadValue{"a = 'four'", readText,
-                    "f:1: a: has 4 bytes; it has to be a text of at most 3"},
-           BadValue{"a = []", readNumber, "f:1: a: is an array; it has to be a number"},
-           BadValue{"a = nan", readNumber, "f:1: a: is nan; it has to be from -0.5 to 1e+07"},
-           BadValue{"\na = -0.6", readNumber, "f:2: a: is -0.6; it has to be from -0.5 to 1e+07"},
-           BadValue{"a = 1979-05-27", readInteger,
-                    "f:1: a: is a date or a time; it has to be an integer"},
-           BadValue{"a = 0", readInteger,
-                    "f:1: a: is 0; it has to be from 1 to 9223372036854775807"},
-           BadValue{"a = 'soon'", readDuration,
-                    "f:1: a: is \"soon\"; it has to be a number and its unit (ns, us, ms, s, min "
-                    "or h), such as \"250ms\""},
-           BadValue{"a = '121s'", readDuration,
-                    "f:1: a: is \"121s\"; it has to be from 1s to 2min"},
-           BadValue{"a = '1.5s'", readDuration,
-                    "f:1: a: is \"1.5s\"; it has to be a multiple of 1s"},
-           BadValue{"a = 'pink'", readWord,
-                    "f:1: a: is \"pink\"; it has to be \"red\", \"green\" or \"blue\""},
-           BadValue{"a = 'red'", readWords, "f:1: a: is a text; it has to be an array of texts"},
-           BadValue{"a = ['red',\n7]", readWords,
-                    "f:2: a: is an integer; it has to be a text in quotes"},
-           BadValue{"a = true", readTable, "f:1: a: is true or false; it has to be a table [a]"},
-           BadValue{"[a]", readTables, "f:1: a: is a table; it has to be tables [[a]]"},
-           BadValue{"a = [\n 1 ]", readTables,
-                    "f:2: a: is an integer; it has to be one of the tables [[a]]"},
-           BadValue{"\n[a]\nb = 1", readTable, "f:3: a.b: unknown key; it has to be "},
-       }) {
-    EXPECT_THAT(problemsOf(bad.text, bad.read), ElementsAre(bad.problem)) << bad.text;
+  const std::tuple<const char*, Read, const char*> rows[] = {
+      {"a = 1.5", readText, "f:1: a: is a fraction; it has to be a text in quotes"},
+      {"a = 'four'", readText, "f:1: a: has 4 bytes; it has to be a text of at most 3"},
+      {"a = []", readNumber, "f:1: a: is an array; it has to be a number"},
+      {"a = nan", readNumber, "f:1: a: is nan; it has to be from -0.5 to 1e+07"},
+      {"\na = -0.6", readNumber, "f:2: a: is -0.6; it has to be from -0.5 to 1e+07"},
+      {"a = 1979-05-27", readInteger, "f:1: a: is a date or a time; it has to be an integer"},
+      {"a = 0", readInteger, "f:1: a: is 0; it has to be from 1 to 9223372036854775807"},
+      {"a = 'soon'", readDuration,
+       "f:1: a: is \"soon\"; it has to be a number and its unit (ns, us, ms, s, min or h), such as "
+       "\"250ms\""},
+      {"a = '121s'", readDuration, "f:1: a: is \"121s\"; it has to be from 1s to 2min"},
+      {"a = '1.5s'", readDuration, "f:1: a: is \"1.5s\"; it has to be a multiple of 1s"},
+      {"a = 'pink'", readWord, "f:1: a: is \"pink\"; it has to be \"red\", \"green\" or \"blue\""},
+      {"a = 'red'", readWords, "f:1: a: is a text; it has to be an array of texts"},
+      {"a = ['red',\n7]", readWords, "f:2: a: is an integer; it has to be a text in quotes"},
+      {"a = true", readTable, "f:1: a: is true or false; it has to be a table [a]"},
+      {"[a]", readTables, "f:1: a: is a table; it has to be tables [[a]]"},
+      {"a = [\n 1 ]", readTables, "f:2: a: is an integer; it has to be one of the tables [[a]]"},
+      {"\n[a]\nb = 1", readTable, "f:3: a.b: unknown key; it has to be "}};
+  for (const auto& [toml, read, problem] : rows) {
+    EXPECT_THAT(problemsOf(toml, read), ElementsAre(problem)) << toml;
   }
 }
 

@@ -50,6 +50,9 @@ class Input {
   std::size_t size_;
 };
 
+/// What a target does with an input. Each defines it.
+void tryInput(Input input);
+
 /// The bytes in pieces. Each control byte gives the length of one piece; the last piece is the
 /// rest.
 inline std::vector<Bytes> inPieces(const Bytes& bytes, const Bytes& controls) {

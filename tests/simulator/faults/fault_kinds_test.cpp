@@ -1,11 +1,13 @@
 #include <gtest/gtest.h>
 
+#include <bit>
 #include <string>
 
+#include "device/echo_device.h"
 #include "orb-sim/faults.h"
 #include "orb-sim/frame.h"
 #include "orb-sim/receiver.h"
-#include "support/hex_text.h"
+#include "timeline.h"
 
 namespace orb::test {
 namespace {
@@ -98,6 +100,7 @@ TEST_F(FaultKindOf, EachFrameFaultSpoilsTheFramesThatItIsMeantFor) {
       {kRateQuery,
        {FaultKind::Doubled, FaultTarget::Both},
        kAcknowledgement + kAcknowledgement + kReply + kReply},
+      {kRateQuery, length(FaultKind::Pieces, 4), kAcknowledgement + kReply},  // without a delay
       {kRateQuery, length(FaultKind::NoiseBefore, 5), kAcknowledgement + noise + kReply},
       {kRateQuery, length(FaultKind::NoiseInside, 5),
        kAcknowledgement + hex("A0 A1 00 02") + noise + hex("86 01 87 0D 0A")},
@@ -112,62 +115,49 @@ TEST_F(FaultKindOf, EachFrameFaultSpoilsTheFramesThatItIsMeantFor) {
   }
 }
 
-TEST_F(FaultKindOf, NoReplyLeavesOutTheAcknowledgementThatASettingIsAnsweredWith) {
+TEST_F(FaultKindOf, NoReplyLetsASettingTakeEffectAndRefusalDoesNot) {
+  EXPECT_EQ(answerTo(kSetRate, {FaultKind::Refusal}), hex("A0 A1 00 02 84 0E 8A 0D 0A"));
+  EXPECT_EQ(receiver_.state().updateRate, 1);
   EXPECT_EQ(answerTo(kSetRate, {FaultKind::NoReply}), Bytes{});
   EXPECT_EQ(receiver_.state().updateRate, 20);
 }
 
-TEST_F(FaultKindOf, LateReplyDelaysTheReplyAlone) {
+TEST_F(FaultKindOf, EachDelayHoldsUpTheFramesThatItIsMeantForAndWhatIsTiedToThem) {
+  const auto late = [](FaultTarget target) {
+    return sim::FaultRule{.kind = FaultKind::LateReply, .target = target, .delay = 300ms};
+  };
+  const auto pieces = [](FaultTarget target, std::size_t length) {
+    return sim::FaultRule{
+        .kind = FaultKind::Pieces, .target = target, .delay = 10ms, .length = length};
+  };
+  const struct {
+    sim::FaultRule rule;
+    Timeline answer;
+  } kRows[] = {
+      {late(FaultTarget::Reply), {{0, kAcknowledgement}, {300, kReply}}},
+      {late(kAcknowledgementOnly), {{0, kReply}, {300, kAcknowledgement}}},
+      {pieces(FaultTarget::Reply, 4),
+       {{0, kAcknowledgement + hex("A0 A1 00 02")}, {10, hex("86 01 87 0D")}, {20, hex("0A")}}},
+      {pieces(kAcknowledgementOnly, 8),
+       {{0, hex("A0 A1 00 02 83 10 93 0D")}, {10, hex("0A") + kReply}}},
+  };
+  for (const auto& [rule, answer] : kRows) {
+    sim::FaultyDevice device(receiver_, {rule}, kSeed);
+    EXPECT_EQ(timelineOf(device, kRateQuery, 1000), answer);
+  }
+}
+
+TEST_F(FaultKindOf, LateReplyIsAwaited) {
   sim::FaultyDevice device(receiver_, {{.kind = FaultKind::LateReply, .delay = 300ms}}, kSeed);
-  EXPECT_EQ(device.receive(kRateQuery), kAcknowledgement);
+  device.receive(kRateQuery);
   EXPECT_EQ(device.untilNextOutput(), 300ms);
-  EXPECT_EQ(device.tick(299ms), Bytes{});
+  device.tick(299ms);
   EXPECT_EQ(device.untilNextOutput(), 1ms);
-  EXPECT_EQ(device.tick(1ms), kReply);
-  EXPECT_EQ(device.tick(10s), Bytes{});
-}
-
-TEST_F(FaultKindOf, LateReplyLetsTheReplyOvertakeALateAcknowledgement) {
-  sim::FaultyDevice device(
-      receiver_,
-      {{.kind = FaultKind::LateReply, .target = FaultTarget::Acknowledgement, .delay = 300ms}},
-      kSeed);
-  EXPECT_EQ(device.receive(kRateQuery), kReply);
-  EXPECT_EQ(device.tick(300ms), kAcknowledgement);
-}
-
-TEST_F(FaultKindOf, RefusalLeavesASettingAsItWas) {
-  EXPECT_EQ(answerTo(kSetRate, {FaultKind::Refusal}), hex("A0 A1 00 02 84 0E 8A 0D 0A"));
-  EXPECT_EQ(receiver_.state().updateRate, 1);
-}
-
-TEST_F(FaultKindOf, PiecesComeApart) {
-  sim::FaultyDevice device(receiver_, {{.kind = FaultKind::Pieces, .delay = 10ms, .length = 4}},
-                           kSeed);
-  EXPECT_EQ(device.receive(kRateQuery), kAcknowledgement + hex("A0 A1 00 02"));
-  EXPECT_EQ(device.tick(9ms), Bytes{});
-  EXPECT_EQ(device.tick(1ms), hex("86 01 87 0D"));
-  EXPECT_EQ(device.tick(9ms), Bytes{});
-  EXPECT_EQ(device.tick(1ms), hex("0A"));
-  EXPECT_EQ(device.tick(10s), Bytes{});
-}
-
-TEST_F(FaultKindOf, PiecesHoldUpTheRestOfTheAnswer) {
-  sim::FaultyDevice device(receiver_,
-                           {{.kind = FaultKind::Pieces,
-                             .target = FaultTarget::Acknowledgement,
-                             .delay = 10ms,
-                             .length = 8}},
-                           kSeed);
-  EXPECT_EQ(device.receive(kRateQuery), hex("A0 A1 00 02 83 10 93 0D"));
-  EXPECT_EQ(device.tick(10ms), hex("0A") + kReply);
 }
 
 TEST_F(FaultKindOf, WrongValueKeepsAnotherValueThanTheOneAcknowledged) {
   EXPECT_EQ(answerTo(kSetRate, {FaultKind::WrongValue}), kSetRateAcknowledgement);
-  const unsigned int turned = receiver_.state().updateRate ^ 20U;
-  EXPECT_NE(turned, 0U);
-  EXPECT_EQ(turned & (turned - 1), 0U) << "more than one bit: " << turned;
+  EXPECT_EQ(std::popcount(receiver_.state().updateRate ^ 20U), 1) << "one bit is turned";
 }
 
 TEST_F(FaultKindOf, WrongValueLeavesTheAttributeByteAlone) {
@@ -247,33 +237,30 @@ TEST_F(FaultKindOf, SlowRestartAnswersAndIsGoneForAWhile) {
   EXPECT_NE(device.tick(2s), Bytes{}) << "it speaks of its own accord again";
 }
 
+const Bytes kRestart = sim::frame(0x643F, {1});
+const sim::FaultRule kSlowRestart{
+    .kind = FaultKind::SlowRestart, .message = 0x643F, .delay = 1000ms};
+
 TEST_F(FaultKindOf, SlowRestartDoesNotBeginAnewForAMessageThatIsNotHeard) {
-  sim::FaultyDevice device(
-      receiver_, {{.kind = FaultKind::SlowRestart, .message = 0x643F, .delay = 1000ms}}, kSeed);
-  device.receive(sim::frame(0x643F, {1}));
+  sim::FaultyDevice device(receiver_, {kSlowRestart}, kSeed);
+  device.receive(kRestart);
   device.tick(900ms);
-  EXPECT_EQ(device.receive(sim::frame(0x643F, {1})), Bytes{});
+  EXPECT_EQ(device.receive(kRestart), Bytes{});
   device.tick(100ms);
   EXPECT_EQ(device.receive(kRateQuery), kAcknowledgement + kReply);
 }
 
 TEST_F(FaultKindOf, SlowRestartComesAlsoWhereItsAnswerIsLost) {
-  sim::FaultRule restart{.kind = FaultKind::SlowRestart, .message = 0x643F, .delay = 1000ms};
-  sim::FaultRule lost{.kind = FaultKind::NoReply, .message = 0x643F};
-  sim::FaultyDevice device(receiver_, {lost, restart}, kSeed);
-  EXPECT_EQ(device.receive(sim::frame(0x643F, {1})), Bytes{});
+  const sim::FaultRule lost{.kind = FaultKind::NoReply, .message = 0x643F};
+  sim::FaultyDevice device(receiver_, {lost, kSlowRestart}, kSeed);
+  EXPECT_EQ(device.receive(kRestart), Bytes{});
   EXPECT_EQ(device.receive(kRateQuery), Bytes{});
   device.tick(1000ms);
   EXPECT_EQ(device.receive(kRateQuery), kAcknowledgement + kReply);
 }
 
 TEST_F(FaultKindOf, NoneLetsEveryPacketThroughAsItCame) {
-  class Echo : public sim::Device {
-   public:
-    Bytes receive(const Bytes& bytes) override { return bytes; }
-    Bytes tick(std::chrono::milliseconds) override { return {}; }
-  };
-  Echo echo;
+  EchoDevice echo;
   sim::FaultyDevice device(echo, {}, kSeed);
   const Bytes withoutItsSubId = hex("A0 A1 00 01 64 64 0D 0A");
   EXPECT_EQ(device.receive(withoutItsSubId + kSetRate), withoutItsSubId + kSetRate);

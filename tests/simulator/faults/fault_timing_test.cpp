@@ -4,6 +4,7 @@
 #include <random>
 #include <vector>
 
+#include "device/echo_device.h"
 #include "orb-sim/faults.h"
 #include "orb-sim/frame.h"
 #include "orb-sim/line_conditions.h"
@@ -106,20 +107,12 @@ TEST_P(CutAndTicked, AnywhereALineSaysTheSame) {
   }
 }
 
-sim::LineConditions conditions(milliseconds latency, milliseconds spread, unsigned int baud,
-                               milliseconds chatter) {
-  sim::LineConditions conditions;
-  conditions.latency = latency;
-  conditions.spread = spread;
-  conditions.baud = baud;
-  conditions.chatterInterval = chatter;
-  return conditions;
-}
-
-INSTANTIATE_TEST_SUITE_P(Conditions, CutAndTicked,
-                         testing::Values(sim::LineConditions{}, conditions(30ms, 40ms, 0, 0ms),
-                                         conditions(0ms, 0ms, 38400, 0ms),
-                                         conditions(5ms, 9ms, 115200, 13ms)));
+INSTANTIATE_TEST_SUITE_P(
+    Conditions, CutAndTicked,
+    testing::Values(sim::LineConditions{}, sim::LineConditions{.latency = 30ms, .spread = 40ms},
+                    sim::LineConditions{.baud = 38400},
+                    sim::LineConditions{
+                        .latency = 5ms, .spread = 9ms, .baud = 115200, .chatterInterval = 13ms}));
 
 class OutputOfTheReceiversOwn : public testing::Test {
  protected:
@@ -131,18 +124,14 @@ class OutputOfTheReceiversOwn : public testing::Test {
   sim::Receiver receiver_;
 };
 
-TEST_F(OutputOfTheReceiversOwn, PassesUnchanged) {
+TEST_F(OutputOfTheReceiversOwn, PassesUnchangedAndIsAwaited) {
   sim::Receiver other(receiver_.state());
   other.talkFromTheStart();
   sim::FaultyDevice device(receiver_, mixedRules(), 1);
+  EXPECT_EQ(device.untilNextOutput(), receiver_.untilNextOutput());
   for (int i = 0; i < 50; ++i) {
     EXPECT_EQ(device.tick(100ms), other.tick(100ms));
   }
-}
-
-TEST_F(OutputOfTheReceiversOwn, IsAwaited) {
-  sim::FaultyDevice device(receiver_, {}, 1);
-  EXPECT_EQ(device.untilNextOutput(), receiver_.untilNextOutput());
 }
 
 TEST_F(OutputOfTheReceiversOwn, WaitsUntilTheLastPieceOfAnAnswerIsOut) {
@@ -166,14 +155,10 @@ TEST(FaultyDevice, GivesUpAFrameThatStaysIncompleteAsTheReceiverDoes) {
 }
 
 TEST(FaultyDevice, HandsOnAHangUpOfItsDevice) {
-  class Unplugged : public sim::Device {
-   public:
-    Bytes receive(const Bytes&) override { return {}; }
-    Bytes tick(milliseconds) override { return {}; }
-    bool takeHangUp() override { return true; }
-  };
-  Unplugged unplugged;
+  EchoDevice unplugged;
   sim::FaultyDevice device(unplugged, {}, 1);
+  EXPECT_FALSE(device.takeHangUp());
+  unplugged.drop();
   EXPECT_TRUE(device.takeHangUp());
 }
 

@@ -2,14 +2,12 @@
 
 #include <gtest/gtest.h>
 
-#include <string>
 #include <utility>
-#include <vector>
 
 #include "orb-sim/faults.h"
-#include "orb-sim/frame.h"
 #include "orb-sim/receiver.h"
-#include "support/hex_text.h"
+#include "rate_query.h"
+#include "timeline.h"
 
 namespace orb::test {
 namespace {
@@ -18,8 +16,6 @@ using namespace std::chrono_literals;
 using sim::FaultKind;
 using std::chrono::milliseconds;
 
-const Bytes kRateQuery = sim::frame(0x1000);                                   // 8 bytes
-const Bytes kRateAnswer = sim::acknowledge(0x1000) + sim::frame(0x8600, {1});  // 18 bytes
 const Bytes kPowerModeQuery = sim::frame(0x1500);
 const Bytes kPowerModeAnswer = sim::acknowledge(0x1500) + sim::frame(0xB900, {0});
 
@@ -40,17 +36,6 @@ class Recorder : public sim::Device {
   bool hangUp = false;
 };
 
-/// What comes out of a line, by the millisecond in which it does.
-std::vector<std::pair<int, Bytes>> outputByTime(sim::Device& line, int count) {
-  std::vector<std::pair<int, Bytes>> output;
-  for (int ms = 1; ms <= count; ++ms) {
-    if (Bytes bytes = line.tick(1ms); !bytes.empty()) {
-      output.emplace_back(ms, std::move(bytes));
-    }
-  }
-  return output;
-}
-
 class LineShaperBefore : public testing::Test {
  protected:
   LineShaperBefore() {
@@ -69,24 +54,13 @@ TEST_F(LineShaperBefore, AReceiverChangesNothingUnlessToldTo) {
   EXPECT_EQ(line.untilNextOutput(), receiver_.untilNextOutput());
 }
 
-TEST_F(LineShaperBefore, AReceiverDelaysAnAnswerByTheLatency) {
+TEST_F(LineShaperBefore, AReceiverDelaysEachAnswerByTheLatencyFromItsOwnMessage) {
   conditions_.latency = 30ms;
   sim::LineShaper line(receiver_, conditions_, 1);
-  EXPECT_EQ(line.receive(kRateQuery), Bytes{});
-  EXPECT_EQ(line.untilNextOutput(), 30ms);
-  EXPECT_EQ(line.tick(29ms), Bytes{});
-  EXPECT_EQ(line.tick(1ms), kRateAnswer);
-}
-
-TEST_F(LineShaperBefore, AReceiverDelaysEachAnswerFromItsOwnMessage) {
-  conditions_.latency = 30ms;
-  sim::LineShaper line(receiver_, conditions_, 1);
-  line.receive(kRateQuery);
-  line.tick(20ms);
-  line.receive(kPowerModeQuery);
-  EXPECT_EQ(line.tick(10ms), kRateAnswer);
-  EXPECT_EQ(line.tick(19ms), Bytes{});
-  EXPECT_EQ(line.tick(1ms), kPowerModeAnswer);
+  EXPECT_EQ(timelineOf(line, kRateQuery, 20), Timeline{});
+  EXPECT_EQ(line.untilNextOutput(), 10ms);
+  EXPECT_EQ(timelineOf(line, kPowerModeQuery, 100),
+            (Timeline{{10, kRateAnswer}, {30, kPowerModeAnswer}}));
 }
 
 // Seed 6 draws 9, 7, 14 and 4 ms for the first four messages. The second does not overtake.
@@ -94,14 +68,9 @@ TEST_F(LineShaperBefore, AReceiverDrawsASpreadForEachMessage) {
   conditions_.latency = 100ms;
   conditions_.spread = 20ms;
   sim::LineShaper line(receiver_, conditions_, 6);
-  EXPECT_EQ(line.receive(kRateQuery + kPowerModeQuery + kRateQuery), Bytes{});
-  EXPECT_EQ(line.tick(108ms), Bytes{});
-  EXPECT_EQ(line.tick(1ms), kRateAnswer + kPowerModeAnswer);
-  EXPECT_EQ(line.tick(4ms), Bytes{});
-  EXPECT_EQ(line.tick(1ms), kRateAnswer);
-  line.receive(kPowerModeQuery);
-  EXPECT_EQ(line.tick(103ms), Bytes{});
-  EXPECT_EQ(line.tick(1ms), kPowerModeAnswer);
+  EXPECT_EQ(timelineOf(line, kRateQuery + kPowerModeQuery + kRateQuery, 114),
+            (Timeline{{109, kRateAnswer + kPowerModeAnswer}, {114, kRateAnswer}}));
+  EXPECT_EQ(timelineOf(line, kPowerModeQuery, 200), (Timeline{{104, kPowerModeAnswer}}));
 }
 
 TEST_F(LineShaperBefore, ATalkerDoesNotDelayWhatIsSaidUnasked) {
@@ -128,39 +97,12 @@ TEST_F(LineShaperBefore, AListenerPacesWhatTheClientWrites) {
   EXPECT_EQ(recorder_.heard, written);
 }
 
-TEST_F(LineShaperBefore, ATalkerPacesWhatTheDeviceSays) {
-  conditions_.baud = 9600;
-  sim::LineShaper line(recorder_, conditions_, 1);
-  recorder_.output = hex("01 02 03 04");
-  EXPECT_EQ(line.tick(0ms), Bytes{});
-  const std::vector<std::pair<int, Bytes>> expected{
-      {2, hex("01")}, {3, hex("02")}, {4, hex("03")}, {5, hex("04")}};
-  EXPECT_EQ(outputByTime(line, 100), expected);
-}
-
-TEST_F(LineShaperBefore, AnyDeviceIsNeverFasterThanItsRate) {
-  for (const unsigned int baud : {4800U, 38400U, 115200U, 921600U}) {
-    conditions_.baud = baud;
-    Recorder recorder;
-    sim::LineShaper line(recorder, conditions_, 1);
-    recorder.output = Bytes(4000, 0x11);
-    line.tick(0ms);
-    std::size_t said = 0;
-    for (std::size_t ms = 1; said < 4000; ++ms) {
-      said += line.tick(1ms).size();
-      EXPECT_LE(said * 10 * 1000, baud * ms) << "after " << ms << " ms at " << baud << " baud";
-      EXPECT_GE((said + 1) * 10 * 1000, said < 4000 ? baud * ms : 0);
-    }
-  }
-}
-
 TEST_F(LineShaperBefore, AReceiverPacesAnExchangeFromFirstBitToLast) {
   conditions_.baud = 9600;
   conditions_.latency = 50ms;
   sim::LineShaper line(receiver_, conditions_, 1);
-  EXPECT_EQ(line.receive(kRateQuery), Bytes{});
   // 8 bytes take 8.3 ms, and are heard after 9 and 50 more; the answer's 18 bytes take 18.75 ms.
-  const auto output = outputByTime(line, 200);
+  const Timeline output = timelineOf(line, kRateQuery, 200);
   ASSERT_EQ(output.size(), 18U);
   EXPECT_EQ(output.front().first, 9 + 50 + 2);
   EXPECT_EQ(output.back().first, 9 + 50 + 19);
@@ -236,10 +178,8 @@ TEST_F(LineShaperBefore, AFaultyDeviceKeepsThePiecesOfALateAnswerApart) {
   sim::FaultyDevice faulty(receiver_, {{.kind = FaultKind::Pieces, .delay = 5ms, .length = 8}}, 1);
   conditions_.latency = 100ms;
   sim::LineShaper line(faulty, conditions_, 1);
-  line.receive(kRateQuery);
   const Bytes first(kRateAnswer.begin(), kRateAnswer.end() - 1);
-  const std::vector<std::pair<int, Bytes>> expected{{100, first}, {105, hex("0A")}};
-  EXPECT_EQ(outputByTime(line, 200), expected);
+  EXPECT_EQ(timelineOf(line, kRateQuery, 200), (Timeline{{100, first}, {105, hex("0A")}}));
 }
 
 }  // namespace

@@ -3,71 +3,44 @@
 #include <gtest/gtest.h>
 
 #include "registers.h"
+#include "support/hex_text.h"
 
 namespace orb::test {
 namespace {
 
-using sim::Bytes;
-
-class PortExpander : public testing::Test {
- protected:
-  sim::PortExpander expander_;
-};
-
-TEST_F(PortExpander, StartsWithEveryPinAnInputThatIsPulledUp) {
-  EXPECT_EQ(pair(expander_, 0), (Bytes{0xFF, 0xFF}));
-  EXPECT_EQ(pair(expander_, 2), (Bytes{0xFF, 0xFF}));
-  EXPECT_EQ(pair(expander_, 4), (Bytes{0x00, 0x00}));
-  EXPECT_EQ(pair(expander_, 6), (Bytes{0xFF, 0xFF}));
+TEST(PortExpander, HasItsRegistersAfterWritesFromARegisterOn) {
+  const struct {
+    const char* what;
+    std::vector<std::pair<std::uint8_t, const char*>> writes;  // from a register on
+    const char* registers;  // inputs, outputs, polarity, direction; both ports of each
+  } kRows[] = {
+      {"at first, pins are inputs and pulled up", {}, "FF FF FF FF 00 00 FF FF"},
+      {"both ports in a write", {{2, "12 34"}, {6, "56 78"}}, "56 7C 12 34 00 00 56 78"},
+      {"the second port first", {{3, "34 12"}}, "FF FF 12 34 00 00 FF FF"},
+      {"it stays in a pair", {{2, "01 02 03 04 05"}}, "FF FF 05 04 00 00 FF FF"},
+      {"a number's low three bits", {{0xFA, "12"}}, "FF FF 12 FF 00 00 FF FF"},
+      {"outputs show at the inputs", {{2, "AA 00"}, {6, "F0 FE"}}, "FA FE AA 00 00 00 F0 FE"},
+      {"inputs are inverted", {{4, "0F 80"}}, "F0 7F FF FF 0F 80 FF FF"},
+      {"inputs are kept", {{0, "00 00"}}, "FF FF FF FF 00 00 FF FF"},
+  };
+  for (const auto& row : kRows) {
+    sim::PortExpander expander;
+    for (const auto& [first, bytes] : row.writes) {
+      set(expander, first, hex(bytes));
+    }
+    EXPECT_EQ(
+        hexText(pair(expander, 0) + pair(expander, 2) + pair(expander, 4) + pair(expander, 6)),
+        row.registers)
+        << row.what;
+  }
 }
 
-TEST_F(PortExpander, TakesBothPortsInOneWrite) {
-  set(expander_, 2, {0x12, 0x34});
-  set(expander_, 6, {0x56, 0x78});
-  EXPECT_EQ(pair(expander_, 2), (Bytes{0x12, 0x34}));
-  EXPECT_EQ(pair(expander_, 6), (Bytes{0x56, 0x78}));
-}
-
-TEST_F(PortExpander, StartsWithTheSecondPortWhereItsRegisterIsSelected) {
-  set(expander_, 3, {0x34, 0x12});
-  EXPECT_EQ(pair(expander_, 2), (Bytes{0x12, 0x34}));
-}
-
-TEST_F(PortExpander, StaysWithinAPairOfRegisters) {
-  set(expander_, 2, {0x01, 0x02, 0x03, 0x04, 0x05});
-  EXPECT_EQ(pair(expander_, 2), (Bytes{0x05, 0x04}));
-  EXPECT_EQ(pair(expander_, 4), (Bytes{0x00, 0x00}));
-  expander_.select(2);
-  EXPECT_EQ(read(expander_, 5), (Bytes{0x05, 0x04, 0x05, 0x04, 0x05}));
-}
-
-TEST_F(PortExpander, ContinuesAReadWhereTheLastTransferStopped) {
-  set(expander_, 2, {0x12, 0x34, 0x12});
-  EXPECT_EQ(read(expander_, 1), Bytes{0x34});
-  EXPECT_EQ(read(expander_, 1), Bytes{0x12});
-  EXPECT_EQ(read(expander_, 1), Bytes{0x34});
-}
-
-TEST_F(PortExpander, UsesTheLowThreeBitsOfARegisterNumber) {
-  set(expander_, 0xFA, {0x12});
-  EXPECT_EQ(pair(expander_, 2), (Bytes{0x12, 0xFF}));
-}
-
-TEST_F(PortExpander, ShowsAnOutputsLevelAtItsInput) {
-  set(expander_, 2, {0xAA, 0x00});
-  set(expander_, 6, {0xF0, 0xFE});
-  EXPECT_EQ(pair(expander_, 0), (Bytes{0xFA, 0xFE}));
-}
-
-TEST_F(PortExpander, InvertsInputsWhereThePolarityIsSet) {
-  set(expander_, 4, {0x0F, 0x80});
-  EXPECT_EQ(pair(expander_, 0), (Bytes{0xF0, 0x7F}));
-  EXPECT_EQ(pair(expander_, 2), (Bytes{0xFF, 0xFF}));
-}
-
-TEST_F(PortExpander, KeepsItsInputsWhenTheyAreWritten) {
-  set(expander_, 0, {0x00, 0x00});
-  EXPECT_EQ(pair(expander_, 0), (Bytes{0xFF, 0xFF}));
+TEST(PortExpander, ContinuesAReadInItsPairWhereTheLastTransferStopped) {
+  sim::PortExpander expander;
+  set(expander, 2, {0x12, 0x34, 0x12});
+  EXPECT_EQ(read(expander, 1), hex("34"));
+  EXPECT_EQ(read(expander, 2), hex("12 34"));
+  EXPECT_EQ(read(expander, 5), hex("12 34 12 34 12"));
 }
 
 }  // namespace

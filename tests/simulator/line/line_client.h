@@ -5,6 +5,7 @@
 #include <poll.h>
 #include <sys/socket.h>
 
+#include <algorithm>
 #include <chrono>
 #include <stdexcept>
 #include <string>
@@ -13,6 +14,10 @@
 #include "orb-sim/bytes.h"
 
 namespace orb::test {
+
+inline bool holds(const sim::Bytes& all, const sim::Bytes& part) {
+  return std::search(all.begin(), all.end(), part.begin(), part.end()) != all.end();
+}
 
 /// A program at the near end of a line.
 class LineClient {
@@ -44,6 +49,17 @@ class LineClient {
       some = readSome(limit, count - all.size());
       sim::append(all, some);
     } while (!some.empty() && all.size() < count);
+    return all;
+  }
+
+  /// What comes until these bytes have come, or until the line is closed or silent for too long.
+  sim::Bytes readUntil(const sim::Bytes& last) {
+    sim::Bytes all;
+    sim::Bytes some;
+    do {
+      some = readSome();
+      sim::append(all, some);
+    } while (!some.empty() && !holds(all, last));
     return all;
   }
 

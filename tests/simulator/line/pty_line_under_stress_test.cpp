@@ -4,8 +4,8 @@
 
 #include <algorithm>
 #include <atomic>
+#include <numeric>
 #include <optional>
-#include <string>
 #include <thread>
 
 #include "line_client.h"
@@ -67,9 +67,7 @@ TEST(PtyLine, DeliversALongAnswerWholeToASlowReader) {
   sim::PtyLine line(script);
   TtyClient client(line.path());
   sim::Bytes answer(300000);
-  for (std::size_t i = 0; i < answer.size(); ++i) {
-    answer[i] = static_cast<std::uint8_t>(i * 7 + i / 251);
-  }
+  std::iota(answer.begin(), answer.end(), std::uint8_t{0});
   script.on(0x1000).answer(answer);
   client.write(kRateQuery);
   std::this_thread::sleep_for(50ms);
@@ -84,14 +82,10 @@ TEST(PtyLine, LosesWholeOutputsWhileTheTtyIsFull) {
     std::this_thread::sleep_for(1ms);
   }
   line.send({0xFF});
-  std::size_t bytes = 0;
-  for (bool marked = false; !marked;) {
-    const sim::Bytes some = client.readSome();
-    ASSERT_FALSE(some.empty());
-    const auto marker = std::find(some.begin(), some.end(), 0xFF);
-    bytes += static_cast<std::size_t>(marker - some.begin());
-    marked = marker != some.end();
-  }
+  const sim::Bytes heard = client.readUntil({0xFF});
+  ASSERT_TRUE(holds(heard, {0xFF}));
+  const auto bytes =
+      static_cast<std::size_t>(std::find(heard.begin(), heard.end(), 0xFF) - heard.begin());
   EXPECT_EQ(bytes % Flood::kBlock, 0U);
   EXPECT_LT(bytes, 300 * Flood::kBlock);
 }
@@ -142,10 +136,6 @@ TEST(PtyLine, CanBeUsedFromSeveralThreadsAtOnce) {
   std::thread threads[] = {
       whileItRuns([&] { line.send({'x'}); }),
       whileItRuns([&] {
-        line.startChatter(1ms);
-        line.stopChatter();
-      }),
-      whileItRuns([&] {
         script.on(0x7000).nothing();
         script.clear();
       }),
@@ -153,12 +143,12 @@ TEST(PtyLine, CanBeUsedFromSeveralThreadsAtOnce) {
         receiver.change([](sim::State& state) { ++state.navigation.satellites; });
         EXPECT_LE(receiver.state().updateRate, 200);
       }),
-      whileItRuns([&] { EXPECT_LE(line.receivedPackets().size(), 200U); }),
+      whileItRuns([&] { EXPECT_LE(line.received().size(), 200 * 10U); }),
   };
   TtyClient client(line.path());
   for (std::uint8_t rate = 1; rate <= 200; ++rate) {
     client.write(sim::frame(0x0E00, {rate, 0}));
-    EXPECT_TRUE(line.waitForPacket(sim::frame(0x0E00, {rate, 0})));
+    EXPECT_TRUE(line.waitForMessage(0x0E00, rate));
     client.readSome(0ms);
   }
   over = true;

@@ -6,29 +6,29 @@
 namespace orb::test {
 namespace {
 
-const sim::PtyLine::Clock::time_point kNow{};
+using namespace std::chrono_literals;
 
 TEST(ReceivedLog, KeepsTheNewestBytesOfALineThatServesForHours) {
   sim::ReceivedLog log;
-  log.add(hex("01"), kNow);
-  const sim::Bytes most(sim::PtyLine::kMostReceivedBytes - 1, 0x55);
-  log.add(most, kNow);
+  log.add(hex("01"));
+  log.add(sim::Bytes(sim::ReceivedLog::kMostBytes - 1, 0x55));
   EXPECT_EQ(log.bytes().front(), 0x01);
-  log.add(hex("02"), kNow);
-  EXPECT_EQ(log.bytes().size(), sim::PtyLine::kMostReceivedBytes);
+  log.add(hex("02"));
+  EXPECT_EQ(log.bytes().size(), std::size_t{1} << 20);
   EXPECT_EQ(log.bytes().front(), 0x55);
   EXPECT_EQ(log.bytes().back(), 0x02);
 }
 
-TEST(ReceivedLog, KeepsTheNewestPacketsOfALineThatServesForHours) {
+TEST(ReceivedLog, KeepsTheNewestMessagesOfALineThatServesForHours) {
   sim::ReceivedLog log;
-  log.add(sim::frame(0x0200, {1}), kNow);
-  for (std::size_t i = 0; i < sim::PtyLine::kMostReceivedPackets; ++i) {
-    log.add(sim::frame(0x1000), kNow);
+  log.add(sim::frame(0x0200, {1}));
+  for (std::size_t i = 1; i < std::size_t{1} << 16; ++i) {
+    log.add(sim::frame(0x1000));
   }
-  const std::vector<sim::PtyLine::Received> packets = log.packets();
-  EXPECT_EQ(packets.size(), sim::PtyLine::kMostReceivedPackets);
-  EXPECT_EQ(packets.front().frame.id(), 0x1000);
+  EXPECT_TRUE(log.waitForMessage(0x0200, 1, 0ms));
+  log.add(sim::frame(0x1000));
+  EXPECT_FALSE(log.waitForMessage(0x0200, 1, 0ms));
+  EXPECT_TRUE(log.waitForMessage(0x1000, std::size_t{1} << 16, 0ms));
 }
 
 }  // namespace

@@ -40,27 +40,6 @@ TEST(Dilution, DoesNotDependOnWhereNorthIs) {
   EXPECT_NEAR(before->horizontal, after->horizontal, kTolerance);
 }
 
-TEST(Dilution, ShrinksWithEverySatellite) {
-  std::vector<sim::Satellite> satellites{at(10, 15), at(40, 100), at(70, 200), at(25, 290)};
-  double last = sim::dilutionIn3d(satellites)->geometric;
-  for (const sim::Satellite& another : {at(5, 330), at(50, 45), at(15, 180)}) {
-    satellites.push_back(another);
-    const double now = sim::dilutionIn3d(satellites)->geometric;
-    EXPECT_LT(now, last);
-    last = now;
-  }
-}
-
-TEST(Dilution, In2dTakesTheAltitudeAsKnown) {
-  const auto dilution = sim::dilutionIn2d(kThreeOnTheHorizon);
-  ASSERT_TRUE(dilution);
-  EXPECT_NEAR(dilution->geometric, std::sqrt(5.0 / 3), kTolerance);
-  EXPECT_NEAR(dilution->position, std::sqrt(4.0 / 3), kTolerance);
-  EXPECT_NEAR(dilution->horizontal, std::sqrt(4.0 / 3), kTolerance);
-  EXPECT_EQ(dilution->vertical, 0);
-  EXPECT_NEAR(dilution->time, std::sqrt(1.0 / 3), kTolerance);
-}
-
 TEST(Dilution, OfTheTimeAloneIsThatOfAMean) {
   EXPECT_DOUBLE_EQ(sim::dilutionOfTime({at(5, 10)}).time, 1);
   EXPECT_DOUBLE_EQ(sim::dilutionOfTime({at(5, 10), at(9, 9), at(3, 3), at(1, 1)}).time, 0.5);

@@ -78,17 +78,6 @@ TEST(FrameReader, PutsTogetherAStreamThatIsSplitAnywhere) {
   }
 }
 
-TEST(FrameReader, PutsTogetherSingleBytes) {
-  sim::FrameReader reader;
-  std::vector<sim::Frame> frames;
-  for (const std::uint8_t byte : kQuery + kRateQuery) {
-    for (sim::Frame& frame : reader.push({byte})) {
-      frames.push_back(std::move(frame));
-    }
-  }
-  EXPECT_EQ(payloads(frames), kBothPayloads);
-}
-
 TEST(FrameReader, TakesTheShortestAndTheLongestFrame) {
   sim::FrameReader reader;
   Bytes longest(sim::FrameReader::kLongestPayload, 0x5A);
@@ -131,11 +120,9 @@ Bytes mutatedStream(std::mt19937& random, std::size_t& goodFrames) {
   return stream;
 }
 
-class FrameReaderOnNoise : public testing::TestWithParam<unsigned int> {};
-
-TEST_P(FrameReaderOnNoise, LosesNoGoodFrameAndNoByte) {
-  std::mt19937 random(GetParam());
-  for (int round = 0; round < 50; ++round) {
+TEST(FrameReader, LosesNoGoodFrameAndNoByteInNoise) {
+  std::mt19937 random(1);
+  for (int round = 0; round < 400; ++round) {
     sim::FrameReader reader;
     std::size_t goodFrames = 0;
     const Bytes stream = mutatedStream(random, goodFrames);
@@ -160,8 +147,6 @@ TEST_P(FrameReaderOnNoise, LosesNoGoodFrameAndNoByte) {
     EXPECT_EQ(frameBytes + reader.counts().skippedBytes, stream.size());
   }
 }
-
-INSTANTIATE_TEST_SUITE_P(Seeds, FrameReaderOnNoise, testing::Range(1U, 9U));
 
 }  // namespace
 }  // namespace orb::test

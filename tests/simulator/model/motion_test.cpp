@@ -4,7 +4,6 @@
 
 #include <cmath>
 
-#include "model/body.h"
 #include "receivers.h"
 
 namespace orb::test {
@@ -106,39 +105,6 @@ TEST(Antenna, StandsAtAWaypointThatIsAlone) {
     const sim::State state = moving({at(seconds(0), 12, 34, 56)}, repeats);
     EXPECT_EQ(motionAt(state, seconds(77)).place.latitude, 12);
     EXPECT_EQ(motionAt(state, seconds(77)).velocity.north, 0);
-  }
-}
-
-/// Place and velocity of the receiver's next binary navigation data.
-std::array<sim::EarthFixed, 2> nextReport(sim::Receiver& receiver) {
-  const Bytes body = sim::FrameReader().push(receiver.tick(seconds(1))).at(0).body();
-  const Bytes vectors(body.end() - 24, body.end());
-  sim::BodyReader reader(vectors);
-  std::array<sim::EarthFixed, 2> reported{};
-  for (sim::EarthFixed& vector : reported) {
-    for (double& component : vector) {
-      std::int32_t hundredths = 0;
-      reader.read(hundredths);
-      component = hundredths / 100.0;
-    }
-  }
-  return reported;
-}
-
-TEST(Receiver, ReportsPlaceAndVelocityOnItsTrack) {
-  sim::State state = moving({at(seconds(0), 48, 11, 500), at(seconds(100), 48.02, 11.03, 530)});
-  state.outputType = sim::OutputType::Binary;
-  for (const bool withSky : {false, true}) {
-    state.sky = withSky ? sim::ordinarySky() : std::vector<sim::Satellite>{};
-    sim::Receiver receiver(state);
-    receiver.talkFromTheStart();
-    const auto [place, velocity] = nextReport(receiver);
-    const auto [nextPlace, nextVelocity] = nextReport(receiver);
-    expectNear(place, sim::earthFixed({48.0002, 11.0003, 500.3}), 0.02);
-    EXPECT_NEAR(std::hypot(velocity[0], velocity[1], velocity[2]), 31.5, 0.5);
-    for (std::size_t axis = 0; axis < 3; ++axis) {
-      EXPECT_NEAR(nextPlace[axis] - place[axis], velocity[axis], 0.03);
-    }
   }
 }
 

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "orb-sim/receiver.h"
 #include "support/hex_text.h"
 
@@ -54,6 +56,16 @@ class TalkingReceiver : public testing::Test {
 };
 
 TEST(NavigationData, ReportsTheSolution) { EXPECT_EQ(navigationData(atTheOrigin()), kAtTheOrigin); }
+
+TEST(NavigationData, ReportsTheVelocityOnATrack) {
+  sim::State state = atTheOrigin();
+  // A hundredth of a degree to the east in 100 s: 11.13 m/s, along the second axis.
+  state.track.waypoints = {{milliseconds(0), 0, 0, 0}, {milliseconds(100000), 0, 0.01, 0}};
+  Bytes expected = kAtTheOrigin;
+  const Bytes velocityAndEnd = hex("00 00 00 00 00 00 04 59 00 00 00 00 6A 0D 0A");
+  std::copy(velocityAndEnd.rbegin(), velocityAndEnd.rend(), expected.rbegin());
+  EXPECT_EQ(navigationData(state), expected);
+}
 
 TEST(NavigationData, ReportsNegativeValuesAsTwosComplement) {
   sim::State state;

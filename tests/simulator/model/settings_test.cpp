@@ -5,8 +5,7 @@
 #include <ostream>
 #include <random>
 
-#include "orb-sim/receiver.h"
-#include "support/hex_text.h"
+#include "receivers.h"
 
 namespace orb::test {
 namespace {
@@ -149,107 +148,25 @@ TEST(Settings, ReachTheNamedFieldsOfTheState) {
   EXPECT_EQ(state.pps2Frequency, 19200000U);
 }
 
-/// A user who keeps a note of everything, beside the receiver.
-class User {
- public:
-  explicit User(unsigned int seed) : random_(seed) { forget(); }
-
-  void step() {
-    const auto choice = random_() % 100;
-    const Row& row = kRows[random_() % std::size(kRows)];
-    if (choice < 45) {
-      set(row);
-    } else if (choice < 90) {
-      query(row);
-    } else if (choice < 93) {
-      receiver_.tick(std::chrono::milliseconds(random_() % 500));
-    } else if (choice < 96) {
-      makeNoise();
-    } else if (choice < 99) {
-      EXPECT_EQ(say(sim::frame(0x7000, randomBytes(random_() % 40))), sim::refuse(0x7000));
-    } else {
-      EXPECT_EQ(say(sim::frame(0x0400, {1})), sim::acknowledge(0x0400));
-      forget();
-    }
+TEST(Settings, KeepAnyValueApartFromEachOther) {
+  std::mt19937 random(1);
+  sim::Receiver receiver;
+  std::map<std::uint16_t, Bytes> values;
+  for (const Row& row : kRows) {
+    values[row.setting] = hex(row.factory);
   }
-
-  void queryEverything() {
+  for (int round = 0; round < 1000 && !HasFailure(); ++round) {
+    const std::uint16_t setting = kRows[random() % std::size(kRows)].setting;
+    Bytes& value = values[setting];
+    std::generate(value.begin(), value.end(), [&] { return static_cast<std::uint8_t>(random()); });
+    EXPECT_EQ(receiver.receive(sim::frame(setting, value + Bytes{0})), sim::acknowledge(setting));
     for (const Row& row : kRows) {
-      query(row);
+      Bytes body = replyTo(row.query, receiver);
+      body.resize(body.size() - hex(row.measured).size());
+      EXPECT_EQ(body, values[row.setting]) << row.name << " after " << std::hex << setting;
     }
   }
-
- private:
-  void set(const Row& row) {
-    Bytes body = randomBytes(notes_[row.setting].size());
-    notes_[row.setting] = body;
-    body.push_back(static_cast<std::uint8_t>(random_()));
-    EXPECT_EQ(say(sim::frame(row.setting, body)), sim::acknowledge(row.setting));
-  }
-
-  void query(const Row& row) {
-    const Bytes answer = say(sim::frame(row.query));
-    const Bytes acknowledgement = sim::acknowledge(row.query);
-    ASSERT_GT(answer.size(), acknowledgement.size());
-    const auto middle = answer.begin() + static_cast<std::ptrdiff_t>(acknowledgement.size());
-    EXPECT_EQ(Bytes(answer.begin(), middle), acknowledgement);
-
-    const std::vector<sim::Frame> replies = sim::FrameReader().push(Bytes(middle, answer.end()));
-    ASSERT_EQ(replies.size(), 1U);
-    EXPECT_EQ(replies[0].id(), row.reply);
-    Bytes body = replies[0].body();
-    const std::size_t measured = hex(row.measured).size();
-    ASSERT_GE(body.size(), measured);
-    body.resize(body.size() - measured);
-    EXPECT_EQ(body, notes_[row.setting]) << "message " << std::hex << row.setting;
-  }
-
-  /// Bytes without a start byte, so that nothing after them is lost.
-  void makeNoise() {
-    Bytes noise = randomBytes(random_() % 20);
-    std::replace(noise.begin(), noise.end(), std::uint8_t{0xA0}, std::uint8_t{0xA1});
-    EXPECT_EQ(receiver_.receive(noise), Bytes{});
-  }
-
-  /// Sends a packet in two pieces.
-  Bytes say(const Bytes& packet) {
-    const auto middle =
-        packet.begin() + static_cast<std::ptrdiff_t>(random_() % (packet.size() + 1));
-    const Bytes early = receiver_.receive(Bytes(packet.begin(), middle));
-    return early + receiver_.receive(Bytes(middle, packet.end()));
-  }
-
-  Bytes randomBytes(std::size_t count) {
-    Bytes bytes(count);
-    for (std::uint8_t& byte : bytes) {
-      byte = static_cast<std::uint8_t>(random_());
-    }
-    return bytes;
-  }
-
-  void forget() {
-    for (const Row& row : kRows) {
-      notes_[row.setting] = hex(row.factory);
-    }
-  }
-
-  std::mt19937 random_;
-  sim::Receiver receiver_;
-  std::map<std::uint16_t, Bytes> notes_;
-};
-
-class RandomSettingsAndQueries : public testing::TestWithParam<unsigned int> {};
-
-TEST_P(RandomSettingsAndQueries, AgreeWithAPlainMap) {
-  User user(GetParam());
-  user.queryEverything();
-  for (int step = 0; step < 5000 && !testing::Test::HasFailure(); ++step) {
-    user.step();
-  }
-  user.queryEverything();
 }
-
-INSTANTIATE_TEST_SUITE_P(Seeds, RandomSettingsAndQueries, testing::Range(1U, 9U));
 
 }  // namespace
 }  // namespace orb::test

@@ -113,45 +113,18 @@ TEST(Solution, LeavesSatellitesBelowTheMaskOut) {
   EXPECT_EQ(state.solution().satellites, 8);
 }
 
-TEST(Solution, DilutesAsTheMaskRises) {
-  sim::State state = underOrdinarySky();
-  state.constellations = 0x0F;
-  std::uint16_t last = 0;
-  for (const std::uint8_t elevation : Bytes{0, 10, 20, 30, 40}) {
-    state.elevationCnrMask = {1, elevation, 0};
-    EXPECT_GT(state.solution().dops[0], last);
-    last = state.solution().dops[0];
-  }
-}
-
-TEST(Solution, NeverUsesSatellitesBelowTheHorizonOrTooWeakToBeHeard) {
-  sim::State state = underFourSatellites();
-  state.sky.push_back({sim::Constellation::Gps, 5, -1, 0, 40});
-  state.sky.push_back({sim::Constellation::Gps, 6, 45, 0, 0});
-  EXPECT_EQ(state.solution().satellites, 4);
-}
-
-TEST(Solution, LosesSatellitesToInterference) {
-  sim::State state = underOrdinarySky();
-  state.elevationCnrMask = {1, 0, 30};
-  const int undisturbed = state.solution().satellites;
-  state.interferenceStatus = 2;
-  const int disturbed = state.solution().satellites;
-  EXPECT_LT(disturbed, undisturbed);
-  EXPECT_EQ(state.solution().fixMode, 3);
-  state.interferenceStatus = 3;
-  EXPECT_EQ(state.solution().satellites, 0);
-  EXPECT_EQ(state.solution().fixMode, 0);
-}
-
-TEST(Solution, DoesNotHearWhatInterferenceDrowns) {
+TEST(Solution, DoesNotHearWhatIsWeakOrLowOrDrownedByInterference) {
   sim::State state = underFourSatellites();
   for (sim::Satellite& satellite : state.sky) {
     satellite.cnr = 20;
   }
   state.sky.push_back({sim::Constellation::Gps, 5, 45, 45, 21});
+  state.sky.push_back({sim::Constellation::Gps, 7, -1, 0, 40});  // below the horizon
+  state.sky.push_back({sim::Constellation::Gps, 8, 45, 0, 0});   // too weak to be heard
   state.sky.push_back({sim::Constellation::Gps, 6, 45, 90, 5});
   EXPECT_EQ(state.solution().satellites, 6);
+  state.interferenceStatus = 2;
+  EXPECT_EQ(state.solution().satellites, 5);
   state.interferenceStatus = 3;
   state.timing.mode = sim::TimingMode::Static;
   EXPECT_EQ(state.solution().satellites, 1);

@@ -27,17 +27,25 @@ int secondsToFix(sim::Receiver& receiver) {
 }
 
 TEST(Start, TakesLongerTheLessTheReceiverKnows) {
+  const struct {
+    Bytes command;
+    int time;       // until there is a fix, in seconds
+    int timeGiven;  // the same where the scenario has its own times
+  } kStarts[] = {
+      {softReset(1), 1, 3}, {softReset(2), 28, 6}, {softReset(3), 35, 9},
+      {restart(0), 1, 3},   {restart(1), 35, 9},
+  };
   for (const bool withSky : {false, true}) {
-    sim::Receiver receiver(withSky ? underOrdinarySky() : sim::State{});
+    sim::State state = withSky ? underOrdinarySky() : sim::State{};
+    sim::Receiver receiver(state);
+    state.startTimes = {seconds(2), seconds(9), seconds(6), seconds(3)};
+    sim::Receiver receiverGivenTimes(state);
     EXPECT_EQ(secondsToFix(receiver), 0);
-    const std::pair<Bytes, int> kStarts[] = {{softReset(1), 1},
-                                             {softReset(2), 28},
-                                             {softReset(3), 35},
-                                             {restart(0), 1},
-                                             {restart(1), 35}};
-    for (const auto& [command, time] : kStarts) {
+    for (const auto& [command, time, timeGiven] : kStarts) {
       receiver.receive(command);
       EXPECT_EQ(secondsToFix(receiver), time);
+      receiverGivenTimes.receive(command);
+      EXPECT_EQ(secondsToFix(receiverGivenTimes), timeGiven);
     }
   }
 }
@@ -51,32 +59,6 @@ TEST(Start, DoesNotHappenForASoftResetOfAnotherKind) {
   }
   EXPECT_EQ(receiver.state().softResets, 3U);
   EXPECT_EQ(receiver.state().updateRate, 5);
-}
-
-TEST(Start, TakesTheTimesOfTheScenario) {
-  sim::State state = underOrdinarySky();
-  state.startTimes = {seconds(2), seconds(9), seconds(6), seconds(3)};
-  sim::Receiver receiver(state);
-  receiver.receive(softReset(1));
-  EXPECT_EQ(secondsToFix(receiver), 3);
-  receiver.receive(softReset(2));
-  EXPECT_EQ(secondsToFix(receiver), 6);
-  receiver.receive(softReset(3));
-  EXPECT_EQ(secondsToFix(receiver), 9);
-}
-
-TEST(Start, ReportsNoFixUntilThereIsOne) {
-  sim::Receiver receiver(underOrdinarySky());
-  receiver.receive(sim::frame(0x0900, {2, 1}));
-  receiver.receive(softReset(2));
-  const auto fixModeAndSatellites = [&] {
-    const Bytes body = sim::FrameReader().push(receiver.tick(seconds(1))).at(0).body();
-    return Bytes(body.begin(), body.begin() + 2);
-  };
-  for (int second = 1; second < 28; ++second) {
-    EXPECT_EQ(fixModeAndSatellites(), hex("00 00"));
-  }
-  EXPECT_EQ(fixModeAndSatellites(), hex("03 0B"));
 }
 
 TEST(Start, KnowsNeitherTimeNorPlaceWhenCold) {
@@ -125,23 +107,17 @@ TEST(Start, IsDeafAndDumbForItsSilence) {
   EXPECT_EQ(receiver.untilNextOutput(), seconds(1));
 }
 
-TEST(Start, SendsAgainASecondAfterItsSilence) {
+TEST(Start, SendsAgainASecondAfterItsSilenceAndForgetsAFrameThatHadBegun) {
   sim::State state;
   state.startTimes.silence = seconds(5);
   sim::Receiver receiver(state);
   receiver.receive(kRateQuery);
   receiver.tick(milliseconds(700));
-  receiver.receive(restart(0));
-  EXPECT_EQ(receiver.tick(milliseconds(5999)), Bytes{});
-  EXPECT_NE(receiver.tick(milliseconds(1)), Bytes{});
-}
-
-TEST(Start, ForgetsAFrameThatHadBegun) {
-  sim::Receiver receiver;
-  receiver.change([](sim::State& state) { state.startTimes.silence = seconds(1); });
   receiver.receive(restart(0) + Bytes(kRateQuery.begin(), kRateQuery.begin() + 4));
-  receiver.tick(seconds(1));
+  EXPECT_EQ(receiver.tick(milliseconds(5000)), Bytes{});
   EXPECT_EQ(receiver.receive(Bytes(kRateQuery.begin() + 4, kRateQuery.end())), Bytes{});
+  EXPECT_EQ(receiver.tick(milliseconds(999)), Bytes{});
+  EXPECT_NE(receiver.tick(milliseconds(1)), Bytes{});
 }
 
 TEST(Start, LosesSettingsThatWereNotToBeKept) {
@@ -169,7 +145,7 @@ TEST(Start, FindsSettingsThatWereToBeKept) {
   EXPECT_EQ(receiver.state().attributes, (std::map<std::uint16_t, std::uint8_t>{{0x0E00, 1}}));
 }
 
-TEST(Start, FindsTheSettingsThatTheReceiverBeganWith) {
+TEST(Start, FindsTheSettingsThatTheReceiverBeganWithOrTheFactoryDefaultsAfterThose) {
   sim::State state;
   state.updateRate = 4;
   state.outputType = sim::OutputType::Binary;
@@ -179,14 +155,7 @@ TEST(Start, FindsTheSettingsThatTheReceiverBeganWith) {
   receiver.receive(restart(0));
   EXPECT_EQ(receiver.state().updateRate, 4);
   EXPECT_EQ(receiver.state().outputType, sim::OutputType::Binary);
-}
-
-TEST(Start, FindsTheFactoryDefaultsAfterThose) {
-  sim::State state;
-  state.updateRate = 4;
-  sim::Receiver receiver(state);
-  receiver.receive(setUpdateRate(20, 1));
-  receiver.receive(sim::frame(0x0400, {1}));
+  receiver.receive(setUpdateRate(20, 1) + sim::frame(0x0400, {1}));
   EXPECT_EQ(receiver.state().updateRate, 1);
   receiver.receive(restart(0));
   EXPECT_EQ(receiver.state().updateRate, 1);

@@ -28,19 +28,6 @@ struct SurveyingReceiver : sim::Receiver {
   int latitudeError() const { return std::abs(state().solution().latitude - kLatitude); }
 };
 
-TEST(Survey, ConvergesToTheAntennasPlace) {
-  SurveyingReceiver receiver(1000);
-  const int atFirst = receiver.latitudeError();
-  EXPECT_GT(atFirst, 50);  // half a metre
-  int last = atFirst;
-  for (const seconds step : {seconds(10), seconds(90), seconds(800)}) {
-    receiver.tick(step);
-    EXPECT_LT(receiver.latitudeError(), last);
-    last = receiver.latitudeError();
-  }
-  EXPECT_LT(last, atFirst / 20);
-}
-
 TEST(Survey, IsOffByTwoMetresForEachUnitOfDilutionDividedByTheRootOfItsTime) {
   SurveyingReceiver receiver(1000);
   constexpr double kMetresPerUnitOfLatitude = 111200e-7;
@@ -75,7 +62,7 @@ TEST(Survey, EndsInAStaticReceiverAtTheSurveyedPlace) {
 
 TEST(Survey, TellsWhereItStandsInTheTimingReply) {
   SurveyingReceiver receiver(60);
-  receiver.tick(seconds(20));
+  receiver.tick(milliseconds(20999));
   Bytes reply = replyTo(0x4400, receiver);
   EXPECT_EQ(reply[0], 1);
   EXPECT_EQ(Bytes(reply.end() - 5, reply.end()), hex("01 00 00 00 14"));

@@ -44,11 +44,10 @@ class Help(OrbSimTest):
                 for clutter in ("Excludes", "Needs", "REQUIRED", "TEXT:", "Positionals"):
                     self.assertNotIn(clutter, text)
 
-    def test_says_that_a_query_of_a_silent_receiver_waits_for_ever(self):
-        self.assertRegex(self.output("run", "--help"), "--silent .*waits for ever")
-
-    def test_says_that_the_folder_to_keep_is_made(self):
-        self.assertRegex(self.output("run", "--help"), "--keep .*makes it")
+    def test_says_what_surprises(self):
+        text = self.output("run", "--help")
+        self.assertRegex(text, "--silent .*waits for ever")
+        self.assertRegex(text, "--keep .*makes it")
 
 
 class CommandLine(OrbSimTest):

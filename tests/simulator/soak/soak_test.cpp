@@ -97,9 +97,9 @@ sim::LineConditions busyLine() {
 }
 
 /// Keeps what the receiver itself has said.
-class Tap : public sim::Device {
+class ReceiverRecord : public sim::Device {
  public:
-  explicit Tap(sim::Device& receiver) : receiver_(receiver) {}
+  explicit ReceiverRecord(sim::Device& receiver) : receiver_(receiver) {}
 
   sim::Bytes receive(const sim::Bytes& bytes) override { return keep(receiver_.receive(bytes)); }
   sim::Bytes tick(std::chrono::milliseconds elapsed) override {
@@ -126,22 +126,20 @@ class Tap : public sim::Device {
 /// Whether some bytes look like one of these messages with a fitting checksum, and the receiver has
 /// not said it. A client that takes them for a reply cannot know better.
 bool deceives(const sim::Bytes& bytes, const std::vector<std::uint16_t>& messages,
-              const Tap& receiver) {
+              const ReceiverRecord& receiver) {
   constexpr std::size_t kHeader = 4;
+  constexpr std::size_t kEnd = 2;
   for (std::size_t i = 0; i + kHeader + 1 < bytes.size(); ++i) {
     const std::size_t length = static_cast<std::size_t>(bytes[i + 2]) << 8 | bytes[i + 3];
-    if (bytes[i] != 0xA0 || bytes[i + 1] != 0xA1 || length == 0 ||
-        i + kHeader + length >= bytes.size()) {
+    if (bytes[i] != 0xA0 || length == 0 || i + kHeader + length >= bytes.size()) {
       continue;
     }
-    const auto begin = bytes.begin() + static_cast<std::ptrdiff_t>(i + kHeader);
-    const auto end = begin + static_cast<std::ptrdiff_t>(length);
-    std::uint8_t sum = 0;
-    for (auto byte = begin; byte != end; ++byte) {
-      sum = static_cast<std::uint8_t>(sum ^ *byte);
-    }
-    const sim::Frame frame{sim::Bytes(begin, end)};
-    if (sum == *end && std::count(messages.begin(), messages.end(), frame.id()) > 0 &&
+    const auto start = bytes.begin() + static_cast<std::ptrdiff_t>(i);
+    const auto body = start + kHeader;
+    const sim::Frame frame{sim::Bytes(body, body + static_cast<std::ptrdiff_t>(length))};
+    const sim::Bytes packet = frame.packet();
+    if (std::equal(packet.begin(), packet.end() - kEnd, start) &&
+        std::count(messages.begin(), messages.end(), frame.id()) > 0 &&
         !receiver.hasSaid(frame.payload)) {
       return true;
     }
@@ -185,7 +183,7 @@ class Session {
              operation.name;
     const std::size_t eventsBefore = faulty_.events().size();
     const Drawn drawn = operation.draw(numbers_);
-    tap_.forget();
+    record_.forget();
     line_.forget();
     line_.setLimit(kLongestOperation);
     const Outcome outcome = drawn.call(driver_);
@@ -237,7 +235,7 @@ class Session {
       return rules_[event.rule].kind == sim::FaultKind::WrongValue;
     });
     const bool isExcused = isUnseen && (isKeptOtherwise || !isAcknowledged);
-    if (!isExcused && deceives(line_.delivered(), operation.replies, tap_)) {
+    if (!isExcused && deceives(line_.delivered(), operation.replies, record_)) {
       ++tally_.deceived;
     } else if (!isExcused) {
       tally_.failures.push_back(place_ + " took a wrong value for success");
@@ -258,8 +256,8 @@ class Session {
   DeviceFiles files_;
   const std::vector<sim::FaultRule> rules_ = mixedFaults();
   sim::Receiver receiver_;
-  Tap tap_{receiver_};
-  sim::FaultyDevice faulty_{tap_, rules_, seed_};
+  ReceiverRecord record_{receiver_};
+  sim::FaultyDevice faulty_{record_, rules_, seed_};
   sim::LineShaper shaper_{faulty_, busyLine(), seed_};
   SimulatedLine line_{shaper_, files_.tty};
   orbController_QN4470T01 driver_;

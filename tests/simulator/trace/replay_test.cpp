@@ -1,5 +1,6 @@
 #include "orb-sim/replay.h"
 #include "rate_query.h"
+#include "timeline.h"
 
 #include <gtest/gtest.h>
 
@@ -48,13 +49,9 @@ TEST(ReplayDevice, RefusesAPacketThatTheTraceDoesNotHave) {
 TEST(ReplayDevice, KeepsTheRecordedDelays) {
   sim::ReplayDevice device({client(100ms, kRateQuery), receiver(105ms, hex("01")),
                             receiver(120ms, hex("02")), receiver(3100ms, hex("03"))});
-  EXPECT_EQ(device.receive(kRateQuery), sim::Bytes{});
-  EXPECT_EQ(device.untilNextOutput(), 5ms);
-  EXPECT_EQ(device.tick(4ms), sim::Bytes{});
-  EXPECT_EQ(device.tick(1ms), hex("01"));
-  EXPECT_EQ(device.tick(15ms), hex("02"));
-  EXPECT_EQ(device.untilNextOutput(), 2980ms);
-  EXPECT_EQ(device.tick(2980ms), hex("03"));
+  EXPECT_EQ(timelineOf(device, kRateQuery, 2000), (Timeline{{5, hex("01")}, {20, hex("02")}}));
+  EXPECT_EQ(device.untilNextOutput(), 1000ms);
+  EXPECT_EQ(device.tick(1000ms), hex("03"));
   EXPECT_EQ(device.untilNextOutput(), sim::Device::kNever);
 }
 
@@ -62,9 +59,7 @@ TEST(ReplayDevice, AnswersAtOnceWhereItIsFast) {
   sim::ReplayDevice device(
       {client(100ms, kRateQuery), receiver(1099ms, hex("01")), receiver(1100ms, hex("02"))},
       sim::ReplayDevice::Pace::Fast);
-  EXPECT_EQ(device.receive(kRateQuery), hex("01"));
-  EXPECT_EQ(device.tick(999ms), sim::Bytes{});
-  EXPECT_EQ(device.tick(1ms), hex("02"));
+  EXPECT_EQ(timelineOf(device, kRateQuery, 2000), (Timeline{{0, hex("01")}, {1000, hex("02")}}));
 }
 
 TEST(ReplayDevice, SendsWhatIsLeftOfAnAnswerBeforeTheNextOne) {
@@ -80,9 +75,7 @@ TEST(ReplayDevice, PlaysFromTheStartWhatCameBeforeTheFirstPacket) {
   const std::vector<sim::TraceRecord> trace{receiver(10ms, hex("01")), receiver(20ms, hex("02")),
                                             client(30ms, kRateQuery), receiver(30ms, hex("03"))};
   sim::ReplayDevice patient(trace);
-  EXPECT_EQ(patient.tick(15ms), hex("01"));
-  EXPECT_EQ(patient.tick(15ms), hex("02"));
-  EXPECT_EQ(patient.tick(5000ms), sim::Bytes{});
+  EXPECT_EQ(timelineOf(patient, {}, 5000), (Timeline{{10, hex("01")}, {20, hex("02")}}));
 
   sim::ReplayDevice interrupted(trace);
   EXPECT_EQ(interrupted.tick(15ms), hex("01"));

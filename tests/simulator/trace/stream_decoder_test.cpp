@@ -4,24 +4,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <ostream>
-#include <random>
 #include <string>
 #include <vector>
-
-namespace orb::sim {
-
-bool operator==(const StreamItem& left, const StreamItem& right) {
-  return left.kind == right.kind && left.offset == right.offset && left.bytes == right.bytes &&
-         left.length == right.length && left.trouble == right.trouble;
-}
-
-void PrintTo(const StreamItem& item, std::ostream* stream) {
-  *stream << "kind " << static_cast<int>(item.kind) << ", at " << item.offset << ", " << item.length
-          << " bytes: " << testing::PrintToString(item.bytes) << ' ' << item.trouble;
-}
-
-}  // namespace orb::sim
 
 namespace orb::test {
 namespace {
@@ -146,41 +130,6 @@ TEST(StreamDecoder, GoesOnAfterWhatWasIncomplete) {
   decoder.push(kQuery);
   EXPECT_THAT(items, ElementsAre(item(Kind::Damaged, 0, hex("A0 A1 00 05"), "cut short"),
                                  item(Kind::Packet, 4, kQuery)));
-}
-
-// Of bytes that are likely to mean something, each is in one item, and the good packets are those
-// of FrameReader.
-TEST(StreamDecoder, AgreesWithTheFrameReaderOnAnyStream) {
-  const sim::Bytes alphabet = hex("A0 A1 00 01 02 03 0D 0A 24 2A 83");
-  std::mt19937 random(7);
-  for (int trial = 0; trial < 300; ++trial) {
-    sim::Bytes stream;
-    for (int part = 0; part < 60; ++part) {
-      sim::append(stream,
-                  random() % 5 == 0 ? kQuery : sim::Bytes{alphabet[random() % alphabet.size()]});
-    }
-    std::vector<sim::Bytes> packets;
-    std::uint64_t end = 0;
-    for (const sim::StreamItem& found : decode({stream})) {
-      ASSERT_EQ(found.offset, end);
-      end += found.length;
-      if (found.kind == Kind::Packet) {
-        packets.push_back(found.bytes);
-      }
-    }
-    ASSERT_EQ(end, stream.size());
-    std::vector<sim::Bytes> expected;
-    sim::FrameReader reader;
-    for (const sim::Frame& frame : reader.push(stream)) {
-      expected.push_back(frame.packet());
-    }
-    while (reader.midFrame()) {
-      for (const sim::Frame& frame : reader.abandon()) {
-        expected.push_back(frame.packet());
-      }
-    }
-    ASSERT_EQ(packets, expected);
-  }
 }
 
 }  // namespace

@@ -5,7 +5,6 @@
 
 #include <fstream>
 #include <iterator>
-#include <random>
 #include <system_error>
 
 #include "rate_query.h"
@@ -24,7 +23,6 @@ namespace {
 
 using std::chrono::microseconds;
 using std::chrono::seconds;
-using testing::HasSubstr;
 using testing::IsEmpty;
 
 constexpr char kHeader[] = R"({"orb-sim-trace":1})";
@@ -87,17 +85,12 @@ TEST_F(Trace, IsALineForEachPieceAfterAHeader) {
                                     "\n"));
 }
 
-TEST_F(Trace, IsWholeUpToItsLastLineWhileItIsWritten) {
+TEST_F(Trace, ReplacesAnEarlierOneAndIsWholeUpToItsLastLineWhileItIsWritten) {
+  write("something longer than the header of a trace, so that some of it would stay after it");
   sim::TraceWriter writer(file_, "/dev/ttyS1");
   EXPECT_THAT(sim::loadTrace(file_), IsEmpty());
   writer.write({microseconds(1), sim::Speaker::Client, hex("01")});
   EXPECT_EQ(sim::loadTrace(file_).size(), 1U);
-}
-
-TEST_F(Trace, ReplacesAnEarlierOne) {
-  write("something longer than the header of a trace, so that some of it would stay after it");
-  const sim::TraceWriter writer(file_, "x");
-  EXPECT_THAT(sim::loadTrace(file_), IsEmpty());
 }
 
 TEST_F(Trace, MayHaveMoreMembersAndNoLastNewline) {
@@ -149,21 +142,9 @@ TEST_F(Trace, IsRefusedWhereALineIsTooLong) {
       errorAt(2, "the line is too long"));
 }
 
-TEST_F(Trace, IsNotWrittenWhereThereIsNoRoom) {
-  const auto writeToFull = [] { sim::TraceWriter("/dev/full", "x"); };
-  EXPECT_THROW(writeToFull(), std::system_error);
-}
-
-TEST_F(Trace, TellsWhyItCannotBeMade) {
-  try {
-    sim::TraceWriter(folder_.path() / "no" / "file", "x");
-    FAIL() << "it was made";
-  } catch (const std::system_error& error) {
-    EXPECT_EQ(error.code(), std::errc::no_such_file_or_directory);
-  }
-}
-
-TEST_F(Trace, IsNotReadWhereThereIsNoFile) {
+TEST_F(Trace, IsNotMadeOrReadWhereThereIsNoFileOrNoRoom) {
+  EXPECT_THROW(sim::TraceWriter("/dev/full", "x"), std::system_error);
+  EXPECT_THROW(sim::TraceWriter(folder_.path() / "no" / "file", "x"), std::system_error);
   EXPECT_THROW(sim::loadTrace(file_), std::system_error);
   EXPECT_THROW(sim::loadTrace(folder_.path()), std::exception);
 }
@@ -181,27 +162,6 @@ TEST(TraceParser, TakesTextThatIsCutAnywhere) {
     parser.finish(sink);
     EXPECT_EQ(bytes, hex("01 02")) << "cut at " << cut;
   }
-}
-
-// Whatever a damaged line says, it is an error or a record, and nothing else.
-TEST(TraceParser, SurvivesDamagedLines) {
-  const std::string text =
-      std::string(kHeader) + "\n" + R"({"time":1.5,"from":"client","bytes":"A0A1"})" + "\n";
-  std::mt19937 random(1);
-  std::size_t errors = 0;
-  for (int trial = 0; trial < 5000; ++trial) {
-    std::string damaged = text;
-    damaged[random() % damaged.size()] = static_cast<char>(random());
-    sim::TraceParser parser("trace");
-    try {
-      parser.push(damaged, [](const sim::TraceRecord&) {});
-      parser.finish([](const sim::TraceRecord&) {});
-    } catch (const std::runtime_error& error) {
-      ++errors;
-      EXPECT_THAT(error.what(), HasSubstr("trace:"));
-    }
-  }
-  EXPECT_GT(errors, 1000U);
 }
 
 }  // namespace

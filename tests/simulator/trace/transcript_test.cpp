@@ -42,9 +42,9 @@ TEST(Transcript, WritesDownWhatStaysIncomplete) {
   sim::Transcript transcript(output);
   transcript.add({1s, sim::Speaker::Receiver, hex("A0 A1 00 05 01")});
   EXPECT_TRUE(transcript.isMidItem());
-  transcript.letTimePass(2s - 1us);
+  transcript.reach(2s - 1us);
   EXPECT_EQ(output.str(), "");
-  transcript.letTimePass(2s);
+  transcript.reach(2s);
   EXPECT_EQ(output.str(), "    1.000000  receiver  bad    cut short: A0 A1 00 05 01\n");
   EXPECT_FALSE(transcript.isMidItem());
 }

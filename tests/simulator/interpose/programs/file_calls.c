@@ -1,5 +1,6 @@
 /* Uses one path through each function of the C library that takes one, in the order in which a file
- * is made, looked at, altered and removed. Says which call did not do its work on standard error.
+ * is made, looked at, altered and removed, and then through system calls that are made by
+ * syscall(2). Says which call did not do its work on standard error.
  *
  *     file_calls PATH OTHER_PATH
  *
@@ -8,8 +9,10 @@
 #include <dlfcn.h>
 #include <fcntl.h>
 #include <limits.h>
+#include <linux/openat2.h>
 #include <stdlib.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <sys/time.h>
 #include <sys/xattr.h>
 #include <utime.h>
@@ -155,6 +158,45 @@ static void linkTheFile(void) {
   check(unlink(path) == 0, "unlink of a link");
 }
 
+static void openBySyscall(void) {
+  checkDescriptor(syscall(SYS_openat, AT_FDCWD, path, O_WRONLY | O_CREAT | O_EXCL, 0600),
+                  "SYS_openat");
+  struct open_how how = {.flags = O_RDONLY};
+  const long descriptor = syscall(SYS_openat2, AT_FDCWD, path, &how, sizeof how);
+  check(descriptor >= 0 || errno == ENOSYS || errno == EPERM, "SYS_openat2");
+  if (descriptor >= 0) {
+    close((int)descriptor);
+  }
+#ifdef SYS_open
+  checkDescriptor(syscall(SYS_open, path, O_RDONLY), "SYS_open");
+  checkDescriptor(syscall(SYS_creat, path, 0600), "SYS_creat");
+#endif
+}
+
+static void lookBySyscall(void) {
+  struct stat status;
+  char text[8];
+  check(syscall(SYS_newfstatat, AT_FDCWD, path, &status, 0) == 0, "SYS_newfstatat");
+  check(syscall(SYS_faccessat, AT_FDCWD, path, R_OK) == 0, "SYS_faccessat");
+  check(syscall(SYS_readlinkat, AT_FDCWD, path, text, sizeof text) == -1 && errno == EINVAL,
+        "SYS_readlinkat");
+#ifdef SYS_stat
+  check(syscall(SYS_stat, path, &status) == 0, "SYS_stat");
+  check(syscall(SYS_access, path, R_OK) == 0, "SYS_access");
+#endif
+}
+
+static void moveAndRemoveBySyscall(void) {
+  check(syscall(SYS_renameat2, AT_FDCWD, path, AT_FDCWD, other, 0) == 0, "SYS_renameat2");
+  check(syscall(SYS_linkat, AT_FDCWD, other, AT_FDCWD, path, 0) == 0, "SYS_linkat");
+  check(syscall(SYS_unlinkat, AT_FDCWD, path, 0) == 0, "SYS_unlinkat");
+  check(syscall(SYS_symlinkat, "text", AT_FDCWD, path) == 0, "SYS_symlinkat");
+  check(syscall(SYS_unlinkat, AT_FDCWD, path, 0) == 0, "SYS_unlinkat of a link");
+  check(syscall(SYS_unlinkat, AT_FDCWD, other, 0) == 0, "SYS_unlinkat of the other path");
+  check(syscall(SYS_io_uring_setup, 1, NULL) == -1 && errno == ENOSYS, "SYS_io_uring_setup");
+  check(syscall(SYS_getpid) == getpid(), "SYS_getpid");
+}
+
 int main(int argc, char** argv) {
   if (argc != 3) {
     return 2;
@@ -166,5 +208,8 @@ int main(int argc, char** argv) {
   alterTheFile();
   moveTheFile();
   linkTheFile();
+  openBySyscall();
+  lookBySyscall();
+  moveAndRemoveBySyscall();
   return failures == 0 ? 0 : 1;
 }

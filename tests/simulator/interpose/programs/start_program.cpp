@@ -52,6 +52,8 @@ const Way kWays[] = {
      [](auto) { return fexecve(open(kShell, O_RDONLY | O_CLOEXEC), argv, kNoVariables); }},
     {"execveat",
      [](auto) { return execveat(open("/bin", O_PATH | O_CLOEXEC), "sh", argv, kNoVariables, 0); }},
+    {"execveat_here",  // COMMAND is a program in the current directory
+     [](auto c) { return execveat(open(".", O_PATH | O_CLOEXEC), c, argv, kNoVariables, 0); }},
     {"posix_spawn", [](auto) { return spawned(posix_spawn, kShell); }},
     {"posix_spawnp", [](auto) { return spawned(posix_spawnp, "sh"); }},
     {"vfork", [](auto) { return executedInVfork(); }},

@@ -1,23 +1,29 @@
 #pragma once
 
-#include <sstream>
+#include <cstddef>
+#include <functional>
 #include <string>
-#include <type_traits>
 #include <vector>
 
+#include "operations/outcome.h"
 #include "orb-gnss/control_interface.h"
 
 namespace orb::test {
 
 /// A controller that takes down which operation was called, with which arguments, as a text such
 /// as "setGnssSystem(3, true)". Output arguments are shown as they come in, and leave changed.
-/// Every operation answers a result of its own, one more than the one before.
-class RecordingController : public ORBControlInterface {
+///
+/// Of an operation of `Base`, a test calls the original by its qualified name; what that calls
+/// through virtual members is taken down.
+template <typename Base>
+class Recording : public Base {
  public:
-  virtual ~RecordingController() = default;
+  virtual ~Recording() = default;
 
   std::vector<std::string> calls;
-  unsigned int lastResult = 0x5000;
+  /// What the n-th call comes to, counted from 1.
+  std::function<unsigned int(std::size_t)> resultOf = [](std::size_t /*n*/) { return 0U; };
+  std::string left;  ///< the arguments of the last call, as it left them
 
   void Init() override { note("Init"); }
   unsigned int save() override { return note("save"); }
@@ -51,9 +57,10 @@ class RecordingController : public ORBControlInterface {
     return change("getJammingDetection", enabled);
   }
   unsigned int getNavsolution(std::string key, std::string& solution) override {
-    note("getNavsolution", key, solution);
+    const unsigned int result = note("getNavsolution", key, solution);
     alter(solution);
-    return lastResult;
+    left = text(key, solution);
+    return result;
   }
   unsigned int setSurveyMode(std::string mode) override { return note("setSurveyMode", mode); }
   unsigned int getSurveyMode(std::string& mode) override { return change("getSurveyMode", mode); }
@@ -141,42 +148,31 @@ class RecordingController : public ORBControlInterface {
     return note("gpsObtSetMsgType", type);
   }
 
+ protected:
+  template <typename... Arguments>
+  unsigned int note(const std::string& operation, const Arguments&... arguments) {
+    left = text(arguments...);
+    calls.push_back(operation + "(" + left + ")");
+    return resultOf(calls.size());
+  }
+
  private:
   template <typename... Arguments>
-  unsigned int note(const char* operation, const Arguments&... arguments) {
-    std::ostringstream call;
-    call << std::boolalpha;
-    call << operation << '(';
-    [[maybe_unused]] const char* separator = "";
-    ((call << separator, show(call, arguments), separator = ", "), ...);
-    call << ')';
-    calls.push_back(call.str());
-    return ++lastResult;
-  }
-
-  template <typename... Arguments>
-  unsigned int change(const char* operation, Arguments&... arguments) {
-    note(operation, arguments...);
+  unsigned int change(const std::string& operation, Arguments&... arguments) {
+    const unsigned int result = note(operation, arguments...);
     (alter(arguments), ...);
-    return lastResult;
-  }
-
-  // Characters are numbers here.
-  template <typename Value>
-  static void show(std::ostream& out, const Value& value) {
-    if constexpr (sizeof(Value) == 1 && !std::is_same_v<Value, bool>) {
-      out << int{value};
-    } else {
-      out << value;
-    }
+    left = text(arguments...);
+    return result;
   }
 
   static void alter(std::string& text) { text += "!"; }
   static void alter(bool& flag) { flag = !flag; }
   template <typename Number>
   static void alter(Number& number) {
-    number = static_cast<Number>(number + 1);
+    number = static_cast<Number>(number > 0 ? number - 1 : number + 1);
   }
 };
+
+using RecordingController = Recording<ORBControlInterface>;
 
 }  // namespace orb::test

@@ -2,28 +2,18 @@
 expander's registers that `orb-sim run` leaves."""
 
 import os
-import pathlib
-import subprocess
-import tempfile
 import unittest
 
-ORB_SIM = os.environ["ORB_SIM"]
+from orb_sim import OrbSimTest
+
 SWITCH_ANTENNA = os.environ["ORB_SWITCH_ANTENNA"]
-LIMIT = 60  # seconds for one run
 
 
-class AntennaSupply(unittest.TestCase):
+class AntennaSupply(OrbSimTest):
     def setUp(self):
-        # A short path, since the bus's socket lies below it.
-        folder = tempfile.TemporaryDirectory(prefix="i2c.", dir="/tmp")
-        self.addCleanup(folder.cleanup)
-        self.keep = pathlib.Path(folder.name) / "keep"
-        self.registers = self.keep / "i2c-registers.txt"
-        self.environment = os.environ | {"TMPDIR": folder.name}
-
-    def run_command(self, *command):
-        return subprocess.run([ORB_SIM, "run", f"--keep={self.keep}", "--", *command],
-                              env=self.environment, capture_output=True, text=True, timeout=LIMIT)
+        super().setUp()
+        self.registers = self.folder / "keep" / "i2c-registers.txt"
+        self.options = ("--keep", str(self.folder / "keep"))
 
     def test_is_as_it_was_last_switched_and_begins_anew_in_each_run(self):
         on = ["ff", "ff"], ["ff", "fe"], "on"
@@ -32,7 +22,7 @@ class AntennaSupply(unittest.TestCase):
                 (["on"], 0, on), (["on", "OFF"], 0, off), (["off", "on"], 0, on),
                 (["off", "standby"], 1, off), ([], 0, (["ff", "ff"], ["ff", "ff"], "not driven"))):
             with self.subTest(states):
-                result = self.run_command(SWITCH_ANTENNA, *states)
+                result = self.run_command(SWITCH_ANTENNA, *states, options=self.options)
                 self.assertEqual((result.returncode, result.stderr), (status, ""))
                 lines = self.registers.read_text().splitlines()
                 self.assertEqual(lines[2].split(), ["2", "3", "output", *output])
@@ -40,11 +30,11 @@ class AntennaSupply(unittest.TestCase):
                 self.assertEqual(lines[6], f"antenna supply{supply:>25}")
 
     def test_is_shared_by_the_programs_of_a_run_which_can_look_at_it(self):
-        result = self.run_command("sh", "-ec", f"""
+        output = self.run_shell(f"""
+            set -e
             '{SWITCH_ANTENNA}' off; tail -n 1 '{self.registers}'
-            '{SWITCH_ANTENNA}' on & wait; tail -n 1 '{self.registers}'""")
-        self.assertEqual((result.returncode, result.stderr), (0, ""))
-        self.assertEqual([line.split()[-1] for line in result.stdout.splitlines()], ["off", "on"])
+            '{SWITCH_ANTENNA}' on & wait; tail -n 1 '{self.registers}'""", options=self.options)
+        self.assertEqual([line.split()[-1] for line in output.splitlines()], ["off", "on"])
 
 
 if __name__ == "__main__":
