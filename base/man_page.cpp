@@ -25,6 +25,23 @@ std::string escaped(const std::string& text) {
   return result;
 }
 
+/// Text in lines that mandoc does not find long.
+std::string wrapped(const std::string& text) {
+  constexpr std::size_t kWidth = 76;
+  std::string result;
+  std::size_t lineStart = 0;
+  for (const char c : text) {
+    const bool isBlank = c == ' ' || c == '\n';
+    if (isBlank && (c == '\n' || result.size() - lineStart > kWidth - 16)) {
+      result += '\n';
+      lineStart = result.size();
+    } else {
+      result += c;
+    }
+  }
+  return escaped(result);
+}
+
 /// A paragraph for the page: new lines of the text are kept.
 std::string literal(const std::string& text) {
   return ".Bd -literal\n" + escaped(text) + "\n.Ed\n";
@@ -34,10 +51,14 @@ std::string optionsOf(const CLI::App& app) {
   std::string items;
   for (const CLI::Option* const option : app.get_options()) {
     std::string name = option->get_name(true, true);
-    if (option->nonpositional() && option->get_type_size() != 0) {
+    if (option->nonpositional() && option->get_type_size() != 0 &&
+        !option->get_type_name().empty()) {
       name += " " + option->get_type_name();
     }
-    items += ".It " + escaped(name) + "\n" + escaped(option->get_description()) + "\n";
+    while (!name.empty() && name.back() == ' ') {
+      name.pop_back();
+    }
+    items += ".It " + escaped(name) + "\n" + wrapped(option->get_description()) + "\n";
   }
   return items.empty() ? "" : ".Bl -tag -width Ds\n" + items + ".El\n";
 }
@@ -52,7 +73,7 @@ std::string upper(std::string text) {
 void addCommands(std::string& text, const CLI::App& app, const std::string& before) {
   for (const CLI::App* const command : app.get_subcommands({})) {
     const std::string name = before + command->get_name();
-    text += ".Ss " + escaped(name) + "\n" + escaped(command->get_description()) + "\n" +
+    text += ".Ss " + escaped(name) + "\n" + wrapped(command->get_description()) + "\n" +
             optionsOf(*command);
     addCommands(text, *command, name + " ");
   }
@@ -73,7 +94,7 @@ std::string manPage(const ManPage& page, const CLI::App& app) {
   if (!commands.empty()) {
     text += ".Op Ar COMMAND ...\n";
   }
-  text += ".Sh DESCRIPTION\n" + escaped(description) + "\n.Pp\nThe options are:\n" + optionsOf(app);
+  text += ".Sh DESCRIPTION\n" + wrapped(description) + "\n.Pp\nThe options are:\n" + optionsOf(app);
   if (!commands.empty()) {
     text += ".Sh COMMANDS\n" + commands;
   }

@@ -36,6 +36,15 @@ std::string wordFrom(const toml::node& node, const std::string& key) {
   return words;
 }
 
+/// A receiver can hold what no command sets, such as its factory's DOP mask.
+bool canBeSet(const Setting& setting, const Json& value) {
+  try {
+    return valueFrom(setting, textOf(value)) == value;
+  } catch (const Failure&) {
+    return false;
+  }
+}
+
 Json surveyFrom(const toml::table& table) {
   return {{"mode", table["mode"].value_or(std::string())},
           {"length", table["length"].value_or(std::int64_t{0})},
@@ -53,6 +62,9 @@ std::string makeBackup(Session& session) {
       continue;
     }
     const Json value = setting.read(session);
+    if (!canBeSet(setting, value)) {
+      continue;
+    }
     if (value.is_boolean()) {
       values.insert(setting.key, value.get<bool>());
     } else if (value.is_number()) {

@@ -8,7 +8,7 @@
 #include <sstream>
 #include <thread>
 
-#include "operations/operation.h"
+#include "operation_table/operation.h"
 #include "orb-gnss/catalogue.h"
 #include "orbctl/command.h"
 #include "orbctl/failure.h"

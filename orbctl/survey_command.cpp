@@ -34,25 +34,25 @@ void showSurvey(const Options& options, const Json& survey) {
   show(options, "survey", survey, text);
 }
 
-/// Asks once a second until the receiver no longer surveys.
+/// Asks once a second until the survey is over: the receiver names another mode or saves another
+/// position, or the survey's length has passed.
 void waitForEnd(Session& session, const Options& options) {
   const bool showsProgress = ::isatty(STDERR_FILENO) == 1 && !options.session.isQuiet;
   const auto start = std::chrono::steady_clock::now();
-  for (;;) {
-    const Json survey = readSurvey(session);
-    if (survey["mode"] != "auto") {
-      if (showsProgress) {
-        fmt::print(stderr, "\r\033[K");
-      }
-      return;
-    }
-    if (showsProgress) {
-      const auto passed = std::chrono::duration_cast<std::chrono::seconds>(
-          std::chrono::steady_clock::now() - start);
-      fmt::print(stderr, "\r\033[Ksurveying for {} s of {} s", passed.count(),
-                 survey["length"].get<long long>());
-    }
+  const Json atStart = readSurvey(session);
+  const auto length = std::chrono::seconds(atStart["length"].get<long long>());
+  bool isOver = atStart["mode"] != "auto";
+  while (!isOver) {
     std::this_thread::sleep_for(std::chrono::seconds(1));
+    const auto passed =
+        std::chrono::duration_cast<std::chrono::seconds>(std::chrono::steady_clock::now() - start);
+    if (showsProgress) {
+      fmt::print(stderr, "\r\033[Ksurveying for {} s of {} s", passed.count(), length.count());
+    }
+    isOver = passed > length || readSurvey(session) != atStart;
+  }
+  if (showsProgress) {
+    fmt::print(stderr, "\r\033[K");
   }
 }
 

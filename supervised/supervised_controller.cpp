@@ -3,7 +3,7 @@
 #include <atomic>
 #include <stdexcept>
 
-#include "operations/value_of.h"
+#include "operation_table/value_of.h"
 #include "supervised/supervisor.h"
 
 namespace {

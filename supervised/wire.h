@@ -5,7 +5,7 @@
 #include <string_view>
 #include <vector>
 
-#include "operations/operation.h"
+#include "operation_table/operation.h"
 
 namespace orb {
 

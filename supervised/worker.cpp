@@ -11,8 +11,8 @@
 #include <new>
 #include <thread>
 
-#include "operations/operation.h"
-#include "operations/receiver.h"
+#include "operation_table/operation.h"
+#include "operation_table/receiver.h"
 #include "supervised/device_lock.h"
 #include "supervised/frame_socket.h"
 #include "supervised/wire.h"

@@ -108,7 +108,7 @@ std::string SimulatedDevice::pathMap() const {
   std::string map = "/dev/tty_gps=" + escaped(tty_);
   map += std::string(":/dev/") + kI2cBus + "=" + escaped(i2cBus_);
   for (const fs::path file : kLockFiles) {
-    map += ":" + file.string() + "=" + escaped(folder_ / file.filename());
+    map += ":" + file.string() + "=" + escaped(i2cBus_.parent_path() / file.filename());
   }
   for (const fs::path file : kWrittenFiles) {
     map += ":" + file.string() + "=" + escaped(files_ / file.filename());

@@ -1,4 +1,4 @@
-#include "operations/operation.h"
+#include "operation_table/operation.h"
 
 #include <gtest/gtest.h>
 
@@ -8,7 +8,7 @@
 #include <regex>
 #include <sstream>
 
-#include "operations/receiver.h"
+#include "operation_table/receiver.h"
 
 namespace orb::test {
 namespace {
@@ -26,7 +26,7 @@ TEST(Operations, AreTheSixtyOfEveryControllerFirst) {
   ASSERT_GT(operations().size(), 60U);
   EXPECT_EQ(operations()[0].name, "Init");
   EXPECT_EQ(operations()[59].name, "gpsObtSetMsgType");
-  EXPECT_EQ(operations()[60].name, "IsOrbitek");
+  EXPECT_EQ(operations()[60].name, "setAntennaPower");
 }
 
 TEST(Operations, HaveNamesOfTheirOwn) {

@@ -6,9 +6,9 @@
 #include <type_traits>
 #include <utility>
 
-#include "operations/operation.h"
-#include "operations/receiver.h"
-#include "operations/value_of.h"
+#include "operation_table/operation.h"
+#include "operation_table/receiver.h"
+#include "operation_table/value_of.h"
 
 // Makes a row of the table from a member function: its types are the compiler's, its texts the
 // row's.

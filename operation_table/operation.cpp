@@ -1,6 +1,6 @@
-#include "operations/operation.h"
+#include "operation_table/operation.h"
 
-#include "operations/binding.h"
+#include "operation_table/binding.h"
 
 namespace orb {
 namespace {

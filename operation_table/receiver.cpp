@@ -1,4 +1,4 @@
-#include "operations/receiver.h"
+#include "operation_table/receiver.h"
 
 #include <algorithm>
 #include <chrono>

@@ -4,7 +4,7 @@
 #include <string>
 #include <type_traits>
 
-#include "operations/operation.h"
+#include "operation_table/operation.h"
 
 namespace orb {
 
