@@ -37,30 +37,40 @@ pid_t writtenIn(int file) {
 
 bool isAlive(pid_t process) { return ::kill(process, 0) == 0 || errno == EPERM; }
 
-/// Whether `path` is still the name of the open `file`: a holder removes it when it is done.
-bool isStillAt(const std::string& path, int file) {
-  struct stat named {};
+/// Whether the open `file` still has its name: a holder removes it when it is done.
+bool hasName(int file) {
   struct stat opened {};
-  return ::stat(path.c_str(), &named) == 0 && ::fstat(file, &opened) == 0 &&
-         named.st_ino == opened.st_ino && named.st_dev == opened.st_dev;
+  return ::fstat(file, &opened) == 0 && opened.st_nlink > 0;
 }
 
+struct LockFile {
+  OwnedDescriptor descriptor;
+  bool isNew = false;
+};
+
 /// A file that another user has made can be read at least, which is enough for flock().
-OwnedDescriptor openFile(const std::string& path) {
+LockFile openFile(const std::string& path) {
   constexpr mode_t kEveryoneReads = 0644;
-  OwnedDescriptor file(
-      ::open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW | O_NOCTTY, kEveryoneReads));
-  if (!file.isOpen() && errno == EACCES) {
-    file = OwnedDescriptor(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NOCTTY));
+  constexpr int kFlags = O_CLOEXEC | O_NOFOLLOW | O_NOCTTY;
+  LockFile file{
+      OwnedDescriptor(::open(path.c_str(), O_RDWR | O_CREAT | O_EXCL | kFlags, kEveryoneReads)),
+      true};
+  if (!file.descriptor.isOpen() && errno == EEXIST) {
+    file = {OwnedDescriptor(::open(path.c_str(), O_RDWR | kFlags)), false};
+  }
+  if (!file.descriptor.isOpen() && errno == EACCES) {
+    file = {OwnedDescriptor(::open(path.c_str(), O_RDONLY | kFlags)), false};
+    errno = EACCES;  // which it is that counts, also where there is no file
   }
   return file;
 }
 
 }  // namespace
 
-std::string DeviceLock::path() {
-  const bool hasRun = ::access("/run/lock", F_OK) == 0;
-  return std::string(hasRun ? "/run/lock/" : "/var/lock/") + kFileName;
+const std::string& DeviceLock::path() {
+  static const std::string path =
+      std::string(::access("/run/lock", F_OK) == 0 ? "/run/lock/" : "/var/lock/") + kFileName;
+  return path;
 }
 
 DeviceLock::~DeviceLock() {
@@ -90,17 +100,23 @@ DeviceLock::State DeviceLock::acquire(Deadline deadline) {
 }
 
 DeviceLock::Attempt DeviceLock::attempt(const std::string& path) {
-  file_ = openFile(path);
+  LockFile opened = openFile(path);
+  file_ = std::move(opened.descriptor);
   if (!file_.isOpen()) {
-    problem_ = "cannot write " + path + ": " + std::strerror(errno);
-    return Attempt::Impossible;
+    if (errno == ENOENT && !opened.isNew) {
+      return Attempt::Again;  // its holder has just removed it
+    }
+    return impossible(path);
   }
   if (::flock(file_.get(), LOCK_EX | LOCK_NB) != 0) {
     holder_ = writtenIn(file_.get());
     return Attempt::Busy;
   }
-  if (!isStillAt(path, file_.get())) {
+  if (!hasName(file_.get())) {
     return Attempt::Again;
+  }
+  if (opened.isNew) {
+    return takeOver(path);
   }
   // Other tools write the file without flock().
   const pid_t other = writtenIn(file_.get());
@@ -109,16 +125,22 @@ DeviceLock::Attempt DeviceLock::attempt(const std::string& path) {
     file_.reset();
     return Attempt::Busy;
   }
+  if (::ftruncate(file_.get(), 0) != 0) {
+    return impossible(path);
+  }
   return takeOver(path);
+}
+
+DeviceLock::Attempt DeviceLock::impossible(const std::string& path) {
+  problem_ = "cannot write " + path + ": " + std::strerror(errno);
+  return Attempt::Impossible;
 }
 
 DeviceLock::Attempt DeviceLock::takeOver(const std::string& path) {
   char text[16];
   const int length = std::snprintf(text, sizeof text, "%10d\n", static_cast<int>(::getpid()));
-  if (::ftruncate(file_.get(), 0) != 0 ||
-      ::pwrite(file_.get(), text, static_cast<std::size_t>(length), 0) != length) {
-    problem_ = "cannot write " + path + ": " + std::strerror(errno);
-    return Attempt::Impossible;
+  if (::pwrite(file_.get(), text, static_cast<std::size_t>(length), 0) != length) {
+    return impossible(path);
   }
   isOurs_ = true;
   return Attempt::Taken;
@@ -128,7 +150,7 @@ void DeviceLock::removeLeftBy(pid_t process) {
   const std::string path = DeviceLock::path();
   const OwnedDescriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NOCTTY));
   if (file.isOpen() && ::flock(file.get(), LOCK_EX | LOCK_NB) == 0 &&
-      writtenIn(file.get()) == process && isStillAt(path, file.get())) {
+      writtenIn(file.get()) == process && hasName(file.get())) {
     ::unlink(path.c_str());
   }
 }

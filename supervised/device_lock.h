@@ -33,7 +33,7 @@ class DeviceLock {
   const std::string& problem() const { return problem_; }
 
   /// Where the file stands, where it stands.
-  static std::string path();
+  static const std::string& path();
 
   /// Removes the file where it holds the id of `process`, which has been killed.
   static void removeLeftBy(pid_t process);
@@ -42,6 +42,7 @@ class DeviceLock {
   enum class Attempt { Taken, Busy, Again, Impossible };
 
   Attempt attempt(const std::string& path);
+  Attempt impossible(const std::string& path);
   Attempt takeOver(const std::string& path);
 
   OwnedDescriptor file_;

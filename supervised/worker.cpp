@@ -1,10 +1,9 @@
 // The process that holds the controller for a supervised one. It does what it is asked on its
-// socket, and ends when the other end of that is closed, also in the middle of an operation.
+// socket, and ends when its client ends, also in the middle of an operation.
 
-#include <poll.h>
-#include <sys/prctl.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <cstdio>
 #include <exception>
 #include <iostream>
@@ -21,10 +20,10 @@
 namespace orb {
 namespace {
 
-/// Runs in a thread of its own: the other one may be in a call that does not return.
+/// Runs in a thread of its own: the main one may be in a call that does not return.
 [[noreturn]] void endWithClient(pid_t client) {
-  pollfd socket{kWorkerSocket, POLLRDHUP, 0};
-  while (::poll(&socket, 1, -1) <= 0) {
+  char none = 0;
+  while (::read(kWorkerLifeline, &none, 1) < 0 && errno == EINTR) {
   }
   DeviceLock::removeLeftBy(client);
   ::_exit(0);

@@ -12,6 +12,7 @@
 #include <csignal>
 #include <filesystem>
 
+#include "base/pipe.h"
 #include "supervised/worker_socket.h"
 
 namespace orb {
@@ -27,16 +28,16 @@ void check(int error, const char* what) {
 /// Away from standard input, output and error, where a client has closed them: the worker's own are
 /// put there.
 OwnedDescriptor aboveStandard(OwnedDescriptor descriptor) {
-  if (descriptor.get() > kWorkerSocket) {
+  if (descriptor.get() > kWorkerLifeline) {
     return descriptor;
   }
-  return OwnedDescriptor(::fcntl(descriptor.get(), F_DUPFD_CLOEXEC, kWorkerSocket + 1), "fcntl");
+  return OwnedDescriptor(::fcntl(descriptor.get(), F_DUPFD_CLOEXEC, kWorkerLifeline + 1), "fcntl");
 }
 
 /// What posix_spawn() is to do in the new process.
 class SpawnPlan {
  public:
-  SpawnPlan(int socket, int output, int errors) {
+  SpawnPlan(int socket, int lifeline, int output, int errors) {
     check(::posix_spawn_file_actions_init(&actions_), "posix_spawn_file_actions_init");
     check(::posix_spawnattr_init(&attributes_), "posix_spawnattr_init");
     check(::posix_spawn_file_actions_addopen(&actions_, STDIN_FILENO, "/dev/null", O_RDONLY, 0),
@@ -44,7 +45,8 @@ class SpawnPlan {
     give(output, STDOUT_FILENO);
     give(errors, STDERR_FILENO);
     give(socket, kWorkerSocket);
-    check(::posix_spawn_file_actions_addclosefrom_np(&actions_, kWorkerSocket + 1),
+    give(lifeline, kWorkerLifeline);
+    check(::posix_spawn_file_actions_addclosefrom_np(&actions_, kWorkerLifeline + 1),
           "posix_spawn_file_actions_addclosefrom_np");
     // A process group of its own: signals from the terminal are for the client, and where the
     // client is killed, the kernel ends a worker that is stopped.
@@ -111,8 +113,12 @@ WorkerProcess::WorkerProcess(const std::string& program)
   checked(::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends.data()), "socketpair");
   socket_ = OwnedDescriptor(ends[0]);
   const OwnedDescriptor theirs = aboveStandard(OwnedDescriptor(ends[1]));
-  socket_ = aboveStandard(std::move(socket_));
-  process_ = SpawnPlan(theirs.get(), output_.descriptor(), errors_.descriptor()).spawn(program);
+  Pipe lifeline;
+  lifeline_ = std::move(lifeline.writing);
+  const OwnedDescriptor theirLifeline = aboveStandard(std::move(lifeline.reading));
+  process_ =
+      SpawnPlan(theirs.get(), theirLifeline.get(), output_.descriptor(), errors_.descriptor())
+          .spawn(program);
 }
 
 WorkerProcess::~WorkerProcess() { end(); }

@@ -48,6 +48,7 @@ class WorkerProcess {
   CapturedStream output_;
   CapturedStream errors_;
   OwnedDescriptor socket_;
+  OwnedDescriptor lifeline_;
   pid_t process_ = -1;
 };
 

@@ -89,6 +89,17 @@ TEST_F(DeviceLockTest, SaysWhyTheLineIsNotProtected) {
   EXPECT_EQ(lock.problem(), "cannot write " + DeviceLock::path() + ": No such file or directory");
 }
 
+TEST_F(DeviceLockTest, GoesOnInAFolderThatItMayNotWrite) {
+  if (::geteuid() == 0) {
+    GTEST_SKIP() << "root may write everywhere";
+  }
+  std::filesystem::permissions(files_.folder, std::filesystem::perms::owner_exec);
+  DeviceLock lock;
+  EXPECT_EQ(lock.acquire(soon()), State::Unprotected);
+  std::filesystem::permissions(files_.folder, std::filesystem::perms::owner_all);
+  EXPECT_EQ(lock.problem(), "cannot write " + DeviceLock::path() + ": Permission denied");
+}
+
 TEST_F(DeviceLockTest, RemovesWhatAKilledProcessHasLeft) {
   const pid_t ended = endedProcess();
   fill(file_, line(ended));
