@@ -147,6 +147,8 @@ Transfer Supervisor::lockAndAsk(const Operation& operation, const std::vector<Va
   } else if (transfer == Transfer::Closed) {
     call.ending = Ending::WorkerEnded;
     call.problem = "the worker ended during " + std::string(operation.name);
+    const std::string lastWords = call.standardError.substr(0, call.standardError.find('\n'));
+    call.problem += lastWords.empty() ? "" : ": " + lastWords;
   }
   if (transfer != Transfer::Done) {
     worker_.reset();
