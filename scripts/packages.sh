@@ -2,11 +2,12 @@
 
 # What building and running the product takes.
 ORB_BUILD_PACKAGES="g++ cmake ninja-build pkg-config libsystemd-dev libtomlplusplus-dev
-  libcli11-dev libeigen3-dev nlohmann-json3-dev dbus-daemon"
+  libcli11-dev libeigen3-dev libfmt-dev libncurses-dev nlohmann-json3-dev
+  dbus-daemon"
 
 # What testing it takes besides.
 ORB_TEST_PACKAGES="bash binutils clang dbus-bin diffutils i2c-tools libclang-rt-dev libgmock-dev
-  libgtest-dev locales procps python3 python3-nmea2 python3-smbus strace valgrind"
+  libgtest-dev locales procps python3 python3-jsonschema python3-nmea2 python3-smbus strace valgrind"
 
 # What the steps `lint` and `coverage` of ./test take besides.
 ORB_LINT_PACKAGES="clang-format clang-tidy"

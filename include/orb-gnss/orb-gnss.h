@@ -15,3 +15,4 @@
 #include "orb-gnss/null_controller.h"
 #include "orb-gnss/packet.h"
 #include "orb-gnss/serial_channel.h"
+#include "orb-gnss/supervised_controller.h"

@@ -29,6 +29,9 @@ constexpr const char* kWrittenFiles[] = {
     "/tmp/orbitekChip-info.txt",
 };
 
+/// The lock of the line, under both names of its folder.
+constexpr const char* kLockFiles[] = {"/run/lock/LCK..tty_gps", "/var/lock/LCK..tty_gps"};
+
 /// What COMMAND finds at the far end of its line; none where there is no line or it is another's.
 std::unique_ptr<Device> makeReceiver(const RunOptions& options) {
   if (!options.tty.empty() || options.scenario.presence == Scenario::Presence::Absent) {
@@ -104,6 +107,9 @@ std::string SimulatedDevice::pathMap() const {
   // What is not simulated is not there: a mapped path that leads nowhere.
   std::string map = "/dev/tty_gps=" + escaped(tty_);
   map += std::string(":/dev/") + kI2cBus + "=" + escaped(i2cBus_);
+  for (const fs::path file : kLockFiles) {
+    map += ":" + file.string() + "=" + escaped(i2cBus_.parent_path() / file.filename());
+  }
   for (const fs::path file : kWrittenFiles) {
     map += ":" + file.string() + "=" + escaped(files_ / file.filename());
   }

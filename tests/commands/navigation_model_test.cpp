@@ -1,5 +1,4 @@
 #include <string>
-#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -83,12 +82,6 @@ TEST_F(DynamicModel, GoesOnToTheFixWhenTheNavigationModeIsNotKept) {
   EXPECT_EQ(set(2, 1), (Observed{.result = 1, .line = modeLine_ + fixLine_}));
 }
 
-TEST_F(DynamicModel, ReportsAFixThatIsNotKept) {
-  answerMode(mode_.reply.packet);
-  answerFix(fix_.otherReply.packet);
-  EXPECT_EQ(set(2, 1).result, 1u);
-}
-
 TEST_F(DynamicModel, AddsUpWhatBothHalvesComeTo) {
   answerFix(fix_.otherReply.packet);
   letWaitsEnd();
@@ -99,17 +92,6 @@ TEST_F(DynamicModel, AddsUpWhatBothHalvesComeTo) {
                       .line = lineOf(modeZero_, modeZero_.sends.packet) + fixLine_}));
 }
 
-TEST_F(DynamicModel, IsTriedInBothHalvesWithoutDevice) {
-  unplug();
-  EXPECT_EQ(
-      set(2, 1),
-      (Observed{.result = 8 | 1,
-                .standardError = times(4, kNoDevice),
-                .errorLog = notSent(mode_.sends.description) + notSent(mode_.reads.description) +
-                            notSent(fix_.sends.description) + notSent(fix_.reads.description),
-                .line = {"wait 100 ms", "wait 100 ms"}}));
-}
-
 TEST_F(DynamicModel, IsReadFromTheFixFirstAndThenFromTheNavigationMode) {
   answerFix("A0 A1 00 04 64 88 00 01 ED 0D 0A");
   answerMode("A0 A1 00 03 64 8B FF 10 0D 0A");
@@ -117,6 +99,7 @@ TEST_F(DynamicModel, IsReadFromTheFixFirstAndThenFromTheNavigationMode) {
                              .line = {"open", fix_.reads.packet, "open", mode_.reads.packet}}));
 }
 
+// Fix modes 0 and 1 are exchanged in comparison with those that are set, on purpose.
 TEST_F(DynamicModel, HasTheFixModeThatBothHalvesOfTheFixAgreeOn) {
   answerMode(mode_.reply.packet);
   for (const auto& [reply, outputs] : {std::pair{"A0 A1 00 04 64 88 01 01 EC 0D 0A", "1, 1"},
@@ -163,23 +146,6 @@ TEST_F(DynamicModel, IsLeftAloneWhenTheDeviceIsMissingOrGoesAfterTheFix) {
   expected.errorLog = notSent(fix_.reads.description);
   expected.line.clear();
   EXPECT_EQ(get(), expected);
-}
-
-// What is set and what is then read differ, on purpose: fix modes 0 and 1 are exchanged, and the
-// model comes back as its navigation mode.
-TEST_F(DynamicModel, ComesBackInOtherNumbers) {
-  connectReceiver();
-  for (const auto& [model, fixMode, outputs] : {std::tuple{3, 0, "2, 1"},
-                                                {3, 1, "2, 0"},
-                                                {3, 2, "2, 2"},
-                                                {0, 2, "1, 2"},
-                                                {1, 2, "1, 2"},
-                                                {2, 2, "1, 2"},
-                                                {7, 2, "5, 2"},
-                                                {8, 2, "0, 2"}}) {
-    EXPECT_EQ(set(model, fixMode).result, 0u);
-    EXPECT_EQ(get().outputs, outputs);
-  }
 }
 
 }  // namespace

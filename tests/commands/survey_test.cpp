@@ -13,8 +13,6 @@ namespace orb::test {
 namespace {
 
 constexpr const char* kQueryTiming = "A0 A1 00 01 44 44 0D 0A";
-const std::string kTimingNotSent = notSent("44 00: Query 1PPS timing of the GNSS receiver");
-const std::string kNoTiming = noReply("44 00: Query 1PPS timing of the GNSS receiver");
 const std::string kSettingNotSent = notSent("54 00: Configure 1PPS timing of GNSS receiver");
 
 // A receiver's timing in a mode, every field of it different: an hour's survey, a standard
@@ -33,34 +31,55 @@ const std::string kUnknownTiming = timingIn("03", "5A");
 constexpr const char* kSetDynamic =
     "A0 A1 00 1F 54 00 00 00 0E 10 12 34 56 78 40 48 2F 85 EA 7C 12 34 C0 27 22 BA 21 8F 56 78 "
     "44 02 20 00 00 C9 0D 0A";
-constexpr const char* kSurveyTwoHours =
-    "A0 A1 00 1F 54 01 00 00 1C 20 12 34 56 78 40 48 2F 85 EA 7C 12 34 C0 27 22 BA 21 8F 56 78 "
-    "44 02 20 00 00 EA 0D 0A";
+constexpr const char* kSurveyLonger =
+    "A0 A1 00 1F 54 01 00 01 02 03 12 34 56 78 40 48 2F 85 EA 7C 12 34 C0 27 22 BA 21 8F 56 78 "
+    "44 02 20 00 00 D6 0D 0A";
 constexpr const char* kHoldPosition =
     "A0 A1 00 1F 54 02 00 00 0E 10 12 34 56 78 40 48 10 00 00 00 00 00 C0 27 00 00 00 00 00 00 "
     "C2 02 10 00 00 6F 0D 0A";
 
-struct StaticArguments {
-  double latitude;
-  double longitude;
-  double altitude;
-  double stdDev;
-  Call call() const {
-    return calling(&Driver::setSurveyStatic, latitude, longitude, altitude, stdDev);
-  }
-};
+// Not through the virtual table, so that a recording driver takes down what they call.
+Call setStatic(double latitude, double longitude, double altitude, double stdDev) {
+  return [=](auto& driver) {
+    return Outcome(driver.Driver::setSurveyStatic(latitude, longitude, altitude, stdDev));
+  };
+}
+Call setAuto(unsigned int surveyLength, float stdDev) {
+  return [=](auto& driver) { return Outcome(driver.Driver::setSurveyAuto(surveyLength, stdDev)); };
+}
+Call setMode(const std::string& name) {
+  return [=](auto& driver) { return Outcome(driver.Driver::setSurveyMode(name)); };
+}
+const Call kHold = setStatic(48.125, -11.5, -32.515625, 1);
+const Call kSurvey = setAuto(0x00010203, 30);
+const Call kNavigate = [](auto& driver) { return Outcome(driver.Driver::setSurveyDynamic()); };
 
-struct AutoArguments {
-  unsigned int surveyLength;
-  float stdDev;
-  Call call() const {
-    return [=, *this](auto& driver) { return Outcome(driver.setSurveyAuto(surveyLength, stdDev)); };
-  }
-};
+/// Takes down the steps of a setting.
+class SurveyTakenDown : public RecordingDriver {
+ public:
+  using StampedDriver::gpsObtGetTimeMode;
 
-const Call kHold = StaticArguments{48.125, -11.5, -32.515625, 1}.call();
-const Call kSurvey = AutoArguments{7200, 30}.call();
-const Call kNavigate = calling(&Driver::setSurveyDynamic);
+  unsigned int gpsObtGetTimeMode(unsigned int& mode, unsigned int& surveyLength,
+                                 unsigned int& stdDev, double& latitude, double& longitude,
+                                 float& altitude) override {
+    calls.push_back("gpsObtGetTimeMode");
+    mode = 258;
+    surveyLength = 3600;
+    stdDev = 9;
+    latitude = 48.5;
+    longitude = -11.25;
+    altitude = 0.1F;
+    return queryResult;
+  }
+  unsigned int getSurveyMode(std::string& mode) override {
+    mode += readBack;
+    return note("getSurveyMode");
+  }
+  std::string timeStamp() override { return StampedDriver::timeStamp(); }
+
+  unsigned int queryResult = 0;
+  std::string readBack;
+};
 
 class Survey : public OperationTest {
  protected:
@@ -93,23 +112,14 @@ TEST_F(Survey, DynamicIsPrintedWithAFlush) {
   EXPECT_EQ(output.flushedText(), "Survey Mode: DYNAMIC\n");
 }
 
-TEST_F(Survey, AutoWithoutArgumentsIsOfThreeHours) {
-  answer(kDynamicTiming, kSurveyTiming);
-  EXPECT_EQ(observe([](auto& driver) { return Outcome(driver.setSurveyAuto()); }),
-            (Observed{.line = line("A0 A1 00 1F 54 01 00 00 2A 30 12 34 56 78 40 48 2F 85 EA 7C 12 "
-                                   "34 C0 27 22 BA 21 8F 56 78 "
-                                   "44 02 20 00 00 CC 0D 0A",
-                                   "wait 100 ms")}));
-}
-
 struct Setter {
-  const char* name;
+  const char* name;  ///< of its mode
   Call call;
   std::string kept;    ///< the timing that is to be read back
   const char* packet;  ///< what it makes of the timing with an unknown mode
   const char* wait;
   std::string printed(const std::string& mode) const {
-    return std::string(name) == "Dynamic" ? "Survey Mode: " + mode + "\n" : "";
+    return std::string(name) == "DYNAMIC" ? "Survey Mode: " + mode + "\n" : "";
   }
 };
 
@@ -122,9 +132,9 @@ class SurveySetter : public Survey, public testing::WithParamInterface<Setter> {
 
 INSTANTIATE_TEST_SUITE_P(
     Each, SurveySetter,
-    testing::Values(Setter{"Static", kHold, kStaticTiming, kHoldPosition, "wait 100 ms"},
-                    Setter{"Auto", kSurvey, kSurveyTiming, kSurveyTwoHours, "wait 100 ms"},
-                    Setter{"Dynamic", kNavigate, kDynamicTiming, kSetDynamic, "wait 800 ms"}),
+    testing::Values(Setter{"STATIC", kHold, kStaticTiming, kHoldPosition, "wait 100 ms"},
+                    Setter{"AUTO", kSurvey, kSurveyTiming, kSurveyLonger, "wait 100 ms"},
+                    Setter{"DYNAMIC", kNavigate, kDynamicTiming, kSetDynamic, "wait 800 ms"}),
     [](const auto& info) { return info.param.name; });
 
 // The standard deviation is the receiver's own: the argument is only checked.
@@ -140,75 +150,26 @@ TEST_P(SurveySetter, KeepsTheRestAndIsRejectedWhenTheModeIsNotKept) {
   }
 }
 
-// Not 4, which the query comes to.
-TEST_P(SurveySetter, IsRejectedUnsentWhenItsQueryIsNotAnswered) {
-  letWaitsEnd();
-  EXPECT_EQ(
-      observe(setter().call),
-      (Observed{
-          .result = 1, .standardError = kTimedOut, .errorLog = kNoTiming, .line = queryOnly_}));
-  EXPECT_EQ(waitsEnded(), 1);
-}
-
-// Not 8, which the query comes to.
-TEST_P(SurveySetter, IsRejectedUnsentWithoutDevice) {
-  unplug();
-  EXPECT_EQ(observe(setter().call),
-            (Observed{.result = 1, .standardError = kNoDevice, .errorLog = kTimingNotSent}));
-}
-
-// A device that goes while the query's channel is open is missing when the setting's is opened.
-
-TEST_P(SurveySetter, IsReadBackAlsoWhenItCouldNotBeSent) {
-  answer(kDynamicTiming);
-  when("open", 1, [&] { unplug(); });
-  EXPECT_EQ(observe(setter().call), (Observed{.result = 8 | 1,
-                                              .standardOutput = setter().printed(""),
-                                              .standardError = times(2, kNoDevice),
-                                              .errorLog = kSettingNotSent + kTimingNotSent,
-                                              .line = {"open", kQueryTiming, setter().wait}}));
-}
-
-TEST_P(SurveySetter, ReportsASettingThatCouldNotBeSentThoughItsModeIsThere) {
-  answer(setter().kept);
-  when("open", 1, [&] { unplug(); });
-  when(setter().wait, 1, [&] { plugIn(); });
-  const Observed observed = observe(setter().call);
-  EXPECT_EQ(observed.result, 8u);
-  EXPECT_EQ(observed.standardError, kNoDevice);
-  EXPECT_EQ(observed.errorLog, kSettingNotSent);
-}
-
-TEST_P(SurveySetter, AddsUpAFailedSettingAndAMissingReadBack) {
-  onPacket(kQueryTiming).first(1).answer(hex(kDynamicTiming));
-  when("open", 1, [&] { unplug(); });
-  when(setter().wait, 1, [&] {
-    plugIn();
-    letWaitsEnd();
-  });
-  EXPECT_EQ(observe(setter().call),
-            (Observed{.result = 8 | 4 | 1,
-                      .standardOutput = setter().printed(""),
-                      .standardError = std::string(kNoDevice) + kTimedOut,
-                      .errorLog = kSettingNotSent + kNoTiming,
-                      .line = {"open", kQueryTiming, setter().wait, "open", kQueryTiming}}));
-  EXPECT_EQ(waitsEnded(), 1);
-}
-
-TEST_P(SurveySetter, ReportsAMissingReadBackAsAMismatchToo) {
-  onPacket(kQueryTiming).first(1).answer(hex(kDynamicTiming));
-  when(setter().wait, 1, [&] { letWaitsEnd(); });
-  EXPECT_EQ(observe(setter().call), (Observed{.result = 4 | 1,
-                                              .standardOutput = setter().printed(""),
-                                              .standardError = kTimedOut,
-                                              .errorLog = kNoTiming,
-                                              .line = line(setter().packet, setter().wait)}));
-  EXPECT_EQ(waitsEnded(), 1);
-}
-
-TEST_P(SurveySetter, IsKeptByTheReceiver) {
-  connectReceiver();
-  EXPECT_EQ(observe(setter().call).result, 0u);
+TEST_P(SurveySetter, AddsUpWhatItsSettingAndItsReadBackThroughTheInterfaceComeTo) {
+  for (const bool isSent : {true, false}) {
+    if (!isSent) {
+      unplug();
+    }
+    for (const unsigned int readBack : {0U, 4U, 64U}) {
+      for (const std::string mode : {setter().name, ""}) {
+        SurveyTakenDown driver;
+        driver.readBack = mode;
+        driver.resultOf = [=](std::size_t) { return readBack; };
+        const Observed observed = observe(driver, setter().call);
+        EXPECT_EQ(observed.result, readBack | (isSent ? 0 : 8) | (mode.empty() ? 1 : 0));
+        EXPECT_EQ(observed.standardOutput, setter().printed(mode));
+        EXPECT_EQ(observed.standardError, isSent ? "" : kNoDevice);
+        EXPECT_EQ(observed.errorLog, isSent ? "" : kSettingNotSent);
+        EXPECT_EQ(observed.line.back(), setter().wait);
+        EXPECT_EQ(driver.calls, (std::vector<std::string>{"gpsObtGetTimeMode", "getSurveyMode()"}));
+      }
+    }
+  }
 }
 
 // Saved positions keep every bit, whatever number it makes.
@@ -229,7 +190,7 @@ TEST_F(Survey, AutoAndDynamicSendEveryBitOfTheSavedPositionAgain) {
       return packet(0xC200, mode + lengthAndDeviation + position + " 00 00 00 00 00");
     };
     answer(timing("02 "), timing("01 "));
-    EXPECT_EQ(observe(AutoArguments{3600, 1}.call()),
+    EXPECT_EQ(observe(setAuto(3600, 1)),
               (Observed{.line = line(packet(0x5400, "01 " + lengthAndDeviation + position + " 00"),
                                      "wait 100 ms")}));
     answer(timing("02 "), timing("00 "));
@@ -238,39 +199,26 @@ TEST_F(Survey, AutoAndDynamicSendEveryBitOfTheSavedPositionAgain) {
   }
 }
 
-TEST_F(Survey, StaticSendsEveryBitOfItsLatitudeAndLongitudeAndANarrowAltitude) {
-  answer(kStaticTiming);
-  EXPECT_EQ(observe(StaticArguments{48.37127429063949, -0.0, 0.1, 200}.call()).line,
-            line("A0 A1 00 1F 54 02 00 00 0E 10 12 34 56 78 40 48 2F 85 EA 7C 12 34 80 00 00 00 00 "
-                 "00 00 00 "
-                 "3D CC CC CD 00 22 0D 0A",
-                 "wait 100 ms"));
-}
-
-TEST_F(Survey, SurveyLengthIsBigEndian) {
-  answer(kSurveyTiming);
-  EXPECT_EQ(observe(AutoArguments{0x00010203, 1}.call()).line,
-            line("A0 A1 00 1F 54 01 00 01 02 03 12 34 56 78 40 48 2F 85 EA 7C 12 34 C0 27 22 BA 21 "
-                 "8F 56 78 "
-                 "44 02 20 00 00 D6 0D 0A",
-                 "wait 100 ms"));
-}
-
 // Limits.
 
 constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
 
-TEST_F(Survey, StaticSendsItsLimits) {
+TEST_F(Survey, StaticSendsEveryBitOfItsLatitudeAndLongitudeAndANarrowAltitudeUpToTheLimits) {
+  const std::pair<Call, const char*> kSettings[] = {
+      {setStatic(48.37127429063949, -0.0, 0.1, 200),
+       "A0 A1 00 1F 54 02 00 00 0E 10 12 34 56 78 40 48 2F 85 EA 7C 12 34 80 00 00 00 00 00 00 00 "
+       "3D CC CC CD 00 22 0D 0A"},
+      {setStatic(90, 180, 10000, 200),
+       "A0 A1 00 1F 54 02 00 00 0E 10 12 34 56 78 40 56 80 00 00 00 00 00 40 66 80 00 00 00 00 00 "
+       "46 1C 40 00 00 6A 0D 0A"},
+      {setStatic(-90, -180, -1000, 0.01),
+       "A0 A1 00 1F 54 02 00 00 0E 10 12 34 56 78 C0 56 80 00 00 00 00 00 C0 66 80 00 00 00 00 00 "
+       "C4 7A 00 00 00 CE 0D 0A"}};
   answer(kStaticTiming);
-  EXPECT_EQ(observe(StaticArguments{90, 180, 10000, 200}.call()),
-            (Observed{.line = line("A0 A1 00 1F 54 02 00 00 0E 10 12 34 56 78 40 56 80 00 00 00 00 "
-                                   "00 40 66 80 00 00 00 00 00 46 1C 40 00 00 6A 0D 0A",
-                                   "wait 100 ms")}));
-  EXPECT_EQ(observe(StaticArguments{-90, -180, -1000, 0.01}.call()),
-            (Observed{.line = line("A0 A1 00 1F 54 02 00 00 0E 10 12 34 56 78 C0 56 80 00 00 00 00 "
-                                   "00 C0 66 80 00 00 00 00 00 C4 7A 00 00 00 CE 0D 0A",
-                                   "wait 100 ms")}));
+  for (const auto& [call, packet] : kSettings) {
+    EXPECT_EQ(observe(call), Observed{.line = line(packet, "wait 100 ms")});
+  }
 }
 
 TEST_F(Survey, StaticIsRejectedBeyondItsLimitsWithTheDeviceLeftClosed) {
@@ -285,28 +233,27 @@ TEST_F(Survey, StaticIsRejectedBeyondItsLimitsWithTheDeviceLeftClosed) {
     for (const double value : kBeyond[place]) {
       double arguments[] = {0, 0, 0, 1};
       arguments[place] = value;
-      expectRejectedUnsent(
-          StaticArguments{arguments[0], arguments[1], arguments[2], arguments[3]}.call());
+      expectRejectedUnsent(setStatic(arguments[0], arguments[1], arguments[2], arguments[3]));
     }
   }
 }
 
 TEST_F(Survey, AutoTakesItsLimits) {
   answer(kSurveyTiming);
-  const AutoArguments kLimits[] = {{1, 0.01F}, {1, 50}, {1209600, 50}, {1209600, 0.01F}};
-  for (const AutoArguments& row : kLimits) {
-    EXPECT_EQ(observe(row.call()).result, 0u) << row.surveyLength;
+  for (const unsigned int length : {1, 1209600}) {
+    EXPECT_EQ(observe(setAuto(length, 0.01F)).result, 0u) << length;
+    EXPECT_EQ(observe(setAuto(length, 50)).result, 0u) << length;
   }
 }
 
 TEST_F(Survey, AutoIsRejectedBeyondItsLimitsWithTheDeviceLeftClosed) {
   for (const unsigned int length : {0U, 1209601U, 0x80000000U, 0xFFFFFFFFU}) {
-    expectRejectedUnsent(AutoArguments{length, 1}.call());
+    expectRejectedUnsent(setAuto(length, 1));
   }
   constexpr float kNoNumber = std::numeric_limits<float>::quiet_NaN();
   for (const float stdDev : {std::nextafter(0.01F, 0.0F), 0.009F, 0.0F, -1.0F,
                              std::nextafter(50.0F, 51.0F), kNoNumber, HUGE_VALF}) {
-    expectRejectedUnsent(AutoArguments{3600, stdDev}.call());
+    expectRejectedUnsent(setAuto(3600, stdDev));
   }
 }
 
@@ -315,7 +262,7 @@ TEST_F(Survey, AutoIsRejectedBeyondItsLimitsWithTheDeviceLeftClosed) {
 TEST_F(Survey, ModeDynamicIsSetByItsNameHoweverItIsWritten) {
   for (const char* name : {"DYNAMIC", "dynamic", "Dynamic", "dYnAmIc"}) {
     answer(kStaticTiming, kDynamicTiming, 2);
-    EXPECT_EQ(observe(calling(&Driver::setSurveyMode, name)),
+    EXPECT_EQ(observe(setMode(name)),
               (Observed{.standardOutput = "Survey Mode: DYNAMIC\n",
                         .line = {"open", kQueryTiming, "open", kQueryTiming, "open", kSetDynamic,
                                  "wait 800 ms", "open", kQueryTiming}}));
@@ -326,9 +273,7 @@ TEST_F(Survey, ModeDynamicIsSetByItsNameHoweverItIsWritten) {
 TEST_F(Survey, ModesAutoAndStaticAreRejectedByTheirNameAfterOneQuery) {
   for (const char* name : {"AUTO", "auto", "Auto", "STATIC", "static", "Static"}) {
     answer(kSurveyTiming);
-    EXPECT_EQ(observe(calling(&Driver::setSurveyMode, name)),
-              (Observed{.result = 1, .line = queryOnly_}))
-        << name;
+    EXPECT_EQ(observe(setMode(name)), (Observed{.result = 1, .line = queryOnly_})) << name;
   }
 }
 
@@ -336,57 +281,11 @@ TEST_F(Survey, ModeIsLeftAloneForAnyOtherNameAfterOneQuery) {
   for (const std::string name :
        {"", "DYNAMIC ", " AUTO", "STATICS", "AUT", "MANUAL", "\xE4uto", "\xFF\x80"}) {
     answer(kSurveyTiming);
-    EXPECT_EQ(observe(calling(&Driver::setSurveyMode, name)), (Observed{.line = queryOnly_}))
-        << name;
-  }
-}
-
-TEST_F(Survey, ModeIsRejectedByAnyNameWhenItsQueryIsNotAnswered) {
-  for (const char* name : {"AUTO", "STATIC", "DYNAMIC", "MANUAL"}) {
-    letWaitsEnd();
-    EXPECT_EQ(
-        observe(calling(&Driver::setSurveyMode, name)),
-        (Observed{
-            .result = 1, .standardError = kTimedOut, .errorLog = kNoTiming, .line = queryOnly_}));
-    EXPECT_EQ(waitsEnded(), 1);
-  }
-}
-
-TEST_F(Survey, ModeIsRejectedByAnyNameWithoutDevice) {
-  unplug();
-  for (const char* name : {"AUTO", "STATIC", "DYNAMIC", "MANUAL"}) {
-    EXPECT_EQ(observe(calling(&Driver::setSurveyMode, name)),
-              (Observed{.result = 1, .standardError = kNoDevice, .errorLog = kTimingNotSent}));
+    EXPECT_EQ(observe(setMode(name)), (Observed{.line = queryOnly_})) << name;
   }
 }
 
 // The steps go through the virtual members.
-
-/// Takes down the steps of a setting.
-class SurveyTakenDown : public RecordingDriver {
- public:
-  using StampedDriver::gpsObtGetTimeMode;
-
-  unsigned int gpsObtGetTimeMode(unsigned int& mode, unsigned int& surveyLength,
-                                 unsigned int& stdDev, double& latitude, double& longitude,
-                                 float& altitude) override {
-    calls.push_back("gpsObtGetTimeMode");
-    mode = 258;
-    surveyLength = 3600;
-    stdDev = 9;
-    latitude = 48.5;
-    longitude = -11.25;
-    altitude = 0.1F;
-    return queryResult;
-  }
-  unsigned int getSurveyMode(std::string& mode) override {
-    mode = readBack;
-    return note("getSurveyMode");
-  }
-
-  unsigned int queryResult = 0;
-  std::string readBack;
-};
 
 TEST_F(Survey, ModeByNameCallsTheSetterWithWhatTheReceiverHas) {
   SurveyTakenDown driver;
@@ -410,31 +309,20 @@ TEST_F(Survey, AutoWithoutArgumentsCallsTheOtherWithThreeHoursAndAMetre) {
   EXPECT_EQ(driver.calls, std::vector<std::string>{"setSurveyAuto(10800, 1)"});
 }
 
-TEST_F(Survey, SettersQueryAndReadBackThroughTheInterface) {
-  const std::pair<const char*, Call> kSetters[] = {
-      {"STATIC", [](auto& any) { return Outcome(any.Driver::setSurveyStatic(1, 2, 3, 4)); }},
-      {"AUTO", [](auto& any) { return Outcome(any.Driver::setSurveyAuto(1, 2)); }},
-      {"DYNAMIC", [](auto& any) { return Outcome(any.Driver::setSurveyDynamic()); }}};
+TEST_F(Survey, AnyFailureOfTheQueryIsARejectionWithNothingSent) {
   connectReceiver();
-  for (const auto& [mode, call] : kSetters) {
-    SurveyTakenDown driver;
-    driver.readBack = mode;
-    driver.resultOf = [](std::size_t) { return 64U; };
-    EXPECT_EQ(observe(driver, call).result, 64u) << mode;
-    EXPECT_EQ(driver.calls, (std::vector<std::string>{"gpsObtGetTimeMode", "getSurveyMode()"}));
-  }
-}
-
-TEST_F(Survey, AnyFailureOfTheQueryIsARejection) {
   SurveyTakenDown driver;
+  std::vector<Call> setters = {kHold, kSurvey, kNavigate};
+  for (const char* name : {"AUTO", "STATIC", "DYNAMIC", "MANUAL"}) {
+    setters.push_back(setMode(name));
+  }
   for (const unsigned int failure : {1U, 4U, 8U, 256U}) {
     driver.queryResult = failure;
-    EXPECT_EQ(driver.Driver::setSurveyMode("DYNAMIC"), 1u);
-    EXPECT_EQ(driver.Driver::setSurveyStatic(1, 2, 3, 4), 1u);
-    EXPECT_EQ(driver.Driver::setSurveyAuto(1, 2), 1u);
-    EXPECT_EQ(driver.Driver::setSurveyDynamic(), 1u);
+    for (const Call& call : setters) {
+      EXPECT_EQ(observe(driver, call), Observed{.result = 1}) << failure;
+    }
   }
-  EXPECT_EQ(driver.calls, std::vector<std::string>(16, "gpsObtGetTimeMode"));
+  EXPECT_EQ(driver.calls, std::vector<std::string>(28, "gpsObtGetTimeMode"));
 }
 
 TEST_F(Survey, InfoHasTheLowByteOfTheTimingMode) {

@@ -145,13 +145,6 @@ TEST_F(Facade, FallsBackToTheNullControllerWhenNoAcknowledgementComes) {
   EXPECT_EQ(contentOf(files_.errorLog), kNoReplyLine);
 }
 
-TEST_F(Facade, FallsBackToTheNullControllerWhenTheReceiverRefuses) {
-  gps_.script.on(0x0200).refusal();
-  letPass(1);
-  EXPECT_EQ(fallBack(), kTimedOut);
-  EXPECT_EQ(contentOf(files_.errorLog), kNoReplyLine);
-}
-
 TEST_F(Facade, FallsBackToTheNullControllerWhenAnotherMessageIsAcknowledged) {
   gps_.script.on(0x0200).answer(hex("A0 A1 00 02 83 03 80 0D 0A"));
   EXPECT_EQ(fallBack(), "");

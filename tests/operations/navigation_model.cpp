@@ -15,6 +15,10 @@ const Sent kSwitchOff{"A0 A1 00 04 64 06 00 00 62 0D 0A",
                       "64 06: Configure interference detection of GNSS receiver "};
 const Sent kQueryDetection{"A0 A1 00 02 64 07 63 0D 0A",
                            "64 07: Query interference detection status of GNSS receiver "};
+// On and off, with the status 2; without either.
+constexpr const char* kReportsOn = "A0 A1 00 04 64 83 01 02 E4 0D 0A";
+constexpr const char* kReportsOff = "A0 A1 00 04 64 83 00 02 E5 0D 0A";
+constexpr const char* kReportsNothing = "A0 A1 00 02 64 83 E7 0D 0A";
 
 constexpr const char* kSetMode = "64 17: Configure the navigation mode of GNSS receiver ";
 constexpr const char* kSetMode0 = "A0 A1 00 04 64 17 00 00 73 0D 0A";
@@ -83,7 +87,7 @@ std::vector<Query> queries() {
       {.name = "GetJamDetectConfig",
        .call = reading(&Driver::gpsOrbGetJamDetectConfig, true, 77),
        .sends = kQueryDetection,
-       .reply = {"A0 A1 00 04 64 83 01 02 E4 0D 0A", {0, "true, 2", prints(true, 2)}},
+       .reply = {kReportsOn, {0, "true, 2", prints(true, 2)}},
        .shortReply = {"A0 A1 00 03 64 83 01 E6 0D 0A", {0, "true, 0", prints(true, 0)}},
        .untouched = "false, 0",
        .readings = {{"00 00", "false, 0", prints(false, 0)},
@@ -101,8 +105,8 @@ std::vector<Query> queries() {
       {.name = "GetJammingDetection",
        .call = reading(&Driver::getJammingDetection, true),
        .sends = kQueryDetection,
-       .reply = {"A0 A1 00 04 64 83 01 02 E4 0D 0A", {0, "false", prints(true, 2)}},
-       .shortReply = {"A0 A1 00 02 64 83 E7 0D 0A", {0, "false", prints(false, 0)}},
+       .reply = {kReportsOn, {0, "false", prints(true, 2)}},
+       .shortReply = {kReportsNothing, {0, "false", prints(false, 0)}},
        .untouched = "false",
        .decoded = [](auto&) { return text(false); },
        .inState = [](auto&) { return text(false); }},
@@ -118,10 +122,24 @@ std::vector<Query> queries() {
   };
 }
 
+// An unanswered read-back leaves "off".
+Setting settingDetection(const std::string& name, unsigned int (Driver::*member)(bool), bool on) {
+  return {.name = name,
+          .call = calling(member, on),
+          .sends = on ? kSwitchOn : kSwitchOff,
+          .reads = kQueryDetection,
+          .reply = {on ? kReportsOn : kReportsOff, {0, "", prints(on, 2)}},
+          .otherReply = {on ? kReportsOff : kReportsOn, {1, "", prints(!on, 2)}},
+          .shortReply = {kReportsNothing, {on ? 1U : 0U, "", prints(false, 0)}},
+          .noReply = {on ? 5U : 4U}};
+}
+
 // reply has the value that call sets, otherReply and mismatches another one, shortReply ends before
 // it: a packet, and what it comes to: result (0 for reply, otherwise 1 by default), outputs, print.
 // values: further calls, packets, and what they come to.
 std::vector<Setting> settings() {
+  Setting detectionOn = settingDetection("JamDetectConfigOn", &Driver::gpsObtJamDetectConfig, true);
+  detectionOn.draw = drawDetection;
   const auto model = [](obt_DynamicState_t value) {
     return calling(&Driver::gpsObtChangeDynamicMode, value);
   };
@@ -129,33 +147,10 @@ std::vector<Setting> settings() {
     return [=](auto& driver) { return Outcome(driver.setDynamicModel(value)); };
   };
   return {
-      {.name = "JamDetectConfigOn",
-       .call = calling(&Driver::gpsObtJamDetectConfig, true),
-       .sends = kSwitchOn,
-       .reads = kQueryDetection,
-       .reply = {"A0 A1 00 04 64 83 01 02 E4 0D 0A", {0, "", prints(true, 2)}},
-       .otherReply = {"A0 A1 00 04 64 83 00 02 E5 0D 0A", {1, "", prints(false, 2)}},
-       .shortReply = {"A0 A1 00 02 64 83 E7 0D 0A", {1, "", prints(false, 0)}},
-       .draw = drawDetection},
-      // An unanswered read-back leaves "off".
-      {.name = "JamDetectConfigOff",
-       .call = calling(&Driver::gpsObtJamDetectConfig, false),
-       .sends = kSwitchOff,
-       .reads = kQueryDetection,
-       .reply = {"A0 A1 00 04 64 83 00 02 E5 0D 0A", {0, "", prints(false, 2)}},
-       .otherReply = {"A0 A1 00 04 64 83 01 02 E4 0D 0A", {1, "", prints(true, 2)}},
-       .shortReply = {"A0 A1 00 02 64 83 E7 0D 0A", {0, "", prints(false, 0)}},
-       .noReply = {4}},
-      {.name = "SetJammingDetection",
-       .call = calling(&Driver::setJammingDetection, true),
-       .sends = kSwitchOn,
-       .reads = kQueryDetection,
-       .reply = {"A0 A1 00 04 64 83 01 00 E6 0D 0A", {0, "", prints(true, 0)}},
-       .otherReply = {"A0 A1 00 04 64 83 00 00 E7 0D 0A", {1, "", prints(false, 0)}},
-       .shortReply = {"A0 A1 00 03 64 83 01 E6 0D 0A", {0, "", prints(true, 0)}},
-       .values = {{calling(&Driver::setJammingDetection, false),
-                   kSwitchOff.packet,
-                   {0, "", prints(false, 0)}}}},
+      detectionOn,
+      settingDetection("JamDetectConfigOff", &Driver::gpsObtJamDetectConfig, false),
+      settingDetection("SetJammingDetectionOn", &Driver::setJammingDetection, true),
+      settingDetection("SetJammingDetectionOff", &Driver::setJammingDetection, false),
       {.name = "ChangeDynamicMode",
        .call = model(2),
        .sends = {kSetMode1, kSetMode},

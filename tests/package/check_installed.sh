@@ -30,4 +30,14 @@ for client in "$work/identify-pkg-config" "$work/find-package/identify"; do
   "$prefix/bin/orb-sim" run -- "$client" > "$client.out"
   diff -u "$source/tests/package/identify.expected" "$client.out"
 done
+# The supervised library, as pkg-config names it, starts the installed worker.
+# shellcheck disable=SC2046
+"$compiler" -std=c++17 "$source/examples/deadline.cpp" -o "$work/deadline" \
+  $(pkg-config --cflags --libs orb-gnss-supervised) \
+  -Wl,-rpath,"$(pkg-config --variable=libdir orb-gnss)"
+[ "$("$prefix/bin/orb-sim" run -- "$work/deadline")" = \
+  "KernelVersion 1.0.12: ODMVersion 1.2.0: Revision 2024.3.15" ]
+[ "$("$prefix/bin/orb-sim" run --silent -- "$work/deadline" || true)" = \
+  "getInfo did not return in time; no byte came on the line" ]
+[ "$("$prefix/bin/orbctl" --simulate get elevation-limit)" = "5 degrees" ]
 echo "clients of the installed package run"

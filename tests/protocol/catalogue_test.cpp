@@ -73,47 +73,6 @@ TEST(MessageDescription, IsThatOfAPlainWalkForEveryLengthOfCataloguedMessages) {
   }
 }
 
-TEST(MessageDescription, FollowsIdSubIdAndLength) {
-  constexpr const char* kAcknowledged = "Message Acknowledged";
-  constexpr const char* kPolygon = "Configure geo-fencing data by polygon to GNSS receiver ";
-  constexpr const char* kInterval = "Extended NMEA message interval of GNSS receiver";
-  const struct {
-    ORBMsgId id;
-    unsigned short length;
-    const char* expected;
-  } cases[] = {
-      // The null message is an ordinary row.
-      {{0x00, 0x00}, 0, "Null message"},
-      {{0x00, 0x00}, 1, kUnknown},
-      // The length is within the row's limits, or 0, which stands for any length.
-      {{0x83, 0x00}, 2, kAcknowledged},
-      {{0x83, 0x00}, 3, kUnknown},
-      {{0x83, 0x00}, 1, kUnknown},
-      {{0x83, 0x00}, 0, kAcknowledged},
-      {{0x64, 0x34}, 0, kPolygon},
-      // Both limits of a wide row are within it.
-      {{0x64, 0x81}, 3, kUnknown},
-      {{0x64, 0x81}, 4, kInterval},
-      {{0x64, 0x81}, 10, kInterval},
-      {{0x64, 0x81}, 14, kInterval},
-      {{0x64, 0x81}, 15, kUnknown},
-      // The end marker is no message.
-      {{0xFF, 0xFF}, 0, kUnknown},
-      {{0xFF, 0xFF}, 1, kUnknown},
-      {{0xFF, 0x00}, 0, kUnknown},
-      // No sub-id fits an id that carries none.
-      {{0x83, 0x01}, 2, kUnknown},
-      {{0x83, 0x01}, 0, kUnknown},
-      // 8B as an id would stand for a message of any length; as a sub-id it does not.
-      {{0x64, 0x8B}, 3, "Navigation mode of GNSS receiver "},
-      {{0x64, 0x8B}, 4, kUnknown},
-  };
-  for (const auto& [id, length, expected] : cases) {
-    EXPECT_STREQ(orbGetMessageDescription(id, length), expected)
-        << int{id.id} << ' ' << int{id.subId} << " length " << length;
-  }
-}
-
 TEST(GnssNames, AreSevenInTheOrderOfTheirIndexes) {
   constexpr std::array kNames = {"GPS", "SBAS", "GALILEO", "BEIDOU", "IMES", "QZSS", "GLONASS"};
   ASSERT_EQ(std::size(gnssNames), kNames.size());

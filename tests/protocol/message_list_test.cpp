@@ -51,28 +51,6 @@ class MessageList : public testing::Test {
 
 TEST_F(MessageList, StartsEmpty) { expectTaken({}); }
 
-TEST_F(MessageList, HandsOutTheOldestMessageFirst) {
-  ORBMessage* const oldest = acknowledgement();
-  ORBMessage* const middle = refusal();
-  ORBMessage* const newest = acknowledgement();
-  add({oldest, middle, newest});
-  expectTaken({oldest, middle, newest});
-}
-
-TEST_F(MessageList, FindsTheNewestOfATypeAndKeepsTheOrderOfWhatIsLeft) {
-  ORBMessage* const older = acknowledgement();
-  ORBMessage* const newer = acknowledgement();
-  ORBMessage* const firstRefusal = refusal();
-  ORBMessage* const lastRefusal = refusal();
-  add({older, firstRefusal, newer, lastRefusal});
-  for (ORBMessage* const expected : {newer, older}) {
-    const std::unique_ptr<ORBMessage> found(list_.findFirstOfMessage(0x8300));
-    EXPECT_EQ(found.get(), expected);
-  }
-  EXPECT_EQ(list_.findFirstOfMessage(0x8300), nullptr);
-  expectTaken({firstRefusal, lastRefusal});
-}
-
 TEST_F(MessageList, AgreesWithAPlainQueueWhateverTheOrderOfItsUse) {
   std::minstd_rand random;
   const auto choose = [&random](unsigned long choices) { return (random() >> 8) % choices; };

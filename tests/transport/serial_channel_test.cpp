@@ -241,13 +241,6 @@ TEST_F(SerialChannel, ReadsNothingFromAnEmptyLineOrWhenTheReadFails) {
   EXPECT_EQ(standardError(), "");
 }
 
-TEST_F(SerialChannel, ReadsNothingWhileItIsNotOpen) {
-  orbIO channel(kMissingDevice);
-  unsigned char byte = 0;
-  EXPECT_EQ(channel.ReadFromUART(&byte, 1), 0);
-  EXPECT_EQ(standardError(), kCouldNotOpen);
-}
-
 // Closing
 
 TEST_F(SerialChannel, ClosesTheDeviceWhenItIsDestroyed) {

@@ -1,0 +1,42 @@
+#pragma once
+
+#include <stdexcept>
+#include <string>
+#include <type_traits>
+
+#include "operation_table/operation.h"
+
+namespace orb {
+
+/// A C++ value as an argument or result of an operation.
+template <typename T>
+Value toValue(const T& value) {
+  if constexpr (std::is_same_v<T, bool>) {
+    return value;
+  } else if constexpr (std::is_integral_v<T>) {
+    return static_cast<long long>(value);
+  } else if constexpr (std::is_floating_point_v<T>) {
+    return static_cast<double>(value);
+  } else {
+    return value;
+  }
+}
+
+/// The other way round. Throws std::invalid_argument where the value is of another kind.
+template <typename T>
+T fromValue(const Value& value) {
+  using Held = std::conditional_t<
+      std::is_same_v<T, bool>, bool,
+      std::conditional_t<std::is_integral_v<T>, long long,
+                         std::conditional_t<std::is_floating_point_v<T>, double, std::string>>>;
+  if (const Held* const held = std::get_if<Held>(&value)) {
+    if constexpr (std::is_same_v<T, std::string>) {
+      return *held;
+    } else {
+      return static_cast<T>(*held);
+    }
+  }
+  throw std::invalid_argument("an argument of another type");
+}
+
+}  // namespace orb

@@ -1,0 +1,152 @@
+#include "orbctl/backup.h"
+
+#include <fmt/format.h>
+
+#include <sstream>
+
+#define TOML_EXCEPTIONS 1
+#include <toml++/toml.h>
+
+#include "orbctl/failure.h"
+#include "orbctl/navigation.h"
+
+namespace orb::ctl {
+namespace {
+
+/// A value of the file as the command line would have it, so that both are checked alike.
+std::string wordFrom(const toml::node& node, const std::string& key) {
+  if (const auto text = node.value_exact<std::string>()) {
+    return *text;
+  }
+  if (const auto flag = node.value_exact<bool>()) {
+    return *flag ? "on" : "off";
+  }
+  if (const auto number = node.value_exact<std::int64_t>()) {
+    return std::to_string(*number);
+  }
+  std::string words;
+  if (const toml::array* const array = node.as_array()) {
+    for (const toml::node& word : *array) {
+      words += (words.empty() ? "" : ",") + word.value_or(std::string());
+    }
+  }
+  if (words.empty()) {
+    throw Failure(ExitStatus::WrongUse, fmt::format("{}: not a value of a setting", key));
+  }
+  return words;
+}
+
+/// A receiver can hold what no command sets, such as its factory's DOP mask.
+bool canBeSet(const Setting& setting, const Json& value) {
+  try {
+    return valueFrom(setting, textOf(value)) == value;
+  } catch (const Failure&) {
+    return false;
+  }
+}
+
+Json surveyFrom(const toml::table& table) {
+  return {{"mode", table["mode"].value_or(std::string())},
+          {"length", table["length"].value_or(std::int64_t{0})},
+          {"latitude", table["latitude"].value_or(0.0)},
+          {"longitude", table["longitude"].value_or(0.0)},
+          {"altitude", table["altitude"].value_or(0.0)}};
+}
+
+}  // namespace
+
+std::string makeBackup(Session& session) {
+  toml::table values;
+  for (const Setting& setting : settings()) {
+    if (!setting.isReadable()) {
+      continue;
+    }
+    const Json value = setting.read(session);
+    if (!canBeSet(setting, value)) {
+      continue;
+    }
+    if (value.is_boolean()) {
+      values.insert(setting.key, value.get<bool>());
+    } else if (value.is_number()) {
+      values.insert(setting.key, value.get<std::int64_t>());
+    } else if (value.is_array()) {
+      toml::array words;
+      for (const Json& word : value) {
+        words.push_back(word.get<std::string>());
+      }
+      values.insert(setting.key, std::move(words));
+    } else {
+      values.insert(setting.key, value.get<std::string>());
+    }
+  }
+  const Json survey = readSurvey(session);
+  toml::table file{{"settings", std::move(values)},
+                   {"survey", toml::table{{"mode", survey["mode"].get<std::string>()},
+                                          {"length", survey["length"].get<std::int64_t>()},
+                                          {"latitude", survey["latitude"].get<double>()},
+                                          {"longitude", survey["longitude"].get<double>()},
+                                          {"altitude", survey["altitude"].get<double>()}}}};
+  std::ostringstream text;
+  text << file << '\n';
+  return text.str();
+}
+
+Backup readBackup(const std::string& file) {
+  toml::table table;
+  try {
+    table = toml::parse_file(file);
+  } catch (const toml::parse_error& error) {
+    throw Failure(ExitStatus::WrongUse,
+                  fmt::format("{}:{}: {}", file, error.source().begin.line, error.description()));
+  }
+  Backup backup;
+  const toml::table* const values = table["settings"].as_table();
+  if (values == nullptr) {
+    throw Failure(ExitStatus::WrongUse, fmt::format("{} has no table [settings]", file),
+                  "write one with: orbctl backup FILE");
+  }
+  for (const auto& [name, node] : *values) {
+    const std::string key(name.str());
+    const Setting& setting = settingNamed(key);
+    backup.settings.emplace_back(key, valueFrom(setting, wordFrom(node, key)));
+  }
+  if (const toml::table* const survey = table["survey"].as_table()) {
+    backup.survey = surveyFrom(*survey);
+  }
+  return backup;
+}
+
+bool isSurveyAsIn(Session& session, const Backup& backup) {
+  if (backup.survey.is_null()) {
+    return true;
+  }
+  const Json now = readSurvey(session);
+  const std::string mode = now["mode"].get<std::string>();
+  if (mode != backup.survey["mode"]) {
+    return false;
+  }
+  // A mode other than static surveys its position itself.
+  const auto same = [&](const char* key) { return now[key] == backup.survey[key]; };
+  return mode == "static" ? same("latitude") && same("longitude") && same("altitude")
+                          : mode != "auto" || same("length");
+}
+
+void restoreSurvey(Session& session, const Backup& backup) {
+  const Json& survey = backup.survey;
+  const std::string mode = survey["mode"].get<std::string>();
+  constexpr double kDeviation = 1;  // only checked: the receiver keeps its own
+  if (mode == "static") {
+    session.call("setSurveyStatic",
+                 {survey["latitude"].get<double>(), survey["longitude"].get<double>(),
+                  survey["altitude"].get<double>(), kDeviation});
+  } else if (mode == "auto") {
+    session.call("setSurveyAuto", {survey["length"].get<long long>(), kDeviation});
+  } else if (mode == "dynamic") {
+    session.call("setSurveyDynamic");
+  } else {
+    throw Failure(ExitStatus::WrongUse, fmt::format("there is no survey mode '{}'", mode),
+                  "it is dynamic, auto or static");
+  }
+}
+
+}  // namespace orb::ctl

@@ -1,0 +1,176 @@
+#include "orbctl/command_line.h"
+
+#include <fmt/format.h>
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <iostream>
+
+#include "base/man_page.h"
+#include "orbctl/command.h"
+#include "orbctl/completion.h"
+#include "orbctl/failure.h"
+#include "orbctl/simulate.h"
+
+namespace orb::ctl {
+namespace {
+
+constexpr char kDescription[] = "Asks and configures the GNSS receiver of this device.";
+constexpr char kFooter[] = R"(Without COMMAND: the status at a glance.
+
+Exit status: 0 success, 1 refused or read back differently, 2 wrong use, 3 no reply or a missed
+deadline, 4 not sent or no device, 5 no module or no receiver, 6 held by another process.
+
+Examples:
+  orbctl                              all is well?
+  orbctl set elevation-limit 15       changes a setting, and reads it back
+  orbctl survey auto 7200 --wait      surveys the position for two hours
+  orbctl doctor                       why does the receiver not answer?
+  orbctl --simulate status            any command, without hardware)";
+
+struct GlobalOptions {
+  Options options;
+  double deadlineSeconds = 0;
+};
+
+void addGlobalOptions(CLI::App& app, GlobalOptions& global) {
+  app.add_option("--deadline", global.deadlineSeconds,
+                 "Gives up an operation after so long; without it, after the longest time that it "
+                 "takes, and 2 s")
+      ->type_name("SECONDS")
+      ->check(CLI::Range(0.001, 1e6));
+  app.add_flag("--json", global.options.isJson, "Prints JSON");
+  app.add_flag("-q,--quiet", global.options.session.isQuiet, "Prints no more than errors");
+  app.add_flag("-v,--verbose", global.options.session.showPrints,
+               "Shows what the library prints, on standard error");
+  app.add_flag("--simulate")
+      ->description("[SCENARIO] Runs on the simulated device; orb-sim scenarios lists them");
+}
+
+/// What is made from the command line's own description.
+void addGenerators(CLI::App& app, Action& chosen, std::string& shell) {
+  CLI::App* const command =
+      addCommand(app, "completion", "Prints a script that completes command lines", chosen,
+                 [&](Session&, const Options&) { std::cout << completion(shell, app); });
+  command->add_option("SHELL", shell, "bash, zsh or fish")
+      ->required()
+      ->check(CLI::IsMember({"bash", "zsh", "fish"}));
+  addCommand(app, "man", "Prints the manual page", chosen, [&](Session&, const Options&) {
+    std::cout << manPage({"orbctl", 1, ORB_VERSION, ""}, app);
+  });
+}
+
+/// The words of a command line that are commands.
+std::vector<std::string> commandsOf(const CLI::App& app) {
+  std::vector<std::string> names;
+  for (const CLI::App* const command : app.get_subcommands({})) {
+    names.push_back(command->get_name());
+  }
+  return names;
+}
+
+int report(const Failure& failure, const Options& options) {
+  if (options.isJson) {
+    const Json data{{"ok", false},
+                    {"error",
+                     {{"status", static_cast<int>(failure.status())},
+                      {"result", failure.resultBits()},
+                      {"text", failure.what()},
+                      {"hint", failure.hint()}}}};
+    std::cout << data.dump(2) << '\n';
+  }
+  fmt::print(stderr, "orbctl: {}\n", failure.what());
+  if (!failure.hint().empty()) {
+    fmt::print(stderr, "orbctl: {}\n", failure.hint());
+  }
+  return static_cast<int>(failure.status());
+}
+
+int reportWrongUse(const CLI::App& app, const CLI::ParseError& error,
+                   const std::vector<std::string>& arguments) {
+  if (error.get_exit_code() == 0) {
+    return app.exit(error);  // --help, --version
+  }
+  std::string hint = "see: orbctl --help";
+  const std::vector<CLI::App*> asked = app.get_subcommands();
+  if (!asked.empty()) {
+    hint = fmt::format("see: orbctl {} --help", asked.front()->get_name());
+  } else if (!arguments.empty()) {
+    const std::vector<std::string> commands = commandsOf(app);
+    const std::string near = nearest(arguments.front(), commands);
+    hint = near.empty() ? hint : fmt::format("did you mean {}?", near);
+  }
+  return report(Failure(ExitStatus::WrongUse, error.what(), hint), {});
+}
+
+}  // namespace
+
+CLI::App* addCommand(CLI::App& app, const std::string& name, const std::string& description,
+                     Action& chosen, Action action) {
+  CLI::App* const command = app.add_subcommand(name, description);
+  command->fallthrough();
+  command->footer("");
+  // The innermost command is parsed first.
+  command->callback([&chosen, action = std::move(action)] {
+    if (!chosen) {
+      chosen = action;
+    }
+  });
+  return command;
+}
+
+void show(const Options& options, const std::string& command, const Json& data,
+          const std::string& text) {
+  if (options.isJson) {
+    Json whole{{"ok", true}, {"command", command}};
+    whole.update(data);
+    std::cout << whole.dump(2) << '\n';
+  } else if (!options.session.isQuiet || command == "get") {
+    std::cout << text;
+  }
+  if (!std::cout.flush()) {
+    throw Failure(ExitStatus::WrongUse, "cannot write to standard output");
+  }
+}
+
+int execute(int argc, char** argv) {
+  CLI::App app(kDescription, "orbctl");
+  app.set_version_flag("--version", "orbctl " ORB_VERSION);
+  app.footer(kFooter);
+  app.require_subcommand(0, 1);
+  GlobalOptions global;
+  addGlobalOptions(app, global);
+  Action chosen;
+  addStatusCommands(app, chosen);
+  addSettingCommands(app, chosen);
+  addSurveyCommand(app, chosen);
+  addDeviceCommands(app, chosen);
+  addDoctorCommand(app, chosen);
+  addWatchCommand(app, chosen);
+  addExpertCommands(app, chosen);
+
+  std::string shell;
+  addGenerators(app, chosen, shell);
+
+  std::vector<std::string> arguments(argv + 1, argv + argc);
+  try {
+    const auto simulation = takeSimulation(arguments, commandsOf(app));
+    if (simulation) {
+      runSimulated(*simulation, arguments);
+    }
+    std::vector<std::string> reversed(arguments.rbegin(), arguments.rend());  // as CLI11 takes them
+    app.parse(reversed);
+    Options& options = global.options;
+    options.session.deadline = std::chrono::duration_cast<std::chrono::milliseconds>(
+        std::chrono::duration<double>(global.deadlineSeconds));
+    Session session(options.session);
+    (chosen ? chosen : showStatus)(session, options);
+    return 0;
+  } catch (const CLI::ParseError& error) {
+    return reportWrongUse(app, error, arguments);
+  } catch (const Failure& failure) {
+    return report(failure, global.options);
+  }
+}
+
+}  // namespace orb::ctl

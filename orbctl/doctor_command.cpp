@@ -1,0 +1,266 @@
+#include <dirent.h>
+#include <fcntl.h>
+#include <fmt/format.h>
+#include <sys/stat.h>
+#include <termios.h>
+#include <unistd.h>
+
+#include <CLI/CLI.hpp>
+#include <cerrno>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <optional>
+
+#include "base/owned_descriptor.h"
+#include "orb-gnss/hardware_discovery.h"
+#include "orbctl/command.h"
+#include "orbctl/failure.h"
+#include "supervised/device_lock.h"
+#include "transport/default_device.h"
+
+namespace orb::ctl {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr const char* kDevice = kDefaultDevice.data();
+constexpr char kErrorLog[] = "/var/log/orbset-errors.log";
+constexpr std::chrono::milliseconds kListening{1500};
+
+/// What one look at the device found.
+struct Finding {
+  enum class State { Good, Note, Bad };
+
+  State state = State::Good;
+  std::string what;
+  std::string found;
+  std::string nextStep;                        // where it is bad
+  ExitStatus status = ExitStatus::NoReceiver;  // where it is bad
+};
+
+using enum Finding::State;
+
+Finding lookAtNode() {
+  struct stat node {};
+  if (::stat(kDevice, &node) != 0) {
+    return {Bad, "device", fmt::format("{} {}", kDevice, std::strerror(errno)),
+            "is the driver of the serial port loaded, and the udev rule for tty_gps installed?",
+            ExitStatus::NotSent};
+  }
+  if (!S_ISCHR(node.st_mode)) {
+    return {Bad, "device", fmt::format("{} is no terminal", kDevice),
+            fmt::format("remove what stands there: ls -l {}", kDevice), ExitStatus::NotSent};
+  }
+  if (::access(kDevice, R_OK | W_OK) != 0) {
+    return {Bad, "device", fmt::format("no right to read and write {}", kDevice),
+            "join the group that owns it (often dialout), or use sudo", ExitStatus::NotSent};
+  }
+  return {Good, "device", fmt::format("{} is there, and may be read and written", kDevice), {}};
+}
+
+/// What a process has open, as far as this user may see.
+std::vector<fs::path> filesOf(const fs::path& process) {
+  std::vector<fs::path> files;
+  std::error_code error;
+  for (const auto& descriptor : fs::directory_iterator(process / "fd", error)) {
+    files.push_back(fs::read_symlink(descriptor.path(), error));
+  }
+  return files;
+}
+
+/// Other processes that have the device open. One that has the far end of a pseudo-terminal is the
+/// line, not its user.
+std::vector<std::string> usersOfDevice() {
+  std::vector<std::string> users;
+  std::error_code error;
+  const fs::path device = fs::canonical(kDevice, error);
+  for (const fs::directory_entry& process : fs::directory_iterator("/proc", error)) {
+    const std::string id = process.path().filename();
+    if (id.find_first_not_of("0123456789") != id.npos || id == std::to_string(::getpid())) {
+      continue;
+    }
+    const std::vector<fs::path> files = filesOf(process.path());
+    const auto has = [&](const fs::path& file) {
+      return std::find(files.begin(), files.end(), file) != files.end();
+    };
+    if (has(device) && !has("/dev/ptmx") && !has("/dev/pts/ptmx")) {
+      std::ifstream name(process.path() / "comm");
+      std::string command;
+      std::getline(name, command);
+      users.push_back(fmt::format("{} ({})", id, command));
+    }
+  }
+  return users;
+}
+
+Finding lookAtUsers() {
+  DeviceLock lock;
+  if (lock.acquire(std::chrono::steady_clock::now()) == DeviceLock::State::HeldByOther) {
+    return {Bad, "users",
+            fmt::format("process {} holds the lock {}", lock.holder(), DeviceLock::path()),
+            fmt::format("see what it is: ps -p {}", lock.holder()), ExitStatus::Held};
+  }
+  const std::vector<std::string> users = usersOfDevice();
+  if (!users.empty()) {
+    return {Bad, "users", fmt::format("also open in {}", fmt::join(users, ", ")),
+            "a second reader takes replies away: end it", ExitStatus::Held};
+  }
+  if (!lock.problem().empty()) {
+    return {Note, "users", "nobody else has it open; " + lock.problem(), {}};
+  }
+  return {Good, "users", "nobody else has it open", {}};
+}
+
+int baudOf(speed_t speed) {
+  constexpr std::pair<speed_t, int> kSpeeds[] = {
+      {B4800, 4800},   {B9600, 9600},     {B19200, 19200},   {B38400, 38400},
+      {B57600, 57600}, {B115200, 115200}, {B230400, 230400}, {B460800, 460800}};
+  for (const auto& [known, baud] : kSpeeds) {
+    if (known == speed) {
+      return baud;
+    }
+  }
+  return 0;
+}
+
+Finding lookAtSpeed() {
+  const OwnedDescriptor line(::open(kDevice, O_RDONLY | O_NOCTTY | O_NONBLOCK | O_CLOEXEC));
+  termios settings{};
+  if (!line.isOpen() || ::tcgetattr(line.get(), &settings) != 0) {
+    return {Bad, "speed", fmt::format("{}: {}", kDevice, std::strerror(errno)),
+            "the device is no serial line", ExitStatus::NotSent};
+  }
+  return {Good,
+          "speed",
+          fmt::format("{} bit/s; the receiver has to be set to the same",
+                      baudOf(::cfgetospeed(&settings))),
+          {}};
+}
+
+Finding lookAtLine() {
+  const LineReport line = listenTo(kDevice, kListening);
+  const std::string found = heard(line);
+  switch (line.state) {
+    case LineReport::State::Silent:
+      return {Note,
+              "line",
+              found + "; a receiver with the output none is silent until it is asked",
+              {}};
+    case LineReport::State::Garbage:
+      return {
+          Bad, "line", found,
+          fmt::format("set the tty to the receiver's speed: stty -F {} 115200 (or 9600)", kDevice),
+          ExitStatus::NoReply};
+    case LineReport::State::NotThere:
+      return {Bad, "line", found, "see above", ExitStatus::NotSent};
+    default:
+      return {Good, "line", found, {}};
+  }
+}
+
+Finding lookAtInventory() {
+  constexpr unsigned long kModuleLocation = 1;
+  const std::string hardware = getModuleHardwareID(kModuleLocation);
+  if (hardware.empty()) {
+    return {Bad, "inventory", "no module is known at location 1",
+            "is the inventory service running? systemctl status orb-inventoryd",
+            ExitStatus::NoReceiver};
+  }
+  if (hardware.find("47205318-001") == std::string::npos) {
+    return {Bad, "inventory", fmt::format("module {} is fitted, not 47205318-001", hardware),
+            "the library drives QN4470T01 alone; or correct the inventory's file",
+            ExitStatus::NoReceiver};
+  }
+  return {Good, "inventory", fmt::format("module {} is fitted", hardware), {}};
+}
+
+Finding lookAtReceiver(Session& session) {
+  try {
+    if (!session.hasReceiver()) {
+      return {Bad, "receiver", "does not answer the detection on " + std::string(kDevice),
+              "check its power, the cable and the speed; is transmit connected to receive?",
+              ExitStatus::NoReply};
+    }
+    session.call("gpsOrbGetFwVersion", {std::string(), std::string(), std::string()});
+    return {Good, "receiver", "answers", {}};
+  } catch (const Failure& failure) {
+    return {Bad, "receiver", failure.what(),
+            failure.hint().find("doctor") == std::string::npos
+                ? failure.hint()
+                : std::string("check the receiver's power and the cable"),
+            failure.status()};
+  }
+}
+
+Finding lookAtLog() {
+  std::error_code error;
+  const std::uintmax_t size = fs::file_size(kErrorLog, error);
+  if (error) {
+    return {Note, "log", fmt::format("{}: {}", kErrorLog, error.message()), {}};
+  }
+  std::ifstream file(kErrorLog);
+  std::string last;
+  for (std::string line; std::getline(file, line);) {
+    last = line;
+  }
+  return {Note,
+          "log",
+          last.empty() ? fmt::format("{} is empty", kErrorLog)
+                       : fmt::format("{} bytes, the last line: {}", size, last),
+          {}};
+}
+
+const char* wordFor(Finding::State state) {
+  return state == Good ? "ok" : state == Note ? "note" : "BAD";
+}
+
+/// Takes each look in its turn; what needs the device is left out where there is none.
+void doctor(Session& session, const Options& options) {
+  std::vector<Finding> findings;
+  const auto look = [&](const Finding& finding) {
+    findings.push_back(finding);
+    if (!options.isJson) {
+      show(options, "doctor", {},
+           fmt::format("{:<5} {:<10} {}\n", wordFor(finding.state), finding.what, finding.found));
+    }
+    return finding.state != Bad;
+  };
+  const bool isThere = look(lookAtNode());
+  const bool isFree = isThere && look(lookAtUsers());
+  if (isFree && look(lookAtSpeed())) {
+    look(lookAtLine());
+  }
+  const bool isFitted = look(lookAtInventory());
+  if (isFree && isFitted) {
+    look(lookAtReceiver(session));
+  }
+  look(lookAtLog());
+
+  const auto worst = std::find_if(findings.begin(), findings.end(),
+                                  [](const Finding& finding) { return finding.state == Bad; });
+  if (options.isJson) {
+    Json data = Json::array();
+    for (const Finding& finding : findings) {
+      data.push_back({{"what", finding.what},
+                      {"state", wordFor(finding.state)},
+                      {"found", finding.found},
+                      {"next_step", finding.nextStep}});
+    }
+    show(options, "doctor", {{"healthy", worst == findings.end()}, {"findings", data}}, "");
+  }
+  if (worst != findings.end()) {
+    throw Failure(worst->status, fmt::format("{}: {}", worst->what, worst->found), worst->nextStep);
+  }
+  if (!options.isJson) {
+    show(options, "doctor", {}, "All is well.\n");
+  }
+}
+
+}  // namespace
+
+void addDoctorCommand(CLI::App& app, Action& chosen) {
+  addCommand(app, "doctor", "Finds out why the receiver does not answer", chosen, doctor);
+}
+
+}  // namespace orb::ctl

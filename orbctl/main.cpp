@@ -1,0 +1,13 @@
+#include <exception>
+#include <iostream>
+
+#include "orbctl/command_line.h"
+
+int main(int argc, char** argv) {
+  try {
+    return orb::ctl::execute(argc, argv);
+  } catch (const std::exception& error) {
+    std::cerr << "orbctl: " << error.what() << '\n';
+    return 2;
+  }
+}

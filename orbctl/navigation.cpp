@@ -1,0 +1,117 @@
+#include "orbctl/navigation.h"
+
+#include <fmt/chrono.h>
+#include <fmt/format.h>
+
+#include <charconv>
+#include <map>
+#include <sstream>
+
+#include "orbctl/failure.h"
+#include "transport/default_device.h"
+
+namespace orb::ctl {
+namespace {
+
+constexpr std::chrono::milliseconds kListening{1200};
+
+double number(const std::string& text) {
+  double value = 0;
+  std::from_chars(text.data(), text.data() + text.size(), value);
+  return value;
+}
+
+/// Hundredths and ten-millionths of 32 bits come without their sign.
+double withSign(double value, double range) { return value > range / 2 ? value - range : value; }
+
+constexpr double kDegreeRange = 429.4967296;
+constexpr double kMetreRange = 42949672.96;
+
+}  // namespace
+
+BinaryOutput::BinaryOutput(Session& session) : session_(session) {
+  const LineReport line = listenTo(std::string(kDefaultDevice), kListening);
+  if (line.state != LineReport::State::Packets) {
+    session_.call("gpsObtSetMsgType", {std::string("BINARY")});
+    before_ = line.state == LineReport::State::Text ? "NMEA" : "NO";
+  }
+}
+
+BinaryOutput::~BinaryOutput() {
+  if (before_.empty()) {
+    return;
+  }
+  try {
+    session_.call("gpsObtSetMsgType", {before_});
+  } catch (const Failure&) {
+    // What was read is good all the same.
+  }
+}
+
+Json readNavigation(Session& session) {
+  session.requireReceiver();
+  const BinaryOutput output(session);
+  return readSolution(session);
+}
+
+Json readSolution(Session& session) {
+  const std::string solution =
+      std::get<std::string>(session.call("getNavsolution", {std::string(), std::string()})[1]);
+  std::map<std::string, std::string> fields;
+  std::istringstream lines(solution);
+  for (std::string line; std::getline(lines, line);) {
+    const std::size_t equals = line.find('=');
+    if (equals != line.npos) {
+      fields[line.substr(0, equals)] = line.substr(equals + 1);
+    }
+  }
+  return {{"fix", fields["fix mode"]},
+          {"satellites", static_cast<int>(number(fields["number if sv in fix"]))},
+          {"gps_week", static_cast<int>(number(fields["GPS Week"]))},
+          {"time_of_week", number(fields["GPS TOW"])},
+          {"latitude", withSign(number(fields["latitude"]), kDegreeRange)},
+          {"longitude", withSign(number(fields["longitude"]), kDegreeRange)},
+          {"ellipsoid_altitude", withSign(number(fields["ellipsoid altitude"]), kMetreRange)},
+          {"sea_level_altitude", withSign(number(fields["sea level altitude"]), kMetreRange)}};
+}
+
+Json readTime(Session& session) {
+  const Values time = session.call("gpsObtGetGpsTime", {0LL, 0LL, 0LL, 0LL, 0LL});
+  const auto field = [&](std::size_t i) { return std::get<long long>(time[i]); };
+  Json result{{"time_of_week_ms", field(0)},
+              {"sub_ms_ns", field(1)},
+              {"gps_week", field(2)},
+              {"leap_seconds", field(3)},
+              {"valid", field(4)}};
+  constexpr long long kTimeOfWeekKnown = 1;
+  constexpr long long kWeekKnown = 2;
+  constexpr long long kLeapSecondsKnown = 4;
+  constexpr long long kAllKnown = kTimeOfWeekKnown | kWeekKnown | kLeapSecondsKnown;
+  if ((field(4) & kAllKnown) == kAllKnown) {
+    using namespace std::chrono_literals;
+    constexpr auto kGpsStart = std::chrono::sys_days(std::chrono::January / 6 / 1980);
+    const auto utc = kGpsStart + std::chrono::weeks(field(2)) +
+                     std::chrono::milliseconds(field(0)) - std::chrono::seconds(field(3));
+    const auto seconds = std::chrono::floor<std::chrono::seconds>(utc);
+    result["utc"] = fmt::format("{:%Y-%m-%d %H:%M:%S}.{:03d}",
+                                fmt::gmtime(std::chrono::system_clock::to_time_t(seconds)),
+                                (utc - seconds) / 1ms);
+  } else {
+    result["utc"] = nullptr;
+  }
+  return result;
+}
+
+Json readSurvey(Session& session) {
+  const Values timing = session.call("gpsObtGetTimeMode", {0LL, 0LL, 0LL, 0.0, 0.0, 0.0});
+  constexpr const char* kModes[] = {"dynamic", "auto", "static"};
+  const auto mode = static_cast<std::size_t>(std::get<long long>(timing[0]));
+  return {{"mode", mode < std::size(kModes) ? kModes[mode] : fmt::format("unknown ({})", mode)},
+          {"length", std::get<long long>(timing[1])},
+          {"deviation", std::get<long long>(timing[2])},
+          {"latitude", std::get<double>(timing[3])},
+          {"longitude", std::get<double>(timing[4])},
+          {"altitude", std::get<double>(timing[5])}};
+}
+
+}  // namespace orb::ctl

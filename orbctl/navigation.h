@@ -1,0 +1,37 @@
+#pragma once
+
+#include <string>
+
+#include "orbctl/session.h"
+#include "orbctl/settings.h"
+
+namespace orb::ctl {
+
+/// Has the receiver send binary navigation data, and at the end what it sent before: text, or
+/// nothing.
+class BinaryOutput {
+ public:
+  /// Listens to the line to know what is sent.
+  explicit BinaryOutput(Session& session);
+  BinaryOutput(const BinaryOutput&) = delete;
+  BinaryOutput& operator=(const BinaryOutput&) = delete;
+  ~BinaryOutput();
+
+ private:
+  Session& session_;
+  std::string before_;  // empty where nothing was changed
+};
+
+/// Fix, satellites, GPS week and time of week, position; needs binary output.
+Json readSolution(Session& session);
+
+/// The same, with the output changed for as long as it takes.
+Json readNavigation(Session& session);
+
+/// GPS time in the receiver's units, and UTC where the receiver knows it.
+Json readTime(Session& session);
+
+/// Survey mode, saved position, length and deviation.
+Json readSurvey(Session& session);
+
+}  // namespace orb::ctl

@@ -1,0 +1,166 @@
+#include "orbctl/session.h"
+
+#include <fmt/format.h>
+#include <unistd.h>
+
+#include <cstdio>
+
+#include "orb-gnss/hardware_discovery.h"
+#include "orbctl/failure.h"
+#include "orbctl/results.h"
+#include "transport/default_device.h"
+
+namespace orb::ctl {
+namespace {
+
+using Call = orbSupervisedController::Call;
+using Ending = orbSupervisedController::Ending;
+
+constexpr const char* kDevice = kDefaultDevice.data();
+constexpr std::chrono::milliseconds kListening{1200};
+constexpr unsigned long kModuleLocation = 1;
+
+/// What to try next after an operation without a reply.
+std::string hintAfterSilence(LineReport::State line) {
+  switch (line) {
+    case LineReport::State::NotThere:
+      return "check the device node with: orbctl doctor";
+    case LineReport::State::Silent:
+      return "check the receiver's power and the cable, then: orbctl doctor";
+    case LineReport::State::Garbage:
+      return fmt::format("check the line's speed: stty -F {}", kDevice);
+    case LineReport::State::Text:
+    case LineReport::State::Packets:
+      return "try again, or with a longer --deadline";
+  }
+  return {};
+}
+
+Failure withoutReply(const std::string& what, unsigned int result) {
+  const LineReport line = listenTo(kDevice, kListening);
+  return {ExitStatus::NoReply, fmt::format("{}: {}", what, heard(line)),
+          hintAfterSilence(line.state), result};
+}
+
+Failure failureOf(const std::string& operation, unsigned int result) {
+  const ExitStatus status = exitStatusFor(result);
+  switch (status) {
+    case ExitStatus::NoReply:
+      return withoutReply(fmt::format("{}: no reply in time", operation), result);
+    case ExitStatus::NotSent:
+      return {status, fmt::format("{}: a message could not be sent to {}", operation, kDevice),
+              "find out why with: orbctl doctor", result};
+    default:
+      if ((result & 256) != 0) {
+        return {status, fmt::format("{}: the module does not support this", operation), {}, result};
+      }
+      return {status, fmt::format("{}: refused, or the receiver kept another value", operation),
+              "see what it holds with: orbctl get", result};
+  }
+}
+
+Failure noReceiver() {
+  const std::string hardware = getModuleHardwareID(kModuleLocation);
+  if (hardware.find("47205318-001") == std::string::npos) {
+    return {ExitStatus::NoReceiver,
+            hardware.empty() ? std::string("no module: the inventory tells of none at location 1")
+                             : fmt::format("another module is fitted at location 1: {}", hardware),
+            "ask the inventory service with: orbctl doctor"};
+  }
+  if (::access(kDevice, F_OK) != 0) {
+    return {ExitStatus::NotSent, fmt::format("{} does not exist", kDevice),
+            "check the device node with: orbctl doctor"};
+  }
+  const LineReport line = listenTo(kDevice, kListening);
+  return {
+      ExitStatus::NoReceiver,
+      fmt::format("the module is fitted, but no receiver answers on {}: {}", kDevice, heard(line)),
+      hintAfterSilence(line.state)};
+}
+
+}  // namespace
+
+std::string heard(const LineReport& report) {
+  switch (report.state) {
+    case LineReport::State::NotThere:
+      return fmt::format("the device cannot be opened ({})", report.problem);
+    case LineReport::State::Silent:
+      return "no byte arrives on the line";
+    case LineReport::State::Text:
+      return "NMEA text is arriving, so the line is alive";
+    case LineReport::State::Packets:
+      return "packets of a receiver are arriving, so the line is alive";
+    case LineReport::State::Garbage:
+      return "bytes arrive that are neither text nor packets, as where the line's speed is wrong";
+  }
+  return {};
+}
+
+void Session::show(const Call& call) {
+  if (options_.showPrints) {
+    fmt::print(stderr, "{}{}", call.standardOutput, call.standardError);
+  }
+  if (!call.warning.empty() && call.warning != lastWarning_ && !options_.isQuiet) {
+    lastWarning_ = call.warning;
+    fmt::print(stderr, "orbctl: warning: the line is not locked: {}\n", call.warning);
+  }
+}
+
+void Session::checkLastCall(const std::string& operation) {
+  const Call& call = orbSupervisedController::lastCall();
+  switch (call.ending) {
+    case Ending::Done:
+      return;
+    case Ending::LineHeld:
+      throw Failure(ExitStatus::Held, call.problem,
+                    "wait for it to end, or give more time with --deadline");
+    case Ending::NotStarted:
+      throw Failure(ExitStatus::NotSent, call.problem, "the installation is not complete");
+    case Ending::WorkerEnded:
+      throw Failure(ExitStatus::NoReply, call.problem, "try again; the line is free");
+    case Ending::DeadlineMissed:
+      break;
+  }
+  const auto line = static_cast<LineReport::State>(static_cast<int>(call.line) - 1);
+  throw Failure(ExitStatus::NoReply,
+                fmt::format("{} did not return before its deadline: {}", operation,
+                            heard({.state = line, .problem = kDevice})),
+                hintAfterSilence(line), 4);
+}
+
+Value Session::callAnyway(const std::string& operation, Values& arguments) {
+  try {
+    Value result = controller_.call(operation, arguments);
+    show(orbSupervisedController::lastCall());
+    checkLastCall(operation);
+    return result;
+  } catch (const Failure&) {
+    throw;
+  } catch (const std::exception& error) {
+    show(orbSupervisedController::lastCall());
+    throw Failure(ExitStatus::NotSent, fmt::format("{}: {}", operation, error.what()));
+  }
+}
+
+bool Session::hasReceiver() {
+  Values none;
+  isReceiverKnown_ = isReceiverKnown_ || std::get<bool>(callAnyway("IsOrbitek", none));
+  return isReceiverKnown_;
+}
+
+void Session::requireReceiver() {
+  if (!hasReceiver()) {
+    throw noReceiver();
+  }
+}
+
+Values Session::call(const std::string& operation, Values arguments) {
+  requireReceiver();
+  const Value result = callAnyway(operation, arguments);
+  if (const auto* const bits = std::get_if<long long>(&result); bits != nullptr && *bits != 0) {
+    throw failureOf(operation, static_cast<unsigned int>(*bits));
+  }
+  return arguments;
+}
+
+}  // namespace orb::ctl

@@ -1,0 +1,55 @@
+#pragma once
+
+#include <chrono>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "orb-gnss/supervised_controller.h"
+#include "supervised/line_listener.h"
+
+namespace orb::ctl {
+
+using Value = orbSupervisedController::Value;
+using Values = std::vector<Value>;
+
+/// One use of the receiver: every operation has its deadline, and one that fails ends the command.
+class Session {
+ public:
+  struct Options {
+    std::chrono::milliseconds deadline{0};  // zero: each operation's own
+    bool showPrints = false;
+    bool isQuiet = false;
+  };
+
+  explicit Session(const Options& options) : options_(options), controller_(options.deadline) {}
+
+  /// Throws Failure where there is no module or no receiver. The operations below do so first.
+  void requireReceiver();
+
+  /// Whether module and receiver were found, without a complaint.
+  bool hasReceiver();
+
+  /// Calls an operation with these arguments, outputs included, and returns them as it left them.
+  /// Throws Failure where its result has a bit.
+  Values call(const std::string& operation, Values arguments = {});
+
+  /// The same without looking for the receiver first, and with the result.
+  Value callAnyway(const std::string& operation, Values& arguments);
+
+  /// Turns what became of the last call into a Failure, where something went wrong.
+  void checkLastCall(const std::string& operation);
+
+ private:
+  void show(const orbSupervisedController::Call& call);
+
+  Options options_;
+  orbSupervisedController controller_;
+  bool isReceiverKnown_ = false;
+  std::string lastWarning_;
+};
+
+/// What is heard on the line, in words for a person: "NMEA text is arriving: the line is alive".
+std::string heard(const LineReport& report);
+
+}  // namespace orb::ctl

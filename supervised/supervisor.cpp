@@ -1,0 +1,174 @@
+#include "supervised/supervisor.h"
+
+#include <stdexcept>
+#include <string>
+#include <system_error>
+
+#include "supervised/device_lock.h"
+#include "supervised/line_listener.h"
+#include "transport/default_device.h"
+
+namespace orb {
+namespace {
+
+using Call = orbSupervisedController::Call;
+using Ending = orbSupervisedController::Ending;
+using Line = orbSupervisedController::Line;
+
+/// What a call may take beyond the operation's own longest time.
+constexpr std::chrono::seconds kMargin{2};
+/// The longest that looking for module and receiver takes.
+constexpr std::chrono::seconds kLooking{5};
+/// NMEA sentences come once a second.
+constexpr std::chrono::milliseconds kListening{1200};
+
+constexpr long long kNoReply = 4;
+constexpr long long kNotSent = 8;
+
+/// The result of a call that did not come to its end.
+Value resultWithoutOne(const Operation& operation, long long bit) {
+  if (operation.name == "timeStamp") {
+    return std::string();
+  }
+  return operation.resultBits == Operation::kNoMask ? 0LL : bit;
+}
+
+Line lineHeard(LineReport::State state) {
+  switch (state) {
+    case LineReport::State::NotThere:
+      return Line::NotThere;
+    case LineReport::State::Silent:
+      return Line::Silent;
+    case LineReport::State::Text:
+      return Line::Text;
+    case LineReport::State::Packets:
+      return Line::Packets;
+    case LineReport::State::Garbage:
+      return Line::Garbage;
+  }
+  return Line::NotListened;
+}
+
+void listen(Call& call) {
+  const LineReport heard = listenTo(std::string(kDefaultDevice), kListening);
+  call.line = lineHeard(heard.state);
+  call.problem += "; ";
+  call.problem += heard.state == LineReport::State::NotThere ? heard.problem : describe(call.line);
+}
+
+std::string heldBy(pid_t process) {
+  const std::string device(kDefaultDevice);
+  return process == 0 ? "another process holds " + device
+                      : "process " + std::to_string(process) + " holds " + device;
+}
+
+[[noreturn]] void rethrow(const Response& response) {
+  const auto& text = std::get<std::string>(response.arguments.at(0));
+  if (response.kind == Response::Kind::LogicError) {
+    throw std::logic_error(text);
+  }
+  throw std::runtime_error(text);
+}
+
+}  // namespace
+
+const char* describe(Line line) {
+  switch (line) {
+    case Line::NotListened:
+      return "the line was not listened to";
+    case Line::NotThere:
+      return "the device cannot be opened";
+    case Line::Silent:
+      return "no byte came on the line";
+    case Line::Text:
+      return "NMEA text is arriving on the line";
+    case Line::Packets:
+      return "packets of the receiver are arriving on the line";
+    case Line::Garbage:
+      return "bytes are arriving that are neither text nor packets, as where the line's speed is "
+             "wrong";
+  }
+  return "";
+}
+
+Value Supervisor::perform(const Operation& operation, std::vector<Value>& arguments,
+                          std::chrono::milliseconds limit, Call& call) {
+  const std::lock_guard<std::mutex> lock(oneCallAtATime_);
+  call = Call();
+  const bool looksForReceiver = !worker_ || !worker_->hasLookedForReceiver;
+  if (limit == std::chrono::milliseconds::zero()) {
+    limit = operation.longestTime() + kMargin;
+    limit += looksForReceiver ? kLooking : std::chrono::seconds::zero();
+  }
+  Response response;
+  const Transfer transfer =
+      lockAndAsk(operation, arguments, std::chrono::steady_clock::now() + limit, response, call);
+  if (call.ending == Ending::NotStarted || call.ending == Ending::LineHeld) {
+    return resultWithoutOne(operation, kNotSent);
+  }
+  if (transfer != Transfer::Done) {
+    return resultWithoutOne(operation, kNoReply);
+  }
+  if (response.kind != Response::Kind::Returned) {
+    rethrow(response);
+  }
+  arguments = std::move(response.arguments);
+  return response.result;
+}
+
+Transfer Supervisor::lockAndAsk(const Operation& operation, const std::vector<Value>& arguments,
+                                Deadline deadline, Response& response, Call& call) {
+  DeviceLock lock;
+  const DeviceLock::State state = lock.acquire(deadline);
+  call.warning = lock.problem();
+  if (state == DeviceLock::State::HeldByOther) {
+    call.ending = Ending::LineHeld;
+    call.problem = heldBy(lock.holder());
+    return Transfer::Late;
+  }
+  Transfer transfer = Transfer::Closed;
+  try {
+    transfer = ask(operation, arguments, deadline, response);
+  } catch (const std::system_error& error) {
+    call.ending = Ending::NotStarted;
+    call.problem = std::string("cannot start the worker: ") + error.what();
+    worker_.reset();
+    return Transfer::Closed;
+  }
+  if (transfer != Transfer::Done) {
+    worker_->end();
+  }
+  call.standardOutput = worker_->takeOutput();
+  call.standardError = worker_->takeErrors();
+  if (transfer == Transfer::Late) {
+    call.ending = Ending::DeadlineMissed;
+    call.problem = std::string(operation.name) + " did not return in time";
+    listen(call);
+  } else if (transfer == Transfer::Closed) {
+    call.ending = Ending::WorkerEnded;
+    call.problem = "the worker ended during " + std::string(operation.name);
+    const std::string lastWords = call.standardError.substr(0, call.standardError.find('\n'));
+    call.problem += lastWords.empty() ? "" : ": " + lastWords;
+  }
+  if (transfer != Transfer::Done) {
+    worker_.reset();
+  }
+  return transfer;
+}
+
+Transfer Supervisor::ask(const Operation& operation, const std::vector<Value>& arguments,
+                         Deadline deadline, Response& response) {
+  if (!worker_) {
+    worker_ = std::make_unique<WorkerProcess>(workerProgram());
+  }
+  const auto place = static_cast<std::size_t>(&operation - operations().data());
+  try {
+    const Transfer transfer = worker_->ask({place, arguments}, response, deadline);
+    worker_->hasLookedForReceiver = true;
+    return transfer;
+  } catch (const std::runtime_error&) {
+    return Transfer::Closed;  // it sent what is no response
+  }
+}
+
+}  // namespace orb

@@ -1,0 +1,36 @@
+#pragma once
+
+#include <chrono>
+#include <memory>
+#include <mutex>
+#include <vector>
+
+#include "orb-gnss/supervised_controller.h"
+#include "supervised/worker_process.h"
+
+namespace orb {
+
+/// Has a worker do operations, one after another, each until its deadline.
+class Supervisor {
+ public:
+  using Call = orbSupervisedController::Call;
+
+  /// Does `operation` with `arguments`, which come back as it left them, and tells of the call.
+  /// Throws what the operation threw. A deadline of zero is the operation's own.
+  Value perform(const Operation& operation, std::vector<Value>& arguments,
+                std::chrono::milliseconds deadline, Call& call);
+
+ private:
+  Transfer ask(const Operation& operation, const std::vector<Value>& arguments, Deadline deadline,
+               Response& response);
+  Transfer lockAndAsk(const Operation& operation, const std::vector<Value>& arguments,
+                      Deadline deadline, Response& response, Call& call);
+
+  std::mutex oneCallAtATime_;
+  std::unique_ptr<WorkerProcess> worker_;
+};
+
+/// What the line's state is in words, such as "no byte came in 1.2 s".
+const char* describe(orbSupervisedController::Line line);
+
+}  // namespace orb

@@ -1,0 +1,78 @@
+// The process that holds the controller for a supervised one. It does what it is asked on its
+// socket, and ends when its client ends, also in the middle of an operation.
+
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <exception>
+#include <iostream>
+#include <new>
+#include <thread>
+
+#include "operation_table/operation.h"
+#include "operation_table/receiver.h"
+#include "supervised/device_lock.h"
+#include "supervised/frame_socket.h"
+#include "supervised/wire.h"
+#include "supervised/worker_socket.h"
+
+namespace orb {
+namespace {
+
+/// Runs in a thread of its own: the main one may be in a call that does not return.
+[[noreturn]] void endWithClient(pid_t client) {
+  char none = 0;
+  while (::read(kWorkerLifeline, &none, 1) < 0 && errno == EINTR) {
+  }
+  DeviceLock::removeLeftBy(client);
+  ::_exit(0);
+}
+
+Response failed(Response::Kind kind, const char* text) { return {kind, 0LL, {Value(text)}}; }
+
+Response perform(Receiver& receiver, Request request) {
+  try {
+    if (request.operation >= operations().size()) {
+      return failed(Response::Kind::Exception, "no such operation");
+    }
+    Response response;
+    response.result = operations()[request.operation].call(receiver, request.arguments);
+    response.arguments = std::move(request.arguments);
+    return response;
+  } catch (const std::logic_error& error) {
+    return failed(Response::Kind::LogicError, error.what());
+  } catch (const std::exception& error) {
+    return failed(Response::Kind::Exception, error.what());
+  }
+}
+
+/// Answers requests until there are no more.
+void serve() {
+  Receiver receiver;
+  std::string bytes;
+  while (receiveFrame(kWorkerSocket, bytes, kNoDeadline) == Transfer::Done) {
+    const std::string answer = encode(perform(receiver, decodeRequest(bytes)));
+    std::fflush(nullptr);
+    if (sendFrame(kWorkerSocket, answer, kNoDeadline) != Transfer::Done) {
+      return;
+    }
+  }
+}
+
+}  // namespace
+}  // namespace orb
+
+int main() {
+  // What is printed before a deadline is missed is not to be lost with this process.
+  std::setvbuf(stdout, nullptr, _IONBF, 0);
+  const pid_t client = ::getppid();
+  std::thread(orb::endWithClient, client).detach();
+  try {
+    orb::serve();
+  } catch (const std::exception& error) {
+    std::cerr << "orb-gnss-worker: " << error.what() << '\n';
+    ::_exit(1);
+  }
+  ::_exit(0);
+}

@@ -1,0 +1,114 @@
+"""What orbctl refuses before it touches the device, and what needs none."""
+
+import os
+import unittest
+
+from orbctl import ORBCTL, OrbctlTest
+
+# Arguments, and what is said of them.
+WRONG = [
+    (["set", "elevation-limt", "15"],
+     "there is no key 'elevation-limt'", "did you mean elevation-limit?"),
+    (["get", "elevation"], "there is no key 'elevation'", "did you mean elevation-limit?"),
+    (["get", "zzzzzzzz"], "there is no key 'zzzzzzzz'", "see all with: orbctl keys"),
+    (["set", "elevation-limit", "86"],
+     "elevation-limit takes 3 .. 85 degrees, not '86'",
+     "nothing was sent; see: orbctl keys elevation-limit"),
+    (["set", "elevation-limit", "2"],
+     "elevation-limit takes 3 .. 85 degrees, not '2'",
+     "nothing was sent; see: orbctl keys elevation-limit"),
+    (["set", "elevation-limit", "15x"],
+     "elevation-limit takes 3 .. 85 degrees, not '15x'",
+     "nothing was sent; see: orbctl keys elevation-limit"),
+    (["set", "sbas", "yes"],
+     "sbas takes on, off, not 'yes'", "nothing was sent; see: orbctl keys sbas"),
+    (["set", "constellations", "gps,mars"],
+     "constellations takes any of gps, galileo, beidou, glonass, separated by commas, not "
+     "'gps,mars'", "nothing was sent; see: orbctl keys constellations"),
+    (["set", "power-mode", "fast"],
+     "power-mode takes normal, powersave, not 'fast'",
+     "nothing was sent; see: orbctl keys power-mode"),
+    (["set", "elevation-limit", "15", "cnr-limit"],
+     "cnr-limit needs a value: 0 .. 40 dB-Hz", None),
+    (["get", "output"], "output cannot be read: no query tells it",
+     "orbctl doctor tells what arrives on the line"),
+    (["survey", "static", "91", "0", "0"], "LAT is -90 .. 90 degrees, not 91", "nothing was sent"),
+    (["survey", "static", "0", "nan", "0"], "LON is -180 .. 180 degrees, not nan",
+     "nothing was sent"),
+    (["survey", "auto", "0"], "SECONDS is 1 .. 1209600 s, not 0", "nothing was sent"),
+    (["raw", "6"], "'6' is no bytes in hexadecimal", "as in: orbctl raw 64 07"),
+    (["raw", "xy"], "'xy' is no bytes in hexadecimal", "as in: orbctl raw 64 07"),
+    (["messages", "FE"], "the catalogue has no message FE", "see all with: orbctl messages"),
+    (["call", "setMinCno", "1"], "there is no operation 'setMinCno'", "did you mean setMinCNo?"),
+    (["call", "setMinCNo"], "setMinCNo takes 1 arguments, not 0", "see: orbctl operations setMinCNo"),
+    (["call", "setMinCNo", "41"], "minimum is 0 .. 40 dB-Hz, not '41'", "nothing was sent"),
+    (["restore", "missing.toml"], None, None),
+    (["watch"], "watch needs a terminal", "for scripts: orbctl --json status"),
+    (["statsu"], None, "did you mean status?"),
+    (["antenna-power", "maybe"], None, "see: orbctl antenna-power --help"),
+]
+
+
+class CommandLine(OrbctlTest):
+    def run_alone(self, *arguments):
+        """Without any device."""
+        return self.run_program(ORBCTL, *arguments)
+
+    def test_refuses_wrong_use_without_a_device(self):
+        for arguments, text, hint in WRONG:
+            with self.subTest(arguments):
+                result = self.run_alone(*arguments)
+                self.assertEqual((result.returncode, result.stdout), (2, ""))
+                lines = result.stderr.splitlines()
+                self.assertTrue(all(line.startswith("orbctl: ") for line in lines), lines)
+                if text is not None:
+                    self.assertEqual(lines[0], "orbctl: " + text)
+                if hint is not None:
+                    self.assertEqual(lines[-1], "orbctl: " + hint)
+
+    def test_tells_its_version(self):
+        self.check(self.run_alone("--version"), 0, f"orbctl {os.environ['ORB_VERSION']}\n", "")
+
+    def test_explains_results(self):
+        for result, output in {
+            "0": "0: the operation did what it was asked to\n",
+            "4": "4: the expected reply did not arrive in time\n",
+            "9": "1: an argument was rejected, or the setting read back differs from what was "
+                 "requested\n8: a message could not be sent\nA setting was not sent, and the "
+                 "receiver does not hold it. Most often the device is not there.\n",
+            "256": "256: the module does not support the operation or the argument's value\n",
+            "2": "2: no operation returns this\n",
+        }.items():
+            self.check(self.run_alone("explain", result), 0, output, "")
+
+    def test_help_names_every_command(self):
+        result = self.run_alone("--help")
+        self.assertEqual((result.returncode, result.stderr), (0, ""))
+        for command in ("status", "detect", "info", "time", "position", "satellites", "get", "set",
+                        "keys", "survey", "pulse", "constellations", "masks", "interference",
+                        "antenna-power", "defaults", "restart", "reset", "uart", "identity", "raw",
+                        "messages", "log", "explain", "doctor", "watch", "backup", "restore"):
+            self.assertIn(f"\n  {command} ", result.stdout)
+
+    def test_lists_keys_and_operations_without_a_device(self):
+        keys = self.run_alone("keys", "elevation-limit")
+        self.check(keys, 0,
+                   "elevation-limit         elevation mask: lower satellites are not used\n"
+                   "                        3 .. 85 degrees\n"
+                   "                        getElevationLimit, setElevationLimit\n", "")
+        operations = self.run_alone("operations", "setElevationLimit")
+        self.check(operations, 0,
+                   "setElevationLimit(limit)\n"
+                   "    sets the elevation mask, 3 to 85 degrees\n"
+                   "    limit: 3 .. 85 degrees\n"
+                   "    another value returns 1, with nothing sent. The carrier-to-noise ratio mask "
+                   "is kept, the mask mode becomes 1\n"
+                   "    takes at most 10100 ms\n", "")
+
+    def test_knows_the_catalogue(self):
+        self.check(self.run_alone("messages", "6407"), 0,
+                   "64 07        2  Query interference detection status of GNSS receiver \n", "")
+
+
+if __name__ == "__main__":
+    unittest.main()

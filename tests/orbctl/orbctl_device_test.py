@@ -1,0 +1,160 @@
+"""What orbctl does on the simulated device, in success and in each kind of failure."""
+
+import json
+import os
+import pathlib
+import unittest
+
+import jsonschema
+
+from orbctl import ORBCTL, OrbctlTest
+
+SCHEMA = json.loads(pathlib.Path(os.environ["ORBCTL_SCHEMA"]).read_text())
+
+SILENT = ("--silent",)
+NO_DEVICE = ("--no-receiver",)
+NO_MODULE = ("--no-module",)
+
+# A command, and what it prints on the healthy device.
+GOOD = [
+    (["detect"], "A receiver QN4470T01 is fitted and answers on /dev/tty_gps.\n"),
+    (["info"], "kernel    1.0.12\nodm       1.2.0\nrevision  2024.3.15\n"),
+    (["get", "elevation-limit"], "5 degrees\n"),
+    (["get", "elevation-limit", "sbas"],
+     "elevation-limit         5 degrees\nsbas                    on\n"),
+    (["set", "elevation-limit", "15"], "elevation-limit: 5 -> 15 degrees\n"),
+    (["set", "elevation-limit", "5"], "elevation-limit: 5 degrees already\n"),
+    (["set", "--dry-run", "elevation-limit", "15"], "elevation-limit: would set 5 -> 15 degrees\n"),
+    (["set", "constellations", "glonass,GPS,galileo"],
+     "constellations: gps,glonass -> gps,galileo,glonass\n"),
+    (["set", "fix-mode", "2d-3d"], "fix-mode: 3d -> 2d-3d\n"),
+    (["set", "time-reference", "utc"], "time-reference: gnss -> utc\n"),
+    (["set", "pulse-width", "2000"], "pulse-width: 1000 -> 2000 us\n"),
+    (["set", "navigation-mode", "3"], "navigation-mode: 0 -> 3\n"),
+    (["set", "dop-mask", "default"], "dop-mask: mode 0, limits 300 300 300 -> default\n"),
+    (["set", "output", "binary"], "output: binary\n"),
+    (["constellations"],
+     "constellations          gps,glonass\nsbas                    on\n"
+     "qzss                    on\nsecond-band             off\n"),
+    (["interference"], "detection off\n"),
+    (["satellites"], "11 satellites in the fix (3D+DGNSS)\n"),
+    (["survey"], "dynamic\n"),
+    (["survey", "static", "48.25", "11.5", "520"],
+     "static at 48.2500000 degrees, 11.5000000 degrees, 520.00 m\n"),
+    (["survey", "auto", "7200"], "auto, for 7200 s\n"),
+    (["antenna-power", "on"],
+     "The antenna's supply was switched on. A board that does not answer cannot be told from one "
+     "that does.\n"),
+    (["reset", "cold"], "A cold start was requested.\n"),
+    (["restart"], "A restart was requested.\n"),
+    (["raw", "64", "07"],
+     "> 64 07  Query interference detection status of GNSS receiver \n"
+     "< 83 64  Message Acknowledged\n"
+     "< 64 83 00 00  Interference detection status of GNSS receiver \n"),
+    (["call", "getElevationLimit"], "result = 0\nlimit = 5 degrees\n"),
+    (["-q", "set", "elevation-limit", "15"], ""),
+    (["-q", "get", "elevation-limit"], "5 degrees\n"),
+]
+
+# A command, the device, its exit status, and what it says.
+BAD = [
+    (["get", "elevation-limit", "--deadline", "0.3"], SILENT, 3,
+     "IsOrbitek did not return before its deadline: no byte arrives on the line",
+     "check the receiver's power and the cable, then: orbctl doctor"),
+    (["get", "elevation-limit"], NO_DEVICE, 4,
+     "/dev/tty_gps does not exist", "check the device node with: orbctl doctor"),
+    (["get", "elevation-limit"], NO_MODULE, 5,
+     "no module: the inventory tells of none at location 1",
+     "ask the inventory service with: orbctl doctor"),
+    (["get", "elevation-limit"], ("--hardware-id", "99999999-999"), 5,
+     "another module is fitted at location 1: 99999999-999",
+     "ask the inventory service with: orbctl doctor"),
+    (["doctor", "--deadline", "0.3"], SILENT, 3,
+     "receiver: IsOrbitek did not return before its deadline: no byte arrives on the line",
+     "check the receiver's power and the cable"),
+    (["doctor"], NO_DEVICE, 4, "device: /dev/tty_gps No such file or directory",
+     "is the driver of the serial port loaded, and the udev rule for tty_gps installed?"),
+    (["doctor"], NO_MODULE, 5, "inventory: no module is known at location 1",
+     "is the inventory service running? systemctl status orb-inventoryd"),
+]
+
+
+class OnTheDevice(OrbctlTest):
+    def test_prints_what_is_asked(self):
+        for arguments, output in GOOD:
+            with self.subTest(arguments):
+                self.check(self.orbctl(*arguments), 0, output, "")
+
+    def test_says_what_is_wrong_and_what_to_do(self):
+        for arguments, device, status, text, hint in BAD:
+            with self.subTest(arguments, device=device):
+                result = self.orbctl(*arguments, device=device)
+                self.assertEqual((result.returncode, result.stderr),
+                                 (status, f"orbctl: {text}\norbctl: {hint}\n"))
+
+    def test_reads_back_what_it_has_set(self):
+        result = self.shell(f"{ORBCTL} -q set elevation-limit 15 && {ORBCTL} get elevation-limit")
+        self.check(result, 0, "15 degrees\n", "")
+
+    def test_restores_what_it_has_saved(self):
+        result = self.shell(
+            f"{ORBCTL} -q backup saved.toml && {ORBCTL} -q set elevation-limit 15 sbas off && "
+            f"{ORBCTL} restore --dry-run saved.toml && {ORBCTL} restore saved.toml && "
+            f"{ORBCTL} restore saved.toml")
+        difference = ("elevation-limit         15 -> 5 degrees\n"
+                      "sbas                    off -> on\n")
+        self.check(result, 0, difference + difference + "Restored, and read back.\n"
+                   "The receiver holds all of it already.\n", "")
+
+    def test_restores_nothing_from_a_wrong_file(self):
+        (self.folder / "wrong.toml").write_text("[settings]\nelevation-limit = 99\n")
+        result = self.orbctl("restore", "wrong.toml")
+        self.check(result, 2, "", "orbctl: elevation-limit takes 3 .. 85 degrees, not '99'\n"
+                   "orbctl: nothing was sent; see: orbctl keys elevation-limit\n")
+
+    def test_leaves_the_output_as_it_was(self):
+        result = self.shell(f"{ORBCTL} -q set output nmea && sleep 1.2 && {ORBCTL} position && "
+                            f"{ORBCTL} doctor | grep line")
+        self.assertEqual(result.returncode, 0, result.stderr)
+        self.assertIn("NMEA text is arriving", result.stdout)
+
+    def test_says_who_holds_the_line(self):
+        result = self.shell(
+            "echo $$ > /run/lock/LCK..tty_gps && "
+            f"{ORBCTL} --deadline 0.2 get elevation-limit; echo $? $$")
+        status, holder = result.stdout.split()
+        self.assertEqual(status, "6")
+        self.assertEqual(result.stderr,
+                         f"orbctl: process {holder} holds /dev/tty_gps\n"
+                         "orbctl: wait for it to end, or give more time with --deadline\n")
+
+    def test_json_keeps_its_schema(self):
+        commands = [arguments for arguments, _ in GOOD if arguments[0] != "-q"]
+        for arguments in commands + [["keys"], ["status"], ["explain", "13"], ["operations"]]:
+            with self.subTest(arguments):
+                data = self.json(*arguments)
+                jsonschema.validate(data, SCHEMA)
+                self.assertEqual((data["ok"], data["command"]), (True, arguments[0]))
+
+    def test_json_tells_of_failures(self):
+        result = self.orbctl("--json", "get", "elevation-limit", device=NO_MODULE)
+        data = json.loads(result.stdout)
+        jsonschema.validate(data, SCHEMA)
+        self.assertEqual((result.returncode, data["ok"], data["error"]["status"]), (5, False, 5))
+
+    def test_shows_the_librarys_prints_only_when_told(self):
+        quiet = self.orbctl("get", "pulse-width")
+        self.check(quiet, 0, "1000 us\n", "")
+        verbose = self.orbctl("-v", "get", "pulse-width")
+        self.assertEqual((verbose.returncode, verbose.stdout), (0, "1000 us\n"))
+        self.assertIn("pulse_length_us: 1000\n", verbose.stderr)
+
+    def test_simulates_by_itself(self):
+        result = self.run_program(ORBCTL, "--simulate", "get", "elevation-limit")
+        self.check(result, 0, "5 degrees\n", "")
+        result = self.run_program(ORBCTL, "get", "elevation-limit", "--simulate", "wrong-module")
+        self.assertEqual(result.returncode, 5)
+
+
+if __name__ == "__main__":
+    unittest.main()

@@ -1,0 +1,113 @@
+#include "supervised/device_lock.h"
+
+#include <gtest/gtest.h>
+#include <sys/file.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <csignal>
+
+#include "orb-sim/path_map.h"
+#include "support/device_files.h"
+
+namespace orb::test {
+namespace {
+
+using namespace std::chrono_literals;
+using State = DeviceLock::State;
+
+class DeviceLockTest : public testing::Test {
+ protected:
+  DeviceLockTest() { sim::mapPath(DeviceLock::path(), file_.string()); }
+
+  static Deadline soon() { return std::chrono::steady_clock::now() + 30ms; }
+
+  static std::string line(pid_t process) {
+    char text[16];
+    std::snprintf(text, sizeof text, "%10d\n", static_cast<int>(process));
+    return text;
+  }
+
+  DeviceFiles files_;
+  const std::filesystem::path file_ = files_.folder / "LCK..tty_gps";
+};
+
+TEST_F(DeviceLockTest, WritesTheHoldersProcessId) {
+  DeviceLock lock;
+  EXPECT_EQ(lock.acquire(soon()), State::Held);
+  EXPECT_EQ(contentOf(file_), line(::getpid()));
+}
+
+TEST_F(DeviceLockTest, RemovesTheFileAtItsEnd) {
+  { EXPECT_EQ(DeviceLock().acquire(soon()), State::Held); }
+  EXPECT_EQ(contentOf(file_), "(no file)");
+}
+
+TEST_F(DeviceLockTest, TellsWhoHoldsItAtTheDeadline) {
+  DeviceLock first;
+  ASSERT_EQ(first.acquire(soon()), State::Held);
+  DeviceLock second;
+  EXPECT_EQ(second.acquire(soon()), State::HeldByOther);
+  EXPECT_EQ(second.holder(), ::getpid());
+}
+
+TEST_F(DeviceLockTest, HeedsToolsThatWriteTheFileAlone) {
+  fill(file_, line(::getppid()));
+  DeviceLock lock;
+  EXPECT_EQ(lock.acquire(soon()), State::HeldByOther);
+  EXPECT_EQ(lock.holder(), ::getppid());
+  EXPECT_EQ(contentOf(file_), line(::getppid()));
+}
+
+pid_t endedProcess() {
+  const pid_t process = ::fork();
+  if (process == 0) {
+    ::_exit(0);
+  }
+  ::waitpid(process, nullptr, 0);
+  return process;
+}
+
+TEST_F(DeviceLockTest, TakesOverWhatAnEndedProcessHasLeft) {
+  fill(file_, line(endedProcess()));
+  DeviceLock lock;
+  EXPECT_EQ(lock.acquire(soon()), State::Held);
+  EXPECT_EQ(contentOf(file_), line(::getpid()));
+}
+
+TEST_F(DeviceLockTest, TakesOverAFileWithoutAProcess) {
+  for (const char* const content : {"", "text", "          ", "-5"}) {
+    fill(file_, content);
+    EXPECT_EQ(DeviceLock().acquire(soon()), State::Held) << content;
+  }
+}
+
+TEST_F(DeviceLockTest, SaysWhyTheLineIsNotProtected) {
+  sim::mapPath(DeviceLock::path(), (files_.folder / "missing" / "file").string());
+  DeviceLock lock;
+  EXPECT_EQ(lock.acquire(soon()), State::Unprotected);
+  EXPECT_EQ(lock.problem(), "cannot write " + DeviceLock::path() + ": No such file or directory");
+}
+
+TEST_F(DeviceLockTest, GoesOnInAFolderThatItMayNotWrite) {
+  if (::geteuid() == 0) {
+    GTEST_SKIP() << "root may write everywhere";
+  }
+  std::filesystem::permissions(files_.folder, std::filesystem::perms::owner_exec);
+  DeviceLock lock;
+  EXPECT_EQ(lock.acquire(soon()), State::Unprotected);
+  std::filesystem::permissions(files_.folder, std::filesystem::perms::owner_all);
+  EXPECT_EQ(lock.problem(), "cannot write " + DeviceLock::path() + ": Permission denied");
+}
+
+TEST_F(DeviceLockTest, RemovesWhatAKilledProcessHasLeft) {
+  const pid_t ended = endedProcess();
+  fill(file_, line(ended));
+  DeviceLock::removeLeftBy(ended + 1);
+  EXPECT_EQ(contentOf(file_), line(ended));
+  DeviceLock::removeLeftBy(ended);
+  EXPECT_EQ(contentOf(file_), "(no file)");
+}
+
+}  // namespace
+}  // namespace orb::test

@@ -1,0 +1,249 @@
+// Runs on the simulated device: /dev/tty_gps, the inventory and the lock's file are the run's own.
+
+#include "orb-gnss/supervised_controller.h"
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/file.h>
+#include <sys/resource.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <csignal>
+#include <filesystem>
+#include <fstream>
+#include <stdexcept>
+#include <thread>
+
+#include "base/owned_descriptor.h"
+#include "orb-gnss/controller.h"
+
+namespace orb::test {
+namespace {
+
+using namespace std::chrono_literals;
+using Ending = orbSupervisedController::Ending;
+using Line = orbSupervisedController::Line;
+using Values = std::vector<orbSupervisedController::Value>;
+
+/// The worker, which is the only child of this process; 0 where there is none.
+pid_t worker() {
+  for (const auto& thread : std::filesystem::directory_iterator("/proc/self/task")) {
+    std::ifstream file(thread.path() / "children");
+    pid_t child = 0;
+    if (file >> child) {
+      return child;
+    }
+  }
+  return 0;
+}
+
+/// Not without a worker: 0 would be this process and all its kin.
+void signalWorker(int signal) {
+  const pid_t process = worker();
+  ASSERT_GT(process, 0);
+  ::kill(process, signal);
+}
+
+long openDescriptors() {
+  const auto all = std::filesystem::directory_iterator("/proc/self/fd");
+  return std::distance(begin(all), end(all));
+}
+
+TEST(SupervisedController, ReturnsWhatTheControllerReturns) {
+  std::string direct;
+  const unsigned int directResult = orbController().getInfo(direct);
+  orbSupervisedController receiver;
+  std::string supervised;
+  EXPECT_EQ(receiver.getInfo(supervised), directResult);
+  EXPECT_EQ(supervised, direct);
+  EXPECT_EQ(orbSupervisedController::lastCall().ending, Ending::Done);
+  EXPECT_EQ(orbSupervisedController::lastCall().problem, "");
+}
+
+TEST(SupervisedController, PassesInputsAndOutputs) {
+  orbSupervisedController receiver;
+  EXPECT_EQ(receiver.setElevationLimit(17), 0U);
+  unsigned char limit = 0;
+  EXPECT_EQ(receiver.getElevationLimit(limit), 0U);
+  EXPECT_EQ(limit, 17);
+  EXPECT_EQ(receiver.setElevationLimit(2), 1U);
+  unsigned short mask = 0x8000;  // to which the query adds
+  EXPECT_EQ(receiver.getGnssSystem(mask), 0U);
+  EXPECT_GT(mask, 0x8000);
+}
+
+TEST(SupervisedController, KeepsWhatTheLibraryPrints) {
+  orbSupervisedController receiver;
+  std::string info;
+  ASSERT_EQ(receiver.getInfo(info), 0U);
+  EXPECT_NE(orbSupervisedController::lastCall().standardOutput.find("nOrbRevision"),
+            std::string::npos);
+  unsigned char limit = 0;
+  ASSERT_EQ(receiver.getElevationLimit(limit), 0U);
+  EXPECT_EQ(orbSupervisedController::lastCall().standardOutput, "");
+}
+
+TEST(SupervisedController, CallsTheDriversOwnCommandsByName) {
+  orbSupervisedController receiver;
+  Values arguments = {2000LL};
+  EXPECT_EQ(receiver.call("gpsObtTimePulseConfigure", arguments),
+            orbSupervisedController::Value(0LL));
+  arguments = {0LL};
+  receiver.call("gpsObtGetTimePulse", arguments);
+  EXPECT_EQ(arguments, Values{2000LL});
+}
+
+TEST(SupervisedController, RefusesACallThatThereIsNot) {
+  orbSupervisedController receiver;
+  Values arguments = {2000LL};
+  EXPECT_THROW(receiver.call("noSuchThing", arguments), std::invalid_argument);
+  arguments = {std::string("2000")};
+  EXPECT_THROW(receiver.call("gpsObtTimePulseConfigure", arguments), std::invalid_argument);
+}
+
+TEST(SupervisedController, DoesCallsOfSeveralThreadsOneAfterAnother) {
+  constexpr int kThreads = 4;
+  constexpr int kCalls = 10;
+  orbSupervisedController receiver;
+  std::atomic<int> good{0};
+  std::vector<std::thread> threads;
+  for (int i = 0; i < kThreads; ++i) {
+    threads.emplace_back([&] {
+      for (int call = 0; call < kCalls; ++call) {
+        std::string info;
+        good += receiver.getInfo(info) == 0 && info.find("KernelVersion") == 0 ? 1 : 0;
+      }
+    });
+  }
+  for (std::thread& thread : threads) {
+    thread.join();
+  }
+  EXPECT_EQ(good, kThreads * kCalls);
+}
+
+TEST(SupervisedController, StartsAnotherWorkerForOneThatWasKilled) {
+  orbSupervisedController receiver;
+  std::string info;
+  ASSERT_EQ(receiver.getInfo(info), 0U);
+  const pid_t first = worker();
+  signalWorker(SIGKILL);
+  info = "before";
+  EXPECT_EQ(receiver.getInfo(info), 4U);
+  EXPECT_EQ(info, "before");
+  EXPECT_EQ(orbSupervisedController::lastCall().ending, Ending::WorkerEnded);
+  EXPECT_EQ(orbSupervisedController::lastCall().problem, "the worker ended during getInfo");
+  info.clear();
+  EXPECT_EQ(receiver.getInfo(info), 0U);
+  EXPECT_NE(worker(), first);
+}
+
+TEST(SupervisedController, EndsAWorkerThatIsStopped) {
+  orbSupervisedController receiver(2s);
+  std::string info;
+  ASSERT_EQ(receiver.getInfo(info), 0U);
+  receiver.setDeadline(100ms);
+  const pid_t stopped = worker();
+  signalWorker(SIGSTOP);
+  EXPECT_EQ(receiver.getInfo(info), 4U);
+  EXPECT_EQ(orbSupervisedController::lastCall().ending, Ending::DeadlineMissed);
+  EXPECT_EQ(::kill(stopped, 0), -1);
+  receiver.setDeadline(10s);
+  EXPECT_EQ(receiver.getInfo(info), 0U);
+}
+
+TEST(SupervisedController, OutlivesAWorkerWithoutMemory) {
+  orbSupervisedController receiver;
+  std::string info;
+  ASSERT_EQ(receiver.getInfo(info), 0U);
+  const pid_t poor = worker();
+  ASSERT_GT(poor, 0);
+  const rlimit none{1, 1};
+  ASSERT_EQ(::prlimit(poor, RLIMIT_AS, &none, nullptr), 0);
+  // The worker has no memory for this: it tells so, or ends.
+  std::string large(std::size_t{4} << 20, 'x');
+  try {
+    EXPECT_EQ(receiver.getInfo(large), 4U);
+    EXPECT_EQ(orbSupervisedController::lastCall().ending, Ending::WorkerEnded);
+  } catch (const std::runtime_error& error) {
+    EXPECT_STREQ(error.what(), "std::bad_alloc");
+  }
+  EXPECT_EQ(large, std::string(std::size_t{4} << 20, 'x'));
+  if (worker() == poor) {
+    signalWorker(SIGKILL);
+    EXPECT_EQ(receiver.getInfo(info), 4U);
+  }
+  info.clear();
+  EXPECT_EQ(receiver.getInfo(info), 0U);
+}
+
+TEST(SupervisedController, SaysWhoHoldsTheLine) {
+  const OwnedDescriptor held(::open("/run/lock/LCK..tty_gps", O_RDWR | O_CREAT | O_CLOEXEC, 0644),
+                             "open");
+  ASSERT_EQ(::flock(held.get(), LOCK_EX), 0);
+  const std::string text = std::to_string(::getppid()) + "\n";
+  ASSERT_EQ(::write(held.get(), text.data(), text.size()), static_cast<ssize_t>(text.size()));
+  orbSupervisedController receiver(50ms);
+  unsigned char limit = 3;
+  EXPECT_EQ(receiver.getElevationLimit(limit), 8U);
+  EXPECT_EQ(limit, 3);
+  EXPECT_EQ(orbSupervisedController::lastCall().ending, Ending::LineHeld);
+  EXPECT_EQ(orbSupervisedController::lastCall().problem,
+            "process " + std::to_string(::getppid()) + " holds /dev/tty_gps");
+  ::unlink("/run/lock/LCK..tty_gps");
+}
+
+TEST(SupervisedController, LeavesNoProcessAndNoDescriptor) {
+  const long before = openDescriptors();
+  {
+    orbSupervisedController receiver;
+    std::string info;
+    ASSERT_EQ(receiver.getInfo(info), 0U);
+    EXPECT_NE(worker(), 0);
+  }
+  EXPECT_EQ(worker(), 0);
+  EXPECT_EQ(openDescriptors(), before);
+}
+
+TEST(SupervisedController, WorksWithoutStandardDescriptors) {
+  for (const int descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+    const OwnedDescriptor kept(::fcntl(descriptor, F_DUPFD_CLOEXEC, 10), "fcntl");
+    ::close(descriptor);
+    std::string info;
+    const unsigned int result = orbSupervisedController().getInfo(info);
+    ::dup2(kept.get(), descriptor);
+    EXPECT_EQ(result, 0U) << descriptor;
+  }
+}
+
+TEST(SupervisedOnSilentLine, ReturnsAtItsDeadline) {
+  orbSupervisedController receiver(200ms);
+  unsigned char limit = 3;
+  const auto start = std::chrono::steady_clock::now();
+  EXPECT_EQ(receiver.getElevationLimit(limit), 4U);
+  EXPECT_GE(std::chrono::steady_clock::now() - start, 200ms);
+  EXPECT_EQ(limit, 3);
+  const auto& call = orbSupervisedController::lastCall();
+  EXPECT_EQ(call.ending, Ending::DeadlineMissed);
+  EXPECT_EQ(call.line, Line::Silent);
+  EXPECT_EQ(call.problem, "getElevationLimit did not return in time; no byte came on the line");
+  EXPECT_EQ(worker(), 0);
+}
+
+TEST(SupervisedOnSilentLine, TellsOfNoReceiver) {
+  orbSupervisedController receiver(200ms);
+  EXPECT_EQ(receiver.gpsObtChipDetect(), 0U);
+  EXPECT_EQ(receiver.timeStamp(), "");
+}
+
+TEST(SupervisedWithoutModule, DoesAsTheNullController) {
+  orbSupervisedController receiver;
+  unsigned char limit = 3;
+  EXPECT_EQ(receiver.getElevationLimit(limit), 0U);
+  EXPECT_EQ(limit, 3);
+  EXPECT_EQ(receiver.gpsObtSetMsgType("NMEA"), 1U);
+  EXPECT_THROW(receiver.timeStamp(), std::logic_error);
+}
+
+}  // namespace
+}  // namespace orb::test
