@@ -32,7 +32,7 @@ constexpr Operation kOperations[] = {
         "applies nothing afterwards; see resetFactoryDefaults"),
     operation<&Interface::restart>(
         "restart", {{"flag"}}, "restarts the receiver", kOrder, {0, 0},
-        "the flag, 0 or 1, is passed on. Logged as \"64 3F: Unknown message type\""),
+        R"(the flag, 0 or 1, is passed on. Logged as "64 3F: Unknown message type")"),
     operation<&Interface::forceRestart>("forceRestart", {{"mode"}},
                                         "requests a restart; the low byte of mode counts", kOrder,
                                         {0, 0}, "forceRestart(0x103) is mode 3"),
@@ -53,10 +53,10 @@ constexpr Operation kOperations[] = {
     operation<&Interface::getResetInfo>("getResetInfo", {},
                                         "requests a restart with an empty request", kNone, {0, 0},
                                         "reads nothing. A failure to send is only logged"),
-    operation<&Interface::getInfo>("getInfo", {{"info"}}, "appends the firmware's versions to info",
-                                   kQuery, {1, 0},
-                                   "set info to \"\" first. Numbers are not padded. Also notes the "
-                                   "revision, see setGnssSystem(mask, secondBand). Prints"),
+    operation<&Interface::getInfo>(
+        "getInfo", {{"info"}}, "appends the firmware's versions to info", kQuery, {1, 0},
+        R"(set info to "" first. Numbers are not padded. Also notes the )"
+        "revision, see setGnssSystem(mask, secondBand). Prints"),
     operation<&Interface::setAntennaDelay>(
         "setAntennaDelay", {{"delay", "ns", -5000, 5000}}, "sets the cable delay, -5000 to 5000 ns",
         kSetting, {1, 0},
@@ -95,12 +95,12 @@ constexpr Operation kOperations[] = {
     operation<&Interface::getNavsolution>(
         "getNavsolution", {{"key"}, {"solution"}}, "replaces solution by the navigation solution",
         kQuery, {1, 0},
-        "the key is ignored. A8 comes only while the output is \"BINARY\", else 4: call "
-        "gpsObtSetMsgType(\"BINARY\") first. Signs are lost, see below"),
+        R"(the key is ignored. A8 comes only while the output is "BINARY", else 4: call )"
+        R"(gpsObtSetMsgType("BINARY") first. Signs are lost, see below)"),
     operation<&Interface::setSurveyMode>(
-        "setSurveyMode", {{"mode"}}, "\"DYNAMIC\", in any case, does what setSurveyDynamic does",
+        "setSurveyMode", {{"mode"}}, R"("DYNAMIC", in any case, does what setSurveyDynamic does)",
         kSetting, {3, 800},
-        "1 when the first query fails. \"AUTO\" and \"STATIC\" give 1 and set nothing: call "
+        R"(1 when the first query fails. "AUTO" and "STATIC" give 1 and set nothing: call )"
         "setSurveyAuto, setSurveyStatic. Any other word gives 0 and sets nothing"),
     operation<&Interface::getSurveyMode>("getSurveyMode", {{"mode"}}, "reads the mode as a word",
                                          kQuery, {1, 0}, "empty for a mode beyond 2"),
@@ -142,7 +142,7 @@ constexpr Operation kOperations[] = {
     operation<&Interface::getNofSatellitesInNavSol>(
         "getNofSatellitesInNavSol", {{"count"}}, "reads the number of satellites in the fix",
         kOrder, {1, 0},
-        "A8 as above. No reply returns 8, and is logged as \"Could not send\". A query that could "
+        R"(A8 as above. No reply returns 8, and is logged as "Could not send". A query that could )"
         "not be sent gives 0 and no log line. count is untouched in both: preset it, or call "
         "getNavsolution"),
     operation<&Interface::setMinCNo>("setMinCNo", {{"minimum", "dB-Hz", 0, 40}},
@@ -179,17 +179,17 @@ constexpr Operation kOperations[] = {
                                       "another mode returns 256, with nothing sent"),
     operation<&Interface::setTimeReference>(
         "setTimeReference", {{"reference"}},
-        "\"UTC\" and \"GPS\": aligns 1PPS to UTC, in output mode 2", kSetting, {1, 100},
-        "exact texts; another, \"GNSS\" too, returns 1, with nothing sent. For GNSS time call "
+        R"("UTC" and "GPS": aligns 1PPS to UTC, in output mode 2)", kSetting, {1, 100},
+        R"(exact texts; another, "GNSS" too, returns 1, with nothing sent. For GNSS time call )"
         "configTimePulse. Prints"),
     operation<&Interface::getTimeReference>(
-        "getTimeReference", {{"reference"}}, "reads what 1PPS is aligned to: \"GNSS\" or \"UTC\"",
-        kQuery, {1, 0}, "on failure \"GNSS\"; untouched for an alignment that is neither. Prints"),
+        "getTimeReference", {{"reference"}}, R"(reads what 1PPS is aligned to: "GNSS" or "UTC")",
+        kQuery, {1, 0}, R"(on failure "GNSS"; untouched for an alignment that is neither. Prints)"),
     operation<&Interface::setRxMode>(
-        "setRxMode", {{"mode"}}, "sets the power mode: \"NORMAL\" (0) or \"POWERSAVE\" (1)",
+        "setRxMode", {{"mode"}}, R"(sets the power mode: "NORMAL" (0) or "POWERSAVE" (1))",
         kSetting, {1, 0}, "exact texts; another returns 1, with nothing sent"),
     operation<&Interface::getRxMode>("getRxMode", {{"mode"}}, "reads the power mode", kQuery,
-                                     {1, 0}, "on failure \"NORMAL\"; empty for a mode beyond 1"),
+                                     {1, 0}, R"(on failure "NORMAL"; empty for a mode beyond 1)"),
     operation<&Interface::setUtcStandardAuto>("setUtcStandardAuto", {}, "does nothing", kNone,
                                               {0, 0}, ""),
     operation<&Interface::setUtsStandardTime>("setUtsStandardTime", {{"standard"}}, "does nothing",
@@ -219,8 +219,8 @@ constexpr Operation kOperations[] = {
         "sets the output mode of 1PPS, aligned to GNSS time", kSetting, {1, 100},
         "period and enable are ignored; mode is the receiver's number. Prints"),
     operation<&Interface::timeStamp>("timeStamp", {},
-                                     "the start of a log line, such as \"14:03:27_042: \"", kNoMask,
-                                     {0, 0}, "a null controller throws std::logic_error"),
+                                     R"(the start of a log line, such as "14:03:27_042: ")",
+                                     kNoMask, {0, 0}, "a null controller throws std::logic_error"),
     operation<&Interface::programGroupDelayCal>("programGroupDelayCal", {{"delay"}}, "does nothing",
                                                 kNone, {0, 0}, "call setAntennaDelay instead"),
     operation<overload<unsigned int()>(&Interface::gpsObtChipDetect)>(
@@ -231,15 +231,15 @@ constexpr Operation kOperations[] = {
         "gpsObtChipDetect", {{"device"}}, "whether a receiver answers on device", kNoMask,
         {0, 1000}, "device serves this exchange only; every other command opens /dev/tty_gps"),
     operation<&Interface::gpsObtSetMsgType>(
-        "gpsObtSetMsgType", {{"type"}},
-        "chooses the output: \"NO\" (0), \"NMEA\" (1), \"BINARY\" (2)", kQuery, {1, 0},
-        "exact texts: any other, such as \"nmea\", switches the output off. Takes an "
+        "gpsObtSetMsgType", {{"type"}}, R"(chooses the output: "NO" (0), "NMEA" (1), "BINARY" (2))",
+        kQuery, {1, 0},
+        R"(exact texts: any other, such as "nmea", switches the output off. Takes an )"
         "acknowledgement of any message; nothing is read back. Null controller: 1"),
 
     // What the facade has besides.
     operation<&Facade::setAntennaPower>(
         "setAntennaPower", {{"state"}},
-        "switches the antenna's supply at the carrier board's port expander: \"ON\" or \"OFF\", in "
+        R"(switches the antenna's supply at the carrier board's port expander: "ON" or "OFF", in )"
         "any case. 0, also where the board does not answer; 1 for another word",
         1, {0, 0}, ""),
     operation<&Facade::IsOrbitek>(
@@ -299,11 +299,11 @@ constexpr Operation kOperations[] = {
     operation<&Driver::gpsObtGetFwVersion>(
         "gpsObtGetFwVersion", {{"info"}}, "reads the firmware's versions as getInfo does", kQuery,
         {1, 0},
-        "fills kernelVersion \"1.0.12\", odmVersion \"1.2.0\", revision \"2024.3.15\" and "
+        R"(fills kernelVersion "1.0.12", odmVersion "1.2.0", revision "2024.3.15" and )"
         "revisionNumber 2024315, which keep their values on failure. Prints"),
     operation<&Driver::gpsOrbGetFwVersion>(
         "gpsOrbGetFwVersion", {{"kernel"}, {"odm"}, {"rev"}},
-        "reads \"KernelVersion: 1.0.12\", \"ODMVersion: 1.2.0\", \"Revision: 2024.3.15\"", kQuery,
+        R"(reads "KernelVersion: 1.0.12", "ODMVersion: 1.2.0", "Revision: 2024.3.15")", kQuery,
         {1, 0}, "leaves the four members alone"),
     operation<&Driver::gpsObtGetFwVersionString>(
         "gpsObtGetFwVersionString", {{"version"}}, "whether the receiver answers this query",
@@ -318,7 +318,7 @@ constexpr Operation kOperations[] = {
                                            "reads the power mode: 0 normal, 1 power saving", kQuery,
                                            {1, 0}, ""),
     operation<&Driver::gpsObtSetPowerMode>("gpsObtSetPowerMode", {{"mode"}},
-                                           "sets the power mode: \"POWERSAVE\"", kSetting, {1, 0},
+                                           R"(sets the power mode: "POWERSAVE")", kSetting, {1, 0},
                                            "any other text means normal; setRxMode checks it"),
     operation<&Driver::gpsOrbGetCfgRate>("gpsOrbGetCfgRate", {{"rate", "Hz"}},
                                          "reads the position update rate", kQuery, {1, 0},
@@ -335,12 +335,12 @@ constexpr Operation kOperations[] = {
         "not read back: call gpsObtGetNavMsg"),
     operation<&Driver::gpsObtGetFixNavConfigure>(
         "gpsObtGetFixNavConfigure", {{"first"}, {"second"}},
-        "reads the position fix mask: \"2D\" or \"3D\" each", kQuery, {1, 0},
+        R"(reads the position fix mask: "2D" or "3D" each)", kQuery, {1, 0},
         "empty for anything else"),
     operation<&Driver::gpsObtFixNavConfigure>(
         "gpsObtFixNavConfigure", {{"first"}, {"second"}}, "sets the position fix mask", kSetting,
         {1, 0},
-        "exact texts; another returns 1, with nothing sent. \"2D\" is sent as 1, \"3D\" as 0"),
+        R"(exact texts; another returns 1, with nothing sent. "2D" is sent as 1, "3D" as 0)"),
     operation<&Driver::gpsObtGetDopConfigure>(
         "gpsObtGetDopConfigure", {{"mode"}, {"first"}, {"second"}, {"third"}},
         "reads the DOP mask: mode and three limits", kQuery, {1, 0}, "prints"),

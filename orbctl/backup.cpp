@@ -122,7 +122,7 @@ bool isSurveyAsIn(Session& session, const Backup& backup) {
   }
   const Json now = readSurvey(session);
   const std::string mode = now["mode"].get<std::string>();
-  if (mode != backup.survey["mode"]) {
+  if (mode != backup.survey["mode"].get<std::string>()) {
     return false;
   }
   // A mode other than static surveys its position itself.

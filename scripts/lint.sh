@@ -11,7 +11,8 @@ is_version_14() {
   return 1
 }
 
-product="base board commands controller examples platform protocol simulator transport"
+product="base board commands controller examples operation_table orbctl platform protocol simulator
+  supervised transport"
 
 # shellcheck disable=SC2086  # the folders are words
 if is_version_14 clang-format; then

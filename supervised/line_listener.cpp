@@ -24,7 +24,8 @@ std::size_t countPackets(std::string_view bytes) {
   constexpr std::size_t kOverhead = 7;
   constexpr std::size_t kPayload = 4;
   std::size_t count = 0;
-  for (std::size_t at = bytes.find(kStart); at != bytes.npos; at = bytes.find(kStart, at + 1)) {
+  for (std::size_t at = bytes.find(kStart); at != std::string_view::npos;
+       at = bytes.find(kStart, at + 1)) {
     if (bytes.size() - at < kOverhead) {
       break;
     }
@@ -60,9 +61,10 @@ bool isSentence(std::string_view text) {
 
 std::size_t countSentences(std::string_view bytes) {
   std::size_t count = 0;
-  for (std::size_t at = bytes.find('$'); at != bytes.npos; at = bytes.find('$', at + 1)) {
+  for (std::size_t at = bytes.find('$'); at != std::string_view::npos;
+       at = bytes.find('$', at + 1)) {
     const std::size_t end = bytes.find('\r', at);
-    if (end != bytes.npos && isSentence(bytes.substr(at + 1, end - at - 1))) {
+    if (end != std::string_view::npos && isSentence(bytes.substr(at + 1, end - at - 1))) {
       ++count;
     }
   }

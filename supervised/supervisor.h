@@ -16,9 +16,9 @@ class Supervisor {
   using Call = orbSupervisedController::Call;
 
   /// Does `operation` with `arguments`, which come back as it left them, and tells of the call.
-  /// Throws what the operation threw. A deadline of zero is the operation's own.
+  /// Throws what the operation threw. A limit of zero is the operation's own.
   Value perform(const Operation& operation, std::vector<Value>& arguments,
-                std::chrono::milliseconds deadline, Call& call);
+                std::chrono::milliseconds limit, Call& call);
 
  private:
   Transfer ask(const Operation& operation, const std::vector<Value>& arguments, Deadline deadline,
