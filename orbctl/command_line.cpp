@@ -38,7 +38,12 @@ void addGlobalOptions(CLI::App& app, GlobalOptions& global) {
                  "Gives up an operation after so long; without it, after the longest time that it "
                  "takes, and 2 s")
       ->type_name("SECONDS")
-      ->check(CLI::Range(0.001, 1e6));
+      ->check([](const std::string& text) {
+        double seconds = 0;
+        const bool isGood = CLI::detail::lexical_cast(text, seconds) && seconds >= 0.001 &&
+                            seconds <= 1e6;  // what is no number is neither
+        return std::string(isGood ? "" : "it is 0.001 .. 1000000 seconds, not " + text);
+      });
   app.add_flag("--json", global.options.isJson, "Prints JSON");
   app.add_flag("-q,--quiet", global.options.session.isQuiet, "Prints no more than errors");
   app.add_flag("-v,--verbose", global.options.session.showPrints,
@@ -69,15 +74,30 @@ std::vector<std::string> commandsOf(const CLI::App& app) {
   return names;
 }
 
+void requireOutput() {
+  if (!std::cout.flush()) {
+    throw Failure(ExitStatus::WrongUse, "cannot write to standard output");
+  }
+}
+
+/// Bytes that are no UTF-8 are replaced.
+std::string asText(const Json& data) {
+  constexpr int kIndent = 2;
+  return data.dump(kIndent, ' ', false, Json::error_handler_t::replace) + '\n';
+}
+
 int report(const Failure& failure, const Options& options) {
   if (options.isJson) {
-    const Json data{{"ok", false},
-                    {"error",
-                     {{"status", static_cast<int>(failure.status())},
-                      {"result", failure.resultBits()},
-                      {"text", failure.what()},
-                      {"hint", failure.hint()}}}};
-    std::cout << data.dump(2) << '\n';
+    Json data{{"ok", false},
+              {"error",
+               {{"status", static_cast<int>(failure.status())},
+                {"result", failure.resultBits()},
+                {"text", failure.what()},
+                {"hint", failure.hint()}}}};
+    if (!failure.findings().empty()) {
+      data.update(Json::parse(failure.findings()));
+    }
+    std::cout << asText(data) << std::flush;
   }
   fmt::print(stderr, "orbctl: {}\n", failure.what());
   if (!failure.hint().empty()) {
@@ -100,7 +120,9 @@ int reportWrongUse(const CLI::App& app, const CLI::ParseError& error,
     const std::string near = nearest(arguments.front(), commands);
     hint = near.empty() ? hint : fmt::format("did you mean {}?", near);
   }
-  return report(Failure(ExitStatus::WrongUse, error.what(), hint), {});
+  Options options;
+  options.isJson = std::find(arguments.begin(), arguments.end(), "--json") != arguments.end();
+  return report(Failure(ExitStatus::WrongUse, error.what(), hint), options);
 }
 
 }  // namespace
@@ -124,13 +146,11 @@ void show(const Options& options, const std::string& command, const Json& data,
   if (options.isJson) {
     Json whole{{"ok", true}, {"command", command}};
     whole.update(data);
-    std::cout << whole.dump(2) << '\n';
+    std::cout << asText(whole);
   } else if (!options.session.isQuiet || command == "get") {
     std::cout << text;
   }
-  if (!std::cout.flush()) {
-    throw Failure(ExitStatus::WrongUse, "cannot write to standard output");
-  }
+  requireOutput();
 }
 
 int execute(int argc, char** argv) {
@@ -154,7 +174,7 @@ int execute(int argc, char** argv) {
 
   std::vector<std::string> arguments(argv + 1, argv + argc);
   try {
-    const auto simulation = takeSimulation(arguments, commandsOf(app));
+    const auto simulation = takeSimulation(arguments);
     if (simulation) {
       runSimulated(*simulation, arguments);
     }
@@ -165,6 +185,7 @@ int execute(int argc, char** argv) {
         std::chrono::duration<double>(global.deadlineSeconds));
     Session session(options.session);
     (chosen ? chosen : showStatus)(session, options);
+    requireOutput();
     return 0;
   } catch (const CLI::ParseError& error) {
     return reportWrongUse(app, error, arguments);
