@@ -11,6 +11,7 @@ import unittest
 
 from orbctl import LIMIT, ORBCTL, ORB_SIM, OrbctlTest, processes
 
+
 def workers():
     return processes("orb-gnss-worker", os.environ["TMPDIR"])
 
@@ -59,7 +60,8 @@ class Survival(OrbctlTest):
 
     def test_killed_at_any_moment_it_leaves_nothing_behind(self):
         result = self.on_device("kill_at_random_moments", "100", "get elevation-limit",
-                                "set elevation-limit 5", then="get elevation-limit")
+                                "set elevation-limit 6", "set elevation-limit 5",
+                                then=f"-q set elevation-limit 5 && {ORBCTL} get elevation-limit")
         self.check(result, 0, "no worker is left\n5 degrees\n", "")
 
     def check_after_silence(self, result):
