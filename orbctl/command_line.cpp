@@ -7,6 +7,7 @@
 #include <iostream>
 
 #include "base/man_page.h"
+#include "base/plain_help.h"
 #include "orbctl/command.h"
 #include "orbctl/completion.h"
 #include "orbctl/failure.h"
@@ -28,6 +29,20 @@ Examples:
   orbctl doctor                       why does the receiver not answer?
   orbctl --simulate status            any command, without hardware)";
 
+/// The commands as --help shows them.
+constexpr struct {
+  const char* name;
+  void (*add)(CLI::App& app, Action& chosen);
+} kGroups[] = {
+    {"What the receiver does", addStatusCommands},
+    {"What the receiver does", addWatchCommand},
+    {"What is wrong", addDoctorCommand},
+    {"Settings", addSettingCommands},
+    {"Survey", addSurveyCommand},
+    {"Orders", addDeviceCommands},
+    {"Any operation, any message", addExpertCommands},
+};
+
 struct GlobalOptions {
   Options options;
   double deadlineSeconds = 0;
@@ -35,8 +50,8 @@ struct GlobalOptions {
 
 void addGlobalOptions(CLI::App& app, GlobalOptions& global) {
   app.add_option("--deadline", global.deadlineSeconds,
-                 "Gives up an operation after so long; without it, after the longest time that it "
-                 "takes, and 2 s")
+                 "Gives up an operation after so long; without it, after the\n"
+                 "longest time that it takes, and 2 s")
       ->type_name("SECONDS")
       ->check([](const std::string& text) {
         double seconds = 0;
@@ -48,8 +63,11 @@ void addGlobalOptions(CLI::App& app, GlobalOptions& global) {
   app.add_flag("-q,--quiet", global.options.session.isQuiet, "Prints no more than errors");
   app.add_flag("-v,--verbose", global.options.session.showPrints,
                "Shows what the library prints, on standard error");
-  app.add_flag("--simulate")
-      ->description("[SCENARIO] Runs on the simulated device; orb-sim scenarios lists them");
+  app.add_option_function<std::string>(
+         "--simulate", [](const std::string& /*scenario*/) {},
+         "Runs on the simulated device; orb-sim scenarios lists them")
+      ->type_name("[SCENARIO]")
+      ->expected(0, 1);
 }
 
 /// What is made from the command line's own description.
@@ -57,12 +75,10 @@ void addGenerators(CLI::App& app, Action& chosen, std::string& shell) {
   CLI::App* const command =
       addCommand(app, "completion", "Prints a script that completes command lines", chosen,
                  [&](Session&, const Options&) { std::cout << completion(shell, app); });
+  command->group("For the shell");
   command->add_option("SHELL", shell, "bash, zsh or fish")
       ->required()
       ->check(CLI::IsMember({"bash", "zsh", "fish"}));
-  addCommand(app, "man", "Prints the manual page", chosen, [&](Session&, const Options&) {
-    std::cout << manPage({"orbctl", 1, ORB_VERSION, ""}, app);
-  });
 }
 
 /// The words of a command line that are commands.
@@ -131,7 +147,8 @@ CLI::App* addCommand(CLI::App& app, const std::string& name, const std::string& 
                      Action& chosen, Action action) {
   CLI::App* const command = app.add_subcommand(name, description);
   command->fallthrough();
-  command->footer("");
+  command->group("Commands");
+  command->footer("The options of all commands: orbctl --help");
   // The innermost command is parsed first.
   command->callback([&chosen, action = std::move(action)] {
     if (!chosen) {
@@ -155,23 +172,31 @@ void show(const Options& options, const std::string& command, const Json& data,
 
 int execute(int argc, char** argv) {
   CLI::App app(kDescription, "orbctl");
-  app.set_version_flag("--version", "orbctl " ORB_VERSION);
+  constexpr int kCommandWidth = 14;
+  app.formatter(std::make_shared<PlainHelp>(kCommandWidth));
+  app.get_formatter()->label("SUBCOMMAND", "COMMAND");
+  app.set_help_flag("-h,--help", "Prints this help");
+  app.set_version_flag("--version", "orbctl " ORB_VERSION, "Prints the version");
   app.footer(kFooter);
   app.require_subcommand(0, 1);
   GlobalOptions global;
   addGlobalOptions(app, global);
   Action chosen;
-  addStatusCommands(app, chosen);
-  addSettingCommands(app, chosen);
-  addSurveyCommand(app, chosen);
-  addDeviceCommands(app, chosen);
-  addDoctorCommand(app, chosen);
-  addWatchCommand(app, chosen);
-  addExpertCommands(app, chosen);
+  for (const auto& [group, add] : kGroups) {
+    const std::size_t before = app.get_subcommands({}).size();
+    add(app, chosen);
+    const std::vector<CLI::App*> commands = app.get_subcommands({});
+    for (std::size_t i = before; i < commands.size(); ++i) {
+      commands[i]->group(group);
+    }
+  }
 
   std::string shell;
   addGenerators(app, chosen, shell);
 
+  if (printManPage(app, 1, argc, argv)) {
+    return 0;
+  }
   std::vector<std::string> arguments(argv + 1, argv + argc);
   try {
     const auto simulation = takeSimulation(arguments);

@@ -131,4 +131,23 @@ Json readSurvey(Session& session) {
           {"altitude", std::get<double>(timing[5])}};
 }
 
+Json readInterference(Session& session) {
+  const Values jamming = session.call("gpsOrbGetJamDetectConfig", {false, 0LL});
+  return {{"detection", std::get<bool>(jamming[0])}, {"status", std::get<long long>(jamming[1])}};
+}
+
+std::string describeTime(const Json& time) {
+  if (time["utc"].is_null()) {
+    return "the receiver does not know the time yet";
+  }
+  return fmt::format("{} UTC, GPS week {}, {} leap seconds", time["utc"].get<std::string>(),
+                     time["gps_week"].get<int>(), time["leap_seconds"].get<int>());
+}
+
+std::string describeInterference(const Json& data) {
+  return data["detection"].get<bool>()
+             ? fmt::format("detection on, status {}", data["status"].get<int>())
+             : "detection off";
+}
+
 }  // namespace orb::ctl

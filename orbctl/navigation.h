@@ -40,4 +40,12 @@ Json readTime(Session& session);
 /// Survey mode, saved position, length and deviation.
 Json readSurvey(Session& session);
 
+/// Whether interference is detected, and its status.
+Json readInterference(Session& session);
+
+// For a person, what they have read.
+
+std::string describeTime(const Json& time);
+std::string describeInterference(const Json& interference);
+
 }  // namespace orb::ctl

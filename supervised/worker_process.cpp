@@ -76,8 +76,7 @@ class SpawnPlan {
     give(lifeline, kWorkerLifeline);
     check(::posix_spawn_file_actions_addclosefrom_np(&actions_, kWorkerLifeline + 1),
           "posix_spawn_file_actions_addclosefrom_np");
-    // A process group of its own: signals from the terminal are for the client, and where the
-    // client is killed, the kernel ends a worker that is stopped.
+    // A process group of its own: signals from the terminal are for the client.
     check(::posix_spawnattr_setflags(
               &attributes_, POSIX_SPAWN_SETPGROUP | POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF),
           "posix_spawnattr_setflags");
