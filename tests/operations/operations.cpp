@@ -33,7 +33,7 @@ const Row& named(const std::vector<Row>& rows, std::string_view name) {
   const auto row = std::find_if(rows.begin(), rows.end(),
                                 [&](const Row& candidate) { return candidate.name == name; });
   if (row == rows.end()) {
-    throw std::out_of_range("no operation " + name);
+    throw std::out_of_range("no operation " + std::string(name));
   }
   return *row;
 }
