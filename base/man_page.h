@@ -1,20 +1,11 @@
 #pragma once
 
 #include <CLI/CLI.hpp>
-#include <string>
 
 namespace orb {
 
-/// The manual page of a program, made from what its --help is made from.
-struct ManPage {
-  std::string name;
-  int section = 1;
-  std::string version;
-  /// What the page has besides: text in mdoc, after the options.
-  std::string more;
-};
-
-/// The page in the mdoc language.
-std::string manPage(const ManPage& page, const CLI::App& app);
+/// Prints the manual page, in the mdoc language, where --man is the only argument; returns whether
+/// it is. The page is made from what --help is made from. `section` is that of the manual.
+bool printManPage(const CLI::App& app, int section, int argc, char** argv);
 
 }  // namespace orb

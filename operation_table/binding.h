@@ -60,6 +60,8 @@ struct Call;
 template <typename Class, typename Result, typename... Arguments>
 struct Call<Result (Class::*)(Arguments...)> {
   static_assert(sizeof...(Arguments) <= Operation::kMostArguments);
+  static constexpr bool kIsOfFacade =
+      !std::is_same_v<Class, Receiver> && !std::is_same_v<Class, orbController_QN4470T01>;
 
   template <auto kMember>
   static Value call(Receiver& receiver, std::vector<Value>& values) {
@@ -107,6 +109,7 @@ constexpr Operation operation(std::string_view name, std::initializer_list<Argum
                 .resultBits = resultBits,
                 .longest = longest,
                 .toKnow = toKnow,
+                .isOfFacade = Call::kIsOfFacade,
                 .call = &Call::template call<kMember>};
   if (arguments.size() != 0) {
     Call::describe(row, arguments);

@@ -60,6 +60,8 @@ struct Operation {
   LongestTime longest;
   /// What surprises; empty where nothing does.
   std::string_view toKnow;
+  /// Whether it is called on the facade, which looks for module and receiver when it is made.
+  bool isOfFacade = false;
   /// Calls it. Outputs are also inputs: an operation that fails leaves them as they were.
   Value (*call)(Receiver& receiver, std::vector<Value>& values) = nullptr;
 

@@ -3,6 +3,7 @@
 #include <stdexcept>
 #include <string>
 #include <type_traits>
+#include <utility>
 
 #include "operation_table/operation.h"
 
@@ -22,7 +23,8 @@ Value toValue(const T& value) {
   }
 }
 
-/// The other way round. Throws std::invalid_argument where the value is of another kind.
+/// The other way round. Throws std::invalid_argument where the value is of another kind or does not
+/// fit.
 template <typename T>
 T fromValue(const Value& value) {
   using Held = std::conditional_t<
@@ -32,6 +34,11 @@ T fromValue(const Value& value) {
   if (const Held* const held = std::get_if<Held>(&value)) {
     if constexpr (std::is_same_v<T, std::string>) {
       return *held;
+    } else if constexpr (std::is_same_v<Held, long long>) {
+      if (!std::in_range<T>(*held)) {
+        throw std::invalid_argument("an argument that is too large or too small for its type");
+      }
+      return static_cast<T>(*held);
     } else {
       return static_cast<T>(*held);
     }

@@ -45,12 +45,34 @@ bool canBeSet(const Setting& setting, const Json& value) {
   }
 }
 
+/// A number of the table, with or without a point. Throws Failure where there is none between
+/// these.
+double numberFrom(const toml::table& table, const char* key, double lowest, double highest) {
+  const auto value = table[key].value<double>();
+  // Not the other way round: it also holds for what is no number.
+  if (!value || !(*value >= lowest && *value <= highest)) {
+    throw Failure(ExitStatus::WrongUse,
+                  fmt::format("[survey] {} has to be {} .. {}", key, lowest, highest),
+                  "nothing was sent");
+  }
+  return *value;
+}
+
 Json surveyFrom(const toml::table& table) {
-  return {{"mode", table["mode"].value_or(std::string())},
-          {"length", table["length"].value_or(std::int64_t{0})},
-          {"latitude", table["latitude"].value_or(0.0)},
-          {"longitude", table["longitude"].value_or(0.0)},
-          {"altitude", table["altitude"].value_or(0.0)}};
+  const std::string mode = table["mode"].value_or(std::string());
+  if (mode != "dynamic" && mode != "auto" && mode != "static") {
+    throw Failure(ExitStatus::WrongUse, fmt::format("there is no survey mode '{}'", mode),
+                  "it is dynamic, auto or static; nothing was sent");
+  }
+  Json survey{{"mode", mode}};
+  if (mode == "auto") {
+    survey["length"] = static_cast<long long>(numberFrom(table, "length", 1, 1209600));
+  } else if (mode == "static") {
+    survey["latitude"] = numberFrom(table, "latitude", -90, 90);
+    survey["longitude"] = numberFrom(table, "longitude", -180, 180);
+    survey["altitude"] = numberFrom(table, "altitude", -1000, 10000);
+  }
+  return survey;
 }
 
 }  // namespace
@@ -141,11 +163,8 @@ void restoreSurvey(Session& session, const Backup& backup) {
                   survey["altitude"].get<double>(), kDeviation});
   } else if (mode == "auto") {
     session.call("setSurveyAuto", {survey["length"].get<long long>(), kDeviation});
-  } else if (mode == "dynamic") {
-    session.call("setSurveyDynamic");
   } else {
-    throw Failure(ExitStatus::WrongUse, fmt::format("there is no survey mode '{}'", mode),
-                  "it is dynamic, auto or static");
+    session.call("setSurveyDynamic");
   }
 }
 

@@ -7,6 +7,7 @@
 #include <iostream>
 
 #include "base/man_page.h"
+#include "base/plain_help.h"
 #include "orbctl/command.h"
 #include "orbctl/completion.h"
 #include "orbctl/failure.h"
@@ -28,6 +29,20 @@ Examples:
   orbctl doctor                       why does the receiver not answer?
   orbctl --simulate status            any command, without hardware)";
 
+/// The commands as --help shows them.
+constexpr struct {
+  const char* name;
+  void (*add)(CLI::App& app, Action& chosen);
+} kGroups[] = {
+    {"What the receiver does", addStatusCommands},
+    {"What the receiver does", addWatchCommand},
+    {"What is wrong", addDoctorCommand},
+    {"Settings", addSettingCommands},
+    {"Survey", addSurveyCommand},
+    {"Orders", addDeviceCommands},
+    {"Any operation, any message", addExpertCommands},
+};
+
 struct GlobalOptions {
   Options options;
   double deadlineSeconds = 0;
@@ -35,16 +50,24 @@ struct GlobalOptions {
 
 void addGlobalOptions(CLI::App& app, GlobalOptions& global) {
   app.add_option("--deadline", global.deadlineSeconds,
-                 "Gives up an operation after so long; without it, after the longest time that it "
-                 "takes, and 2 s")
+                 "Gives up an operation after so long; without it, after the\n"
+                 "longest time that it takes, and 2 s")
       ->type_name("SECONDS")
-      ->check(CLI::Range(0.001, 1e6));
+      ->check([](const std::string& text) {
+        double seconds = 0;
+        const bool isGood = CLI::detail::lexical_cast(text, seconds) && seconds >= 0.001 &&
+                            seconds <= 1e6;  // what is no number is neither
+        return std::string(isGood ? "" : "it is 0.001 .. 1000000 seconds, not " + text);
+      });
   app.add_flag("--json", global.options.isJson, "Prints JSON");
   app.add_flag("-q,--quiet", global.options.session.isQuiet, "Prints no more than errors");
   app.add_flag("-v,--verbose", global.options.session.showPrints,
                "Shows what the library prints, on standard error");
-  app.add_flag("--simulate")
-      ->description("[SCENARIO] Runs on the simulated device; orb-sim scenarios lists them");
+  app.add_option_function<std::string>(
+         "--simulate", [](const std::string& /*scenario*/) {},
+         "Runs on the simulated device; orb-sim scenarios lists them")
+      ->type_name("[SCENARIO]")
+      ->expected(0, 1);
 }
 
 /// What is made from the command line's own description.
@@ -52,12 +75,10 @@ void addGenerators(CLI::App& app, Action& chosen, std::string& shell) {
   CLI::App* const command =
       addCommand(app, "completion", "Prints a script that completes command lines", chosen,
                  [&](Session&, const Options&) { std::cout << completion(shell, app); });
+  command->group("For the shell");
   command->add_option("SHELL", shell, "bash, zsh or fish")
       ->required()
       ->check(CLI::IsMember({"bash", "zsh", "fish"}));
-  addCommand(app, "man", "Prints the manual page", chosen, [&](Session&, const Options&) {
-    std::cout << manPage({"orbctl", 1, ORB_VERSION, ""}, app);
-  });
 }
 
 /// The words of a command line that are commands.
@@ -69,15 +90,30 @@ std::vector<std::string> commandsOf(const CLI::App& app) {
   return names;
 }
 
+void requireOutput() {
+  if (!std::cout.flush()) {
+    throw Failure(ExitStatus::WrongUse, "cannot write to standard output");
+  }
+}
+
+/// Bytes that are no UTF-8 are replaced.
+std::string asText(const Json& data) {
+  constexpr int kIndent = 2;
+  return data.dump(kIndent, ' ', false, Json::error_handler_t::replace) + '\n';
+}
+
 int report(const Failure& failure, const Options& options) {
   if (options.isJson) {
-    const Json data{{"ok", false},
-                    {"error",
-                     {{"status", static_cast<int>(failure.status())},
-                      {"result", failure.resultBits()},
-                      {"text", failure.what()},
-                      {"hint", failure.hint()}}}};
-    std::cout << data.dump(2) << '\n';
+    Json data{{"ok", false},
+              {"error",
+               {{"status", static_cast<int>(failure.status())},
+                {"result", failure.resultBits()},
+                {"text", failure.what()},
+                {"hint", failure.hint()}}}};
+    if (!failure.findings().empty()) {
+      data.update(Json::parse(failure.findings()));
+    }
+    std::cout << asText(data) << std::flush;
   }
   fmt::print(stderr, "orbctl: {}\n", failure.what());
   if (!failure.hint().empty()) {
@@ -100,7 +136,9 @@ int reportWrongUse(const CLI::App& app, const CLI::ParseError& error,
     const std::string near = nearest(arguments.front(), commands);
     hint = near.empty() ? hint : fmt::format("did you mean {}?", near);
   }
-  return report(Failure(ExitStatus::WrongUse, error.what(), hint), {});
+  Options options;
+  options.isJson = std::find(arguments.begin(), arguments.end(), "--json") != arguments.end();
+  return report(Failure(ExitStatus::WrongUse, error.what(), hint), options);
 }
 
 }  // namespace
@@ -109,7 +147,8 @@ CLI::App* addCommand(CLI::App& app, const std::string& name, const std::string& 
                      Action& chosen, Action action) {
   CLI::App* const command = app.add_subcommand(name, description);
   command->fallthrough();
-  command->footer("");
+  command->group("Commands");
+  command->footer("The options of all commands: orbctl --help");
   // The innermost command is parsed first.
   command->callback([&chosen, action = std::move(action)] {
     if (!chosen) {
@@ -124,37 +163,43 @@ void show(const Options& options, const std::string& command, const Json& data,
   if (options.isJson) {
     Json whole{{"ok", true}, {"command", command}};
     whole.update(data);
-    std::cout << whole.dump(2) << '\n';
+    std::cout << asText(whole);
   } else if (!options.session.isQuiet || command == "get") {
     std::cout << text;
   }
-  if (!std::cout.flush()) {
-    throw Failure(ExitStatus::WrongUse, "cannot write to standard output");
-  }
+  requireOutput();
 }
 
 int execute(int argc, char** argv) {
   CLI::App app(kDescription, "orbctl");
-  app.set_version_flag("--version", "orbctl " ORB_VERSION);
+  constexpr int kCommandWidth = 14;
+  app.formatter(std::make_shared<PlainHelp>(kCommandWidth));
+  app.get_formatter()->label("SUBCOMMAND", "COMMAND");
+  app.set_help_flag("-h,--help", "Prints this help");
+  app.set_version_flag("--version", "orbctl " ORB_VERSION, "Prints the version");
   app.footer(kFooter);
   app.require_subcommand(0, 1);
   GlobalOptions global;
   addGlobalOptions(app, global);
   Action chosen;
-  addStatusCommands(app, chosen);
-  addSettingCommands(app, chosen);
-  addSurveyCommand(app, chosen);
-  addDeviceCommands(app, chosen);
-  addDoctorCommand(app, chosen);
-  addWatchCommand(app, chosen);
-  addExpertCommands(app, chosen);
+  for (const auto& [group, add] : kGroups) {
+    const std::size_t before = app.get_subcommands({}).size();
+    add(app, chosen);
+    const std::vector<CLI::App*> commands = app.get_subcommands({});
+    for (std::size_t i = before; i < commands.size(); ++i) {
+      commands[i]->group(group);
+    }
+  }
 
   std::string shell;
   addGenerators(app, chosen, shell);
 
+  if (printManPage(app, 1, argc, argv)) {
+    return 0;
+  }
   std::vector<std::string> arguments(argv + 1, argv + argc);
   try {
-    const auto simulation = takeSimulation(arguments, commandsOf(app));
+    const auto simulation = takeSimulation(arguments);
     if (simulation) {
       runSimulated(*simulation, arguments);
     }
@@ -165,6 +210,7 @@ int execute(int argc, char** argv) {
         std::chrono::duration<double>(global.deadlineSeconds));
     Session session(options.session);
     (chosen ? chosen : showStatus)(session, options);
+    requireOutput();
     return 0;
   } catch (const CLI::ParseError& error) {
     return reportWrongUse(app, error, arguments);

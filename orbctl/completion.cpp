@@ -4,23 +4,31 @@
 
 #include <algorithm>
 
+#include "operation_table/operation.h"
 #include "orbctl/settings.h"
 
 namespace orb::ctl {
 namespace {
 
-/// What can come after a command: options, commands of its own, fixed words, keys.
+/// What can come after a command.
 struct Words {
   std::string command;
   std::string words;
+  std::string options;
 };
 
-std::string optionsOf(const CLI::App& app) {
+/// The options that --help tells of; --help itself as one of orbctl alone.
+std::vector<const CLI::Option*> optionsOf(const CLI::App& app) {
+  return app.get_options([&](const CLI::Option* option) {
+    const bool isHelpOfCommand = option == app.get_help_ptr() && app.get_parent() != nullptr;
+    return option->nonpositional() && !option->get_group().empty() && !isHelpOfCommand;
+  });
+}
+
+std::string optionNamesOf(const CLI::App& app) {
   std::string words;
-  for (const CLI::Option* const option : app.get_options()) {
-    for (const std::string& name : option->get_lnames()) {
-      words += " --" + name;
-    }
+  for (const CLI::Option* const option : optionsOf(app)) {
+    words += " --" + option->get_lnames().front();
   }
   return words;
 }
@@ -33,6 +41,12 @@ std::string namesOf(const CLI::App& app) {
   return words;
 }
 
+std::string separatedByBlanks(std::string_view list) {
+  std::string words(list);
+  std::replace(words.begin(), words.end(), ',', ' ');
+  return words;
+}
+
 std::string keys() {
   std::string words;
   for (const Setting& setting : settings()) {
@@ -41,40 +55,46 @@ std::string keys() {
   return words;
 }
 
-/// The fixed words that a command's argument takes.
-std::string argumentsOf(const std::string& command) {
-  if (command == "get" || command == "set" || command == "keys") {
-    return keys();
+std::string operationNames() {
+  std::string words;
+  for (const Operation& operation : operations()) {
+    words += " " + std::string(operation.name);
   }
-  if (command == "antenna-power") {
-    return " on off";
+  return words;
+}
+
+/// The words that a command's arguments can be: keys, operations, or what the parser takes.
+std::string argumentsOf(const CLI::App& command) {
+  std::string words;
+  for (const CLI::Option* const option : command.get_options()) {
+    const std::string name = option->get_name(true);
+    if (name == "KEY" || name == "KEY VALUE") {
+      words += keys();
+    } else if (name == "OPERATION") {
+      words += operationNames();
+    } else if (option->get_positional()) {
+      const std::string type = option->get_type_name();  // such as "TEXT:{on,off}"
+      const std::size_t start = type.find('{');
+      words += start == type.npos
+                   ? ""
+                   : " " + separatedByBlanks(type.substr(start + 1, type.find('}') - start - 1));
+    }
   }
-  if (command == "defaults") {
-    return " application configuration factory";
-  }
-  if (command == "reset") {
-    return " hot warm cold";
-  }
-  return command == "completion" ? " bash zsh fish" : "";
+  return words;
 }
 
 std::vector<Words> wordsOf(const CLI::App& app) {
   std::vector<Words> result;
   for (const CLI::App* const command : app.get_subcommands({})) {
-    const std::string& name = command->get_name();
-    result.push_back({name, namesOf(*command) + argumentsOf(name) + optionsOf(*command)});
+    result.push_back(
+        {command->get_name(), namesOf(*command) + argumentsOf(*command), optionNamesOf(*command)});
   }
   return result;
 }
 
 /// The words that a setting takes, for completion of its value.
 std::string valuesOf(const Setting& setting) {
-  if (setting.kind == Setting::Kind::Switch) {
-    return "on off";
-  }
-  std::string words(setting.words);
-  std::replace(words.begin(), words.end(), ',', ' ');
-  return words;
+  return setting.kind == Setting::Kind::Switch ? "on off" : separatedByBlanks(setting.words);
 }
 
 /// The names of the same things in two shells.
@@ -84,23 +104,24 @@ struct ShellNames {
   const char* array;  // the words, to be indexed
 };
 
-/// Shell code that sets `list` to what can stand where the cursor is.
+/// Shell code that sets `list` to what can stand where the cursor is; empty: files.
 std::string findWords(const CLI::App& app, const ShellNames& shell) {
   std::string names;
   for (const Words& each : wordsOf(app)) {
     names += (names.empty() ? "" : "|") + each.command;
   }
   std::string text = fmt::format(
-      "  local command= list i\n"
+      "  local command= list options i\n"
       "  for ((i = {0}; i < {1}; i++)); do\n"
       "    case ${{{2}[i]}} in {3}) command=${{{2}[i]}}; break ;; esac\n"
       "  done\n"
       "  case $command in\n",
       shell.first, shell.index, shell.array, names);
   for (const Words& each : wordsOf(app)) {
-    text += fmt::format("    {}) list=\"{}\" ;;\n", each.command, each.words);
+    text += fmt::format("    {}) list=\"{}\" options=\"{}\" ;;\n", each.command, each.words,
+                        each.options);
   }
-  text += fmt::format("    *) list=\"{}{}\" ;;\n  esac\n", namesOf(app), optionsOf(app));
+  text += fmt::format("    *) list=\"{}\" ;;\n  esac\n", namesOf(app));
   text +=
       fmt::format("  [ \"$command\" = set ] && case ${{{}[{}-1]}} in\n", shell.array, shell.index);
   for (const Setting& setting : settings()) {
@@ -108,20 +129,25 @@ std::string findWords(const CLI::App& app, const ShellNames& shell) {
       text += fmt::format("    {}) list=\"{}\" ;;\n", setting.key, values);
     }
   }
-  return text + "  esac\n";
+  return text + fmt::format("  esac\n  case ${{{}[{}]}} in -*) list=\"$options{}\" ;; esac\n",
+                            shell.array, shell.index, optionNamesOf(app));
 }
 
 std::string bash(const CLI::App& app) {
   return "_orbctl() {\n" + findWords(app, {"1", "COMP_CWORD", "COMP_WORDS"}) +
          "  COMPREPLY=($(compgen -W \"$list\" -- \"${COMP_WORDS[COMP_CWORD]}\"))\n"
          "}\n"
-         "complete -F _orbctl orbctl\n";
+         "complete -o default -F _orbctl orbctl\n";
 }
 
 /// As a function that zsh loads by itself, and as a script that is sourced.
 std::string zsh(const CLI::App& app) {
   return "#compdef orbctl\n_orbctl() {\n" + findWords(app, {"2", "CURRENT", "words"}) +
-         "  compadd -- ${=list}\n"
+         "  if [ -n \"$list\" ]; then\n"
+         "    compadd -- ${=list}\n"
+         "  else\n"
+         "    _files\n"
+         "  fi\n"
          "}\n"
          "if [ \"$funcstack[1]\" = _orbctl ]; then\n"
          "  _orbctl \"$@\"\n"
@@ -130,33 +156,57 @@ std::string zsh(const CLI::App& app) {
          "fi\n";
 }
 
-std::string fish(const CLI::App& app) {
-  std::string text = "complete -c orbctl -f\n";
-  std::string names;
-  for (const CLI::App* const command : app.get_subcommands({})) {
-    names += (names.empty() ? "" : " ") + command->get_name();
-  }
-  for (const CLI::App* const command : app.get_subcommands({})) {
-    text +=
-        fmt::format("complete -c orbctl -n 'not __fish_seen_subcommand_from {}' -a {} -d '{}'\n",
-                    names, command->get_name(), command->get_description());
-  }
-  for (const Words& each : wordsOf(app)) {
-    text += fmt::format("complete -c orbctl -n '__fish_seen_subcommand_from {}' -a '{}'\n",
-                        each.command, each.words.empty() ? "" : each.words.substr(1));
-  }
-  text +=
-      fmt::format("complete -c orbctl -a '{}' -n 'string match -q -- \"-*\" (commandline -ct)'\n",
-                  optionsOf(app).substr(1));
-  for (const Setting& setting : settings()) {
-    if (const std::string values = valuesOf(setting); !values.empty()) {
-      text += fmt::format(
-          "complete -c orbctl -n '__fish_seen_subcommand_from set; and test (commandline -opc)[-1] "
-          "= {}' -a '{}'\n",
-          setting.key, values);
+/// Text in single quotes, on one line.
+std::string quoted(const std::string& text) {
+  std::string result = "'";
+  for (const char c : text) {
+    if (c == '\'' || c == '\\') {
+      result += '\\';
     }
+    result += c == '\n' ? ' ' : c;
+  }
+  return result + "'";
+}
+
+/// A rule of fish: where `condition` holds, `what` is offered.
+std::string rule(const std::string& condition, const std::string& what) {
+  return "complete -c orbctl " + (condition.empty() ? "" : "-n " + quoted(condition) + " ") + what +
+         "\n";
+}
+
+std::string optionRules(const CLI::App& app, const std::string& condition) {
+  std::string text;
+  for (const CLI::Option* const option : optionsOf(app)) {
+    text += rule(condition,
+                 "-l " + option->get_lnames().front() + " -d " + quoted(option->get_description()));
   }
   return text;
+}
+
+std::string fish(const CLI::App& app) {
+  const std::string seen = "__fish_seen_subcommand_from ";
+  const std::string previous = "(commandline -opc)[-1]";
+  std::string valued;
+  std::string text = "complete -c orbctl -f\n" + optionRules(app, "");
+  for (const Setting& setting : settings()) {
+    if (const std::string values = valuesOf(setting); !values.empty()) {
+      valued += " " + std::string(setting.key);
+      text += rule(fmt::format("{}set; and test {} = {}", seen, previous, setting.key),
+                   "-a " + quoted(values));
+    }
+  }
+  for (const CLI::App* const command : app.get_subcommands({})) {
+    text += rule("not " + seen + namesOf(app),
+                 "-a " + command->get_name() + " -d " + quoted(command->get_description()));
+    text += optionRules(*command, seen + command->get_name());
+  }
+  for (const Words& each : wordsOf(app)) {
+    const bool isSet = each.command == "set";
+    text += rule(seen + each.command +
+                     (isSet ? fmt::format("; and not contains -- {}{}", previous, valued) : ""),
+                 "-a " + quoted(each.words));
+  }
+  return text + rule(seen + "backup restore", "-F");
 }
 
 }  // namespace

@@ -26,7 +26,6 @@ namespace fs = std::filesystem;
 
 constexpr const char* kDevice = kDefaultDevice.data();
 constexpr char kErrorLog[] = "/var/log/orbset-errors.log";
-constexpr std::chrono::milliseconds kListening{1500};
 
 /// What one look at the device found.
 struct Finding {
@@ -107,7 +106,7 @@ Finding lookAtUsers() {
             "a second reader takes replies away: end it", ExitStatus::Held};
   }
   if (!lock.problem().empty()) {
-    return {Note, "users", "nobody else has it open; " + lock.problem(), {}};
+    return {Note, "users", "nobody else is seen to have it open; " + lock.problem(), {}};
   }
   return {Good, "users", "nobody else has it open", {}};
 }
@@ -138,8 +137,8 @@ Finding lookAtSpeed() {
           {}};
 }
 
-Finding lookAtLine() {
-  const LineReport line = listenTo(kDevice, kListening);
+Finding lookAtLine(Session& session) {
+  const LineReport line = session.listen();
   const std::string found = heard(line);
   switch (line.state) {
     case LineReport::State::Silent:
@@ -180,7 +179,7 @@ Finding lookAtReceiver(Session& session) {
     if (!session.hasReceiver()) {
       return {Bad, "receiver", "does not answer the detection on " + std::string(kDevice),
               "check its power, the cable and the speed; is transmit connected to receive?",
-              ExitStatus::NoReply};
+              ExitStatus::NoReceiver};
     }
     session.call("gpsOrbGetFwVersion", {std::string(), std::string(), std::string()});
     return {Good, "receiver", "answers", {}};
@@ -229,7 +228,7 @@ void doctor(Session& session, const Options& options) {
   const bool isThere = look(lookAtNode());
   const bool isFree = isThere && look(lookAtUsers());
   if (isFree && look(lookAtSpeed())) {
-    look(lookAtLine());
+    look(lookAtLine(session));
   }
   const bool isFitted = look(lookAtInventory());
   if (isFree && isFitted) {
@@ -239,18 +238,20 @@ void doctor(Session& session, const Options& options) {
 
   const auto worst = std::find_if(findings.begin(), findings.end(),
                                   [](const Finding& finding) { return finding.state == Bad; });
-  if (options.isJson) {
-    Json data = Json::array();
-    for (const Finding& finding : findings) {
-      data.push_back({{"what", finding.what},
-                      {"state", wordFor(finding.state)},
-                      {"found", finding.found},
-                      {"next_step", finding.nextStep}});
-    }
-    show(options, "doctor", {{"healthy", worst == findings.end()}, {"findings", data}}, "");
+  Json list = Json::array();
+  for (const Finding& finding : findings) {
+    list.push_back({{"what", finding.what},
+                    {"state", wordFor(finding.state)},
+                    {"found", finding.found},
+                    {"next_step", finding.nextStep}});
   }
+  const Json data{{"findings", list}};
   if (worst != findings.end()) {
-    throw Failure(worst->status, fmt::format("{}: {}", worst->what, worst->found), worst->nextStep);
+    throw Failure(worst->status, fmt::format("{}: {}", worst->what, worst->found), worst->nextStep)
+        .with(data.dump());
+  }
+  if (options.isJson) {
+    show(options, "doctor", data, "");
   }
   if (!options.isJson) {
     show(options, "doctor", {}, "All is well.\n");

@@ -35,7 +35,7 @@ void explain(const Options& options, unsigned int result) {
 std::string bytesFrom(const std::vector<std::string>& words) {
   std::string bytes;
   for (const std::string& word : words) {
-    if (word.size() % 2 != 0) {
+    if (word.empty() || word.size() % 2 != 0) {
       throw Failure(ExitStatus::WrongUse, fmt::format("'{}' is no bytes in hexadecimal", word),
                     "as in: orbctl raw 64 07");
     }
@@ -69,25 +69,29 @@ std::string describeMessage(const std::string& payload) {
   return orbGetMessageDescription({at(0), hasSubId ? at(1) : static_cast<unsigned char>(0)}, 0);
 }
 
+constexpr unsigned char kRefused = 0x84;
+
 void raw(Session& session, const Options& options, const std::string& payload) {
   const Values outcome = session.call("exchangeRaw", {payload, std::string()});
   // Each reply stands after its length, in two bytes.
   const auto& replies = std::get<std::string>(outcome[1]);
   Json data = Json::array();
   std::string text = fmt::format("> {}  {}\n", hex(payload), describeMessage(payload));
+  bool isRefused = false;
   for (std::size_t at = 0; at + 2 <= replies.size();) {
     const auto length = static_cast<std::size_t>(static_cast<unsigned char>(replies[at]) * 256 +
                                                  static_cast<unsigned char>(replies[at + 1]));
     const std::string reply = replies.substr(at + 2, length);
+    isRefused |= static_cast<unsigned char>(reply.front()) == kRefused;
     data.push_back({{"bytes", hex(reply)}, {"description", describeMessage(reply)}});
     text += fmt::format("< {}  {}\n", hex(reply), describeMessage(reply));
     at += 2 + length;
   }
-  if (data.empty()) {
-    throw Failure(ExitStatus::NoReply, "no packet came within 2 s", "is it a message that answers?",
-                  4);
-  }
   show(options, "raw", {{"sent", hex(payload)}, {"replies", data}}, text);
+  if (isRefused) {
+    throw Failure(ExitStatus::Refused, "the receiver refuses this message",
+                  "see its length and meaning with: orbctl messages");
+  }
 }
 
 void messages(const Options& options, const std::string& id) {

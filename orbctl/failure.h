@@ -2,6 +2,7 @@
 
 #include <stdexcept>
 #include <string>
+#include <utility>
 
 namespace orb::ctl {
 
@@ -25,12 +26,20 @@ class Failure : public std::runtime_error {
 
   ExitStatus status() const { return status_; }
   const std::string& hint() const { return hint_; }
+  /// What the command found before it failed, as a JSON object; empty where that is nothing.
+  const std::string& findings() const { return findings_; }
+  Failure& with(std::string findings) {
+    findings_ = std::move(findings);
+    return *this;
+  }
+
   /// The operation's result; 0 where none was called.
   unsigned int resultBits() const { return bits_; }
 
  private:
   ExitStatus status_;
   std::string hint_;
+  std::string findings_;
   unsigned int bits_;
 };
 

@@ -8,12 +8,9 @@
 #include <sstream>
 
 #include "orbctl/failure.h"
-#include "transport/default_device.h"
 
 namespace orb::ctl {
 namespace {
-
-constexpr std::chrono::milliseconds kListening{1200};
 
 double number(const std::string& text) {
   double value = 0;
@@ -30,11 +27,30 @@ constexpr double kMetreRange = 42949672.96;
 }  // namespace
 
 BinaryOutput::BinaryOutput(Session& session) : session_(session) {
-  const LineReport line = listenTo(std::string(kDefaultDevice), kListening);
-  if (line.state != LineReport::State::Packets) {
-    session_.call("gpsObtSetMsgType", {std::string("BINARY")});
-    before_ = line.state == LineReport::State::Text ? "NMEA" : "NO";
+  const LineReport line = session_.listen();
+  if (line.state == LineReport::State::Packets) {
+    return;
   }
+  if (line.state != LineReport::State::Text && line.state != LineReport::State::Silent) {
+    throw Failure(ExitStatus::NoReply, heard(line), "find out why with: orbctl doctor");
+  }
+  blockSignals();
+  try {
+    session_.call("gpsObtSetMsgType", {std::string("BINARY")});
+  } catch (...) {
+    ::pthread_sigmask(SIG_SETMASK, &signalsBefore_, nullptr);
+    throw;
+  }
+  before_ = line.state == LineReport::State::Text ? "NMEA" : "NO";
+}
+
+void BinaryOutput::blockSignals() {
+  sigset_t ending;
+  sigemptyset(&ending);
+  for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+    sigaddset(&ending, signal);
+  }
+  ::pthread_sigmask(SIG_BLOCK, &ending, &signalsBefore_);
 }
 
 BinaryOutput::~BinaryOutput() {
@@ -43,9 +59,10 @@ BinaryOutput::~BinaryOutput() {
   }
   try {
     session_.call("gpsObtSetMsgType", {before_});
-  } catch (const Failure&) {
-    // What was read is good all the same.
+  } catch (const Failure& failure) {
+    fmt::print(stderr, "orbctl: warning: the receiver's output stays binary: {}\n", failure.what());
   }
+  ::pthread_sigmask(SIG_SETMASK, &signalsBefore_, nullptr);
 }
 
 Json readNavigation(Session& session) {
@@ -112,6 +129,25 @@ Json readSurvey(Session& session) {
           {"latitude", std::get<double>(timing[3])},
           {"longitude", std::get<double>(timing[4])},
           {"altitude", std::get<double>(timing[5])}};
+}
+
+Json readInterference(Session& session) {
+  const Values jamming = session.call("gpsOrbGetJamDetectConfig", {false, 0LL});
+  return {{"detection", std::get<bool>(jamming[0])}, {"status", std::get<long long>(jamming[1])}};
+}
+
+std::string describeTime(const Json& time) {
+  if (time["utc"].is_null()) {
+    return "the receiver does not know the time yet";
+  }
+  return fmt::format("{} UTC, GPS week {}, {} leap seconds", time["utc"].get<std::string>(),
+                     time["gps_week"].get<int>(), time["leap_seconds"].get<int>());
+}
+
+std::string describeInterference(const Json& data) {
+  return data["detection"].get<bool>()
+             ? fmt::format("detection on, status {}", data["status"].get<int>())
+             : "detection off";
 }
 
 }  // namespace orb::ctl

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <csignal>
 #include <string>
 
 #include "orbctl/session.h"
@@ -9,16 +10,21 @@ namespace orb::ctl {
 
 /// Has the receiver send binary navigation data, and at the end what it sent before: text, or
 /// nothing.
+///
+/// Signals that end a program wait until the output is as it was.
 class BinaryOutput {
  public:
-  /// Listens to the line to know what is sent.
+  /// Listens to the line to know what is sent. Throws Failure where that is not known.
   explicit BinaryOutput(Session& session);
   BinaryOutput(const BinaryOutput&) = delete;
   BinaryOutput& operator=(const BinaryOutput&) = delete;
   ~BinaryOutput();
 
  private:
+  void blockSignals();
+
   Session& session_;
+  sigset_t signalsBefore_{};
   std::string before_;  // empty where nothing was changed
 };
 
@@ -33,5 +39,13 @@ Json readTime(Session& session);
 
 /// Survey mode, saved position, length and deviation.
 Json readSurvey(Session& session);
+
+/// Whether interference is detected, and its status.
+Json readInterference(Session& session);
+
+// For a person, what they have read.
+
+std::string describeTime(const Json& time);
+std::string describeInterference(const Json& interference);
 
 }  // namespace orb::ctl

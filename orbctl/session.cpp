@@ -3,11 +3,13 @@
 #include <fmt/format.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdio>
 
 #include "orb-gnss/hardware_discovery.h"
 #include "orbctl/failure.h"
 #include "orbctl/results.h"
+#include "supervised/device_lock.h"
 #include "transport/default_device.h"
 
 namespace orb::ctl {
@@ -36,17 +38,16 @@ std::string hintAfterSilence(LineReport::State line) {
   return {};
 }
 
-Failure withoutReply(const std::string& what, unsigned int result) {
-  const LineReport line = listenTo(kDevice, kListening);
+Failure withoutReply(const std::string& what, unsigned int result, const LineReport& line) {
   return {ExitStatus::NoReply, fmt::format("{}: {}", what, heard(line)),
           hintAfterSilence(line.state), result};
 }
 
-Failure failureOf(const std::string& operation, unsigned int result) {
+Failure failureOf(Session& session, const std::string& operation, unsigned int result) {
   const ExitStatus status = exitStatusFor(result);
   switch (status) {
     case ExitStatus::NoReply:
-      return withoutReply(fmt::format("{}: no reply in time", operation), result);
+      return withoutReply(fmt::format("{}: no reply in time", operation), result, session.listen());
     case ExitStatus::NotSent:
       return {status, fmt::format("{}: a message could not be sent to {}", operation, kDevice),
               "find out why with: orbctl doctor", result};
@@ -59,7 +60,7 @@ Failure failureOf(const std::string& operation, unsigned int result) {
   }
 }
 
-Failure noReceiver() {
+Failure noReceiver(Session& session) {
   const std::string hardware = getModuleHardwareID(kModuleLocation);
   if (hardware.find("47205318-001") == std::string::npos) {
     return {ExitStatus::NoReceiver,
@@ -71,7 +72,11 @@ Failure noReceiver() {
     return {ExitStatus::NotSent, fmt::format("{} does not exist", kDevice),
             "check the device node with: orbctl doctor"};
   }
-  const LineReport line = listenTo(kDevice, kListening);
+  const LineReport line = session.listen();
+  if (line.state == LineReport::State::NotThere) {
+    return {ExitStatus::NotSent, fmt::format("{} cannot be opened ({})", kDevice, line.problem),
+            "check the rights to it with: orbctl doctor"};
+  }
   return {
       ExitStatus::NoReceiver,
       fmt::format("the module is fitted, but no receiver answers on {}: {}", kDevice, heard(line)),
@@ -106,6 +111,16 @@ void Session::show(const Call& call) {
   }
 }
 
+LineReport Session::listen() {
+  DeviceLock lock;
+  const auto limit = std::max<std::chrono::milliseconds>(options_.deadline, kListening);
+  if (lock.acquire(std::chrono::steady_clock::now() + limit) == DeviceLock::State::HeldByOther) {
+    throw Failure(ExitStatus::Held, fmt::format("process {} holds {}", lock.holder(), kDevice),
+                  "wait for it to end, or give more time with --deadline");
+  }
+  return listenTo(kDevice, kListening);
+}
+
 void Session::checkLastCall(const std::string& operation) {
   const Call& call = orbSupervisedController::lastCall();
   switch (call.ending) {
@@ -122,9 +137,11 @@ void Session::checkLastCall(const std::string& operation) {
       break;
   }
   const auto line = static_cast<LineReport::State>(static_cast<int>(call.line) - 1);
+  LineReport report;
+  report.state = line;
+  report.problem = kDevice;
   throw Failure(ExitStatus::NoReply,
-                fmt::format("{} did not return before its deadline: {}", operation,
-                            heard({.state = line, .problem = kDevice})),
+                fmt::format("{} did not return before its deadline: {}", operation, heard(report)),
                 hintAfterSilence(line), 4);
 }
 
@@ -150,7 +167,7 @@ bool Session::hasReceiver() {
 
 void Session::requireReceiver() {
   if (!hasReceiver()) {
-    throw noReceiver();
+    throw noReceiver(*this);
   }
 }
 
@@ -158,7 +175,7 @@ Values Session::call(const std::string& operation, Values arguments) {
   requireReceiver();
   const Value result = callAnyway(operation, arguments);
   if (const auto* const bits = std::get_if<long long>(&result); bits != nullptr && *bits != 0) {
-    throw failureOf(operation, static_cast<unsigned int>(*bits));
+    throw failureOf(*this, operation, static_cast<unsigned int>(*bits));
   }
   return arguments;
 }

@@ -37,6 +37,10 @@ class Session {
   /// The same without looking for the receiver first, and with the result.
   Value callAnyway(const std::string& operation, Values& arguments);
 
+  /// What is heard on the line, which is locked meanwhile. Throws Failure where another process
+  /// holds it.
+  LineReport listen();
+
   /// Turns what became of the last call into a Failure, where something went wrong.
   void checkLastCall(const std::string& operation);
 

@@ -1,6 +1,7 @@
 #include <fmt/format.h>
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <fstream>
 #include <iostream>
 #include <memory>
@@ -155,7 +156,7 @@ void restore(Session& session, const Options& options, const std::string& file, 
   std::string difference;
   std::vector<Change> open;
   for (const Change& wish : changes) {
-    const Json before = wish.setting->read(session);
+    const Json before = wish.setting->isReadable() ? wish.setting->read(session) : Json();
     if (before != wish.value) {
       data[std::string(wish.setting->key)] = {{"old", before}, {"new", wish.value}};
       difference += fmt::format("{:<23} {} -> {}\n", wish.setting->key, textOf(before),
@@ -178,6 +179,10 @@ void restore(Session& session, const Options& options, const std::string& file, 
     }
     if (surveyDiffers) {
       restoreSurvey(session, wanted);
+      if (!isSurveyAsIn(session, wanted)) {
+        throw Failure(ExitStatus::Refused, "the survey was set, and reads back differently",
+                      "see it with: orbctl survey");
+      }
     }
   }
   if (options.isJson) {

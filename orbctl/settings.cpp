@@ -7,7 +7,6 @@
 #include <charconv>
 #include <numeric>
 
-#include "orb-gnss/catalogue.h"
 #include "orbctl/failure.h"
 
 namespace orb::ctl {

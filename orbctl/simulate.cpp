@@ -12,8 +12,22 @@
 
 namespace orb::ctl {
 
-std::optional<Simulation> takeSimulation(std::vector<std::string>& arguments,
-                                         const std::vector<std::string>& commands) {
+namespace {
+
+namespace fs = std::filesystem;
+
+fs::path ownFolder() { return fs::read_symlink("/proc/self/exe").parent_path(); }
+
+/// Whether there is a ready scenario or a file of this name.
+bool isScenario(const std::string& word) {
+  std::error_code error;
+  const fs::path ready = ownFolder() / "../share/orb-gnss/scenarios" / (word + ".toml");
+  return fs::exists(ready, error) || fs::is_regular_file(word, error);
+}
+
+}  // namespace
+
+std::optional<Simulation> takeSimulation(std::vector<std::string>& arguments) {
   const std::string option = "--simulate";
   const auto at = std::find_if(arguments.begin(), arguments.end(), [&](const std::string& word) {
     return word == option || word.rfind(option + "=", 0) == 0;
@@ -25,8 +39,7 @@ std::optional<Simulation> takeSimulation(std::vector<std::string>& arguments,
   auto end = at + 1;
   if (*at != option) {
     simulation.scenario = at->substr(option.size() + 1);
-  } else if (end != arguments.end() && end->rfind('-', 0) != 0 &&
-             std::find(commands.begin(), commands.end(), *end) == commands.end()) {
+  } else if (end != arguments.end() && isScenario(*end)) {
     simulation.scenario = *end++;
   }
   arguments.erase(at, end);
@@ -34,8 +47,8 @@ std::optional<Simulation> takeSimulation(std::vector<std::string>& arguments,
 }
 
 void runSimulated(const Simulation& simulation, const std::vector<std::string>& arguments) {
-  const std::filesystem::path self = std::filesystem::read_symlink("/proc/self/exe");
-  const std::string simulator = self.parent_path() / "orb-sim";
+  const fs::path self = fs::read_symlink("/proc/self/exe");
+  const std::string simulator = ownFolder() / "orb-sim";
   std::vector<std::string> words = {simulator, "run"};
   if (!simulation.scenario.empty()) {
     words.insert(words.end(), {"--scenario", simulation.scenario});

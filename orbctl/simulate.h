@@ -11,10 +11,9 @@ struct Simulation {
   std::string scenario;  // empty for the default one
 };
 
-/// Takes --simulate and its scenario out of `arguments`. A word after it is its scenario unless it
-/// is one of `commands` or an option.
-std::optional<Simulation> takeSimulation(std::vector<std::string>& arguments,
-                                         const std::vector<std::string>& commands);
+/// Takes --simulate and its scenario out of `arguments`. A word after it is its scenario where
+/// there is one of this name.
+std::optional<Simulation> takeSimulation(std::vector<std::string>& arguments);
 
 /// Replaces this process by orb-sim, which runs it anew on the simulated device. Throws Failure.
 [[noreturn]] void runSimulated(const Simulation& simulation,

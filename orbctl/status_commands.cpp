@@ -22,11 +22,6 @@ Json readInfo(Session& session) {
   return {{"kernel", value(0)}, {"odm", value(1)}, {"revision", value(2)}};
 }
 
-Json readInterference(Session& session) {
-  const Values jamming = session.call("gpsOrbGetJamDetectConfig", {false, 0LL});
-  return {{"detection", std::get<bool>(jamming[0])}, {"status", std::get<long long>(jamming[1])}};
-}
-
 std::string describe(const Json& position) {
   if (text(position, "fix") == "NO-FIX") {
     return "no fix";
@@ -36,20 +31,6 @@ std::string describe(const Json& position) {
       "ellipsoid)",
       position["latitude"].get<double>(), position["longitude"].get<double>(),
       position["sea_level_altitude"].get<double>(), position["ellipsoid_altitude"].get<double>());
-}
-
-std::string describeTime(const Json& time) {
-  if (time["utc"].is_null()) {
-    return "the receiver does not know the time yet";
-  }
-  return fmt::format("{} UTC, GPS week {}, {} leap seconds", text(time, "utc"),
-                     time["gps_week"].get<int>(), time["leap_seconds"].get<int>());
-}
-
-std::string describeInterference(const Json& data) {
-  return data["detection"].get<bool>()
-             ? fmt::format("detection on, status {}", data["status"].get<int>())
-             : "detection off";
 }
 
 void detect(Session& session, const Options& options) {

@@ -5,9 +5,12 @@
 #include <atomic>
 #include <cmath>
 #include <csignal>
+#include <cstdlib>
 #include <deque>
+#include <future>
 #include <mutex>
 #include <optional>
+#include <sstream>
 #include <thread>
 
 #include "orbctl/command.h"
@@ -21,16 +24,17 @@ namespace {
 
 constexpr std::chrono::milliseconds kDeadline{4000};
 constexpr std::chrono::seconds kBetweenReadings{1};
+constexpr std::chrono::milliseconds kAtOnce{500};
+constexpr char kWaiting[] = "waiting";
 constexpr std::size_t kMostPositions = 600;
 constexpr double kMetresPerDegree = 111320;
 
-/// What is shown: the last readings, or why there are none.
+/// What is shown: the last readings, and what was wrong with the last attempt.
 struct Readings {
   Json navigation;
   Json time;
   Json survey;
-  bool detectsInterference = false;
-  long long interference = 0;
+  Json interference;
   std::string problem;
   unsigned long exchanges = 0;
   unsigned long failures = 0;
@@ -49,6 +53,15 @@ class Reader {
     thread_.join();
   }
 
+  /// Ends, with the receiver's output as it was. Returns false where that takes too long: a line
+  /// that has carried no reply is not waited for.
+  bool end() {
+    isEnding_ = true;
+    const Readings last = readings();
+    const bool isAnswering = last.problem.empty() && last.exchanges > 0;
+    return ended_.wait_for(isAnswering ? kDeadline : kAtOnce) == std::future_status::ready;
+  }
+
   Readings readings() {
     const std::lock_guard<std::mutex> lock(mutex_);
     return readings_;
@@ -59,10 +72,9 @@ class Reader {
     while (!isEnding_) {
       try {
         readAll();
-        note([](Readings& readings) { readings.problem.clear(); });
       } catch (const Failure& failure) {
         note([&](Readings& readings) {
-          readings.problem = failure.what();
+          readings.problem = std::string(failure.what()) + '\n' + failure.hint();
           ++readings.failures;
         });
       }
@@ -71,11 +83,13 @@ class Reader {
       }
     }
     output_.reset();
+    hasEnded_.set_value();
   }
 
   void readAll() {
     if (!output_) {
       session_.requireReceiver();
+      note([](Readings&) {});
       output_.emplace(session_);
     }
     const Json navigation = readSolution(session_);
@@ -87,13 +101,14 @@ class Reader {
     note([&](Readings& readings) { readings.time = time; });
     const Json survey = readSurvey(session_);
     note([&](Readings& readings) { readings.survey = survey; });
-    const Values jamming = session_.call("gpsOrbGetJamDetectConfig", {false, 0LL});
+    const Json interference = readInterference(session_);
     note([&](Readings& readings) {
-      readings.detectsInterference = std::get<bool>(jamming[0]);
-      readings.interference = std::get<long long>(jamming[1]);
+      readings.interference = interference;
+      readings.problem.clear();
     });
   }
 
+  /// What an exchange has brought.
   template <typename Change>
   void note(Change change) {
     const std::lock_guard<std::mutex> lock(mutex_);
@@ -124,6 +139,8 @@ class Reader {
   Readings readings_;
   std::pair<double, double> first_;
   std::atomic<bool> isEnding_{false};
+  std::promise<void> hasEnded_;
+  std::future<void> ended_ = hasEnded_.get_future();
   std::thread thread_;
 };
 
@@ -155,7 +172,7 @@ void drawScatter(Screen& screen, const Readings& readings, int top) {
 
 std::string fixLine(const Json& navigation) {
   if (navigation.is_null()) {
-    return "waiting";
+    return kWaiting;
   }
   return fmt::format("{}, {} satellites", navigation["fix"].get<std::string>(),
                      navigation["satellites"].get<int>());
@@ -170,17 +187,9 @@ std::string positionLine(const Json& navigation) {
                      navigation["sea_level_altitude"].get<double>());
 }
 
-std::string timeLine(const Json& time) {
-  if (time.is_null() || time["utc"].is_null()) {
-    return "not known";
-  }
-  return fmt::format("{} UTC, {} leap seconds", time["utc"].get<std::string>(),
-                     time["leap_seconds"].get<int>());
-}
-
 std::string surveyLine(const Json& survey) {
   if (survey.is_null()) {
-    return "waiting";
+    return kWaiting;
   }
   const auto mode = survey["mode"].get<std::string>();
   return mode == "auto" ? fmt::format("auto, for {} s", survey["length"].get<long long>()) : mode;
@@ -191,19 +200,25 @@ void draw(Screen& screen, const Readings& readings) {
   const std::pair<const char*, std::string> lines[] = {
       {"fix", fixLine(readings.navigation)},
       {"position", positionLine(readings.navigation)},
-      {"time", timeLine(readings.time)},
+      {"time", readings.time.is_null() ? kWaiting : describeTime(readings.time)},
       {"survey", surveyLine(readings.survey)},
-      {"interference", readings.detectsInterference
-                           ? fmt::format("status {}", readings.interference)
-                           : std::string("not detected: detection is off")},
-      {"line", readings.problem.empty()
-                   ? fmt::format("{} exchanges, {} failed", readings.exchanges, readings.failures)
-                   : readings.problem},
+      {"interference",
+       readings.interference.is_null() ? kWaiting : describeInterference(readings.interference)},
+      {"line", fmt::format("{} exchanges, {} failed", readings.exchanges, readings.failures)},
   };
   int row = 0;
   screen.text(row++, 0, fmt::format("orbctl watch  {}  q quits", kDefaultDevice));
   for (const auto& [name, text] : lines) {
     screen.text(++row, 0, fmt::format("{:<13} {}", name, text));
+  }
+  // What fails, why, and what to do.
+  std::string problem = readings.problem;
+  if (const std::size_t colon = problem.find(": "); colon != problem.npos) {
+    problem[colon + 1] = '\n';
+  }
+  std::istringstream problems(problem);
+  for (std::string line; std::getline(problems, line);) {
+    screen.text(++row, 2, line);
   }
   drawScatter(screen, readings, row + 2);
   screen.show();
@@ -227,12 +242,19 @@ void watch(Session& /*session*/, const Options& options) {
   if (session.deadline == std::chrono::milliseconds::zero()) {
     session.deadline = kDeadline;
   }
+  std::optional<Screen> screen(std::in_place);
   Reader reader(session);
-  {
-    Screen screen;
-    while (endingSignal == 0 && screen.key() != 'q') {
-      draw(screen, reader.readings());
-    }
+  while (endingSignal == 0 && screen->key() != 'q') {
+    draw(*screen, reader.readings());
+  }
+  screen.reset();
+  const bool hasEnded = reader.end();
+  if (endingSignal != 0) {
+    std::signal(endingSignal, SIG_DFL);
+    std::raise(endingSignal);
+  }
+  if (!hasEnded) {
+    std::_Exit(0);  // the worker, which waits for a reply, ends with its client
   }
 }
 

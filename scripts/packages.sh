@@ -6,8 +6,9 @@ ORB_BUILD_PACKAGES="g++ cmake ninja-build pkg-config libsystemd-dev libtomlplusp
   dbus-daemon"
 
 # What testing it takes besides.
-ORB_TEST_PACKAGES="bash binutils clang dbus-bin diffutils i2c-tools libclang-rt-dev libgmock-dev
-  libgtest-dev locales procps python3 python3-jsonschema python3-nmea2 python3-smbus strace valgrind"
+ORB_TEST_PACKAGES="bash binutils clang dbus-bin diffutils fish i2c-tools libclang-rt-dev
+  libgmock-dev libgtest-dev locales mandoc procps python3 python3-jsonschema python3-nmea2
+  python3-smbus strace tmux valgrind zsh"
 
 # What the steps `lint` and `coverage` of ./test take besides.
 ORB_LINT_PACKAGES="clang-format clang-tidy"

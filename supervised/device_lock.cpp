@@ -7,10 +7,12 @@
 
 #include <cerrno>
 #include <charconv>
-#include <csignal>
 #include <cstdio>
 #include <cstring>
+#include <fstream>
 #include <thread>
+
+#include "base/above_standard.h"
 
 namespace orb {
 namespace {
@@ -35,7 +37,14 @@ pid_t writtenIn(int file) {
   return process > 0 ? process : 0;
 }
 
-bool isAlive(pid_t process) { return ::kill(process, 0) == 0 || errno == EPERM; }
+/// Whether a process runs: one that has been killed and not been waited for does not.
+bool isAlive(pid_t process) {
+  std::ifstream stat("/proc/" + std::to_string(process) + "/stat");
+  std::string line;
+  std::getline(stat, line);
+  const std::size_t name = line.rfind(')');  // can hold anything
+  return name != std::string::npos && line.compare(name, 4, ") Z ") != 0;
+}
 
 /// Whether the open `file` still has its name: a holder removes it when it is done.
 bool hasName(int file) {
@@ -101,7 +110,9 @@ DeviceLock::State DeviceLock::acquire(Deadline deadline) {
 
 DeviceLock::Attempt DeviceLock::attempt(const std::string& path) {
   LockFile opened = openFile(path);
-  file_ = std::move(opened.descriptor);
+  const int openError = errno;
+  file_ = aboveStandard(std::move(opened.descriptor));
+  errno = openError;
   if (!file_.isOpen()) {
     if (errno == ENOENT && !opened.isNew) {
       return Attempt::Again;  // its holder has just removed it
@@ -149,9 +160,18 @@ DeviceLock::Attempt DeviceLock::takeOver(const std::string& path) {
 void DeviceLock::removeLeftBy(pid_t process) {
   const std::string path = DeviceLock::path();
   const OwnedDescriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NOCTTY));
-  if (file.isOpen() && ::flock(file.get(), LOCK_EX | LOCK_NB) == 0 &&
-      writtenIn(file.get()) == process && hasName(file.get())) {
-    ::unlink(path.c_str());
+  if (!file.isOpen()) {
+    return;
+  }
+  // The kernel closes the descriptors of a killed process one after another.
+  for (int looks = 0; looks < 20; ++looks) {
+    if (::flock(file.get(), LOCK_EX | LOCK_NB) == 0) {
+      if (writtenIn(file.get()) == process && hasName(file.get())) {
+        ::unlink(path.c_str());
+      }
+      return;
+    }
+    std::this_thread::sleep_for(kLook);
   }
 }
 

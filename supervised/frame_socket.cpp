@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <cstring>
 #include <limits>
+#include <stdexcept>
 
 #include "supervised/wire.h"
 
@@ -71,6 +72,9 @@ int millisecondsUntil(Deadline deadline) {
 }
 
 Transfer sendFrame(int socket, const std::string& bytes, Deadline deadline) {
+  if (bytes.size() > kLongestFrame) {
+    throw std::length_error("an argument is too long");
+  }
   const auto length = static_cast<std::uint32_t>(bytes.size());
   std::string frame(sizeof length, '\0');
   std::memcpy(frame.data(), &length, sizeof length);

@@ -17,7 +17,7 @@ int millisecondsUntil(Deadline deadline);
 
 enum class Transfer { Done, Late, Closed };
 
-/// Sends a frame with `bytes`.
+/// Sends a frame with `bytes`. Throws std::length_error where they are too many.
 Transfer sendFrame(int socket, const std::string& bytes, Deadline deadline);
 
 /// Receives a frame into `bytes`. One that is too long counts as closed.

@@ -1,5 +1,6 @@
 #include "supervised/supervisor.h"
 
+#include <algorithm>
 #include <stdexcept>
 #include <string>
 #include <system_error>
@@ -19,6 +20,8 @@ using Line = orbSupervisedController::Line;
 constexpr std::chrono::seconds kMargin{2};
 /// The longest that looking for module and receiver takes.
 constexpr std::chrono::seconds kLooking{5};
+/// Far enough for anybody, and near enough for the clock.
+constexpr std::chrono::milliseconds kLongestLimit = std::chrono::hours(24 * 365);
 /// NMEA sentences come once a second.
 constexpr std::chrono::milliseconds kListening{1200};
 
@@ -29,6 +32,9 @@ constexpr long long kNotSent = 8;
 Value resultWithoutOne(const Operation& operation, long long bit) {
   if (operation.name == "timeStamp") {
     return std::string();
+  }
+  if (operation.name == "IsOrbitek" || operation.name == "isVersionValid") {
+    return false;
   }
   return operation.resultBits == Operation::kNoMask ? 0LL : bit;
 }
@@ -93,16 +99,25 @@ const char* describe(Line line) {
 
 Value Supervisor::perform(const Operation& operation, std::vector<Value>& arguments,
                           std::chrono::milliseconds limit, Call& call) {
-  const std::lock_guard<std::mutex> lock(oneCallAtATime_);
   call = Call();
-  const bool looksForReceiver = !worker_ || !worker_->hasLookedForReceiver;
+  Deadline deadline = std::chrono::steady_clock::now() + std::min(limit, kLongestLimit);
+  std::unique_lock<std::timed_mutex> lock(oneCallAtATime_, std::defer_lock);
   if (limit == std::chrono::milliseconds::zero()) {
-    limit = operation.longestTime() + kMargin;
-    limit += looksForReceiver ? kLooking : std::chrono::seconds::zero();
+    lock.lock();  // the calls before this one have deadlines
+    deadline = std::chrono::steady_clock::now() + ownLimit(operation);
+  } else if (!lock.try_lock_until(deadline)) {
+    call.ending = Ending::LineHeld;
+    call.problem = "a call of another thread had the controller until the deadline";
+    return resultWithoutOne(operation, kNotSent);
   }
   Response response;
-  const Transfer transfer =
-      lockAndAsk(operation, arguments, std::chrono::steady_clock::now() + limit, response, call);
+  Transfer transfer = Transfer::Closed;
+  try {
+    transfer = lockAndAsk(operation, arguments, deadline, response, call);
+  } catch (...) {
+    worker_.reset();  // it may have an answer that nobody waits for any more
+    throw;
+  }
   if (call.ending == Ending::NotStarted || call.ending == Ending::LineHeld) {
     return resultWithoutOne(operation, kNotSent);
   }
@@ -114,6 +129,12 @@ Value Supervisor::perform(const Operation& operation, std::vector<Value>& argume
   }
   arguments = std::move(response.arguments);
   return response.result;
+}
+
+std::chrono::milliseconds Supervisor::ownLimit(const Operation& operation) const {
+  const bool looksForReceiver = !worker_ || !worker_->hasLookedForReceiver;
+  return operation.longestTime() + kMargin +
+         (looksForReceiver ? kLooking : std::chrono::seconds::zero());
 }
 
 Transfer Supervisor::lockAndAsk(const Operation& operation, const std::vector<Value>& arguments,
@@ -164,7 +185,7 @@ Transfer Supervisor::ask(const Operation& operation, const std::vector<Value>& a
   const auto place = static_cast<std::size_t>(&operation - operations().data());
   try {
     const Transfer transfer = worker_->ask({place, arguments}, response, deadline);
-    worker_->hasLookedForReceiver = true;
+    worker_->hasLookedForReceiver |= operation.isOfFacade;
     return transfer;
   } catch (const std::runtime_error&) {
     return Transfer::Closed;  // it sent what is no response

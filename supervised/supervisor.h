@@ -26,7 +26,10 @@ class Supervisor {
   Transfer lockAndAsk(const Operation& operation, const std::vector<Value>& arguments,
                       Deadline deadline, Response& response, Call& call);
 
-  std::mutex oneCallAtATime_;
+  /// What a call may take that has no limit of its own.
+  std::chrono::milliseconds ownLimit(const Operation& operation) const;
+
+  std::timed_mutex oneCallAtATime_;
   std::unique_ptr<WorkerProcess> worker_;
 };
 

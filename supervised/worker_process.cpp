@@ -8,10 +8,16 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
+#include <chrono>
 #include <csignal>
 #include <filesystem>
+#include <mutex>
+#include <thread>
+#include <vector>
 
+#include "base/above_standard.h"
 #include "base/pipe.h"
 #include "supervised/worker_socket.h"
 
@@ -25,13 +31,35 @@ void check(int error, const char* what) {
   }
 }
 
-/// Away from standard input, output and error, where a client has closed them: the worker's own are
-/// put there.
-OwnedDescriptor aboveStandard(OwnedDescriptor descriptor) {
-  if (descriptor.get() > kWorkerLifeline) {
-    return descriptor;
+/// Away from the numbers that the worker's own descriptors get.
+OwnedDescriptor forWorker(OwnedDescriptor descriptor) {
+  return above(kWorkerLifeline, std::move(descriptor));
+}
+
+/// Workers that were killed and had not ended when they were last looked at.
+class Unreaped {
+ public:
+  void add(pid_t process) {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    processes_.push_back(process);
   }
-  return OwnedDescriptor(::fcntl(descriptor.get(), F_DUPFD_CLOEXEC, kWorkerLifeline + 1), "fcntl");
+
+  void reap() {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    processes_.erase(
+        std::remove_if(processes_.begin(), processes_.end(),
+                       [](pid_t process) { return ::waitpid(process, nullptr, WNOHANG) != 0; }),
+        processes_.end());
+  }
+
+ private:
+  std::mutex mutex_;
+  std::vector<pid_t> processes_;
+};
+
+Unreaped& unreaped() {
+  static Unreaped processes;
+  return processes;
 }
 
 /// What posix_spawn() is to do in the new process.
@@ -48,8 +76,7 @@ class SpawnPlan {
     give(lifeline, kWorkerLifeline);
     check(::posix_spawn_file_actions_addclosefrom_np(&actions_, kWorkerLifeline + 1),
           "posix_spawn_file_actions_addclosefrom_np");
-    // A process group of its own: signals from the terminal are for the client, and where the
-    // client is killed, the kernel ends a worker that is stopped.
+    // A process group of its own: signals from the terminal are for the client.
     check(::posix_spawnattr_setflags(
               &attributes_, POSIX_SPAWN_SETPGROUP | POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF),
           "posix_spawnattr_setflags");
@@ -89,7 +116,7 @@ class SpawnPlan {
 }  // namespace
 
 CapturedStream::CapturedStream(const char* name)
-    : memory_(aboveStandard(OwnedDescriptor(::memfd_create(name, MFD_CLOEXEC), "memfd_create"))) {
+    : memory_(forWorker(OwnedDescriptor(::memfd_create(name, MFD_CLOEXEC), "memfd_create"))) {
   // What is written goes to the end, also after take() has cut it off.
   checked(::fcntl(memory_.get(), F_SETFL, O_APPEND), "fcntl");
 }
@@ -111,11 +138,11 @@ WorkerProcess::WorkerProcess(const std::string& program)
     : output_("orb-gnss-worker output"), errors_("orb-gnss-worker errors") {
   std::array<int, 2> ends{};
   checked(::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends.data()), "socketpair");
-  socket_ = OwnedDescriptor(ends[0]);
-  const OwnedDescriptor theirs = aboveStandard(OwnedDescriptor(ends[1]));
+  socket_ = aboveStandard(OwnedDescriptor(ends[0]));
+  const OwnedDescriptor theirs = forWorker(OwnedDescriptor(ends[1]));
   Pipe lifeline;
-  lifeline_ = std::move(lifeline.writing);
-  const OwnedDescriptor theirLifeline = aboveStandard(std::move(lifeline.reading));
+  lifeline_ = aboveStandard(std::move(lifeline.writing));
+  const OwnedDescriptor theirLifeline = forWorker(std::move(lifeline.reading));
   process_ =
       SpawnPlan(theirs.get(), theirLifeline.get(), output_.descriptor(), errors_.descriptor())
           .spawn(program);
@@ -137,12 +164,21 @@ Transfer WorkerProcess::ask(const Request& request, Response& response, Deadline
 }
 
 void WorkerProcess::end() {
-  if (process_ > 0) {
-    ::kill(process_, SIGKILL);
-    while (::waitpid(process_, nullptr, 0) < 0 && errno == EINTR) {
-    }
-    process_ = -1;
+  unreaped().reap();
+  // In a child of fork(), the worker is its parent's.
+  if (process_ <= 0 || owner_ != ::getpid()) {
+    return;
   }
+  ::kill(process_, SIGKILL);
+  // A system call that does not end at once keeps a killed process: it is reaped later.
+  int looks = 500;
+  while (::waitpid(process_, nullptr, WNOHANG) == 0 && --looks > 0) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(1));
+  }
+  if (looks == 0) {
+    unreaped().add(process_);
+  }
+  process_ = -1;
 }
 
 std::string workerProgram() {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <sys/types.h>
+#include <unistd.h>
 
 #include <string>
 
@@ -29,13 +30,13 @@ class WorkerProcess {
   explicit WorkerProcess(const std::string& program);
   WorkerProcess(const WorkerProcess&) = delete;
   WorkerProcess& operator=(const WorkerProcess&) = delete;
-  /// Kills it, and waits until it has ended.
+  /// As end().
   ~WorkerProcess();
 
   /// Does the operation. Unless that is done, the process is of no further use.
   Transfer ask(const Request& request, Response& response, Deadline deadline);
 
-  /// Kills it, and waits until it has ended.
+  /// Kills it, and waits half a second at most until it has ended.
   void end();
 
   std::string takeOutput() { return output_.take(); }
@@ -50,6 +51,7 @@ class WorkerProcess {
   OwnedDescriptor socket_;
   OwnedDescriptor lifeline_;
   pid_t process_ = -1;
+  const pid_t owner_ = ::getpid();
 };
 
 /// Where the program of the worker stands: beside this library, as built or as installed.

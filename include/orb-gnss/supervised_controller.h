@@ -143,7 +143,8 @@ class ORB_GNSS_EXPORT orbSupervisedController : public ORBControlInterface {
   /// Calls, by name, any operation above, of orbController or of orbController_QN4470T01 (which
   /// then is one of the worker's own). `arguments` are all of its arguments, outputs included,
   /// which come back in their places. Throws std::invalid_argument where there is no operation of
-  /// this name and so many arguments, or an argument is of another type.
+  /// this name and so many arguments, or an argument is of another type; std::logic_error where a
+  /// number does not fit its type.
   Value call(const std::string& operation, std::vector<Value>& arguments);
 
   /// The deadline of later calls; zero for each operation's own.

@@ -6,6 +6,7 @@
 #include <iostream>
 #include <string>
 
+#include "base/man_page.h"
 #include "dbus/sd_bus_handles.h"
 #include "inventoryd/inventory_file.h"
 #include "inventoryd/inventory_service.h"
@@ -98,6 +99,9 @@ int main(int argc, char** argv) {
            " --help for help.\n";
   });
   app.set_version_flag("--version", std::string(kProgram) + " " ORB_VERSION);
+  if (orb::printManPage(app, 8, argc, argv)) {
+    return EXIT_SUCCESS;
+  }
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {

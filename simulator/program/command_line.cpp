@@ -1,12 +1,13 @@
 #include "program/command_line.h"
 
 #include <algorithm>
-#include <iomanip>
 #include <iostream>
 #include <memory>
 #include <regex>
 #include <sstream>
 
+#include "base/man_page.h"
+#include "base/plain_help.h"
 #include "program/failure.h"
 #include "program/standard_streams.h"
 
@@ -25,31 +26,18 @@ constexpr char kExamples[] = R"(Examples:
 
 `orb-sim SUBCOMMAND --help` tells the options. Everything is explained in docs/simulator.md.)";
 
-/// Help without what the parser knows and a reader does not ask for.
-class PlainHelp : public CLI::Formatter {
+/// Help that tells how orb-sim is called.
+class Help : public PlainHelp {
  public:
-  explicit PlainHelp(std::string usage) : usage_(std::move(usage)) {
-    label("Positionals", "Arguments");
-  }
+  explicit Help(std::string usage) : PlainHelp(kCommandWidth), usage_(std::move(usage)) {}
 
   std::string make_usage(const CLI::App*, std::string) const override {
     return "\nUsage: orb-sim " + usage_ + "\n";
   }
 
-  std::string make_option_opts(const CLI::Option* option) const override {
-    const bool isNamed = option->nonpositional() && option->get_type_size() != 0;
-    return isNamed ? " " + option->get_type_name() : "";
-  }
-
-  std::string make_subcommand(const CLI::App* subcommand) const override {
-    const std::string description = subcommand->get_description();
-    std::ostringstream line;
-    line << "  " << std::left << std::setw(10) << subcommand->get_name() << ' '
-         << description.substr(0, description.find('\n')) << '\n';
-    return line.str();
-  }
-
  private:
+  static constexpr int kCommandWidth = 10;
+
   std::string usage_;
 };
 
@@ -110,7 +98,7 @@ CLI::App* addSubcommand(CLI::App& app, const std::string& name, const std::strin
                         const std::string& description) {
   CLI::App* const subcommand = app.add_subcommand(name, description);
   subcommand->footer("");  // or it would be that of orb-sim itself
-  subcommand->formatter(std::make_shared<PlainHelp>(name + " " + usage));
+  subcommand->formatter(std::make_shared<Help>(name + " " + usage));
   return subcommand;
 }
 
@@ -138,7 +126,7 @@ CLI::Option* addPath(CLI::App& subcommand, const std::string& name, const std::s
 int execute(int argc, char** argv) {
   Invocation invocation;
   CLI::App app(kDescription, kProgram);
-  app.formatter(std::make_shared<PlainHelp>("SUBCOMMAND [OPTIONS] [-- COMMAND [ARG...]]"));
+  app.formatter(std::make_shared<Help>("SUBCOMMAND [OPTIONS] [-- COMMAND [ARG...]]"));
   app.set_version_flag("--version", std::string(kProgram) + " " ORB_VERSION);
   app.failure_message([&invocation](const CLI::App* failed, const CLI::Error& error) {
     return failureMessage(*failed, invocation, error);
@@ -146,6 +134,10 @@ int execute(int argc, char** argv) {
   app.footer(kExamples);
   for (const auto add : {addRun, addScenarios, addServe, addTap, addReplay, addDecode}) {
     add(app, invocation);
+  }
+  if (printManPage(app, 1, argc, argv)) {
+    requireOutput();
+    return 0;
   }
 
   std::vector<std::string> arguments = splitArguments(argc, argv, invocation.command);

@@ -29,11 +29,11 @@ Family joined(std::initializer_list<Family> families) {
 }
 
 template <typename Row>
-const Row& named(const std::vector<Row>& rows, const std::string& name) {
+const Row& named(const std::vector<Row>& rows, std::string_view name) {
   const auto row = std::find_if(rows.begin(), rows.end(),
                                 [&](const Row& candidate) { return candidate.name == name; });
   if (row == rows.end()) {
-    throw std::out_of_range("no operation " + name);
+    throw std::out_of_range("no operation " + std::string(name));
   }
   return *row;
 }
@@ -78,8 +78,8 @@ const Family& everyOperation() {
   return kAll;
 }
 
-const Query& query(const std::string& name) { return named(everyOperation().queries, name); }
-const Setting& setting(const std::string& name) { return named(everyOperation().settings, name); }
+const Query& query(std::string_view name) { return named(everyOperation().queries, name); }
+const Setting& setting(std::string_view name) { return named(everyOperation().settings, name); }
 
 std::uint16_t messageIn(const std::string& packet) {
   sim::FrameReader reader;

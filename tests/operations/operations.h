@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "operations/operation.h"
@@ -12,8 +13,8 @@ namespace orb::test {
 const Family& everyOperation();
 
 /// The row of that name.
-const Query& query(const std::string& name);
-const Setting& setting(const std::string& name);
+const Query& query(std::string_view name);
+const Setting& setting(std::string_view name);
 
 /// The message that this packet carries, as 16 bits.
 std::uint16_t messageIn(const std::string& packet);

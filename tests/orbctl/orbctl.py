@@ -12,6 +12,20 @@ ORB_SIM = os.environ["ORB_SIM"]
 LIMIT = float(os.environ.get("ORB_TEST_LIMIT", 120))  # seconds for anything that is waited for
 
 
+def processes(name, folder):
+    """Those of this name that are alive and were started by the test with this folder."""
+    mark = f"TMPDIR={folder}".encode()
+    found = []
+    for process in pathlib.Path("/proc").glob("[0-9]*"):
+        try:
+            if ((process / "comm").read_text().strip() == name
+                    and mark in (process / "environ").read_bytes().split(b"\0")):
+                found.append(int(process.name))
+        except OSError:
+            continue  # it has ended meanwhile
+    return found
+
+
 class OrbctlTest(unittest.TestCase):
     maxDiff = None
 
