@@ -260,6 +260,18 @@ std::size_t distance(std::string_view one, std::string_view other) {
 
 std::span<const Setting> settings() { return kSettings; }
 
+Json readOrWarn(const Setting& setting, Session& session) {
+  try {
+    return setting.read(session);
+  } catch (const Failure& failure) {
+    if (failure.status() != ExitStatus::NoReply) {
+      throw;
+    }
+    fmt::print(stderr, "orbctl: warning: {} is left out: {}\n", setting.key, failure.what());
+    return {};
+  }
+}
+
 std::string nearest(std::string_view word, std::span<const std::string> words) {
   const std::string* best = nullptr;
   std::size_t least = std::max<std::size_t>(2, word.size() / 2) + 1;
