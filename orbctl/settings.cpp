@@ -277,7 +277,7 @@ std::string nearest(std::string_view word, std::span<const std::string> words) {
   std::size_t least = std::max<std::size_t>(2, word.size() / 2) + 1;
   for (const std::string& candidate : words) {
     // The first part of a name is as good as a slip of the finger.
-    const bool isPart = word.size() > 2 && candidate.find(word) != candidate.npos;
+    const bool isPart = word.size() > 2 && candidate.find(word) != std::string::npos;
     const std::size_t far = isPart ? 1 : distance(word, candidate);
     if (far < least) {
       least = far;
