@@ -31,7 +31,7 @@ std::string lines(const std::string& text, const std::string& emptyLine) {
 /// Text that man fills, with a new paragraph where it has an empty line. mdoc wants each sentence
 /// on a line of its own.
 std::string paragraphs(std::string text) {
-  for (std::size_t at = 0; (at = text.find(". ", at)) != text.npos;) {
+  for (std::size_t at = 0; (at = text.find(". ", at)) != std::string::npos;) {
     text[++at] = '\n';
   }
   return lines(text, ".Pp");

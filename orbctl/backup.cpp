@@ -83,7 +83,7 @@ std::string makeBackup(Session& session) {
     if (!setting.isReadable()) {
       continue;
     }
-    const Json value = setting.read(session);
+    const Json value = readOrWarn(setting, session);
     if (!canBeSet(setting, value)) {
       continue;
     }

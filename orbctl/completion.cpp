@@ -75,7 +75,7 @@ std::string argumentsOf(const CLI::App& command) {
     } else if (option->get_positional()) {
       const std::string type = option->get_type_name();  // such as "TEXT:{on,off}"
       const std::size_t start = type.find('{');
-      words += start == type.npos
+      words += start == std::string::npos
                    ? ""
                    : " " + separatedByBlanks(type.substr(start + 1, type.find('}') - start - 1));
     }

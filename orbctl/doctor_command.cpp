@@ -76,7 +76,8 @@ std::vector<std::string> usersOfDevice() {
   const fs::path device = fs::canonical(kDevice, error);
   for (const fs::directory_entry& process : fs::directory_iterator("/proc", error)) {
     const std::string id = process.path().filename();
-    if (id.find_first_not_of("0123456789") != id.npos || id == std::to_string(::getpid())) {
+    if (id.find_first_not_of("0123456789") != std::string::npos ||
+        id == std::to_string(::getpid())) {
       continue;
     }
     const std::vector<fs::path> files = filesOf(process.path());

@@ -144,7 +144,10 @@ void log(const Options& options, bool follows) {
     text += line + "\n";
   }
   show(options, "log", {{"lines", lines}}, text);
-  while (follows) {
+  if (!follows) {
+    return;
+  }
+  for (;;) {
     file.clear();
     for (std::string line; std::getline(file, line);) {
       show(options, "log", {{"lines", {line}}}, line + "\n");

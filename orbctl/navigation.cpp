@@ -78,7 +78,7 @@ Json readSolution(Session& session) {
   std::istringstream lines(solution);
   for (std::string line; std::getline(lines, line);) {
     const std::size_t equals = line.find('=');
-    if (equals != line.npos) {
+    if (equals != std::string::npos) {
       fields[line.substr(0, equals)] = line.substr(equals + 1);
     }
   }

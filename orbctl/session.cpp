@@ -33,7 +33,8 @@ std::string hintAfterSilence(LineReport::State line) {
       return fmt::format("check the line's speed: stty -F {}", kDevice);
     case LineReport::State::Text:
     case LineReport::State::Packets:
-      return "try again, or with a longer --deadline";
+      return "try again: a receiver that was just started needs up to a minute, and older firmware "
+             "does not answer every query";
   }
   return {};
 }

@@ -121,8 +121,10 @@ void keys(Session& session, const Options& options, const std::vector<std::strin
              {"writes", setting.writes}};
     text += fmt::format("{:<23} {}\n{:24}{}\n", key, setting.what, "", rangeOf(setting));
     if (withValues && setting.isReadable()) {
-      row["value"] = setting.read(session);
-      text += fmt::format("{:24}now {}\n", "", withUnit(setting, row["value"]));
+      row["value"] = readOrWarn(setting, session);
+      text += row["value"].is_null()
+                  ? ""
+                  : fmt::format("{:24}now {}\n", "", withUnit(setting, row["value"]));
     }
     text += setting.isReadable() ? fmt::format("{:24}{}, {}\n", "", setting.reads, setting.writes)
                                  : fmt::format("{:24}{}\n", "", setting.writes);

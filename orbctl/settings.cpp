@@ -260,12 +260,24 @@ std::size_t distance(std::string_view one, std::string_view other) {
 
 std::span<const Setting> settings() { return kSettings; }
 
+Json readOrWarn(const Setting& setting, Session& session) {
+  try {
+    return setting.read(session);
+  } catch (const Failure& failure) {
+    if (failure.status() != ExitStatus::NoReply) {
+      throw;
+    }
+    fmt::print(stderr, "orbctl: warning: {} is left out: {}\n", setting.key, failure.what());
+    return {};
+  }
+}
+
 std::string nearest(std::string_view word, std::span<const std::string> words) {
   const std::string* best = nullptr;
   std::size_t least = std::max<std::size_t>(2, word.size() / 2) + 1;
   for (const std::string& candidate : words) {
     // The first part of a name is as good as a slip of the finger.
-    const bool isPart = word.size() > 2 && candidate.find(word) != candidate.npos;
+    const bool isPart = word.size() > 2 && candidate.find(word) != std::string::npos;
     const std::size_t far = isPart ? 1 : distance(word, candidate);
     if (far < least) {
       least = far;

@@ -213,7 +213,7 @@ void draw(Screen& screen, const Readings& readings) {
   }
   // What fails, why, and what to do.
   std::string problem = readings.problem;
-  if (const std::size_t colon = problem.find(": "); colon != problem.npos) {
+  if (const std::size_t colon = problem.find(": "); colon != std::string::npos) {
     problem[colon + 1] = '\n';
   }
   std::istringstream problems(problem);

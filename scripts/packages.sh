@@ -20,7 +20,8 @@ ORB_BENCH_PACKAGES="libmodbus-dev nlohmann-json3-dev python3"
 # What the preset `aarch64` takes: to build and run its tests on this machine, and of the other
 # machine's packages (scripts/aarch64_sysroot.sh).
 ORB_AARCH64_PACKAGES="g++-aarch64-linux-gnu python3 python3-nmea2 qemu-user"
-ORB_AARCH64_SYSROOT_PACKAGES="libc6-dev libcli11-dev libeigen3-dev libgmock-dev libgtest-dev
+ORB_AARCH64_SYSROOT_PACKAGES="libc6-dev libcli11-dev libeigen3-dev libfmt-dev libgmock-dev
+  libgtest-dev libncurses-dev
   libstdc++6 libsystemd-dev libtomlplusplus-dev nlohmann-json3-dev"
 
 # What drawing its figures takes besides.

@@ -240,7 +240,7 @@ TEST_F(Survey, StaticIsRejectedBeyondItsLimitsWithTheDeviceLeftClosed) {
 
 TEST_F(Survey, AutoTakesItsLimits) {
   answer(kSurveyTiming);
-  for (const unsigned int length : {1, 1209600}) {
+  for (const unsigned int length : {1U, 1209600U}) {
     EXPECT_EQ(observe(setAuto(length, 0.01F)).result, 0u) << length;
     EXPECT_EQ(observe(setAuto(length, 50)).result, 0u) << length;
   }

@@ -112,6 +112,53 @@ class OnTheDevice(OrbctlTest):
         self.check(result, 2, "", "orbctl: elevation-limit takes 3 .. 85 degrees, not '99'\n"
                    "orbctl: nothing was sent; see: orbctl keys elevation-limit\n")
 
+    def test_restores_what_cannot_be_read(self):
+        (self.folder / "output.toml").write_text('[settings]\noutput = "nmea"\n')
+        result = self.orbctl("restore", "output.toml")
+        self.assertEqual((result.returncode, result.stderr), (0, ""))
+
+    def test_refuses_a_survey_that_is_none(self):
+        for survey, text, hint in [
+                ('mode = "static"', "[survey] latitude has to be -90 .. 90", "nothing was sent"),
+                ('mode = "static"\nlatitude = "a"', "[survey] latitude has to be -90 .. 90",
+                 "nothing was sent"),
+                ('mode = "auto"\nlength = 0', "[survey] length has to be 1 .. 1209600",
+                 "nothing was sent"),
+                ('mode = "stattic"', "there is no survey mode 'stattic'",
+                 "it is dynamic, auto or static; nothing was sent")]:
+            with self.subTest(survey):
+                (self.folder / "survey.toml").write_text("[settings]\n[survey]\n" + survey + "\n")
+                result = self.orbctl("restore", "survey.toml")
+                self.check(result, 2, "", f"orbctl: {text}\norbctl: {hint}\n")
+
+    def test_restores_a_survey(self):
+        result = self.shell(
+            f"{ORBCTL} -q survey static 48.25 11.5 520 && {ORBCTL} -q backup saved.toml && "
+            f"{ORBCTL} -q survey dynamic && {ORBCTL} -q restore saved.toml && {ORBCTL} survey")
+        self.check(result, 0, "static at 48.2500000 degrees, 11.5000000 degrees, 520.00 m\n", "")
+
+    def test_tells_of_a_refused_message(self):
+        result = self.orbctl("raw", "02")
+        self.assertEqual((result.returncode, result.stderr),
+                         (1, "orbctl: the receiver refuses this message\norbctl: see its length "
+                             "and meaning with: orbctl messages\n"))
+
+    def test_doctor_prints_one_object(self):
+        result = self.orbctl("--json", "doctor", device=NO_MODULE)
+        data = json.loads(result.stdout)
+        jsonschema.validate(data, SCHEMA)
+        self.assertEqual((result.returncode, data["ok"]), (5, False))
+        self.assertIn({"what": "inventory", "state": "BAD",
+                       "found": "no module is known at location 1",
+                       "next_step": "is the inventory service running? systemctl status "
+                                    "orb-inventoryd"}, data["findings"])
+
+    def test_wrong_use_is_json_too(self):
+        result = self.run_program(ORBCTL, "--json", "statsu")
+        data = json.loads(result.stdout)
+        jsonschema.validate(data, SCHEMA)
+        self.assertEqual((result.returncode, data["error"]["status"]), (2, 2))
+
     def test_leaves_the_output_as_it_was(self):
         result = self.shell(f"{ORBCTL} -q set output nmea && sleep 1.2 && {ORBCTL} position && "
                             f"{ORBCTL} doctor | grep line")
