@@ -155,6 +155,7 @@ WorkerProcess::WorkerProcess(const std::string& program)
   process_ =
       SpawnPlan(theirs.get(), theirLifeline.get(), output_.descriptor(), errors_.descriptor())
           .spawn(program);
+  continueAtEndOf(theirLifeline.get(), process_);
 }
 
 WorkerProcess::~WorkerProcess() { end(); }
