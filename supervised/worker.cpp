@@ -1,7 +1,6 @@
 // The process that holds the controller for a supervised one. It does what it is asked on its
 // socket, and ends when its client ends, also in the middle of an operation.
 
-#include <fcntl.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -21,13 +20,6 @@
 
 namespace orb {
 namespace {
-
-/// Has the kernel continue this process when the client ends, in case it is stopped then.
-void continueWithoutClient() {
-  ::fcntl(kWorkerLifeline, F_SETOWN, ::getpid());
-  ::fcntl(kWorkerLifeline, F_SETSIG, SIGCONT);
-  ::fcntl(kWorkerLifeline, F_SETFL, O_ASYNC);
-}
 
 /// Runs in a thread of its own: the main one may be in a call that does not return.
 [[noreturn]] void endWithClient(pid_t client) {
@@ -76,7 +68,6 @@ int main() {
   // What is printed before a deadline is missed is not to be lost with this process.
   std::setvbuf(stdout, nullptr, _IONBF, 0);
   const pid_t client = ::getppid();
-  orb::continueWithoutClient();
   std::thread(orb::endWithClient, client).detach();
   try {
     orb::serve();

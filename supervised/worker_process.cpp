@@ -57,6 +57,15 @@ class Unreaped {
   std::vector<pid_t> processes_;
 };
 
+/// Has the kernel continue a process when the pipe that it reads is closed at its other end, in
+/// case the process is stopped then. From here, so that it holds before the process has done
+/// anything.
+void continueAtEndOf(int pipe, pid_t process) {
+  ::fcntl(pipe, F_SETOWN, process);
+  ::fcntl(pipe, F_SETSIG, SIGCONT);
+  ::fcntl(pipe, F_SETFL, O_ASYNC);
+}
+
 Unreaped& unreaped() {
   static Unreaped processes;
   return processes;
@@ -146,6 +155,7 @@ WorkerProcess::WorkerProcess(const std::string& program)
   process_ =
       SpawnPlan(theirs.get(), theirLifeline.get(), output_.descriptor(), errors_.descriptor())
           .spawn(program);
+  continueAtEndOf(theirLifeline.get(), process_);
 }
 
 WorkerProcess::~WorkerProcess() { end(); }
