@@ -55,6 +55,25 @@ Line lineHeard(LineReport::State state) {
   return Line::NotListened;
 }
 
+const char* describe(Line line) {
+  switch (line) {
+    case Line::NotListened:
+      return "the line was not listened to";
+    case Line::NotThere:
+      return "the device cannot be opened";
+    case Line::Silent:
+      return "no byte came on the line";
+    case Line::Text:
+      return "NMEA text is arriving on the line";
+    case Line::Packets:
+      return "packets of the receiver are arriving on the line";
+    case Line::Garbage:
+      return "bytes are arriving that are neither text nor packets, as where the line's speed is "
+             "wrong";
+  }
+  return "";
+}
+
 void listen(Call& call) {
   const LineReport heard = listenTo(std::string(kDefaultDevice), kListening);
   call.line = lineHeard(heard.state);
@@ -77,25 +96,6 @@ std::string heldBy(pid_t process) {
 }
 
 }  // namespace
-
-const char* describe(Line line) {
-  switch (line) {
-    case Line::NotListened:
-      return "the line was not listened to";
-    case Line::NotThere:
-      return "the device cannot be opened";
-    case Line::Silent:
-      return "no byte came on the line";
-    case Line::Text:
-      return "NMEA text is arriving on the line";
-    case Line::Packets:
-      return "packets of the receiver are arriving on the line";
-    case Line::Garbage:
-      return "bytes are arriving that are neither text nor packets, as where the line's speed is "
-             "wrong";
-  }
-  return "";
-}
 
 Value Supervisor::perform(const Operation& operation, std::vector<Value>& arguments,
                           std::chrono::milliseconds limit, Call& call) {

@@ -33,7 +33,4 @@ class Supervisor {
   std::unique_ptr<WorkerProcess> worker_;
 };
 
-/// What the line's state is in words, such as "no byte came in 1.2 s".
-const char* describe(orbSupervisedController::Line line);
-
 }  // namespace orb
