@@ -32,68 +32,49 @@ Problems problemsOf(const std::string& text, const Read& read,
 
 constexpr Word<int> kColours[] = {{"red", 1}, {"green", 2}, {"blue", 3}};
 
-TEST(TableReader, ReadsEachType) {
+/// A value of each type.
+struct Values {
   bool flag = false;
-  std::string text;
-  double number = 0;
-  std::uint8_t integer = 0;
-  std::int32_t scaled = 0;
-  std::chrono::milliseconds duration{0};
-  int word = 0;
-  std::vector<int> words;
-  const Problems problems = problemsOf(
+  std::string text = "unchanged";
+  double number = 7;
+  std::uint8_t integer = 7;
+  std::int32_t scaled = 7;
+  std::chrono::milliseconds duration{7};
+  int word = 7;
+  std::vector<int> words = {7};
+
+  Read reading(bool isFound) {
+    return [this, isFound](TableReader& table) {
+      EXPECT_EQ(table.flag("flag", flag), isFound);
+      EXPECT_EQ(table.text("text", text), isFound);
+      EXPECT_EQ(table.number("number", number, 0, 2), isFound);
+      EXPECT_EQ(table.integer("integer", integer, 0), isFound);
+      table.scaled("scaled", scaled, 100, 0, 2);
+      table.duration("duration", duration, 0s, 2s);
+      table.word("word", word, kColours);
+      table.words("words", words, kColours);
+      table.refuseUnknownKeys();
+    };
+  }
+  bool operator==(const Values&) const = default;
+};
+
+TEST(TableReader, ReadsEachType) {
+  Values values;
+  const char* const kText =
       "flag = true\ntext = 'a'\nnumber = 2\ninteger = 255\nscaled = 1.25\nduration = '1.5s'\n"
-      "word = 'green'\nwords = ['blue', 'red']\n",
-      [&](TableReader& table) {
-        EXPECT_TRUE(table.flag("flag", flag));
-        EXPECT_TRUE(table.text("text", text));
-        EXPECT_TRUE(table.number("number", number, 0, 2));
-        EXPECT_TRUE(table.integer("integer", integer, 0));
-        table.scaled("scaled", scaled, 100, 0, 2);
-        table.duration("duration", duration, 0s, 2s);
-        table.word("word", word, kColours);
-        table.words("words", words, kColours);
-        table.refuseUnknownKeys();
-      });
-  EXPECT_THAT(problems, IsEmpty());
-  EXPECT_TRUE(flag);
-  EXPECT_EQ(text, "a");
-  EXPECT_EQ(number, 2);
-  EXPECT_EQ(integer, 255);
-  EXPECT_EQ(scaled, 125);
-  EXPECT_EQ(duration, 1500ms);
-  EXPECT_EQ(word, 2);
-  EXPECT_THAT(words, ElementsAre(3, 1));
+      "word = 'green'\nwords = ['blue', 'red']\n";
+  EXPECT_THAT(problemsOf(kText, values.reading(true)), IsEmpty());
+  EXPECT_TRUE(values == (Values{true, "a", 2, 255, 125, 1500ms, 2, {3, 1}}));
 }
 
 TEST(TableReader, LeavesWhatIsNotThereOrWrong) {
   for (const char* text : {"",
                            "flag = 1\ntext = 1\nnumber = 'a'\ninteger = -1\nscaled = 3\n"
-                           "duration = '3s'\nword = 'pink'\n"}) {
-    bool flag = true;
-    std::string word = "unchanged";
-    double number = 7;
-    std::uint64_t integer = 7;
-    std::int32_t scaled = 7;
-    std::chrono::milliseconds duration{7};
-    int colour = 7;
-    const Problems problems = problemsOf(text, [&](TableReader& table) {
-      EXPECT_FALSE(table.flag("flag", flag));
-      EXPECT_FALSE(table.text("text", word));
-      EXPECT_FALSE(table.number("number", number, 0, 2));
-      EXPECT_FALSE(table.integer("integer", integer, 0));
-      table.scaled("scaled", scaled, 100, 0, 2);
-      table.duration("duration", duration, 0s, 2s);
-      table.word("word", colour, kColours);
-    });
-    EXPECT_EQ(problems.size(), *text == '\0' ? 0 : 7) << text;
-    EXPECT_TRUE(flag);
-    EXPECT_EQ(word, "unchanged");
-    EXPECT_EQ(number, 7);
-    EXPECT_EQ(integer, 7);
-    EXPECT_EQ(scaled, 7);
-    EXPECT_EQ(duration, 7ms);
-    EXPECT_EQ(colour, 7);
+                           "duration = '3s'\nword = 'pink'\nwords = 1\n"}) {
+    Values values;
+    EXPECT_EQ(problemsOf(text, values.reading(false)).size(), *text == '\0' ? 0 : 8) << text;
+    EXPECT_TRUE(values == Values()) << text;
   }
 }
 
