@@ -70,7 +70,7 @@ std::string upper(std::string text) {
 }
 
 std::string manPage(const CLI::App& app, int section) {
-  const std::string name = app.get_name();
+  const std::string& name = app.get_name();
   const std::string description = app.get_description();
   std::string purpose = description.substr(0, description.find_first_of(".\n"));
   purpose[0] = static_cast<char>(std::tolower(static_cast<unsigned char>(purpose[0])));

@@ -17,14 +17,12 @@
 #include "orbctl/command.h"
 #include "orbctl/failure.h"
 #include "supervised/device_lock.h"
-#include "transport/default_device.h"
 
 namespace orb::ctl {
 namespace {
 
 namespace fs = std::filesystem;
 
-constexpr const char* kDevice = kDefaultDevice.data();
 constexpr char kErrorLog[] = "/var/log/orbset-errors.log";
 
 /// What one look at the device found.
@@ -248,8 +246,8 @@ void doctor(Session& session, const Options& options) {
   }
   const Json data{{"findings", list}};
   if (worst != findings.end()) {
-    throw Failure(worst->status, fmt::format("{}: {}", worst->what, worst->found), worst->nextStep)
-        .with(data.dump());
+    throw Failure(worst->status, fmt::format("{}: {}", worst->what, worst->found), worst->nextStep,
+                  0, data.dump());
   }
   if (options.isJson) {
     show(options, "doctor", data, "");

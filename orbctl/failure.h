@@ -21,17 +21,17 @@ enum class ExitStatus {
 class Failure : public std::runtime_error {
  public:
   Failure(ExitStatus status, const std::string& text, std::string hint = {},
-          unsigned int resultBits = 0)
-      : std::runtime_error(text), status_(status), hint_(std::move(hint)), bits_(resultBits) {}
+          unsigned int resultBits = 0, std::string findings = {})
+      : std::runtime_error(text),
+        status_(status),
+        hint_(std::move(hint)),
+        findings_(std::move(findings)),
+        bits_(resultBits) {}
 
   ExitStatus status() const { return status_; }
   const std::string& hint() const { return hint_; }
   /// What the command found before it failed, as a JSON object; empty where that is nothing.
   const std::string& findings() const { return findings_; }
-  Failure& with(std::string findings) {
-    findings_ = std::move(findings);
-    return *this;
-  }
 
   /// The operation's result; 0 where none was called.
   unsigned int resultBits() const { return bits_; }

@@ -144,9 +144,9 @@ std::string describeTime(const Json& time) {
                      time["gps_week"].get<int>(), time["leap_seconds"].get<int>());
 }
 
-std::string describeInterference(const Json& data) {
-  return data["detection"].get<bool>()
-             ? fmt::format("detection on, status {}", data["status"].get<int>())
+std::string describeInterference(const Json& interference) {
+  return interference["detection"].get<bool>()
+             ? fmt::format("detection on, status {}", interference["status"].get<int>())
              : "detection off";
 }
 

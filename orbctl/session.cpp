@@ -10,7 +10,6 @@
 #include "orbctl/failure.h"
 #include "orbctl/results.h"
 #include "supervised/device_lock.h"
-#include "transport/default_device.h"
 
 namespace orb::ctl {
 namespace {
@@ -18,7 +17,6 @@ namespace {
 using Call = orbSupervisedController::Call;
 using Ending = orbSupervisedController::Ending;
 
-constexpr const char* kDevice = kDefaultDevice.data();
 constexpr std::chrono::milliseconds kListening{1200};
 constexpr unsigned long kModuleLocation = 1;
 

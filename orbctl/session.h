@@ -7,11 +7,14 @@
 
 #include "orb-gnss/supervised_controller.h"
 #include "supervised/line_listener.h"
+#include "transport/default_device.h"
 
 namespace orb::ctl {
 
 using Value = orbSupervisedController::Value;
 using Values = std::vector<Value>;
+
+constexpr const char* kDevice = kDefaultDevice.data();
 
 /// One use of the receiver: every operation has its deadline, and one that fails ends the command.
 class Session {

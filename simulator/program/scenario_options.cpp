@@ -76,7 +76,7 @@ CLI::Option* ScenarioOptions::addValue(CLI::App& subcommand, const std::string& 
   return addOption(subcommand, name, type, description, [this, set](const std::string& value) {
     Scenario scratch;
     set(scratch, value);  // so that a wrong value is told while the command line is read
-    edits_.push_back([set, value](Scenario& scenario) { set(scenario, value); });
+    edits_.emplace_back([set, value](Scenario& scenario) { set(scenario, value); });
   });
 }
 

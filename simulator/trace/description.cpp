@@ -48,8 +48,6 @@ std::string describePacket(const Frame& frame) {
   return labelled(toHex(id, "/"), body.empty() ? text : text + ": " + body);
 }
 
-bool isText(std::uint8_t byte) { return byte >= 0x20 && byte < 0x7F; }
-
 /// A line's text without its end; empty where there are other bytes in it.
 std::string lineOf(const Bytes& bytes) {
   auto end = bytes.end();

@@ -12,8 +12,6 @@ namespace {
 // come.
 constexpr std::size_t kLongestRest = 4096;
 
-bool isText(std::uint8_t byte) { return byte >= 0x20 && byte < 0x7F; }
-
 /// A sentence without a checksum is right too.
 bool hasRightChecksum(const std::uint8_t* first, const std::uint8_t* last) {
   constexpr int kBase = 16;

@@ -9,6 +9,9 @@
 
 namespace orb::sim {
 
+/// Whether the byte can stand in a line of text.
+inline bool isText(std::uint8_t byte) { return byte >= 0x20 && byte < 0x7F; }
+
 /// Something that was found in a stream of bytes.
 struct StreamItem {
   enum class Kind : std::uint8_t {
