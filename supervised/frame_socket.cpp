@@ -1,16 +1,14 @@
 #include "supervised/frame_socket.h"
 
 #include <poll.h>
+#include <sched.h>
 #include <sys/socket.h>
 
 #include <algorithm>
 #include <cerrno>
 #include <cstdint>
-#include <cstring>
 #include <limits>
 #include <stdexcept>
-
-#include "supervised/wire.h"
 
 namespace orb {
 namespace {
@@ -32,31 +30,26 @@ Transfer await(int socket, short events, Deadline deadline) {
   }
 }
 
-/// Moves `size` bytes by `step`, which takes what is left of them.
-template <typename Byte, typename Step>
-Transfer moveAll(int socket, Byte* bytes, std::size_t size, short events, Deadline deadline,
-                 Step step) {
-  while (size > 0) {
-    const ssize_t moved = step(bytes, size);
+/// Repeats `step`, which moves a frame, until it does: while awake, then each time that the socket
+/// is ready for `events`.
+template <typename Step>
+Transfer moveFrame(int socket, short events, Deadline deadline, std::chrono::microseconds awake,
+                   Step step) {
+  const auto sleep = std::chrono::steady_clock::now() + awake;
+  for (;;) {
+    const ssize_t moved = step();
     if (moved > 0) {
-      bytes += moved;
-      size -= static_cast<std::size_t>(moved);
-    } else if (moved < 0 && errno == EAGAIN) {
-      const Transfer ready = await(socket, events, deadline);
-      if (ready != Transfer::Done) {
-        return ready;
-      }
-    } else if (moved == 0 || errno != EINTR) {
+      return Transfer::Done;
+    }
+    if (moved == 0 || (errno != EAGAIN && errno != EINTR)) {
       return Transfer::Closed;
     }
+    if (std::chrono::steady_clock::now() < sleep) {
+      ::sched_yield();
+    } else if (const Transfer ready = await(socket, events, deadline); ready != Transfer::Done) {
+      return ready;
+    }
   }
-  return Transfer::Done;
-}
-
-Transfer receiveAll(int socket, char* bytes, std::size_t size, Deadline deadline) {
-  return moveAll(socket, bytes, size, POLLIN, deadline, [&](char* rest, std::size_t left) {
-    return ::recv(socket, rest, left, MSG_DONTWAIT);
-  });
 }
 
 }  // namespace
@@ -72,32 +65,25 @@ int millisecondsUntil(Deadline deadline) {
 }
 
 Transfer sendFrame(int socket, const std::string& bytes, Deadline deadline) {
-  if (bytes.size() > kLongestFrame) {
+  const Transfer sent = moveFrame(socket, POLLOUT, deadline, {}, [&] {
+    return ::send(socket, bytes.data(), bytes.size(), MSG_DONTWAIT | MSG_NOSIGNAL);
+  });
+  if (sent == Transfer::Closed && errno == EMSGSIZE) {
     throw std::length_error("an argument is too long");
   }
-  const auto length = static_cast<std::uint32_t>(bytes.size());
-  std::string frame(sizeof length, '\0');
-  std::memcpy(frame.data(), &length, sizeof length);
-  frame += bytes;
-  return moveAll(socket, frame.data(), frame.size(), POLLOUT, deadline,
-                 [&](const char* rest, std::size_t left) {
-                   return ::send(socket, rest, left, MSG_DONTWAIT | MSG_NOSIGNAL);
-                 });
+  return sent;
 }
 
-Transfer receiveFrame(int socket, std::string& bytes, Deadline deadline) {
-  char head[sizeof(std::uint32_t)];
-  const Transfer received = receiveAll(socket, head, sizeof head, deadline);
-  if (received != Transfer::Done) {
-    return received;
-  }
-  std::uint32_t length = 0;
-  std::memcpy(&length, head, sizeof length);
-  if (length > kLongestFrame) {
-    return Transfer::Closed;
-  }
-  bytes.resize(length);
-  return receiveAll(socket, bytes.data(), bytes.size(), deadline);
+Transfer receiveFrame(int socket, std::string& bytes, Deadline deadline,
+                      std::chrono::microseconds awake) {
+  return moveFrame(socket, POLLIN, deadline, awake, [&] {
+    const ssize_t size = ::recv(socket, nullptr, 0, MSG_DONTWAIT | MSG_PEEK | MSG_TRUNC);
+    if (size <= 0) {
+      return size;
+    }
+    bytes.resize(static_cast<std::size_t>(size));
+    return ::recv(socket, bytes.data(), bytes.size(), MSG_DONTWAIT);
+  });
 }
 
 }  // namespace orb

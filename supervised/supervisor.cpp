@@ -139,6 +139,9 @@ std::chrono::milliseconds Supervisor::ownLimit(const Operation& operation) const
 
 Transfer Supervisor::lockAndAsk(const Operation& operation, const std::vector<Value>& arguments,
                                 Deadline deadline, Response& response, Call& call) {
+  if (worker_) {
+    worker_->announceRequest();
+  }
   DeviceLock lock;
   const DeviceLock::State state = lock.acquire(deadline);
   call.warning = lock.problem();

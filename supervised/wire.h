@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <cstddef>
 #include <string>
 #include <string_view>
@@ -9,8 +10,16 @@
 
 namespace orb {
 
-// What supervisor and worker say to each other over their socket pair: frames of a length and so
-// many bytes. Both run on one machine, from one build: numbers are as in memory.
+// What supervisor and worker say to each other over their socket pair. Both run on one machine,
+// from one build: numbers are as in memory.
+
+/// A frame that says that a request follows at once, unless the line is another's: waking up takes
+/// as long as taking the lock.
+constexpr char kAnnouncement[] = "!";
+
+/// For how long both wait for a frame without sleeping. Some exchanges with a receiver take no
+/// longer, and waking up takes a good part of that.
+constexpr std::chrono::microseconds kAwake{300};
 
 /// An operation, by its place in the table, with its arguments.
 struct Request {
@@ -31,12 +40,9 @@ struct Response {
 std::string encode(const Request& request);
 std::string encode(const Response& response);
 
-// The text of one frame, without its length. Throws std::runtime_error where it is malformed.
+// Of the text of one frame. Throws std::runtime_error where it is malformed.
 
 Request decodeRequest(std::string_view bytes);
 Response decodeResponse(std::string_view bytes);
-
-/// A frame is no longer.
-constexpr std::size_t kLongestFrame = std::size_t{16} << 20;
 
 }  // namespace orb

@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <chrono>
 #include <csignal>
 #include <cstdio>
 #include <exception>
@@ -48,14 +49,25 @@ Response perform(Receiver& receiver, Request request) {
   }
 }
 
+Transfer answer(const Response& response) {
+  std::fflush(nullptr);
+  try {
+    return sendFrame(kWorkerSocket, encode(response), kNoDeadline);
+  } catch (const std::length_error&) {
+    const Response tooLong = failed(Response::Kind::Exception, "the reply is too long");
+    return sendFrame(kWorkerSocket, encode(tooLong), kNoDeadline);
+  }
+}
+
 /// Answers requests until there are no more.
 void serve() {
+  constexpr std::chrono::microseconds kAsleep{0};
   Receiver receiver;
   std::string bytes;
-  while (receiveFrame(kWorkerSocket, bytes, kNoDeadline) == Transfer::Done) {
-    const std::string answer = encode(perform(receiver, decodeRequest(bytes)));
-    std::fflush(nullptr);
-    if (sendFrame(kWorkerSocket, answer, kNoDeadline) != Transfer::Done) {
+  std::chrono::microseconds awake = kAsleep;
+  while (receiveFrame(kWorkerSocket, bytes, kNoDeadline, awake) == Transfer::Done) {
+    awake = bytes == kAnnouncement ? kAwake : kAsleep;
+    if (awake == kAsleep && answer(perform(receiver, decodeRequest(bytes))) != Transfer::Done) {
       return;
     }
   }

@@ -146,7 +146,7 @@ std::string CapturedStream::take() {
 WorkerProcess::WorkerProcess(const std::string& program)
     : output_("orb-gnss-worker output"), errors_("orb-gnss-worker errors") {
   std::array<int, 2> ends{};
-  checked(::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends.data()), "socketpair");
+  checked(::socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, ends.data()), "socketpair");
   socket_ = aboveStandard(OwnedDescriptor(ends[0]));
   const OwnedDescriptor theirs = forWorker(OwnedDescriptor(ends[1]));
   Pipe lifeline;
@@ -160,13 +160,17 @@ WorkerProcess::WorkerProcess(const std::string& program)
 
 WorkerProcess::~WorkerProcess() { end(); }
 
+void WorkerProcess::announceRequest() {
+  sendFrame(socket_.get(), kAnnouncement, std::chrono::steady_clock::now());
+}
+
 Transfer WorkerProcess::ask(const Request& request, Response& response, Deadline deadline) {
   const Transfer sent = sendFrame(socket_.get(), encode(request), deadline);
   if (sent != Transfer::Done) {
     return sent;
   }
   std::string bytes;
-  const Transfer received = receiveFrame(socket_.get(), bytes, deadline);
+  const Transfer received = receiveFrame(socket_.get(), bytes, deadline, kAwake);
   if (received == Transfer::Done) {
     response = decodeResponse(bytes);
   }

@@ -33,6 +33,9 @@ class WorkerProcess {
   /// As end().
   ~WorkerProcess();
 
+  /// Has the process wake up for a request.
+  void announceRequest();
+
   /// Does the operation. Unless that is done, the process is of no further use.
   Transfer ask(const Request& request, Response& response, Deadline deadline);
 

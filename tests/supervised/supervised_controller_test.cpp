@@ -161,14 +161,14 @@ TEST(SupervisedController, OutlivesAWorkerWithoutMemory) {
   const rlimit none{1, 1};
   ASSERT_EQ(::prlimit(poor, RLIMIT_AS, &none, nullptr), 0);
   // The worker has no memory for this: it tells so, or ends.
-  std::string large(std::size_t{4} << 20, 'x');
+  std::string large(180'000, 'x');
   try {
     EXPECT_EQ(receiver.getInfo(large), 4U);
     EXPECT_EQ(orbSupervisedController::lastCall().ending, Ending::WorkerEnded);
   } catch (const std::runtime_error& error) {
     EXPECT_STREQ(error.what(), "std::bad_alloc");
   }
-  EXPECT_EQ(large, std::string(std::size_t{4} << 20, 'x'));
+  EXPECT_EQ(large, std::string(180'000, 'x'));
   if (worker() == poor) {
     signalWorker(SIGKILL);
     EXPECT_EQ(receiver.getInfo(info), 4U);
