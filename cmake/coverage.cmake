@@ -1,11 +1,18 @@
-# Target `coverage`: runs all tests, which have to be built, and prints how much of the library they
-# reach.
+# Target `coverage`: runs the library's own tests and prints how much of the library they reach.
 
 find_program(GCOVR gcovr REQUIRED)
 
+set(folders protocol transport controller commands board)
+foreach(folder IN LISTS folders)
+  get_property(programs DIRECTORY tests/${folder} PROPERTY BUILDSYSTEM_TARGETS)
+  list(APPEND tests ${programs})
+  list(APPEND run COMMAND
+    ctest --test-dir ${PROJECT_BINARY_DIR}/tests/${folder} --output-on-failure --parallel 8)
+endforeach()
+
 add_custom_target(coverage
   COMMAND find ${PROJECT_BINARY_DIR} -name "*.gcda" -delete
-  COMMAND ctest --test-dir ${PROJECT_BINARY_DIR} --output-on-failure --parallel 8
+  ${run}
   COMMAND ${GCOVR} --root ${PROJECT_SOURCE_DIR} ${PROJECT_BINARY_DIR}
     --filter "${PROJECT_SOURCE_DIR}/(protocol|transport|controller|commands|board)/"
     --exclude-throw-branches --exclude-unreachable-branches
@@ -14,3 +21,4 @@ add_custom_target(coverage
   COMMAND sh -c "grep -rE 'GCOVR?_EXCL|LCOV_EXCL' protocol transport controller commands board | wc -l"
   WORKING_DIRECTORY ${PROJECT_SOURCE_DIR}
   USES_TERMINAL VERBATIM)
+add_dependencies(coverage ${tests})
