@@ -75,6 +75,18 @@ TEST_F(DeviceLockTest, TakesOverWhatAnEndedProcessHasLeft) {
   EXPECT_EQ(contentOf(file_), line(::getpid()));
 }
 
+TEST_F(DeviceLockTest, TakesOverWhatAProcessHasLeftThatNobodyWaitedFor) {
+  const pid_t process = ::fork();
+  if (process == 0) {
+    ::_exit(0);
+  }
+  siginfo_t ended{};
+  ASSERT_EQ(::waitid(P_PID, static_cast<id_t>(process), &ended, WEXITED | WNOWAIT), 0);
+  fill(file_, line(process));
+  EXPECT_EQ(DeviceLock().acquire(soon()), State::Held);
+  ::waitpid(process, nullptr, 0);
+}
+
 TEST_F(DeviceLockTest, TakesOverAFileWithoutAProcess) {
   for (const char* const content : {"", "text", "          ", "-5"}) {
     fill(file_, content);

@@ -6,12 +6,14 @@
 #include <gtest/gtest.h>
 #include <sys/file.h>
 #include <sys/resource.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <atomic>
 #include <csignal>
 #include <filesystem>
 #include <fstream>
+#include <memory>
 #include <stdexcept>
 #include <thread>
 
@@ -177,6 +179,29 @@ TEST(SupervisedController, OutlivesAWorkerWithoutMemory) {
   EXPECT_EQ(receiver.getInfo(info), 0U);
 }
 
+TEST(SupervisedController, RefusesAnArgumentThatIsTooLong) {
+  orbSupervisedController receiver;
+  std::string info(std::size_t{8} << 20, 'x');
+  EXPECT_THROW(receiver.getInfo(info), std::length_error);
+  info.clear();
+  EXPECT_EQ(receiver.getInfo(info), 0U);
+}
+
+TEST(SupervisedController, IsLeftAloneByAChildOfFork) {
+  auto receiver = std::make_unique<orbSupervisedController>();
+  std::string info;
+  ASSERT_EQ(receiver->getInfo(info), 0U);
+  const pid_t before = worker();
+  const pid_t child = ::fork();
+  if (child == 0) {
+    receiver.reset();
+    ::_exit(0);
+  }
+  ASSERT_EQ(::waitpid(child, nullptr, 0), child);
+  EXPECT_EQ(receiver->getInfo(info), 0U);
+  EXPECT_EQ(worker(), before);
+}
+
 TEST(SupervisedController, SaysWhoHoldsTheLine) {
   const OwnedDescriptor held(::open("/run/lock/LCK..tty_gps", O_RDWR | O_CREAT | O_CLOEXEC, 0644),
                              "open");
@@ -228,6 +253,23 @@ TEST(SupervisedOnSilentLine, ReturnsAtItsDeadline) {
   EXPECT_EQ(call.line, Line::Silent);
   EXPECT_EQ(call.problem, "getElevationLimit did not return in time; no byte came on the line");
   EXPECT_EQ(worker(), 0);
+}
+
+TEST(SupervisedOnSilentLine, WaitsForACallOfAnotherThreadNoLongerThanItsDeadline) {
+  orbSupervisedController receiver(10s);
+  unsigned char limit = 3;
+  std::thread other([&] {
+    unsigned char unread = 0;
+    EXPECT_EQ(receiver.getElevationLimit(unread), 4U);
+  });
+  while (worker() == 0) {
+    std::this_thread::sleep_for(1ms);
+  }
+  receiver.setDeadline(50ms);
+  EXPECT_EQ(receiver.getElevationLimit(limit), 8U);
+  EXPECT_EQ(orbSupervisedController::lastCall().ending, Ending::LineHeld);
+  signalWorker(SIGKILL);  // for the other to end
+  other.join();
 }
 
 TEST(SupervisedOnSilentLine, TellsOfNoReceiver) {
