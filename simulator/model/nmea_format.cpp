@@ -41,6 +41,9 @@ std::string nmeaSentence(const std::string& fields) {
 }
 
 std::string nmeaPosition(const Navigation& navigation) {
+  if (navigation.fixMode == kNoFix) {
+    return ",,,";
+  }
   return angle(navigation.latitude, 2, "NS") + "," + angle(navigation.longitude, 3, "EW");
 }
 

@@ -26,7 +26,7 @@ struct Naming {
 constexpr Naming kNamings[] = {
     {Constellation::Gps, "GP", 0},       {Constellation::Sbas, "GP", 32},
     {Constellation::Glonass, "GL", 64},  {Constellation::Qzss, "GQ", 192},
-    {Constellation::Galileo, "GA", 300}, {Constellation::Beidou, "GB", 200},
+    {Constellation::Galileo, "GA", 300}, {Constellation::Beidou, "GB", 400},
 };
 
 constexpr std::string_view kTalkers[] = {"GP", "GL", "GQ", "GA", "GB"};

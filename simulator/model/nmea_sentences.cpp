@@ -35,12 +35,18 @@ std::string talkerOf(std::uint16_t constellations) {
 constexpr double kKnots = 3600.0 / 1852;
 constexpr double kKilometresPerHour = 3.6;
 
-double speedIn(double unit, const EastNorthUp& velocity) {
-  return std::hypot(velocity.east, velocity.north) * unit;
+/// The speed over ground, empty without a fix.
+std::string speed(const Report& report, double unit) {
+  const EastNorthUp& velocity = report.solution.velocity;
+  return report.hasFix() ? format("%05.1f", std::hypot(velocity.east, velocity.north) * unit) : "";
 }
 
 /// The course over ground, in tenths of a degree from north through east.
-std::string course(const EastNorthUp& velocity) {
+std::string course(const Report& report) {
+  if (!report.hasFix()) {
+    return {};
+  }
+  const EastNorthUp& velocity = report.solution.velocity;
   const double degrees = std::atan2(velocity.east, velocity.north) / kRadiansPerDegree;
   const int tenths = static_cast<int>(std::lround(degrees * 10) + 3600) % 3600;
   return format("%03d.%d", tenths / 10, tenths % 10);
@@ -51,11 +57,13 @@ std::string gga(const Report& report) {
   const int quality = !report.hasFix() ? 0 : navigation.fixMode == kDifferentialFix ? 2 : 1;
   const std::int64_t geoid =
       std::int64_t{navigation.ellipsoidAltitude} - navigation.meanSeaLevelAltitude;
-  return nmeaSentence(report.talker + "GGA," + nmeaTimeOfDay(report.time) + "," +
-                      nmeaPosition(navigation) +
-                      format(",%d,%02d,%.1f,%.1f,M,%.1f,M,,", quality, navigation.satellites,
-                             navigation.dops[2] / 100.0, navigation.meanSeaLevelAltitude / 100.0,
-                             static_cast<double>(geoid) / 100.0));
+  return nmeaSentence(
+      report.talker + "GGA," + nmeaTimeOfDay(report.time) + "," + nmeaPosition(navigation) +
+      format(",%d,%02d,%.1f,", quality, report.hasFix() ? navigation.satellites : 0,
+             navigation.dops[2] / 100.0) +
+      (report.hasFix() ? format("%.1f,M,%.1f,M,,", navigation.meanSeaLevelAltitude / 100.0,
+                                static_cast<double>(geoid) / 100.0)
+                       : ",,,,,"));
 }
 
 std::string gll(const Report& report) {
@@ -64,19 +72,16 @@ std::string gll(const Report& report) {
 }
 
 std::string rmc(const Report& report) {
-  const EastNorthUp& velocity = report.solution.velocity;
   return nmeaSentence(report.talker + "RMC," + nmeaTimeOfDay(report.time) + "," + report.status() +
-                      "," + nmeaPosition(report.navigation) +
-                      format(",%05.1f,", speedIn(kKnots, velocity)) + course(velocity) + "," +
-                      nmeaDate(report.time) + ",,," + report.mode());
+                      "," + nmeaPosition(report.navigation) + "," + speed(report, kKnots) + "," +
+                      course(report) + "," + nmeaDate(report.time) + ",,," + report.mode());
 }
 
 std::string vtg(const Report& report) {
-  const EastNorthUp& velocity = report.solution.velocity;
-  return nmeaSentence(report.talker + "VTG," + course(velocity) +
-                      format(",T,,M,%05.1f,N,%05.1f,K,", speedIn(kKnots, velocity),
-                             speedIn(kKilometresPerHour, velocity)) +
-                      report.mode());
+  const std::string fields = report.hasFix() ? course(report) + ",T,,M," + speed(report, kKnots) +
+                                                   ",N," + speed(report, kKilometresPerHour) + ",K,"
+                                             : ",,,,,,,,";
+  return nmeaSentence(report.talker + "VTG," + fields + report.mode());
 }
 
 std::string zda(const Report& report) {

@@ -91,6 +91,7 @@ Bytes Receiver::tick(milliseconds elapsed) {
   if (isSilent()) {
     advance(silent);
     sinceEpoch_ = milliseconds{0};
+    outputs_.clear();
   }
   return isSilent() ? Bytes{} : speak(elapsed - silent);
 }
@@ -98,12 +99,17 @@ Bytes Receiver::tick(milliseconds elapsed) {
 Bytes Receiver::speak(milliseconds elapsed) {
   Bytes output;
   sinceByte_ += elapsed;
-  while (epoch() - sinceEpoch_ <= elapsed) {
-    const milliseconds step = std::max(epoch() - sinceEpoch_, milliseconds{0});
+  while (untilOutput() <= elapsed) {
+    const bool isEpoch = untilEpoch() == untilOutput();
+    const milliseconds step = untilOutput();
     advance(step);
     elapsed -= step;
-    sinceEpoch_ = milliseconds{0};
-    append(output, epochOutput(state_, ++epochs_));
+    if (isEpoch) {
+      endEpoch();
+    }
+    for (; !outputs_.empty() && outputs_.front().due <= uptime_; outputs_.pop_front()) {
+      append(output, outputs_.front().bytes);
+    }
   }
   advance(elapsed);
   if (reader_.midFrame() && sinceByte_ >= kFrameTimeout) {
@@ -113,7 +119,18 @@ Bytes Receiver::speak(milliseconds elapsed) {
   return output;
 }
 
+void Receiver::endEpoch() {
+  sinceEpoch_ = milliseconds{0};
+  std::uniform_int_distribution<milliseconds::rep> jitter(0, state_.outputJitter.count());
+  milliseconds due = uptime_ + state_.outputDelay + milliseconds{jitter(jitter_)};
+  if (!outputs_.empty()) {
+    due = std::max(due, outputs_.back().due);
+  }
+  outputs_.push_back({due, epochOutput(state_, ++epochs_)});
+}
+
 void Receiver::advance(milliseconds elapsed) {
+  uptime_ += elapsed;
   sinceEpoch_ = talking_ ? sinceEpoch_ + elapsed : milliseconds{0};
   // A survey, for one, goes on from the very moment of the first fix.
   const milliseconds withoutFix = std::min(state_.startup.untilFix, elapsed);
@@ -146,13 +163,24 @@ milliseconds Receiver::receiverTime(milliseconds elapsed) {
 
 bool Receiver::isSilent() const { return state_.startup.silence > milliseconds{0}; }
 
-milliseconds Receiver::epoch() const {
-  constexpr milliseconds kSecond{1000};
+milliseconds Receiver::untilEpoch() const {
+  constexpr milliseconds::rep kSecond = 1000;
   constexpr std::uint8_t kPowerSaving = 1;
   if (!talking_ || state_.updateRate == 0) {
     return kNever;
   }
-  return state_.powerMode == kPowerSaving ? kSecond : kSecond / state_.updateRate;
+  const milliseconds::rep rate = state_.powerMode == kPowerSaving ? 1 : state_.updateRate;
+  if (state_.clockRate != 1) {
+    return std::max(milliseconds{kSecond / rate} - sinceEpoch_, milliseconds{0});
+  }
+  const milliseconds::rep time = state_.time.timeOfWeek.count() % kSecond;
+  const milliseconds::rep next = time * rate / kSecond + 1;
+  return milliseconds{(next * kSecond + rate - 1) / rate - time};
+}
+
+/// Until an epoch ends, or the output of an earlier one leaves.
+milliseconds Receiver::untilOutput() const {
+  return outputs_.empty() ? untilEpoch() : std::min(untilEpoch(), outputs_.front().due - uptime_);
 }
 
 milliseconds Receiver::untilNextOutput() const {
@@ -160,9 +188,7 @@ milliseconds Receiver::untilNextOutput() const {
   if (isSilent()) {
     return state_.startup.silence;
   }
-  const milliseconds untilEpoch =
-      epoch() == kNever ? kNever : std::max(epoch() - sinceEpoch_, milliseconds{0});
-  return reader_.midFrame() ? std::min(untilEpoch, kFrameTimeout - sinceByte_) : untilEpoch;
+  return reader_.midFrame() ? std::min(untilOutput(), kFrameTimeout - sinceByte_) : untilOutput();
 }
 
 State Receiver::state() const {

@@ -143,6 +143,7 @@ Solution solveFromSky(const State& state) {
 Solution solve(const State& state) {
   Solution solution = state.sky.empty() ? solveAsGiven(state) : solveFromSky(state);
   if (solution.navigation.fixMode == kNoFix) {
+    solution.navigation.dops.fill(kUnknownDop);
     solution.velocity = {};
     if (state.startup.cold) {
       forgetPlace(solution.navigation);

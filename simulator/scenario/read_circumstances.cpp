@@ -36,13 +36,6 @@ chrono::sys_time<milliseconds> utcOf(const toml::date_time& time) {
          offset;
 }
 
-void setUtc(GpsTime& time, chrono::sys_time<milliseconds> utc) {
-  const milliseconds sinceEpoch = utc - kGpsEpoch + chrono::seconds{time.leapSeconds};
-  const auto week = chrono::floor<chrono::weeks>(sinceEpoch);
-  time.week = static_cast<std::uint16_t>(week.count());
-  time.timeOfWeek = sinceEpoch - week;
-}
-
 constexpr std::size_t kLongestChatter = 1000;
 
 void readBaud(TableReader& line, unsigned int& baud) {
@@ -63,6 +56,13 @@ void readBaud(TableReader& line, unsigned int& baud) {
 
 }  // namespace
 
+void setUtc(GpsTime& time, chrono::sys_time<milliseconds> utc) {
+  const milliseconds sinceEpoch = utc - kGpsEpoch + chrono::seconds{time.leapSeconds};
+  const auto week = chrono::floor<chrono::weeks>(sinceEpoch);
+  time.week = static_cast<std::uint16_t>(week.count());
+  time.timeOfWeek = sinceEpoch - week;
+}
+
 void readDevice(TableReader& device, Scenario& scenario) {
   std::string module = kFittedModule;
   device.text("module", module, kLongestHardwareId);
@@ -74,7 +74,8 @@ void readDevice(TableReader& device, Scenario& scenario) {
   device.flag("talks-from-the-start", scenario.talksFromTheStart);
 }
 
-void readTime(TableReader& time, State& state) {
+void readTime(TableReader& time, Scenario& scenario) {
+  State& state = scenario.state;
   constexpr char kKey[] = "start";
   time.number("rate", state.clockRate, 0, 1000);
   time.integer("leap-seconds", state.time.leapSeconds, 0, 99);
@@ -85,7 +86,7 @@ void readTime(TableReader& time, State& state) {
   const auto text = start->value_exact<std::string>();
   const auto dateTime = start->value_exact<toml::date_time>();
   if (text == "now") {
-    setUtc(state.time, chrono::floor<milliseconds>(chrono::system_clock::now()));
+    scenario.startsNow = true;
   } else if (!dateTime) {
     time.refuse(kKey, "is " + (text ? inQuotes(*text) : typeName(*start)) +
                           "; it has to be \"now\" or a date and time such as "

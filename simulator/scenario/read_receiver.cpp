@@ -104,9 +104,12 @@ void readEnabled(TableReader& receiver, std::string_view key, std::uint8_t& enab
   enabled = flag ? 1 : 0;
 }
 
-void readOutput(TableReader& receiver, Settings& settings) {
+void readOutput(TableReader& receiver, State& state) {
+  Settings& settings = state;
   receiver.word("output", settings.outputType, kOutputTypes);
   receiver.integer("update-rate", settings.updateRate, 0, 50);
+  receiver.duration("output-delay", state.outputDelay, 0ms, 1s);
+  receiver.duration("output-jitter", state.outputJitter, 0ms, 1s);
   receiver.integer("navigation-interval", settings.navMessageInterval, 0);
   receiver.table("nmea-intervals", [&](TableReader& intervals) {
     for (std::size_t i = 0; i < std::size(kSentences); ++i) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <vector>
 
 #include "base/toml/table_reader.h"
@@ -8,14 +9,18 @@
 #include "orb-sim/scenario.h"
 #include "orb-sim/state.h"
 
+namespace orb::sim {
+
+/// Sets the time to this UTC.
+void setUtc(GpsTime& time, std::chrono::sys_time<std::chrono::milliseconds> utc);
+
 // One reader for each table of a scenario file, or for a part of it. What the table names
 // overwrites what is there.
-namespace orb::sim {
 
 void readDevice(TableReader& device, Scenario& scenario);
 void readReceiver(TableReader& receiver, State& state);
 void readSurroundings(TableReader& file, State& state);  ///< [position], [track], the sky
-void readTime(TableReader& time, State& state);
+void readTime(TableReader& time, Scenario& scenario);
 void readStart(TableReader& start, Scenario& scenario);
 void readLine(TableReader& line, LineConditions& conditions);
 void readFault(TableReader& fault, std::vector<FaultRule>& rules);

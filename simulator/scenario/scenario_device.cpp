@@ -1,9 +1,14 @@
 #include "orb-sim/scenario.h"
 
+#include <chrono>
+
+#include "scenario/readers.h"
+
 namespace orb::sim {
 
 State ordinaryState() {
   State state;
+  state.outputDelay = std::chrono::milliseconds(100);
   state.sky = ordinarySky();
   return state;
 }
@@ -13,6 +18,12 @@ ScenarioDevice::ScenarioDevice(const Scenario& scenario)
       receiver_(scenario.state),
       faulty_(receiver_, scenario.faults, scenario.seed),
       line_(faulty_, scenario.line, scenario.seed) {
+  if (scenario.startsNow) {
+    receiver_.change([](State& state) {
+      setUtc(state.time,
+             std::chrono::floor<std::chrono::milliseconds>(std::chrono::system_clock::now()));
+    });
+  }
   if (scenario.startsCold) {
     receiver_.startCold();
   }

@@ -16,7 +16,7 @@ void readScenario(const toml::table& table, Scenario& scenario, ProblemList& pro
   file.table("device", [&](TableReader& device) { readDevice(device, scenario); });
   file.table("receiver", [&](TableReader& receiver) { readReceiver(receiver, scenario.state); });
   readSurroundings(file, scenario.state);
-  file.table("time", [&](TableReader& time) { readTime(time, scenario.state); });
+  file.table("time", [&](TableReader& time) { readTime(time, scenario); });
   file.table("start", [&](TableReader& start) { readStart(start, scenario); });
   file.table("line", [&](TableReader& line) { readLine(line, scenario.line); });
   file.eachTable("fault", [&](TableReader& fault) { readFault(fault, scenario.faults); });

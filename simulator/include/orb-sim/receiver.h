@@ -1,8 +1,10 @@
 #pragma once
 
 #include <chrono>
+#include <deque>
 #include <functional>
 #include <mutex>
+#include <random>
 #include <utility>
 
 #include "orb-sim/bytes.h"
@@ -25,7 +27,9 @@ namespace orb::sim {
 /// reported by their queries.
 ///
 /// It stays silent until it has first answered something (see talkFromTheStart()); from then on it
-/// sends, once an epoch, NMEA sentences or binary navigation data, as its output type says.
+/// sends, once an epoch, NMEA sentences or binary navigation data, as its output type says. Epochs
+/// are at whole seconds of its clock and whole fractions of them, while that goes as fast as the
+/// line's.
 ///
 /// A setting whose attribute byte is 1 outlives a restart, any other is lost by it. The settings
 /// that the receiver is constructed with outlive it, too.
@@ -68,7 +72,9 @@ class Receiver : public Device {
   void pass(std::chrono::milliseconds elapsed);
   std::chrono::milliseconds receiverTime(std::chrono::milliseconds elapsed);
   bool isSilent() const;
-  std::chrono::milliseconds epoch() const;
+  std::chrono::milliseconds untilEpoch() const;
+  std::chrono::milliseconds untilOutput() const;
+  void endEpoch();
 
   mutable std::mutex mutex_;
   State state_;
@@ -76,9 +82,17 @@ class Receiver : public Device {
   FrameReader reader_;
   std::chrono::milliseconds sinceEpoch_{0};
   std::chrono::milliseconds sinceByte_{0};
+  std::chrono::milliseconds uptime_{0};
   double clockRemainder_ = 0;  // of a millisecond
   unsigned int epochs_ = 0;
   bool talking_ = false;
+
+  struct Output {
+    std::chrono::milliseconds due;  ///< by the time up
+    Bytes bytes;
+  };
+  std::deque<Output> outputs_;
+  std::minstd_rand jitter_;
 };
 
 }  // namespace orb::sim

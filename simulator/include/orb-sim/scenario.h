@@ -39,6 +39,8 @@ struct Scenario {
   Presence presence = Presence::Answering;
   bool talksFromTheStart = false;  ///< else it is silent until it has first been spoken to
   bool startsCold = false;         ///< else it has its fix from the start
+  /// At the moment that the device is constructed, its clock is set to the system's.
+  bool startsNow = false;
   State state = ordinaryState();
   LineConditions line;
   std::vector<FaultRule> faults;

@@ -94,6 +94,10 @@ struct State : Settings {
   /// Seconds that pass for the receiver (its clock, surveys, the track) while one passes on the
   /// line; 0 stops its clock. What it sends, it sends at its update rate on the line.
   double clockRate = 1;
+  /// How long after an epoch its output leaves, on the line's clock: the delay, and up to the
+  /// jitter more.
+  std::chrono::milliseconds outputDelay{0};
+  std::chrono::milliseconds outputJitter{0};
   std::chrono::milliseconds sinceBeginning{0};  ///< of the simulation, by the receiver's clock
   StartTimes startTimes;
   Startup startup;

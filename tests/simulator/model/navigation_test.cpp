@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <set>
 
 #include "orb-sim/receiver.h"
 #include "support/hex_text.h"
@@ -70,12 +71,12 @@ TEST(NavigationData, ReportsTheVelocityOnATrack) {
 TEST(NavigationData, ReportsNegativeValuesAsTwosComplement) {
   sim::State state;
   state.time = {0, milliseconds(0), 18, 7};
-  state.navigation = {0, 0, -900000000, 0, -100, -200, {1, 2, 3, 4, 5}};
+  state.navigation = {1, 0, -900000000, 0, -100, -200, {1, 2, 3, 4, 5}};
   // The south pole, one metre under the ellipsoid.
   EXPECT_EQ(navigationData(state),
-            hex("A0 A1 00 3B A8 00 00 00 00 00 00 00 00 CA 5B 17 00 00 00 00 00 FF FF FF 9C FF FF "
+            hex("A0 A1 00 3B A8 01 00 00 00 00 00 00 00 CA 5B 17 00 00 00 00 00 FF FF FF 9C FF FF "
                 "FF 38 00 01 00 02 00 03 00 04 00 05 00 00 00 00 00 00 00 00 DA 1C 5E 05 00 00 00 "
-                "00 00 00 00 00 00 00 00 00 16 0D 0A"));
+                "00 00 00 00 00 00 00 00 00 17 0D 0A"));
 }
 
 TEST(Receiver, IsSilentUntilItHasAnsweredSomething) {
@@ -119,6 +120,51 @@ TEST_F(TalkingReceiver, SendsAtTheUpdateRate) {
   receiver_.receive(sim::frame(0x0E00, {0, 0}));
   EXPECT_EQ(receiver_.untilNextOutput(), sim::Device::kNever);
   EXPECT_EQ(outputOver(3000).size(), 0U);
+}
+
+TEST_F(TalkingReceiver, SendsAtWholeSecondsOfItsClockAndWholeFractionsOfThem) {
+  receiver_.tick(milliseconds(345));
+  choose(sim::OutputType::Binary);
+  EXPECT_EQ(receiver_.untilNextOutput(), milliseconds(655));
+  receiver_.tick(milliseconds(755));
+  receiver_.receive(sim::frame(0x0E00, {3, 0}));
+  for (const int until : {234, 333, 333, 334}) {
+    EXPECT_EQ(receiver_.untilNextOutput(), milliseconds(until));
+    EXPECT_NE(receiver_.tick(milliseconds(until)), Bytes{});
+  }
+}
+
+TEST_F(TalkingReceiver, SendsAfterADelay) {
+  receiver_.change([](sim::State& state) { state.outputDelay = milliseconds(70); });
+  choose(sim::OutputType::Binary);
+  receiver_.receive(sim::frame(0x0E00, {20, 0}));
+  EXPECT_EQ(outputOver(119), std::vector<Bytes>{});
+  // Of the epoch 70 ms ago; the next one is 20 ms old.
+  const Bytes data = receiver_.tick(milliseconds(1));
+  EXPECT_EQ(data[9 + 3], 0x78 + 5);
+  EXPECT_EQ(receiver_.untilNextOutput(), milliseconds(30));
+  EXPECT_EQ(outputOver(1000).size(), 20U);
+}
+
+TEST_F(TalkingReceiver, SendsInOrderWithinItsJitter) {
+  receiver_.change([](sim::State& state) {
+    state.outputDelay = milliseconds(10);
+    state.outputJitter = milliseconds(60);
+  });
+  choose(sim::OutputType::Binary);
+  std::set<int> delays;
+  unsigned char last = 0x78;
+  for (int time = 1; time <= 100'000; ++time) {
+    const Bytes bytes = receiver_.tick(milliseconds(1));
+    for (const sim::Frame& data : sim::FrameReader().push(bytes)) {
+      delays.insert(time % 1000);
+      EXPECT_EQ(data.packet()[9 + 3], static_cast<unsigned char>(last + 100));
+      last = data.packet()[9 + 3];
+    }
+  }
+  EXPECT_GE(*delays.begin(), 10);
+  EXPECT_LE(*delays.rbegin(), 70);
+  EXPECT_GT(delays.size(), 30U);
 }
 
 TEST_F(TalkingReceiver, SendsOnceASecondAtMostWhileItSavesPower) {

@@ -49,15 +49,26 @@ TEST(NmeaSentences, ReportTheSolution) {
   EXPECT_EQ(sentences(sim::State{}), kGga + kGsa + kGsv + kGll + kRmc + kVtg + kZda);
 }
 
-TEST(NmeaSentences, ReportSouthWestAndNoFix) {
+TEST(NmeaSentences, ReportSouthWest) {
   sim::State state;
   state.time = {1042, milliseconds(518412500), 13, 7};
-  state.navigation = {0, 0, -101, -1799999999, -1000, -1200, {0, 0, 9990, 0, 0}};
+  state.navigation = {1, 4, -101, -1799999999, -1000, -1200, {0, 0, 9990, 0, 0}};
   state.constellations = 0x01;
   state.nmeaIntervals = {1, 0, 0, 0, 1};
   EXPECT_EQ(sentences(state),
-            "$GPGGA,235959.500,0000.0006,S,17959.9999,W,0,00,99.9,-12.0,M,2.0,M,,*46\r\n"
-            "$GPRMC,235959.500,V,0000.0006,S,17959.9999,W,000.0,000.0,311299,,,N*79\r\n");
+            "$GPGGA,235959.500,0000.0006,S,17959.9999,W,1,04,99.9,-12.0,M,2.0,M,,*43\r\n"
+            "$GPRMC,235959.500,A,0000.0006,S,17959.9999,W,000.0,000.0,311299,,,A*61\r\n");
+}
+
+TEST(NmeaSentences, LeaveOutWhatOnlyAFixTells) {
+  sim::State state;
+  state.navigation.fixMode = 0;
+  EXPECT_EQ(linesOf(sentences(state)),
+            (std::vector{sim::nmeaSentence("GNGGA,000100.000,,,,,0,00,99.9,,,,,,"),
+                         sim::nmeaSentence("GNGSA,A,1,,,,,,,,,,,,,99.9,99.9,99.9"), kGsv,
+                         sim::nmeaSentence("GNGLL,,,,,000100.000,V,N"),
+                         sim::nmeaSentence("GNRMC,000100.000,V,,,,,,,080224,,,N"),
+                         sim::nmeaSentence("GNVTG,,,,,,,,,N"), kZda}));
 }
 
 TEST(NmeaSentences, LeaveATimeOutThatTheReceiverDoesNotKnow) {
@@ -112,7 +123,7 @@ TEST(NmeaSentences, TellSpeedAndCourseOnATrack) {
   state.track.waypoints = {{milliseconds(0), 60, 0, 0}, {milliseconds(100000), 60.01, -0.021, 500}};
   EXPECT_EQ(sentences(state), sim::nmeaSentence("GNVTG,313.6,T,,M,031.4,N,058.2,K,A"));
   state.navigation.fixMode = 0;
-  EXPECT_EQ(sentences(state), sim::nmeaSentence("GNVTG,000.0,T,,M,000.0,N,000.0,K,N"));
+  EXPECT_EQ(sentences(state), sim::nmeaSentence("GNVTG,,,,,,,,,N"));
 }
 
 /// Six satellites of GPS and one each of the others.
@@ -140,7 +151,7 @@ TEST(NmeaSentences, ListTheSatellitesInViewUnderTheirOwnTalkers) {
                 sim::nmeaSentence("GLGSV,1,1,01,88,33,000,41") +
                 sim::nmeaSentence("GQGSV,1,1,01,193,66,300,") +
                 sim::nmeaSentence("GAGSV,1,1,01,336,44,260,42") +
-                sim::nmeaSentence("GBGSV,1,1,01,237,55,200,43"));
+                sim::nmeaSentence("GBGSV,1,1,01,437,55,200,43"));
 }
 
 TEST(NmeaSentences, ListTheSatellitesInUseConstellationByConstellation) {
@@ -151,7 +162,7 @@ TEST(NmeaSentences, ListTheSatellitesInUseConstellationByConstellation) {
   EXPECT_EQ(lines[0].substr(0, 35), "$GNGSA,A,3,01,02,03,04,05,06,,,,,,,");
   EXPECT_EQ(lines[1].substr(0, 25), "$GNGSA,A,3,88,,,,,,,,,,,,");
   EXPECT_EQ(lines[2].substr(0, 26), "$GNGSA,A,3,336,,,,,,,,,,,,");
-  EXPECT_EQ(lines[3].substr(0, 26), "$GNGSA,A,3,237,,,,,,,,,,,,");
+  EXPECT_EQ(lines[3].substr(0, 26), "$GNGSA,A,3,437,,,,,,,,,,,,");
   state.constellations = 0x01;
   EXPECT_EQ(linesOf(sentences(state)).size(), 1U);
   EXPECT_EQ(sentences(state).substr(0, 35), "$GPGSA,A,3,01,02,03,04,05,06,,,,,,,");

@@ -12,7 +12,7 @@ int main(int argc, char** argv) {
   orb::sim::Scenario scenario = orb::sim::parseScenario(argv[1], "scenario");
   scenario.talksFromTheStart = true;
   for (const unsigned char byte :
-       orb::sim::ScenarioDevice(scenario).tick(std::chrono::seconds(10))) {
+       orb::sim::ScenarioDevice(scenario).tick(std::chrono::milliseconds(10'100))) {
     std::cout.put(static_cast<char>(byte));
   }
 }

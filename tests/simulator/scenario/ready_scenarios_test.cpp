@@ -60,12 +60,14 @@ TEST(ReadyScenarios, AreTheseAndEachSaysInASentenceWhatItShows) {
   }
 }
 
+constexpr milliseconds kOutputDelay{100};
+
 /// What a device says in five seconds to a client that asks it two things.
 Bytes fiveSecondsOf(const sim::Scenario& scenario) {
   sim::ScenarioDevice device(scenario);
   Bytes said = device.receive(sim::frame(kQueryUpdateRate));
   sim::append(said, device.receive(sim::frame(kQueryGpsTime)));
-  sim::append(said, SimulatedClient(device).listen(5s));
+  sim::append(said, SimulatedClient(device).listen(5s + kOutputDelay));
   return said;
 }
 
@@ -163,7 +165,7 @@ TEST(SlowUartScenario, CanTakeMoreThanASecondForAnAnswer) {
   SimulatedClient client(device);
   milliseconds longest{0};
   for (int i = 0; i < 100; ++i) {
-    client.listen(370ms);
+    client.listen(milliseconds(10 * i));
     const milliseconds asked = client.now();
     ASSERT_TRUE(client.ask(kQueryUpdateRate, kUpdateRate, 5s));
     const milliseconds taken = client.now() - asked;
@@ -176,7 +178,7 @@ TEST(SlowUartScenario, CanTakeMoreThanASecondForAnAnswer) {
 
 TEST(ChattyNmeaScenario, SendsSentencesTenTimesASecondFromTheStart) {
   sim::ScenarioDevice device(readyScenario("chatty-nmea"));
-  const std::string output = text(SimulatedClient(device).listen(3s));
+  const std::string output = text(SimulatedClient(device).listen(3s + kOutputDelay));
   for (const char* sentence : {"GGA", "GLL", "RMC", "VTG", "ZDA"}) {
     EXPECT_EQ(countOf(std::string("$GN") + sentence, output), 30) << sentence;
   }

@@ -113,6 +113,8 @@ const Key<sim::State> kStateKeys[] = {
     {"receiver.output = 'binary'", [](R r) { return r.outputType == OutputType::Binary; }},
     {"receiver.output = 'none'", [](R r) { return r.outputType == OutputType::None; }},
     {"receiver.update-rate = 50", [](R r) { return r.updateRate == 50; }},
+    {"receiver.output-delay = '1s'", [](R r) { return r.outputDelay == 1s; }},
+    {"receiver.output-jitter = '50ms'", [](R r) { return r.outputJitter == 50ms; }},
     {"receiver.navigation-interval = 255", [](R r) { return r.navMessageInterval == 255; }},
     {"receiver.nmea-intervals.gga = 11", [](R r) { return r.nmeaIntervals[0] == 11; }},
     {"receiver.nmea-intervals.gsa = 12", [](R r) { return r.nmeaIntervals[1] == 12; }},
@@ -220,7 +222,7 @@ TEST(ScenarioKeys, SetTheClockToNow) {
   constexpr std::chrono::sys_days kGpsEpoch = std::chrono::year(1980) / 1 / 6;
   const auto before =
       std::chrono::floor<std::chrono::milliseconds>(std::chrono::system_clock::now());
-  const sim::GpsTime time = parse("time.start = 'now'").state.time;
+  const sim::GpsTime time = sim::ScenarioDevice(parse("time.start = 'now'")).state().time;
   const auto utc = kGpsEpoch + std::chrono::weeks(time.week) + time.timeOfWeek -
                    std::chrono::seconds(time.leapSeconds);
   EXPECT_GE(utc, before);
