@@ -6,6 +6,7 @@
 #include <termios.h>
 
 #include <array>
+#include <cerrno>
 #include <chrono>
 #include <system_error>
 #include <thread>
@@ -18,6 +19,11 @@ namespace {
 
 using std::chrono::milliseconds;
 using std::chrono::steady_clock;
+
+/// Of the kind that ends with who has opened the file, and that programs which lock ttys do not
+/// use.
+constexpr flock kWholeTty{
+    .l_type = F_WRLCK, .l_whence = SEEK_SET, .l_start = 0, .l_len = 0, .l_pid = 0};
 
 std::string ttyOf(int master) {
   checked(::grantpt(master), "grantpt");
@@ -37,6 +43,17 @@ PtyPort::Pty::Pty()
   checked(::tcgetattr(tty.get(), &settings), "tcgetattr");
   ::cfmakeraw(&settings);
   checked(::tcsetattr(tty.get(), TCSANOW, &settings), "tcsetattr");
+  flock lock = kWholeTty;
+  ::fcntl(tty.get(), F_OFD_SETLK, &lock);  // where that is not to be had, the line serves as well
+}
+
+bool PtyPort::isOffered(const std::filesystem::path& tty) {
+  const OwnedDescriptor opened(::open(tty.c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC));
+  flock lock = kWholeTty;
+  // Whom it does not let in, it does not tell: then the tty is taken for one that is offered.
+  return !opened.isOpen()
+             ? errno != ENOENT
+             : ::fcntl(opened.get(), F_OFD_GETLK, &lock) != 0 || lock.l_type != F_UNLCK;
 }
 
 PtyPort::PtyPort(const std::filesystem::path& link) : link_(link, pty_.path) {}

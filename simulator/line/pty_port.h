@@ -16,6 +16,9 @@ class PtyPort : public Port {
   /// Without a link where `link` is empty. Throws std::system_error.
   explicit PtyPort(const std::filesystem::path& link);
 
+  /// Whether this tty is one that a PtyPort of any process offers.
+  static bool isOffered(const std::filesystem::path& tty);
+
   /// The tty that clients are to open now. May be called from any thread.
   std::string path() const;
 

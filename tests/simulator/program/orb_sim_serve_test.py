@@ -3,6 +3,7 @@
 import contextlib
 import os
 import pathlib
+import pty
 import re
 import select
 import shlex
@@ -129,12 +130,17 @@ orb-sim: other users' programs need rights to read and write {tty_path}
             process.kill()
             process.wait()
         self.assertTrue(os.path.lexists(self.link))
-        self.link.unlink()  # another terminal may have got its number meanwhile
-        self.link.symlink_to("/dev/pts/no-more")
-        with self.offered_line("serve", self.link) as (process, _):
-            self.assertEqual(ask(self.link)[:9], ACKNOWLEDGED)
-            self.end(process, signal.SIGINT)
-        self.assertFalse(os.path.lexists(self.link))
+        with contextlib.ExitStack() as stack:
+            others = pty.openpty()  # which may have got its number meanwhile
+            for descriptor in others:
+                stack.callback(os.close, descriptor)
+            for target in ("/dev/pts/no-more", os.ttyname(others[1])):
+                self.link.unlink(missing_ok=True)
+                self.link.symlink_to(target)
+                with self.offered_line("serve", self.link) as (process, _):
+                    self.assertEqual(ask(self.link)[:9], ACKNOWLEDGED)
+                    self.end(process, signal.SIGINT)
+                self.assertFalse(os.path.lexists(self.link))
 
     def test_leaves_the_line_of_a_living_one_alone(self):
         (self.folder / "x.trace").write_text(
