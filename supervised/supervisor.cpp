@@ -87,9 +87,9 @@ std::string heldBy(pid_t process) {
                       : "process " + std::to_string(process) + " holds " + device;
 }
 
-[[noreturn]] void rethrow(const Response& response) {
+[[noreturn]] void rethrow(const CallResponse& response) {
   const auto& text = std::get<std::string>(response.arguments.at(0));
-  if (response.kind == Response::Kind::LogicError) {
+  if (response.kind == CallResponse::Kind::LogicError) {
     throw std::logic_error(text);
   }
   throw std::runtime_error(text);
@@ -110,7 +110,7 @@ Value Supervisor::perform(const Operation& operation, std::vector<Value>& argume
     call.problem = "a call of another thread had the controller until the deadline";
     return resultWithoutOne(operation, kNotSent);
   }
-  Response response;
+  CallResponse response;
   Transfer transfer = Transfer::Closed;
   try {
     transfer = lockAndAsk(operation, arguments, deadline, response, call);
@@ -124,7 +124,7 @@ Value Supervisor::perform(const Operation& operation, std::vector<Value>& argume
   if (transfer != Transfer::Done) {
     return resultWithoutOne(operation, kNoReply);
   }
-  if (response.kind != Response::Kind::Returned) {
+  if (response.kind != CallResponse::Kind::Returned) {
     rethrow(response);
   }
   arguments = std::move(response.arguments);
@@ -138,7 +138,7 @@ std::chrono::milliseconds Supervisor::ownLimit(const Operation& operation) const
 }
 
 Transfer Supervisor::lockAndAsk(const Operation& operation, const std::vector<Value>& arguments,
-                                Deadline deadline, Response& response, Call& call) {
+                                Deadline deadline, CallResponse& response, Call& call) {
   if (worker_) {
     worker_->announceRequest();
   }
@@ -181,7 +181,7 @@ Transfer Supervisor::lockAndAsk(const Operation& operation, const std::vector<Va
 }
 
 Transfer Supervisor::ask(const Operation& operation, const std::vector<Value>& arguments,
-                         Deadline deadline, Response& response) {
+                         Deadline deadline, CallResponse& response) {
   if (!worker_) {
     worker_ = std::make_unique<WorkerProcess>(workerProgram());
   }

@@ -22,9 +22,9 @@ class Supervisor {
 
  private:
   Transfer ask(const Operation& operation, const std::vector<Value>& arguments, Deadline deadline,
-               Response& response);
+               CallResponse& response);
   Transfer lockAndAsk(const Operation& operation, const std::vector<Value>& arguments,
-                      Deadline deadline, Response& response, Call& call);
+                      Deadline deadline, CallResponse& response, Call& call);
 
   /// What a call may take that has no limit of its own.
   std::chrono::milliseconds ownLimit(const Operation& operation) const;

@@ -94,14 +94,14 @@ class Reader {
 
 }  // namespace
 
-std::string encode(const Request& request) {
+std::string encode(const CallRequest& request) {
   std::string bytes;
   append(bytes, static_cast<std::uint32_t>(request.operation));
   append(bytes, request.arguments);
   return bytes;
 }
 
-std::string encode(const Response& response) {
+std::string encode(const CallResponse& response) {
   std::string bytes;
   append(bytes, response.kind);
   append(bytes, response.result);
@@ -109,23 +109,23 @@ std::string encode(const Response& response) {
   return bytes;
 }
 
-Request decodeRequest(std::string_view bytes) {
+CallRequest decodeRequest(std::string_view bytes) {
   Reader reader(bytes);
-  Request request;
+  CallRequest request;
   request.operation = reader.number<std::uint32_t>();
   request.arguments = reader.values();
   reader.end();
   return request;
 }
 
-Response decodeResponse(std::string_view bytes) {
+CallResponse decodeResponse(std::string_view bytes) {
   Reader reader(bytes);
-  Response response;
+  CallResponse response;
   const auto kind = reader.number<std::uint8_t>();
-  if (kind > static_cast<std::uint8_t>(Response::Kind::Exception)) {
+  if (kind > static_cast<std::uint8_t>(CallResponse::Kind::Exception)) {
     throw std::runtime_error("a response of no known kind");
   }
-  response.kind = static_cast<Response::Kind>(kind);
+  response.kind = static_cast<CallResponse::Kind>(kind);
   response.result = reader.value();
   response.arguments = reader.values();
   reader.end();

@@ -22,13 +22,13 @@ constexpr char kAnnouncement[] = "!";
 constexpr std::chrono::microseconds kAwake{300};
 
 /// An operation, by its place in the table, with its arguments.
-struct Request {
+struct CallRequest {
   std::size_t operation = 0;
   std::vector<Value> arguments;
 };
 
 /// What became of it.
-struct Response {
+struct CallResponse {
   enum class Kind : unsigned char { Returned, LogicError, Exception };
 
   Kind kind = Kind::Returned;
@@ -37,12 +37,12 @@ struct Response {
   std::vector<Value> arguments;
 };
 
-std::string encode(const Request& request);
-std::string encode(const Response& response);
+std::string encode(const CallRequest& request);
+std::string encode(const CallResponse& response);
 
 // Of the text of one frame. Throws std::runtime_error where it is malformed.
 
-Request decodeRequest(std::string_view bytes);
-Response decodeResponse(std::string_view bytes);
+CallRequest decodeRequest(std::string_view bytes);
+CallResponse decodeResponse(std::string_view bytes);
 
 }  // namespace orb

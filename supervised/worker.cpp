@@ -31,30 +31,32 @@ namespace {
   ::_exit(0);
 }
 
-Response failed(Response::Kind kind, const char* text) { return {kind, 0LL, {Value(text)}}; }
+CallResponse failed(CallResponse::Kind kind, const char* text) {
+  return {kind, 0LL, {Value(text)}};
+}
 
-Response perform(Receiver& receiver, Request request) {
+CallResponse perform(Receiver& receiver, CallRequest request) {
   try {
     if (request.operation >= operations().size()) {
-      return failed(Response::Kind::Exception, "no such operation");
+      return failed(CallResponse::Kind::Exception, "no such operation");
     }
-    Response response;
+    CallResponse response;
     response.result = operations()[request.operation].call(receiver, request.arguments);
     response.arguments = std::move(request.arguments);
     return response;
   } catch (const std::logic_error& error) {
-    return failed(Response::Kind::LogicError, error.what());
+    return failed(CallResponse::Kind::LogicError, error.what());
   } catch (const std::exception& error) {
-    return failed(Response::Kind::Exception, error.what());
+    return failed(CallResponse::Kind::Exception, error.what());
   }
 }
 
-Transfer answer(const Response& response) {
+Transfer answer(const CallResponse& response) {
   std::fflush(nullptr);
   try {
     return sendFrame(kWorkerSocket, encode(response), kNoDeadline);
   } catch (const std::length_error&) {
-    const Response tooLong = failed(Response::Kind::Exception, "the reply is too long");
+    const CallResponse tooLong = failed(CallResponse::Kind::Exception, "the reply is too long");
     return sendFrame(kWorkerSocket, encode(tooLong), kNoDeadline);
   }
 }

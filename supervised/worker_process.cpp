@@ -164,7 +164,7 @@ void WorkerProcess::announceRequest() {
   sendFrame(socket_.get(), kAnnouncement, std::chrono::steady_clock::now());
 }
 
-Transfer WorkerProcess::ask(const Request& request, Response& response, Deadline deadline) {
+Transfer WorkerProcess::ask(const CallRequest& request, CallResponse& response, Deadline deadline) {
   const Transfer sent = sendFrame(socket_.get(), encode(request), deadline);
   if (sent != Transfer::Done) {
     return sent;

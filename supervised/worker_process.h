@@ -37,7 +37,7 @@ class WorkerProcess {
   void announceRequest();
 
   /// Does the operation. Unless that is done, the process is of no further use.
-  Transfer ask(const Request& request, Response& response, Deadline deadline);
+  Transfer ask(const CallRequest& request, CallResponse& response, Deadline deadline);
 
   /// Kills it, and waits half a second at most until it has ended.
   void end();

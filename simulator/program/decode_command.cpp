@@ -13,6 +13,7 @@
 #include "base/owned_descriptor.h"
 #include "orb-sim/trace.h"
 #include "program/command_line.h"
+#include "program/failure.h"
 #include "program/standard_streams.h"
 #include "trace/description.h"
 #include "trace/stream_decoder.h"
@@ -88,21 +89,24 @@ void decodeTrace(std::string_view start, Input& input) {
   passAll(start, input, [&](std::string_view text) { parser.push(text, add); });
   parser.finish(add);
   transcript.finish();
+  if (parser.isCut()) {
+    warnOfCutTrace(input.name());
+  }
 }
 
 int decode(const std::filesystem::path& file) {
   std::ios::sync_with_stdio(false);
   Input input(file);
   std::string start(input.read());
-  while (start.size() < TraceParser::kStart.size() && TraceParser::kStart.starts_with(start)) {
+  while (!TraceParser::isTrace(start)) {
     const std::string_view more = input.read();
     if (more.empty()) {
       break;
     }
     start += more;
   }
-  const bool isTrace = start.starts_with(TraceParser::kStart);
-  isTrace ? decodeTrace(start, input) : decodeBytes(start, input);
+  TraceParser::isTrace(start).value_or(false) ? decodeTrace(start, input)
+                                              : decodeBytes(start, input);
   requireOutput();
   return 0;
 }

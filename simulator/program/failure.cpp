@@ -14,4 +14,8 @@ int report(const std::exception& error) {
   return failure != nullptr ? failure->status() : kExitOwnFailure;
 }
 
+void warnOfCutTrace(const std::string& name) {
+  std::cerr << "orb-sim: " << name << ": the last line is cut off, and left out\n";
+}
+
 }  // namespace orb::sim

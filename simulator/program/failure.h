@@ -27,4 +27,7 @@ class Failure : public std::runtime_error {
 /// Returns the exit status.
 int report(const std::exception& error);
 
+/// Says on standard error that the last line of this trace was left out.
+void warnOfCutTrace(const std::string& name);
+
 }  // namespace orb::sim

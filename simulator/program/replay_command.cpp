@@ -43,8 +43,12 @@ int replay(const ReplayOptions& options, const std::vector<std::string>& command
   if (options.link.empty() == command.empty()) {
     throw Failure("give either --link PATH or COMMAND, after --");
   }
-  Replay replay{loadTrace(options.trace),
+  bool isCut = false;
+  Replay replay{loadTrace(options.trace, &isCut),
                 options.fast ? ReplayDevice::Pace::Fast : ReplayDevice::Pace::Recorded};
+  if (isCut) {
+    warnOfCutTrace(options.trace);
+  }
   if (command.empty()) {
     return offer(replay, options.link);
   }

@@ -25,6 +25,8 @@ struct TapOptions {
   std::optional<unsigned int> baud;
   fs::path link;
   fs::path trace;
+  bool appends = false;
+  bool replaces = false;
 };
 
 /// Fails where the link would take the place of the port's own name.
@@ -35,14 +37,35 @@ void checkLink(const TapOptions& options) {
   }
 }
 
+/// Fails where the trace would take the place of something that is wanted still.
+void checkTrace(const TapOptions& options) {
+  std::error_code ignored;
+  const fs::path there = fs::canonical(options.trace, ignored);
+  if (!there.empty() && there == fs::canonical(options.device, ignored)) {
+    throw Failure("--trace is DEVICE itself; the trace needs a file");
+  }
+  if (fs::is_regular_file(options.trace, ignored) && !options.appends && !options.replaces) {
+    throw Failure(options.trace.string() +
+                  " is there already; --append goes on with it, --force replaces it");
+  }
+}
+
+TraceWriter openTrace(const TapOptions& options) {
+  std::error_code ignored;
+  return options.appends && fs::exists(options.trace, ignored)
+             ? TraceWriter(options.trace)
+             : TraceWriter(options.trace, options.device);
+}
+
 int tap(const TapOptions& options) {
   checkLink(options);
+  checkTrace(options);
   requireFreeLink(options.link);
   const EndSignals end;
   OwnedDescriptor port = openSerialPort(options.device, options.baud);
   std::optional<TraceWriter> trace;
   if (!options.trace.empty()) {
-    trace.emplace(options.trace, options.device);
+    trace.emplace(openTrace(options));
   }
   Tap tap(std::move(port), options.device, options.link, std::move(trace));
   announceLine(options.link, tap.tty());
@@ -61,6 +84,10 @@ void addTap(CLI::App& app, Invocation& invocation) {
   addLinkOption(*subcommand, options->link)->required();
   addPath(*subcommand, "--trace", "FILE", options->trace,
           "Records all bytes in this file, for orb-sim replay and decode");
+  CLI::Option* const append = subcommand->add_flag(
+      "--append", options->appends, "Goes on with the trace in FILE, if there is one");
+  subcommand->add_flag("--force", options->replaces, "Replaces FILE, if there is one")
+      ->excludes(append);
   addOption(
       *subcommand, "--baud", "N", "The receiver's speed; without it, DEVICE keeps its own",
       [options](const std::string& text) { options->baud = wholeNumber<unsigned int>(text); });

@@ -1,5 +1,6 @@
 #include "orb-sim/trace.h"
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cmath>
@@ -17,6 +18,8 @@ using nlohmann::json;
 using std::chrono::microseconds;
 
 constexpr int kVersion = 1;
+constexpr std::string_view kStart = R"({"orb-sim-trace":)";
+constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";  // some editors put it first
 
 /// What is wrong with a line; the parser adds file and line.
 class Problem : public std::runtime_error {
@@ -112,6 +115,16 @@ std::string utcNow() {
 
 const char* nameOf(Speaker speaker) { return speaker == Speaker::Client ? "client" : "receiver"; }
 
+std::optional<bool> TraceParser::isTrace(std::string_view start) {
+  if (kByteOrderMark.starts_with(start.substr(0, kByteOrderMark.size()))) {
+    start.remove_prefix(std::min(start.size(), kByteOrderMark.size()));
+  }
+  if (start.size() < kStart.size() && kStart.starts_with(start)) {
+    return std::nullopt;
+  }
+  return start.starts_with(kStart);
+}
+
 void TraceParser::push(std::string_view text, const Sink& sink) {
   while (!text.empty()) {
     const std::size_t end = text.find('\n');
@@ -128,7 +141,8 @@ void TraceParser::push(std::string_view text, const Sink& sink) {
 }
 
 void TraceParser::finish(const Sink& sink) {
-  if (!line_.empty()) {
+  isCut_ = hasHeader_ && !line_.empty() && !json::accept(line_);
+  if (!line_.empty() && !isCut_) {
     takeLine(sink);
   }
   if (!hasHeader_) {
@@ -139,6 +153,9 @@ void TraceParser::finish(const Sink& sink) {
 void TraceParser::takeLine(const Sink& sink) {
   TraceRecord record;
   try {
+    if (!hasHeader_ && line_.starts_with(kByteOrderMark)) {
+      line_.erase(0, kByteOrderMark.size());
+    }
     const json object = parseObject(line_);
     if (hasHeader_) {
       record = recordOf(object, last_);
@@ -161,7 +178,7 @@ void TraceParser::fail(const std::string& problem) const {
   throw std::runtime_error(name_ + ":" + std::to_string(lineNumber_) + ": " + problem);
 }
 
-std::vector<TraceRecord> loadTrace(const std::filesystem::path& file) {
+std::vector<TraceRecord> loadTrace(const std::filesystem::path& file, bool* isCut) {
   std::vector<TraceRecord> records;
   const auto keep = [&](const TraceRecord& record) { records.push_back(record); };
   TraceParser parser(file.string());
@@ -179,6 +196,9 @@ std::vector<TraceRecord> loadTrace(const std::filesystem::path& file) {
     fail(file);
   }
   parser.finish(keep);
+  if (isCut != nullptr) {
+    *isCut = parser.isCut();
+  }
   return records;
 }
 
@@ -197,9 +217,23 @@ TraceWriter::TraceWriter(const std::filesystem::path& file, const std::string& d
   writeLine(header.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace));
 }
 
+TraceWriter::TraceWriter(const std::filesystem::path& file) : file_(file) {
+  bool isCut = false;
+  const std::vector<TraceRecord> records = loadTrace(file, &isCut);
+  if (isCut) {
+    throw std::runtime_error(file.string() + ": the last line is cut off");
+  }
+  start_ = records.empty() ? microseconds{0} : records.back().at;
+  errno = 0;
+  stream_.open(file, std::ios::binary | std::ios::app);
+  if (!stream_) {
+    fail(file);
+  }
+}
+
 void TraceWriter::write(const TraceRecord& record) {
   nlohmann::ordered_json line;
-  line["time"] = std::chrono::duration<double>(record.at).count();
+  line["time"] = std::chrono::duration<double>(start_ + record.at).count();
   line["from"] = nameOf(record.from);
   line["bytes"] = toHex(record.bytes);
   writeLine(line.dump());

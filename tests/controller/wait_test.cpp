@@ -97,6 +97,7 @@ TEST_F(Wait, EndsAtOnceForANegativeDuration) {
   driver_.wait(-1ns);
   driver_.wait(-1s);
   driver_.wait(-1500ms);
+  EXPECT_EQ(slept_, std::vector<nanoseconds>{});
 }
 
 }  // namespace

@@ -12,21 +12,21 @@ const std::vector<Value> kEachType = {
     true, false, std::numeric_limits<long long>::min(), 0.1, std::string("a\0b", 3), std::string()};
 
 TEST(Wire, CarriesARequest) {
-  const Request request = decodeRequest(encode(Request{7, kEachType}));
+  const CallRequest request = decodeRequest(encode(CallRequest{7, kEachType}));
   EXPECT_EQ(request.operation, 7U);
   EXPECT_EQ(request.arguments, kEachType);
 }
 
 TEST(Wire, CarriesAResponse) {
-  const Response response =
-      decodeResponse(encode(Response{Response::Kind::LogicError, 13LL, kEachType}));
-  EXPECT_EQ(response.kind, Response::Kind::LogicError);
+  const CallResponse response =
+      decodeResponse(encode(CallResponse{CallResponse::Kind::LogicError, 13LL, kEachType}));
+  EXPECT_EQ(response.kind, CallResponse::Kind::LogicError);
   EXPECT_EQ(response.result, Value(13LL));
   EXPECT_EQ(response.arguments, kEachType);
 }
 
 TEST(Wire, RefusesEveryMessageThatEndsEarlyOrLate) {
-  const std::string whole = encode(Request{7, kEachType});
+  const std::string whole = encode(CallRequest{7, kEachType});
   for (std::size_t size = 0; size < whole.size(); ++size) {
     EXPECT_THROW(decodeRequest(whole.substr(0, size)), std::runtime_error) << size;
   }
@@ -34,7 +34,7 @@ TEST(Wire, RefusesEveryMessageThatEndsEarlyOrLate) {
 }
 
 TEST(Wire, RefusesWhatIsOfNoKnownKind) {
-  std::string bytes = encode(Response{Response::Kind::Returned, 0LL, {}});
+  std::string bytes = encode(CallResponse{CallResponse::Kind::Returned, 0LL, {}});
   bytes[0] = 3;
   EXPECT_THROW(decodeResponse(bytes), std::runtime_error);
   bytes[0] = 0;

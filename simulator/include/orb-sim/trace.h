@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <fstream>
 #include <functional>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -37,8 +38,8 @@ class TraceParser {
   /// A longer line is an error.
   static constexpr std::size_t kLongestLine = 1 << 20;
 
-  /// What every trace begins with.
-  static constexpr std::string_view kStart = R"({"orb-sim-trace":)";
+  /// Whether what begins so is a trace; nothing where that is too short to tell.
+  static std::optional<bool> isTrace(std::string_view start);
 
   /// `name` is what errors call the trace, as a rule its file.
   explicit TraceParser(std::string name) : name_(std::move(name)) {}
@@ -47,8 +48,12 @@ class TraceParser {
   /// std::runtime_error, with name and line, where it is not a trace.
   void push(std::string_view text, const Sink& sink);
 
-  /// Says that the text is complete; the last line need not end in a newline.
+  /// Says that the text is complete; the last line need not end in a newline. One that is cut off,
+  /// as on a full disk, is left out.
   void finish(const Sink& sink);
+
+  /// Whether the last line was cut off.
+  bool isCut() const { return isCut_; }
 
  private:
   void takeLine(const Sink& sink);
@@ -58,12 +63,13 @@ class TraceParser {
   std::string line_;  ///< the beginning of a line
   std::size_t lineNumber_ = 1;
   bool hasHeader_ = false;
+  bool isCut_ = false;
   std::chrono::microseconds last_{0};
 };
 
 /// The records of a trace file. Throws std::runtime_error where it cannot be read, and as
-/// TraceParser does.
-std::vector<TraceRecord> loadTrace(const std::filesystem::path& file);
+/// TraceParser does. `isCut` is told whether the last line was cut off, and so left out.
+std::vector<TraceRecord> loadTrace(const std::filesystem::path& file, bool* isCut = nullptr);
 
 /// Writes a trace to a file, a line at a time, so that it is whole up to its last line whenever it
 /// is looked at. Members throw std::system_error where the file cannot be written.
@@ -72,6 +78,10 @@ class TraceWriter {
   /// Replaces a file of this name. `device` is noted in the header.
   TraceWriter(const std::filesystem::path& file, const std::string& device);
 
+  /// Goes on with a trace, whose last record is where its time begins. Throws as loadTrace() does,
+  /// and std::runtime_error where its last line is cut off.
+  explicit TraceWriter(const std::filesystem::path& file);
+
   void write(const TraceRecord& record);
 
  private:
@@ -79,6 +89,7 @@ class TraceWriter {
 
   std::filesystem::path file_;
   std::ofstream stream_;
+  std::chrono::microseconds start_{0};
 };
 
 }  // namespace orb::sim

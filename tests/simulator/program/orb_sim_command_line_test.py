@@ -15,7 +15,7 @@ OPTIONS = {
     "run": RECEIVER_OPTIONS | {"--no-receiver", "--hardware-id", "--no-module", "--tty", "--keep"},
     "scenarios": {"--help"},
     "serve": RECEIVER_OPTIONS | {"--link", "--tcp"},
-    "tap": {"--help", "--link", "--trace", "--baud"},
+    "tap": {"--help", "--link", "--trace", "--append", "--force", "--baud"},
     "replay": {"--help", "--link", "--fast"},
     "decode": {"--help"},
 }

@@ -65,6 +65,25 @@ class Tap(TapTest):
         times = [record["time"] for record in records]
         self.assertEqual(times, sorted(times))
 
+    def test_leaves_a_file_that_is_there_alone_unless_it_is_told_otherwise(self):
+        for options in ((), ("--append",), ("--force",)):
+            with self.tapped("--trace", str(self.trace), *options) as process:
+                ask(self.link)
+                self.end(process, signal.SIGTERM)
+            whole = self.trace.read_text()
+            with self.offered_line("serve", self.device):
+                self.check_failure(
+                    f"orb-sim: {self.trace} is there already; --append goes on with it, --force "
+                    "replaces it\n", "tap", str(self.device), "--link", "gps", "--trace",
+                    str(self.trace))
+                self.check_failure(
+                    "orb-sim: --trace is DEVICE itself; the trace needs a file\n", "tap",
+                    str(self.device), "--link", "gps", "--trace", str(self.device), "--force")
+            self.assertEqual(self.trace.read_text(), whole)
+            said = "".join(record["bytes"] for record in self.records()[1:])
+            self.assertEqual(said.count(ASK_VERSION.hex().upper()),
+                             2 if options == ("--append",) else 1)
+
     def test_does_not_spin_when_its_client_hangs_up(self):
         with self.tapped() as process:
             ask(self.link)
@@ -174,6 +193,16 @@ class Replay(TapTest):
             self.assertEqual(self.end(process, signal.SIGTERM),
                              "orb-sim: packets that the trace does not have: 1\n")
         self.assertFalse(os.path.lexists(self.link))
+
+    def test_of_a_trace_that_is_cut_off_takes_its_whole_lines(self):
+        self.write_trace((0.1, "client", ASK_VERSION), (0.1, "receiver", b"answer"))
+        with self.trace.open("a") as trace:
+            trace.write('{"time":0.2,"from":"cl')
+        warning = f"orb-sim: {self.trace}: the last line is cut off, and left out\n"
+        for command in (("replay", str(self.trace), "--", "true"), ("decode", str(self.trace))):
+            result = self.orb_sim(*command)
+            self.assertEqual((result.returncode, result.stderr), (0, warning))
+        self.assertIn("client: 1 good packet ", result.stdout)
 
     def test_of_what_is_no_trace_is_refused(self):
         self.trace.write_text(HEADER + '{"time":0,"from":"client","bytes":"0"}\n')

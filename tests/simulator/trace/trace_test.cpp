@@ -101,6 +101,41 @@ TEST_F(Trace, MayHaveMoreMembersAndNoLastNewline) {
             expected);
 }
 
+TEST_F(Trace, IsContinuedWhereItEnded) {
+  const sim::TraceRecord record{seconds(2), sim::Speaker::Client, hex("01")};
+  sim::TraceWriter(file_, "/dev/ttyS1").write(record);
+  sim::TraceWriter(file_).write(record);
+  sim::TraceWriter(file_).write(record);
+  std::vector<sim::TraceRecord> expected(3, record);
+  expected[1].at = seconds(4);
+  expected[2].at = seconds(6);
+  EXPECT_EQ(sim::loadTrace(file_), expected);
+  write(std::string(kHeader) + "\n{\"time\":1");
+  EXPECT_THROW(sim::TraceWriter writer(file_), std::runtime_error);
+}
+
+TEST_F(Trace, IsTakenToItsLastWholeLine) {
+  const std::string line = R"({"time":1,"from":"client","bytes":"AB"})";
+  for (std::size_t size = 1; size <= line.size(); ++size) {
+    bool isCut = false;
+    write(std::string(kHeader) + "\n" + line + "\n" + line.substr(0, size));
+    const bool isWhole = size == line.size();
+    EXPECT_EQ(sim::loadTrace(file_, &isCut).size(), isWhole ? 2U : 1U) << size;
+    EXPECT_EQ(isCut, !isWhole);
+  }
+}
+
+TEST_F(Trace, MayBeginWithAByteOrderMark) {
+  const std::string text = "\xEF\xBB\xBF" + std::string(kHeader) + "\n";
+  EXPECT_THAT(sim::loadTrace(write(text)), IsEmpty());
+  for (std::size_t size = 0; size < text.size(); ++size) {
+    EXPECT_NE(sim::TraceParser::isTrace(text.substr(0, size)), false) << size;
+  }
+  EXPECT_EQ(sim::TraceParser::isTrace(text), true);
+  EXPECT_EQ(sim::TraceParser::isTrace("\xEF\xBB{"), false);
+  EXPECT_EQ(sim::TraceParser::isTrace("{\"orb-sim-trace:1"), false);
+}
+
 TEST_F(Trace, HasAnErrorThatNamesFileAndLine) {
   const std::string header = std::string(kHeader) + "\n";
   const std::string good = R"({"time":1,"from":"client","bytes":""})";
