@@ -47,8 +47,10 @@ std::string orbController_QN4470T01::timeStamp() {
   const std::time_t now = std::time(nullptr);
   tm local{};
   ::localtime_r(&now, &local);
-  char clock[100] = "";
-  std::strftime(clock, sizeof clock, "%X", &local);
+  char clock[100];
+  if (std::strftime(clock, sizeof clock, "%X", &local) == 0) {
+    clock[0] = '\0';
+  }
 
   timeval fraction{};
   ::gettimeofday(&fraction, nullptr);
