@@ -20,9 +20,10 @@ std::string toUpper(std::string text) {
 }
 
 // Sets the antenna supply's bit of a register pair to `value`; the other bits keep theirs.
-// Port 0 is written back as it was read, since the expander takes both ports in one transfer.
+// Port 0 is written back as it was read, since the expander takes both ports in one transfer. What
+// cannot be read counts as after power-on, so that no other pin becomes an output.
 void setSupplyBit(I2CDev& expander, unsigned char firstRegister, bool value) {
-  unsigned char ports[orb::kPortCount] = {};
+  unsigned char ports[orb::kPortCount] = {orb::kAfterPowerOn, orb::kAfterPowerOn};
   expander.read(ports, orb::kPortCount, &firstRegister, 1);
   const auto cleared = static_cast<unsigned char>(ports[1] & ~orb::kAntennaSupplyPin);
   const unsigned char port1 =

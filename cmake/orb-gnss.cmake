@@ -21,6 +21,7 @@ add_library(orb-gnss SHARED
   controller/controller.cpp
   controller/detection_and_restart.cpp
   controller/identity_file.cpp
+  controller/log_file.cpp
   controller/module_driver.cpp
   controller/null_controller.cpp
   protocol/catalogue.cpp

@@ -1,7 +1,9 @@
 #include "orb-gnss/controller.h"
 
+#include <memory>
 #include <utility>
 
+#include "controller/log_file.h"
 #include "orb-gnss/hardware_discovery.h"
 #include "orb-gnss/module_driver.h"
 #include "orb-gnss/null_controller.h"
@@ -30,27 +32,28 @@ orbController::~orbController() {
   spare_.reset();
 }
 
+// Nothing changes before all is there.
 void orbController::CreateOrbitek(std::string device) {
-  generalLog_.open(kGeneralLogPath, std::ios::out | std::ios::app | std::ios::ate);
-
-  if (getModuleHardwareID(kModuleLocation).find(kHardwareSetPartNumber) == std::string::npos) {
-    isOrbitek_ = false;
-    useNullController();
-    return;
+  if (!generalLog_.is_open()) {
+    orb::openLog(generalLog_, kGeneralLogPath);
   }
-  controller_ = std::make_shared<orbController_QN4470T01>();
-  chip_ = std::make_shared<BrdOrbChipInterface>();
-  isOrbitek_ = controller_->gpsObtChipDetect(std::move(device)) != 0;
-  if (isOrbitek_) {
-    chip_->resetOrbChip();
+  std::shared_ptr<ORBControlInterface> controller;
+  std::shared_ptr<OrbChipEnableInterface> chip;
+  bool isOrbitek = false;
+  if (getModuleHardwareID(kModuleLocation).find(kHardwareSetPartNumber) != std::string::npos) {
+    controller = std::make_shared<orbController_QN4470T01>();
+    chip = std::make_shared<BrdOrbChipInterface>();
+    isOrbitek = controller->gpsObtChipDetect(std::move(device)) != 0;
+  }
+  if (isOrbitek) {
+    chip->resetOrbChip();
   } else {
-    useNullController();
+    controller = std::make_shared<orbController_null>();
+    chip = std::make_shared<NullChipInterface>();
   }
-}
-
-void orbController::useNullController() {
-  controller_ = std::make_shared<orbController_null>();
-  chip_ = std::make_shared<NullChipInterface>();
+  controller_ = std::move(controller);
+  chip_ = std::move(chip);
+  isOrbitek_ = isOrbitek;
 }
 
 int orbController::setAntennaPower(std::string state) {

@@ -1,9 +1,11 @@
+#include <fcntl.h>
 #include <sys/stat.h>
 
 #include <ostream>
 #include <string>
 #include <utility>
 
+#include "base/owned_descriptor.h"
 #include "orb-gnss/controller.h"
 #include "orb-gnss/module_driver.h"
 
@@ -13,9 +15,12 @@ constexpr const char* kIdentityFilePath = "/tmp/orbitekChip-info.txt";
 constexpr const char* kFieldSeparator = ": ";
 constexpr std::string::size_type kFieldSeparatorLength = 2;
 
-bool exists(const char* path) {
-  struct stat status;
-  return ::stat(path, &status) == 0;
+// What stands at the path, a link included, stays as it is.
+bool create(const char* path) {
+  constexpr mode_t kMode = S_IRUSR | S_IWUSR | S_IRGRP | S_IWGRP | S_IROTH | S_IWOTH;
+  return orb::OwnedDescriptor(
+             ::open(path, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, kMode))
+      .isOpen();
 }
 
 bool startsWith(const std::string& text, const char* prefix) { return text.rfind(prefix, 0) == 0; }
@@ -26,7 +31,7 @@ void orbController::saveorbitekChipInfo() {
   std::string info;
   controller_->getInfo(info);
   parserGnssChipInfo(info);
-  if (exists(kIdentityFilePath)) {
+  if (!create(kIdentityFilePath)) {
     return;
   }
   identityFile_.open(kIdentityFilePath, std::ios::out | std::ios::app | std::ios::ate);

@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "base/sleep.h"
+#include "controller/log_file.h"
 #include "transport/command_exchange.h"
 #include "transport/default_device.h"
 
@@ -16,8 +17,7 @@ constexpr const char* kErrorLogPath = "/var/log/orbset-errors.log";
 
 }  // namespace
 
-orbController_QN4470T01::orbController_QN4470T01()
-    : errorLog_(kErrorLogPath, std::ios::out | std::ios::app | std::ios::ate) {}
+orbController_QN4470T01::orbController_QN4470T01() { orb::openLog(errorLog_, kErrorLogPath); }
 
 orbController_QN4470T01::~orbController_QN4470T01() {
   if (errorLog_.is_open()) {
@@ -47,8 +47,10 @@ std::string orbController_QN4470T01::timeStamp() {
   const std::time_t now = std::time(nullptr);
   tm local{};
   ::localtime_r(&now, &local);
-  char clock[100] = "";
-  std::strftime(clock, sizeof clock, "%X", &local);
+  char clock[100];
+  if (std::strftime(clock, sizeof clock, "%X", &local) == 0) {
+    clock[0] = '\0';
+  }
 
   timeval fraction{};
   ::gettimeofday(&fraction, nullptr);

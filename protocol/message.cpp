@@ -47,9 +47,9 @@ void ORBMessage::allocatePacketDataBuffer(unsigned long payloadLength) {
   if (payloadLength > std::numeric_limits<unsigned long>::max() - orb::kPacketOverhead) {
     throw std::bad_array_new_length();
   }
+  packet_ = std::make_unique<unsigned char[]>(payloadLength + orb::kPacketOverhead);
   payloadLength_ = payloadLength;
   packetLength_ = payloadLength + orb::kPacketOverhead;
-  packet_ = std::make_unique<unsigned char[]>(packetLength_);
 }
 
 void ORBMessage::constructPacket(const unsigned char* data, unsigned long payloadLength) {

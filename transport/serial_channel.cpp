@@ -19,6 +19,18 @@ constexpr unsigned long kReadSize = 1024;
 
 void complain(const char* text) { orb::standardError() << text << std::endl; }
 
+// Programs that this one starts do not inherit the device, nor does it keep the number of a closed
+// standard stream: what is printed would go to the receiver. -1, for no device, stays -1.
+int keepPrivate(int descriptor) {
+  if (descriptor > STDERR_FILENO) {
+    ::fcntl(descriptor, F_SETFD, FD_CLOEXEC);
+    return descriptor;
+  }
+  const int moved = ::fcntl(descriptor, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
+  ::close(descriptor);
+  return moved;
+}
+
 // Blocks until bytes arrive; the clock is not read here, so a silent line blocks for ever.
 void readSome(orbIO& channel, orb::ReceiveBuffer& buffer, orb::LookSchedule& schedule) {
   buffer.makeRoom();
@@ -39,7 +51,7 @@ orbIO::orbIO() : orbIO(std::string(orb::kDefaultDevice)) {}
 
 // By delegating, the destructor closes the device even when what follows the opening throws.
 orbIO::orbIO(std::string device) : orbIO(std::move(device), NotOpen{}) {
-  fd_ = ::open(device_.c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK | O_SYNC);
+  fd_ = keepPrivate(::open(device_.c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK | O_SYNC));
   if (fd_ < 0) {
     orb::standardError() << "Could not open " << orb::kDefaultDevice
                          << " cannot communicate with the orbitek device." << std::endl;

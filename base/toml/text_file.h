@@ -10,10 +10,12 @@
 
 namespace orb {
 
-/// The content of a file, or nothing and a problem where it cannot be read.
+/// The content of a regular file of at most 1 MiB, or nothing and a problem where it cannot be
+/// read.
 std::optional<std::string> readTextFile(const std::string& path, ProblemList& problems);
 
-/// What a TOML text holds, or nothing and a problem where it is not TOML.
+/// What a TOML text holds, or nothing and a problem where it is not TOML, or so deep that its
+/// tables could not be released: values are nested up to 16 times, and a line has up to 256 dots.
 std::optional<toml::table> parseToml(std::string_view text, ProblemList& problems);
 
 }  // namespace orb

@@ -109,8 +109,8 @@ class ORB_GNSS_EXPORT orbController : public ORBControlInterface {
   /// Does nothing and returns 0.
   unsigned int configuraProtocolsDefault();
 
-  /// Chooses the controller, as construction does, and replaces the one in use. Waits for ever on a
-  /// line that carries no byte at all.
+  /// Chooses the controller, as construction does, and replaces the one in use; where it throws,
+  /// all stays as it was. Waits for ever on a line that carries no byte at all.
   void CreateOrbitek(std::string device);
 
   /// Writes /tmp/orbitekChip-info.txt unless it exists: whether a receiver was found, and what
@@ -134,8 +134,6 @@ class ORB_GNSS_EXPORT orbController : public ORBControlInterface {
   const std::string& revisionField() const;
 
  private:
-  ORB_GNSS_HIDDEN void useNullController();
-
   /// Seconds; the driver has a time-out of its own, and nothing reads this one.
   [[maybe_unused]] int timeoutSeconds_ = 5;
   bool isOrbitek_ = false;

@@ -1,10 +1,10 @@
 #include "client/inventory_connection.h"
 
-#include <algorithm>
 #include <cerrno>
 #include <cstdint>
 #include <cstdio>
 #include <string>
+#include <string_view>
 #include <system_error>
 
 #include "dbus/inventory_interface.h"
@@ -27,11 +27,23 @@ int check(int result, const char* what) {
 }
 
 void report(const char* method, const std::string& reason) {
-  std::string line = std::string("orb-platform: ") + method + " of the inventory service " +
-                     inventory::kBusName + ": " + reason;
-  // The reason may quote the other side; it stays one line all the same.
-  std::replace(line.begin(), line.end(), '\n', ' ');
-  std::fputs((line + '\n').c_str(), stderr);
+  const std::string line = std::string("orb-platform: ") + method + " of the inventory service " +
+                           inventory::kBusName + ": " + reason + '\n';
+  std::fputs(line.c_str(), stderr);
+}
+
+/// What the other side says, for one line on a terminal: the start of it, in plain characters.
+std::string quoted(std::string_view text) {
+  constexpr std::size_t kLongest = 200;
+  std::string result;
+  for (const char c : text.substr(0, kLongest)) {
+    char escaped[8] = {c};
+    if (c < ' ' || c > '~') {
+      std::snprintf(escaped, sizeof escaped, "\\x%02x", static_cast<unsigned char>(c));
+    }
+    result += escaped;
+  }
+  return text.size() > kLongest ? result + "..." : result;
 }
 
 int keepAnswer(sd_bus_message* answer, void* kept, sd_bus_error* /*error*/) {
@@ -41,7 +53,7 @@ int keepAnswer(sd_bus_message* answer, void* kept, sd_bus_error* /*error*/) {
 
 std::string describeError(sd_bus_message* answer) {
   const sd_bus_error* error = sd_bus_message_get_error(answer);
-  return std::string(error->name) + ": " + (error->message ? error->message : "no message");
+  return std::string(error->name) + ": " + quoted(error->message ? error->message : "no message");
 }
 
 }  // namespace

@@ -35,9 +35,12 @@ struct I2CDev::Impl {
   orb::OwnedDescriptor device;
   std::uint16_t address = 0;
   bool isSmbusOnly = false;
+  bool lastReadFailed = false;
 
   i2c_msg message(std::uint16_t flags, const unsigned char* bytes, int count) const;
   int transfer(i2c_msg* messages, unsigned int messageCount) const;
+  int read(unsigned char* buffer, int count, const unsigned char* registerBytes,
+           int registerCount) const;
   int readCombined(unsigned char* buffer, int count, const unsigned char* registerBytes,
                    int registerCount) const;
   int readBlock(unsigned char* buffer, int count, std::uint8_t registerByte) const;
@@ -56,6 +59,23 @@ int I2CDev::Impl::transfer(i2c_msg* messages, unsigned int messageCount) const {
     return -errno;
   }
   return static_cast<unsigned int>(done) == messageCount ? 0 : -EIO;
+}
+
+int I2CDev::Impl::read(unsigned char* buffer, int count, const unsigned char* registerBytes,
+                       int registerCount) const {
+  if (!device.isOpen()) {
+    return -EBADF;
+  }
+  const int longest = isSmbusOnly ? kLongestBlock : kLongestMessage;
+  if (!isValid(buffer, count, longest) || !isValid(registerBytes, registerCount, longest) ||
+      (isSmbusOnly && registerCount != 1)) {
+    return -EINVAL;
+  }
+  if (count == 0) {
+    return 0;
+  }
+  return isSmbusOnly ? readBlock(buffer, count, registerBytes[0])
+                     : readCombined(buffer, count, registerBytes, registerCount);
 }
 
 int I2CDev::Impl::readCombined(unsigned char* buffer, int count, const unsigned char* registerBytes,
@@ -96,6 +116,7 @@ I2CDev::~I2CDev() = default;
 
 int I2CDev::open(int address) {
   impl_->device.reset();
+  impl_->lastReadFailed = false;
   if (address < 0 || address > kHighestAddress) {
     return -EINVAL;
   }
@@ -116,19 +137,11 @@ int I2CDev::open(int address) {
 
 int I2CDev::read(unsigned char* buffer, int count, const unsigned char* registerBytes,
                  int registerCount) {
-  if (!impl_->device.isOpen()) {
-    return -EBADF;
+  const int result = impl_->read(buffer, count, registerBytes, registerCount);
+  if (result != 0) {
+    impl_->lastReadFailed = result < count;
   }
-  const int longest = impl_->isSmbusOnly ? kLongestBlock : kLongestMessage;
-  if (!isValid(buffer, count, longest) || !isValid(registerBytes, registerCount, longest) ||
-      (impl_->isSmbusOnly && registerCount != 1)) {
-    return -EINVAL;
-  }
-  if (count == 0) {
-    return 0;
-  }
-  return impl_->isSmbusOnly ? impl_->readBlock(buffer, count, registerBytes[0])
-                            : impl_->readCombined(buffer, count, registerBytes, registerCount);
+  return result;
 }
 
 int I2CDev::write(const unsigned char* buffer, int count) {
@@ -140,6 +153,9 @@ int I2CDev::write(const unsigned char* buffer, int count) {
   }
   if (count == 0) {
     return 0;
+  }
+  if (impl_->lastReadFailed) {
+    return -EIO;
   }
   if (impl_->isSmbusOnly) {
     return impl_->writeBlock(buffer, count);

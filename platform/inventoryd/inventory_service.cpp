@@ -2,6 +2,7 @@
 
 #include <cerrno>
 #include <cinttypes>
+#include <new>
 #include <stdexcept>
 
 #include "dbus/inventory_interface.h"
@@ -102,19 +103,29 @@ int getSPIDevice(sd_bus_message* call, void* context, sd_bus_error* error) {
   return replyWithText(call, context, error, &Module::spiDevice);
 }
 
+/// The method, without the exception that it may throw: the bus library, which calls it, is of C.
+template <int (*kMethod)(sd_bus_message*, void*, sd_bus_error*)>
+int guarded(sd_bus_message* call, void* context, sd_bus_error* error) noexcept {
+  try {
+    return kMethod(call, context, error);
+  } catch (const std::bad_alloc&) {
+    return -ENOMEM;
+  }
+}
+
 const sd_bus_vtable kMethods[] = {
     SD_BUS_VTABLE_START(0),
     SD_BUS_METHOD_WITH_ARGS(kGetModuleLocations, SD_BUS_NO_ARGS, SD_BUS_RESULT("au", locations),
-                            getModuleLocations, SD_BUS_VTABLE_UNPRIVILEGED),
+                            guarded<getModuleLocations>, SD_BUS_VTABLE_UNPRIVILEGED),
     SD_BUS_METHOD_WITH_ARGS(kGetSystemRecord, SD_BUS_ARGS("u", location, "s", name),
-                            SD_BUS_RESULT("i", type, "s", data), getSystemRecord,
+                            SD_BUS_RESULT("i", type, "s", data), guarded<getSystemRecord>,
                             SD_BUS_VTABLE_UNPRIVILEGED),
     SD_BUS_METHOD_WITH_ARGS(kGetBars, SD_BUS_ARGS("u", location), SD_BUS_RESULT("a(utt)", bars),
-                            getBars, SD_BUS_VTABLE_UNPRIVILEGED),
+                            guarded<getBars>, SD_BUS_VTABLE_UNPRIVILEGED),
     SD_BUS_METHOD_WITH_ARGS(kGetI2CBus, SD_BUS_ARGS("u", location), SD_BUS_RESULT("s", bus),
-                            getI2CBus, SD_BUS_VTABLE_UNPRIVILEGED),
+                            guarded<getI2CBus>, SD_BUS_VTABLE_UNPRIVILEGED),
     SD_BUS_METHOD_WITH_ARGS(kGetSPIDevice, SD_BUS_ARGS("u", location), SD_BUS_RESULT("s", device),
-                            getSPIDevice, SD_BUS_VTABLE_UNPRIVILEGED),
+                            guarded<getSPIDevice>, SD_BUS_VTABLE_UNPRIVILEGED),
     SD_BUS_VTABLE_END,
 };
 

@@ -38,4 +38,9 @@ bool SharedDevice::End::takeHangUp() {
   return std::exchange(shared_.hangUps_[self_], false);
 }
 
+bool SharedDevice::End::takesMore() const {
+  const std::lock_guard lock(shared_.mutex_);
+  return shared_.device_.takesMore();
+}
+
 }  // namespace orb::sim

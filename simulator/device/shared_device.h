@@ -27,6 +27,7 @@ class SharedDevice {
     Bytes tick(std::chrono::milliseconds elapsed) override;
     std::chrono::milliseconds untilNextOutput() const override;
     bool takeHangUp() override;
+    bool takesMore() const override;
 
    private:
     SharedDevice& shared_;

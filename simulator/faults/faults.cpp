@@ -76,6 +76,11 @@ class FaultyDevice::Implementation {
     return std::exchange(hangUp_, false) || fromDevice;
   }
 
+  bool takesMore() const {
+    const std::lock_guard lock(mutex_);
+    return !outbox_.isFull() && device_.takesMore();
+  }
+
   std::vector<Event> events() const {
     const std::lock_guard lock(mutex_);
     return events_;
@@ -195,6 +200,8 @@ Bytes FaultyDevice::tick(milliseconds elapsed) { return implementation_->tick(el
 milliseconds FaultyDevice::untilNextOutput() const { return implementation_->untilNextOutput(); }
 
 bool FaultyDevice::takeHangUp() { return implementation_->takeHangUp(); }
+
+bool FaultyDevice::takesMore() const { return implementation_->takesMore(); }
 
 std::vector<FaultyDevice::Event> FaultyDevice::events() const { return implementation_->events(); }
 

@@ -50,6 +50,11 @@ class LineShaper::Implementation {
 
   bool takeHangUp() { return std::exchange(hangUp_, false); }
 
+  bool takesMore() const {
+    return fromClient_.waiting() + toClient_.waiting() <= kLongestBacklog &&
+           !heardLater_.isFull() && device_.takesMore();
+  }
+
  private:
   // More than this does not wait for its turn on the line; a receiver has no endless memory either.
   static constexpr std::size_t kLongestBacklog = 4096;
@@ -160,5 +165,7 @@ Bytes LineShaper::tick(milliseconds elapsed) { return implementation_->tick(elap
 milliseconds LineShaper::untilNextOutput() const { return implementation_->untilNextOutput(); }
 
 bool LineShaper::takeHangUp() { return implementation_->takeHangUp(); }
+
+bool LineShaper::takesMore() const { return implementation_->takesMore(); }
 
 }  // namespace orb::sim

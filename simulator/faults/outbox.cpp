@@ -11,6 +11,7 @@ void Outbox::add(Milliseconds due, Item item) {
   if (item.length == 0) {
     item.length = item.bytes.size();
   }
+  size_ += item.bytes.size();
   waiting_.emplace(due, std::move(item));
 }
 
@@ -24,6 +25,7 @@ Bytes Outbox::take(Milliseconds now) {
     append(output, takeFirst(begun_.bytes, begun_.length));
     nextPiece_ = now + begun_.gap;
   }
+  size_ -= output.size();
   return output;
 }
 

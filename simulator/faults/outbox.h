@@ -27,6 +27,9 @@ class Outbox {
 
   void add(Milliseconds due, Item item);
 
+  /// Whether it holds so much that whoever causes more has to wait.
+  bool isFull() const { return size_ > kMostBytes; }
+
   /// What is to be said at `now`. Pieces keep their gaps where this is called at each next().
   Bytes take(Milliseconds now);
 
@@ -34,9 +37,12 @@ class Outbox {
   Milliseconds next() const;
 
  private:
+  static constexpr std::size_t kMostBytes = std::size_t{1} << 16;
+
   std::multimap<Milliseconds, Item> waiting_;  ///< by the time at which they are due
   Item begun_;                                 ///< the pieces that are left of one
   Milliseconds nextPiece_{0};
+  std::size_t size_ = 0;  ///< bytes in all
 };
 
 }  // namespace orb::sim

@@ -2,9 +2,11 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <climits>
 #include <cstdlib>
 #include <cstring>
+#include <iterator>
 #include <string_view>
 
 #include "interpose/message.h"
@@ -18,11 +20,13 @@ constexpr std::string_view kPreloadName = "LD_PRELOAD=";
 /// A variable as an environment holds it, "NAME=value"; empty where this process was not given it.
 struct KeptVariable {
   std::string_view name;
+  bool isOurs;  ///< nobody else has a use for it: a child that is told something else is mistaken
   char text[65536];
 };
 
-KeptVariable keptVariables[] = {
-    {"ORB_SIM_PATHS=", ""}, {"ORB_SIM_I2C=", ""}, {"DBUS_SYSTEM_BUS_ADDRESS=", ""}};
+KeptVariable keptVariables[] = {{"ORB_SIM_PATHS=", true, ""},
+                                {"ORB_SIM_I2C=", true, ""},
+                                {"DBUS_SYSTEM_BUS_ADDRESS=", false, ""}};
 char keptLibrary[PATH_MAX];
 PreloadEntry ownPreload;
 
@@ -92,6 +96,23 @@ std::string_view givenLibraries(char* const* variables) noexcept {
   return entry != nullptr ? entry + kPreloadName.size() : "";
 }
 
+/// Whether the variables are those of another run within this one: its library stands before ours.
+bool isOfRunWithin(char* const* variables) noexcept {
+  const std::string_view own(keptLibrary);
+  std::string_view name = own;
+  name.remove_prefix(own.rfind('/') + 1);
+  const std::string_view given = givenLibraries(variables);
+  const std::size_t first = given.find(name);
+  return first != std::string_view::npos && first != given.find(own) + own.size() - name.size();
+}
+
+/// Whether a child is given what was kept, whatever it was to be given.
+bool replaces(const KeptVariable& kept, char* const* variables) noexcept {
+  const char* const given = find(variables, kept.name);
+  return kept.text[0] != '\0' && (given == nullptr || (kept.isOurs && !isOfRunWithin(variables)) ||
+                                  std::strlen(given) >= sizeof kept.text);
+}
+
 }  // namespace
 
 void keepEnvironment(const char* library) noexcept {
@@ -119,7 +140,8 @@ void keepEnvironment(const char* library) noexcept {
 
 bool isComplete(char* const* variables) noexcept {
   for (const KeptVariable& kept : keptVariables) {
-    if (kept.text[0] != '\0' && find(variables, kept.name) == nullptr) {
+    const char* const given = find(variables, kept.name);
+    if (replaces(kept, variables) && (given == nullptr || std::strcmp(given, kept.text) != 0)) {
       return false;
     }
   }
@@ -146,13 +168,17 @@ void completeEnvironment(const char* program, char* const* given, PreloadEntry& 
   makePreload(entry, file.runtimes, givenLibraries(given));
   *out++ = entry.text;
   for (const KeptVariable& kept : keptVariables) {
-    if (kept.text[0] != '\0' && find(given, kept.name) == nullptr) {
+    if (replaces(kept, given)) {
       *out++ = kept.text;
     }
   }
-  for (; given != nullptr && *given != nullptr; ++given) {
-    if (!beginsWith(*given, kPreloadName)) {
-      *out++ = *given;
+  for (char* const* variable = given; variable != nullptr && *variable != nullptr; ++variable) {
+    const bool isReplaced =
+        std::any_of(std::begin(keptVariables), std::end(keptVariables), [&](const auto& kept) {
+          return beginsWith(*variable, kept.name) && replaces(kept, given);
+        });
+    if (!isReplaced && !beginsWith(*variable, kPreloadName)) {
+      *out++ = *variable;
     }
   }
   *out = nullptr;

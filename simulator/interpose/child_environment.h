@@ -13,7 +13,8 @@ namespace orb::sim {
 /// runtime already, and a child that needs one is given it by name.
 void keepEnvironment(const char* library) noexcept;
 
-/// Whether `variables` has all that keepEnvironment kept.
+/// Whether `variables` has all that keepEnvironment kept. The path map and the I2C bus are those of
+/// this process, unless `variables` belong to a run of orb-sim within this one.
 bool isComplete(char* const* variables) noexcept;
 
 /// Room for the longest LD_PRELOAD entry that is made for a child.
@@ -25,10 +26,10 @@ struct PreloadEntry {
 std::size_t completeSize(char* const* given) noexcept;
 
 /// Writes to `out` the environment for starting the file `program` with the variables `given`:
-/// what is lacking of the kept settings is put back, and the sanitizer runtimes that the program
-/// needs stand first in LD_PRELOAD. What points to `entry` is part of the result. Allocates
-/// nothing: it may run in the child of a vfork. Names a program that cannot be held on standard
-/// error.
+/// the kept settings are put back where isComplete() misses them, and the sanitizer runtimes that
+/// the program needs stand first in LD_PRELOAD. What points to `entry` is part of the result.
+/// Allocates nothing: it may run in the child of a vfork. Names a program that cannot be held on
+/// standard error.
 void completeEnvironment(const char* program, char* const* given, PreloadEntry& entry,
                          const char** out) noexcept;
 

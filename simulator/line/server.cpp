@@ -7,6 +7,8 @@
 #include <algorithm>
 #include <array>
 #include <cstdint>
+#include <cstdio>
+#include <utility>
 
 namespace orb::sim {
 namespace {
@@ -14,6 +16,10 @@ namespace {
 using std::chrono::ceil;
 using std::chrono::floor;
 using std::chrono::milliseconds;
+
+/// What a client has not read, beyond which nothing more is read from it, as on a line with flow
+/// control.
+constexpr std::size_t kMostUnread = std::size_t{1} << 20;
 
 /// Starts a thread that no signal of the program is delivered to; a SIGPIPE of its own neither.
 template <typename Function>
@@ -77,10 +83,15 @@ void Server::run() {
 
 /// Returns whether a client has written, come or gone.
 bool Server::sleep() {
-  short int events = POLLIN;
+  short int events = device_.takesMore() ? POLLIN : 0;
   {
     const std::lock_guard lock(mutex_);
-    events = outgoing_.empty() ? POLLIN : POLLIN | POLLOUT;
+    if (outgoing_.size() > kMostUnread) {
+      events = 0;
+    }
+    if (!outgoing_.empty()) {
+      events |= POLLOUT;
+    }
   }
   std::array<pollfd, 2> polled{{{port_.descriptor(), events, 0}, {wake_.get(), POLLIN, 0}}};
   ::poll(polled.data(), polled.size(), sleepLimit());
@@ -121,6 +132,11 @@ void Server::serveClient() {
   {
     const std::lock_guard lock(mutex_);
     append(outgoing_, answer);
+    if (full_ && outgoing_.size() > kMostUnread && !std::exchange(hasComplained_, true)) {
+      std::fputs(
+          "orb-sim: a client sends without reading; no more is taken from it until it reads\n",
+          stderr);
+    }
   }
   hangUpIfDropped();
   if (log_ != nullptr) {

@@ -45,6 +45,7 @@ class Server {
   bool stopping_ = false;
   Bytes outgoing_;     ///< what goes to the client next
   bool full_ = false;  ///< the port has not taken all of it
+  bool hasComplained_ = false;
 
   std::thread thread_;
 };

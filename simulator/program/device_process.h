@@ -11,7 +11,7 @@ namespace orb::sim {
 /// What the process with the device has from its parent, the front, which the user started.
 struct Front {
   std::filesystem::path command;  ///< the program file to run
-  PrivateFolder folder;
+  const PrivateFolder& folder;
   pid_t process;            ///< the front itself
   pid_t group;              ///< the process group that the command belongs in
   sigset_t blockedSignals;  ///< the signals that the command finds blocked

@@ -1,5 +1,8 @@
 #include "program/private_folder.h"
 
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
@@ -33,9 +36,20 @@ PrivateFolder::PrivateFolder() {
     throw Failure("cannot make a folder like " + name + ": " + std::strerror(errno));
   }
   path_ = name;
+  for (OwnedDescriptor& spare : spare_) {
+    spare = OwnedDescriptor(open(name.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  }
+  if (!spare_.back().isOpen()) {
+    const int error = errno;
+    rmdir(name.c_str());
+    throw Failure("cannot open " + name + ": " + std::strerror(error));
+  }
 }
 
 void PrivateFolder::remove() const noexcept {
+  for (OwnedDescriptor& spare : spare_) {
+    spare.reset();
+  }
   std::error_code ignored;
   std::filesystem::remove_all(path_, ignored);
 }

@@ -1,6 +1,9 @@
 #pragma once
 
+#include <array>
 #include <filesystem>
+
+#include "base/owned_descriptor.h"
 
 namespace orb::sim {
 
@@ -20,6 +23,9 @@ class PrivateFolder {
 
  private:
   std::filesystem::path path_;
+  /// Given back for what the removal opens, where the process has no descriptor left: the folder,
+  /// and one in it.
+  mutable std::array<OwnedDescriptor, 2> spare_;
 };
 
 }  // namespace orb::sim

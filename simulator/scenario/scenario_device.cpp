@@ -46,6 +46,8 @@ std::chrono::milliseconds ScenarioDevice::untilNextOutput() const {
 
 bool ScenarioDevice::takeHangUp() { return answers_ && line_.takeHangUp(); }
 
+bool ScenarioDevice::takesMore() const { return !answers_ || line_.takesMore(); }
+
 State ScenarioDevice::state() const { return receiver_.state(); }
 
 std::vector<FaultyDevice::Event> ScenarioDevice::events() const { return faulty_.events(); }

@@ -119,14 +119,14 @@ TEST_F(CarrierBoardChip, TakesAnyOtherResultOfOpenForSuccess) {
   EXPECT_EQ(board_.registers[3], 0xC3);
 }
 
-// What is not read counts as 0.
+// What is not read counts as after power-on: no other pin becomes an output.
 TEST_F(CarrierBoardChip, GoesOnWhenReadsAndWritesFail) {
   board_.i2cTransferResult = -121;
   EXPECT_EQ(chip_.antennaPowerEnable("ON"), 0);
-  EXPECT_EQ(transfers(), switching("00 00", "00 01"));
+  EXPECT_EQ(transfers(), switching("FF FE", "FF FF"));
   board_.calls.clear();
   EXPECT_EQ(chip_.antennaPowerEnable("OFF"), 0);
-  EXPECT_EQ(transfers(), switching("00 00", "00 00"));
+  EXPECT_EQ(transfers(), switching("FF FE", "FF FE"));
   EXPECT_EQ(chip_.antennaPowerEnable("standby"), 1);
 }
 

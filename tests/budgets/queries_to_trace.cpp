@@ -58,6 +58,7 @@ bool isAnsweredToDriver(orbController_QN4470T01& driver) {
 
 bool isAnsweredToLoop() {
   const int device = open("/dev/tty_gps", O_RDWR | O_NOCTTY | O_NONBLOCK | O_SYNC);
+  fcntl(device, F_SETFD, FD_CLOEXEC);
   termios settings{};
   tcgetattr(device, &settings);
   cfmakeraw(&settings);

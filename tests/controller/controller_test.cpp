@@ -1,8 +1,10 @@
 #include "orb-gnss/controller.h"
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
 #include <memory>
+#include <new>
+#include <optional>
 #include <string>
 #include <typeinfo>
 #include <utility>
@@ -12,11 +14,16 @@
 #include "operations/recording.h"
 #include "orb-gnss/module_driver.h"
 #include "orb-gnss/null_controller.h"
+#include "support/allocations.h"
+#include "support/closed_standard_streams.h"
 #include "support/fake_board.h"
 #include "support/receiver_test.h"
 
 namespace orb::test {
 namespace {
+
+using testing::ElementsAre;
+using testing::Truly;
 
 constexpr const char* kDetectionQuery = "A0 A1 00 02 02 01 03 0D 0A";
 constexpr const char* kRestart = "A0 A1 00 03 64 3F 01 5A 0D 0A";
@@ -182,6 +189,32 @@ TEST_F(Facade, ChoosesAnewWhenItIsCreatedAnew) {
   EXPECT_EQ(partsOf(facade), "null controller, no board");
 }
 
+// Each allocation fails once. Without a receiver, the driver is only built to look for one.
+TEST_F(FacadeWithoutReceiver, StaysAsItIsWhenItCannotBeCreatedAnew) {
+  constexpr int kMoreThanItAllocates = 100;
+  fill(files_.errorLog, "");
+  orbController facade;
+  int failures = 0;
+  standardErrorOf([&] {
+    for (int number = 1; number <= kMoreThanItAllocates; ++number) {
+      const auto controller = controllerOf(facade);
+      const auto chip = chipOf(facade);
+      try {
+        const FailingAllocation failing(number);
+        facade.CreateOrbitek("/dev/tty_gps");
+      } catch (const std::bad_alloc&) {
+        ++failures;
+        EXPECT_EQ(controllerOf(facade), controller) << number;
+        EXPECT_EQ(chipOf(facade), chip) << number;
+      }
+      EXPECT_EQ(partsOf(facade), "null controller, no board") << number;
+      EXPECT_EQ(descriptorsOf(files_.errorLog), 0) << number;
+      EXPECT_EQ(descriptorsOf(files_.generalLog), 1) << number;
+    }
+  });
+  EXPECT_GT(failures, 10);
+}
+
 TEST_F(Facade, ReleasesWhatItHeldBefore) {
   orbController facade;
   const std::weak_ptr<ORBControlInterface> controller = controllerOf(facade);
@@ -228,6 +261,15 @@ TEST_F(Facade, MakesTheGeneralLogAndWritesNothingToIt) {
   }
   EXPECT_EQ(contentOf(files_.generalLog), "");
   EXPECT_EQ(descriptorsOf(files_.generalLog), 0);
+}
+
+TEST_F(FacadeWithoutReceiver, KeepsTheGeneralLogToItself) {
+  board_.modules.clear();
+  std::optional<ClosedStandardStreams> closed(std::in_place);
+  const orbController facade;
+  closed.reset();
+  const orbController another;
+  EXPECT_THAT(descriptorsOn(files_.generalLog), ElementsAre(Truly(isPrivate), Truly(isPrivate)));
 }
 
 TEST_F(Facade, KeepsWhatTheGeneralLogHolds) {

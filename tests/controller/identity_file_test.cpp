@@ -1,4 +1,5 @@
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include <filesystem>
 #include <string>
@@ -58,6 +59,19 @@ TEST_F(IdentityFile, IsLeftByteForByteWhenItExists) {
     EXPECT_EQ(facade.kernelVersionField(), "KernelVersion 1.0.12");
     EXPECT_EQ(facade.odmVersionField(), "ODMVersion 1.2.0");
   }
+}
+
+TEST_F(IdentityFile, IsNotWrittenThroughALinkNorIntoAFifo) {
+  const std::filesystem::path elsewhere = files_.folder / "elsewhere";
+  orbController facade;
+  std::filesystem::create_symlink(elsewhere, files_.identityFile);
+  facade.saveorbitekChipInfo();
+  EXPECT_EQ(contentOf(elsewhere), "(no file)");
+  EXPECT_EQ(std::filesystem::read_symlink(files_.identityFile), elsewhere);
+  std::filesystem::remove(files_.identityFile);
+  ASSERT_EQ(::mkfifo(files_.identityFile.c_str(), S_IRWXU), 0);
+  facade.saveorbitekChipInfo();
+  EXPECT_TRUE(std::filesystem::is_fifo(files_.identityFile));
 }
 
 TEST_F(IdentityFile, IsWrittenAgainOnlyAfterItWasDeleted) {

@@ -1,15 +1,21 @@
 #include "orb-gnss/module_driver.h"
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
+#include <sys/resource.h>
 
+#include <csignal>
+#include <optional>
 #include <string>
 #include <type_traits>
-#include <vector>
 
+#include "support/closed_standard_streams.h"
 #include "support/receiver_test.h"
 
 namespace orb::test {
 namespace {
+
+using testing::ElementsAre;
+using testing::Truly;
 
 class ModuleDriver : public ReceiverTest {
  protected:
@@ -134,6 +140,35 @@ TEST_F(ModuleDriverWithoutReceiver, AddsLinesToWhatTheErrorLogHoldsAndFlushesEac
   failToRestart(driver);
   EXPECT_EQ(contentOf(files_.errorLog),
             std::string("earlier line\n") + kRestartNotSent + kRestartNotSent);
+}
+
+// Files may grow to the log's present size, as on a disk that is full.
+TEST_F(ModuleDriverWithoutReceiver, GoesOnWithTheErrorLogWhenThereIsRoomAgain) {
+  constexpr rlim_t kPresentSize = 1 << 16;  // more than what standard error is captured in needs
+  fill(files_.errorLog, std::string(kPresentSize, '.'));
+  StampedDriver driver;
+  const auto onFull = std::signal(SIGXFSZ, SIG_IGN);
+  rlimit usual{};
+  ASSERT_EQ(::getrlimit(RLIMIT_FSIZE, &usual), 0);
+  const rlimit full{kPresentSize, usual.rlim_max};
+  ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &full), 0);
+  failToRestart(driver);
+  EXPECT_EQ(std::filesystem::file_size(files_.errorLog), kPresentSize);
+  ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &usual), 0);
+  std::signal(SIGXFSZ, onFull);
+  failToRestart(driver);
+  EXPECT_TRUE(contentOf(files_.errorLog).ends_with(kRestartNotSent));
+}
+
+TEST_F(ModuleDriverWithoutReceiver, KeepsTheErrorLogToItself) {
+  {
+    const StampedDriver driver;
+    EXPECT_THAT(descriptorsOn(files_.errorLog), ElementsAre(Truly(isPrivate)));
+  }
+  std::optional<ClosedStandardStreams> closed(std::in_place);
+  const StampedDriver driver;
+  closed.reset();
+  EXPECT_THAT(descriptorsOn(files_.errorLog), ElementsAre(Truly(isPrivate)));
 }
 
 TEST_F(ModuleDriverWithoutReceiver, StampsTheErrorLogWithItsOwnTime) {

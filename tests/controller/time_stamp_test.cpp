@@ -19,6 +19,7 @@ namespace {
 struct {
   std::string format;
   std::size_t room = 0;
+  bool fits = true;  ///< else it leaves what it has written, as the C library does
 } asked;
 
 }  // namespace
@@ -29,7 +30,8 @@ ORB_TEST_REPLACEMENT std::size_t strftime(char* text, std::size_t room, const ch
       reinterpret_cast<decltype(&strftime)>(::dlsym(RTLD_NEXT, "strftime"));
   asked.format = format;
   asked.room = room;
-  return original(text, room, format, moment);
+  const std::size_t length = original(text, room, format, moment);
+  return asked.fits ? length : 0;
 }
 
 namespace orb::test {
@@ -70,6 +72,12 @@ TEST_F(TimeStamp, AsksForTheTimeOfTheLocale) {
   driver_.timeStamp();
   EXPECT_EQ(asked.format, "%X");
   EXPECT_EQ(asked.room, 100u);
+}
+
+TEST_F(TimeStamp, HasNoClockTextWhereTheLocalesIsTooLong) {
+  asked.fits = false;
+  EXPECT_EQ(driver_.timeStamp(), "_042: ");
+  asked.fits = true;
 }
 
 TEST_F(TimeStamp, FollowsTheLocaleOfTheProcess) {

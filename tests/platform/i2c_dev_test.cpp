@@ -127,9 +127,31 @@ TEST_P(EitherI2CDevice, ReportsASlaveThatDoesNotAcknowledge) {
   unsigned char buffer[2] = {0x11, 0x22};
   EXPECT_EQ(device_.read(buffer, 2, kRegister, 1), -ENXIO);
   EXPECT_THAT(buffer, ElementsAre(0x11, 0x22));
+  ASSERT_EQ(device_.open(kAbsent), 0);
   EXPECT_EQ(device_.write(buffer, 2), -ENXIO);
   EXPECT_EQ(device_.write(buffer, 1), -ENXIO);
   EXPECT_THAT(adapter_.transfers, ElementsAre("S 50W N P", "S 50W N P", "S 50W N P"));
+}
+
+TEST_P(EitherI2CDevice, WritesNothingFromAFailedReadToTheNextGoodOne) {
+  constexpr unsigned char kBytes[] = {6, 0xFF, 0xFE};
+  unsigned char buffer[2];
+  const auto failToRead = [&] {
+    adapter_.isBroken = true;
+    EXPECT_EQ(device_.read(buffer, 2, kRegister, 1), -EIO);
+    adapter_.isBroken = false;
+  };
+  failToRead();
+  EXPECT_EQ(device_.write(kBytes, 3), -EIO);
+  EXPECT_EQ(device_.read(buffer, 0, kRegister, 1), 0) << "reads nothing";
+  EXPECT_EQ(device_.write(kBytes, 3), -EIO);
+  EXPECT_THAT(adapter_.transfers, IsEmpty());
+  EXPECT_EQ(device_.read(buffer, 2, kRegister, 1), 2);
+  EXPECT_EQ(device_.write(kBytes, 3), 3);
+  failToRead();
+  ASSERT_EQ(device_.open(kAddress), 0);
+  EXPECT_EQ(device_.write(kBytes, 3), 3);
+  EXPECT_EQ(adapter_.transfers.size(), 3);
 }
 
 TEST_P(EitherI2CDevice, ReportsAnAdapterThatFails) {

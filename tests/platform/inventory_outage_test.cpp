@@ -178,11 +178,17 @@ TEST_F(InventoryBus, AnAnswerOfOtherTypesCountsAsNone) {
   expectNoModules("the answer has the types \"s\", not \"au\"");
 }
 
-TEST_F(InventoryBus, AnErrorOfSeveralLinesIsReportedInOne) {
-  const OneAnswer service([](sd_bus_message* call) {
-    return sd_bus_reply_method_errorf(call, "org.example.Error.Broken", "out\nof\norder");
-  });
-  expectNoModules("org.example.Error.Broken: out of order");
+TEST_F(InventoryBus, AnErrorIsReportedInOneLineOfPlainCharactersAndBoundedLength) {
+  for (const auto& [text, reported] :
+       {std::pair<std::string, std::string>("out\nof\norder", R"(out\x0aof\x0aorder)"),
+        {"\x1b[2J \x7f \xc2\x9b ~", R"(\x1b[2J \x7f \xc2\x9b ~)"},
+        {std::string(200, 'x'), std::string(200, 'x')},
+        {std::string(100'000, 'x'), std::string(200, 'x') + "..."}}) {
+    const OneAnswer service([&text = text](sd_bus_message* call) {
+      return sd_bus_reply_method_errorf(call, "org.example.Error.Broken", "%s", text.c_str());
+    });
+    expectNoModules("org.example.Error.Broken: " + reported);
+  }
 }
 
 TEST_F(InventoryBus, AClientFindsTheServiceThatStartedLater) {

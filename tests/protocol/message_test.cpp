@@ -220,6 +220,13 @@ TEST(MessageMemory, RunsOutWithTheStandardException) {
   EXPECT_THROW(ORBMessage{original}, std::bad_alloc);
 }
 
+TEST(MessageMemory, StaysAsItIsWhenItRunsOutForAnotherPacket) {
+  ORBMessage message(kRows[0].type, kRows[0].length, nullptr);
+  const FailingAllocation next(1);
+  EXPECT_THROW(message.buildMessage(nullptr, 512), std::bad_alloc);
+  expectContent(message, kRows[0]);
+}
+
 TEST(MessageMemory, RunsOutForLengthsThatDoNotFit) {
   EXPECT_THROW(ORBMessage(0x6502, std::numeric_limits<unsigned long>::max(), nullptr),
                std::bad_alloc);

@@ -1,11 +1,15 @@
 #pragma once
 
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <stdexcept>
 #include <string>
 #include <system_error>
+#include <vector>
 
 namespace orb::test {
 
@@ -26,15 +30,27 @@ inline void fill(const std::filesystem::path& file, const std::string& content) 
   }
 }
 
-/// How many descriptors this process has open on a file. Links are followed.
-inline int descriptorsOf(const std::filesystem::path& file) {
+/// The descriptors that this process has open on a file. Links are followed.
+inline std::vector<int> descriptorsOn(const std::filesystem::path& file) {
   const std::filesystem::path wanted = std::filesystem::canonical(file);
-  int count = 0;
+  std::vector<int> found;
   for (const auto& descriptor : std::filesystem::directory_iterator("/proc/self/fd")) {
     std::error_code closedMeanwhile;
-    count += std::filesystem::read_symlink(descriptor, closedMeanwhile) == wanted ? 1 : 0;
+    if (std::filesystem::read_symlink(descriptor, closedMeanwhile) == wanted) {
+      found.push_back(std::stoi(descriptor.path().filename()));
+    }
   }
-  return count;
+  return found;
+}
+
+/// How many they are.
+inline int descriptorsOf(const std::filesystem::path& file) {
+  return static_cast<int>(descriptorsOn(file).size());
+}
+
+/// Whether a descriptor neither reaches a program that this one starts nor is a standard stream.
+inline bool isPrivate(int descriptor) {
+  return descriptor > STDERR_FILENO && (::fcntl(descriptor, F_GETFD) & FD_CLOEXEC) != 0;
 }
 
 }  // namespace orb::test

@@ -18,12 +18,16 @@
 #include "channel_test.h"
 #include "support/allocations.h"
 #include "support/captured_stream.h"
+#include "support/closed_standard_streams.h"
+#include "support/files.h"
 
 namespace orb::test {
 namespace {
 
 using testing::ElementsAre;
 using testing::IsEmpty;
+using testing::Truly;
+using testing::UnorderedElementsAre;
 
 static_assert(std::is_abstract_v<ORBMessagingInterface>);
 static_assert(!std::has_virtual_destructor_v<ORBMessagingInterface>);
@@ -242,6 +246,15 @@ TEST_F(SerialChannel, ReadsNothingFromAnEmptyLineOrWhenTheReadFails) {
 }
 
 // Closing
+
+TEST_F(SerialChannel, KeepsTheDeviceToItself) {
+  std::optional<ClosedStandardStreams> closed(std::in_place);
+  const orbIO low;
+  closed.reset();
+  const orbIO usual;
+  EXPECT_THAT(descriptorsOn(pty_.path()),
+              UnorderedElementsAre(pty_.tty(), Truly(isPrivate), Truly(isPrivate)));
+}
 
 TEST_F(SerialChannel, ClosesTheDeviceWhenItIsDestroyed) {
   std::optional<orbIO> channel;

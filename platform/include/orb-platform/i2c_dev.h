@@ -38,7 +38,9 @@ class ORB_PLATFORM_EXPORT I2CDev {
 
   /// Writes the bytes as one transfer; on SMBus the first of them is the command.
   ///
-  /// Returns the number of bytes written; a count of 0 returns 0 and sends nothing.
+  /// Returns the number of bytes written; a count of 0 returns 0 and sends nothing. After a read
+  /// that failed or came short, until another succeeds or the device is opened anew, it returns
+  /// -EIO and sends nothing: what it would put back was never read.
   int write(const unsigned char* buffer, int count);
 
  private:

@@ -37,6 +37,10 @@ class Device {
   /// True once for each time that the device has dropped the line: clients that hold it open then
   /// see a hang-up, and have to open it anew. The line asks after each receive() and tick().
   virtual bool takeHangUp() { return false; }
+
+  /// Whether the device takes more bytes now. As long as it does not, the line reads none from its
+  /// clients, whose writes then wait.
+  virtual bool takesMore() const { return true; }
 };
 
 }  // namespace orb::sim

@@ -89,6 +89,7 @@ class FaultyDevice : public Device {
   Bytes tick(std::chrono::milliseconds elapsed) override;
   std::chrono::milliseconds untilNextOutput() const override;
   bool takeHangUp() override;
+  bool takesMore() const override;
 
   /// All that has happened so far. May be called from any thread.
   std::vector<Event> events() const;

@@ -36,6 +36,7 @@ class LineShaper : public Device {
   Bytes tick(std::chrono::milliseconds elapsed) override;
   std::chrono::milliseconds untilNextOutput() const override;
   bool takeHangUp() override;
+  bool takesMore() const override;
 
  private:
   class Implementation;

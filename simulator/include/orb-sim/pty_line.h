@@ -28,6 +28,9 @@ namespace orb::sim {
 /// clients have written and the device has not yet seen is lost. Clients that do not read for a
 /// quarter of a second lose what they have not read.
 ///
+/// A client that sends and leaves more than 1 MiB unread waits until it reads, as on a line with
+/// flow control; one line on standard error says so.
+///
 /// What the line writes whole (an answer, one send()) is not mixed with anything else; pieces that
 /// a device sends one after the other are, where the line has more to say meanwhile.
 class PtyLine {

@@ -64,6 +64,7 @@ class ScenarioDevice : public Device {
   Bytes tick(std::chrono::milliseconds elapsed) override;
   std::chrono::milliseconds untilNextOutput() const override;
   bool takeHangUp() override;
+  bool takesMore() const override;
 
   /// A copy of the receiver's state, and the faults that have happened.
   State state() const;

@@ -18,6 +18,9 @@ namespace orb::sim {
 /// connects meanwhile waits for its turn. A client that has closed its connection, or only its
 /// sending side, has left. What the device says while there is no client is lost.
 ///
+/// A client that sends and leaves more than 1 MiB unread waits until it reads; one line on standard
+/// error says so.
+///
 /// Where the device drops the line (Device::takeHangUp()), the client's connection is closed after
 /// what has been written so far; the next client is let in at once.
 class TcpLine {

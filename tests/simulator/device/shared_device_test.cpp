@@ -45,6 +45,15 @@ TEST(SharedDevice, DropsBothLinesOnce) {
   EXPECT_FALSE(shared.second().takeHangUp());
 }
 
+TEST(SharedDevice, TakesNoMoreOnEitherLineWhereTheDeviceDoesNot) {
+  struct Full : EchoDevice {
+    bool takesMore() const override { return false; }
+  } full;
+  sim::SharedDevice shared(full);
+  EXPECT_FALSE(shared.first().takesMore());
+  EXPECT_FALSE(shared.second().takesMore());
+}
+
 TEST(SharedDevice, LooksOftenForWhatTheOtherLineHasLeft) {
   EchoDevice echo;
   sim::SharedDevice shared(echo);

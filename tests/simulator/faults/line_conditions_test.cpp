@@ -54,6 +54,42 @@ TEST_F(LineShaperBefore, AReceiverChangesNothingUnlessToldTo) {
   EXPECT_EQ(line.untilNextOutput(), receiver_.untilNextOutput());
 }
 
+// 9600 baud are 960 bytes a second.
+TEST_F(LineShaperBefore, AReceiverTakesNoMoreThanFitsOnTheLine) {
+  conditions_.baud = 9600;
+  sim::LineShaper line(recorder_, conditions_, 1);
+  line.receive(Bytes(5000, 0x5A));
+  EXPECT_FALSE(line.takesMore());
+  line.tick(6s);
+  EXPECT_TRUE(line.takesMore());
+  recorder_.answer = Bytes(5000, 0x5A);
+  line.receive({0x5A});
+  line.tick(10ms);
+  EXPECT_FALSE(line.takesMore());
+  line.tick(6s);
+  EXPECT_TRUE(line.takesMore());
+}
+
+TEST_F(LineShaperBefore, AReceiverTakesNoMoreThanIsOnItsWay) {
+  conditions_.latency = 10s;
+  sim::LineShaper line(receiver_, conditions_, 1);
+  line.receive(Bytes(70000, 0x5A));
+  EXPECT_FALSE(line.takesMore());
+  line.tick(11s);
+  EXPECT_TRUE(line.takesMore());
+}
+
+TEST_F(LineShaperBefore, AFaultyReceiverTakesNoMoreThanItsDelayedAnswersAllow) {
+  sim::FaultyDevice faulty(receiver_, {{.kind = FaultKind::LateReply, .delay = 10s}}, 1);
+  sim::LineShaper line(faulty, conditions_, 1);
+  for (int query = 0; query < 10000; ++query) {
+    line.receive(kRateQuery);
+  }
+  EXPECT_FALSE(line.takesMore());
+  line.tick(11s);
+  EXPECT_TRUE(line.takesMore());
+}
+
 TEST_F(LineShaperBefore, AReceiverDelaysEachAnswerByTheLatencyFromItsOwnMessage) {
   conditions_.latency = 30ms;
   sim::LineShaper line(receiver_, conditions_, 1);

@@ -63,6 +63,20 @@ class LineClient {
     return all;
   }
 
+  /// Writes without reading until the line takes nothing for half a second, or 64 MiB. Returns how
+  /// many bytes it took.
+  std::size_t flood() {
+    constexpr std::size_t kMost = std::size_t{64} << 20;
+    const sim::Bytes block(4096, 0x5A);
+    ::fcntl(descriptor(), F_SETFL, ::fcntl(descriptor(), F_GETFL) | O_NONBLOCK);
+    std::size_t taken = 0;
+    while (taken < kMost && eventsWithin(std::chrono::milliseconds(500), POLLOUT) == POLLOUT) {
+      const ssize_t count = ::write(descriptor(), block.data(), block.size());
+      taken += count > 0 ? static_cast<std::size_t>(count) : 0;
+    }
+    return taken;
+  }
+
   /// What an echoing device makes of these bytes.
   sim::Bytes echoOf(const sim::Bytes& bytes) {
     write(bytes);

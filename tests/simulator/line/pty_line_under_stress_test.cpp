@@ -8,6 +8,7 @@
 #include <optional>
 #include <thread>
 
+#include "device/echo_device.h"
 #include "line_client.h"
 #include "orb-sim/pty_line.h"
 #include "orb-sim/receiver.h"
@@ -60,6 +61,20 @@ TEST(PtyLine, TakesNextToNoProcessorWhileItsClientDoesNotRead) {
   line.send(sim::Bytes(1000000, 'x'));
   std::this_thread::sleep_for(100ms);
   EXPECT_FALSE(spins());
+}
+
+TEST(PtyLine, ReadsNoMoreFromAClientThatDoesNotReadAndSaysSoOnce) {
+  testing::internal::CaptureStderr();
+  EchoDevice echo;
+  const sim::PtyLine line(echo);
+  TtyClient client(line.path());
+  const std::size_t taken = client.flood();
+  EXPECT_LT(taken, 2U << 20);
+  EXPECT_FALSE(spins());
+  EXPECT_EQ(client.read(taken).size(), taken) << "nothing is lost";
+  EXPECT_EQ(client.read(client.flood(), 500ms).back(), 0x5A);
+  EXPECT_EQ(testing::internal::GetCapturedStderr(),
+            "orb-sim: a client sends without reading; no more is taken from it until it reads\n");
 }
 
 TEST(PtyLine, DeliversALongAnswerWholeToASlowReader) {

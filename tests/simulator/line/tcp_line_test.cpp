@@ -54,6 +54,18 @@ TEST_F(TcpLineTo, AClientIsTheOnlyOneUntilItLeaves) {
   EXPECT_EQ(second.read(1), hex("02"));
 }
 
+TEST_F(TcpLineTo, AClientThatDoesNotReadTakesNoMoreFromItAndThenServesTheNext) {
+  testing::internal::CaptureStderr();
+  {
+    TcpClient client(line_.port());
+    EXPECT_LT(client.flood(), std::size_t{32} << 20) << "the sockets' own buffers are large";
+    EXPECT_FALSE(spins());
+  }
+  TcpClient next(line_.port());
+  EXPECT_EQ(next.echoOf(hex("01")), hex("01"));
+  EXPECT_NE(testing::internal::GetCapturedStderr(), "");
+}
+
 TEST_F(TcpLineTo, OneClientAfterAnotherServesEach) {
   for (std::uint8_t i = 0; i < 50; ++i) {
     TcpClient client(line_.port());

@@ -72,6 +72,20 @@ class Command(RunTest):
         self.assertEqual(self.run_shell('echo "$OTHER"; pwd', cwd=self.folder),
                          f"kept\n{self.folder}\n")
 
+    def test_keeps_the_run_whatever_the_programs_that_it_starts_are_told(self):
+        for told in ("ORB_SIM_PATHS=", "ORB_SIM_PATHS=junk", "ORB_SIM_I2C=" + 5000 * "a",
+                     "DBUS_SYSTEM_BUS_ADDRESS=" + 70000 * "a"):
+            with self.subTest(told[:30]):
+                self.run_shell(f"env {told} sh -c 'test -c /dev/tty_gps'")
+
+    def test_is_not_run_where_descriptors_are_few_and_nothing_is_left(self):
+        command = shlex.join(self.arguments((), ("true",)))
+        for limit in range(4, 8):
+            with self.subTest(limit):
+                result = self.run_program("sh", "-c", f"ulimit -n {limit}; exec {command}")
+                self.assertEqual(result.returncode, 125)
+                self.assert_nothing_is_left()
+
     def test_finds_no_signal_blocked(self):
         self.assertEqual(self.run_shell("grep SigBlk /proc/self/status").split()[1], "0" * 16)
 

@@ -106,5 +106,12 @@ TEST(ScenarioDevice, DropsTheLineWhereAFaultSaysSo) {
   EXPECT_FALSE(device.takeHangUp());
 }
 
+TEST(ScenarioDevice, TakesNoMoreThanItsLineHolds) {
+  sim::ScenarioDevice device(parse("[line]\nbaud = 4800"));
+  EXPECT_TRUE(device.takesMore());
+  device.receive(Bytes(10000, 0x5A));
+  EXPECT_FALSE(device.takesMore());
+}
+
 }  // namespace
 }  // namespace orb::test
