@@ -87,10 +87,13 @@ void raw(Session& session, const Options& options, const std::string& payload) {
     text += fmt::format("< {}  {}\n", hex(reply), describeMessage(reply));
     at += 2 + length;
   }
-  show(options, "raw", {{"sent", hex(payload)}, {"replies", data}}, text);
+  const Json whole{{"sent", hex(payload)}, {"replies", data}};
+  if (!isRefused || !options.isJson) {
+    show(options, "raw", whole, text);
+  }
   if (isRefused) {
     throw Failure(ExitStatus::Refused, "the receiver refuses this message",
-                  "see its length and meaning with: orbctl messages");
+                  "see its length and meaning with: orbctl messages", 0, whole.dump());
   }
 }
 

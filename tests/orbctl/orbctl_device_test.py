@@ -1,15 +1,9 @@
 """What orbctl does on the simulated device, in success and in each kind of failure."""
 
 import json
-import os
-import pathlib
 import unittest
 
-import jsonschema
-
 from orbctl import ORBCTL, OrbctlTest
-
-SCHEMA = json.loads(pathlib.Path(os.environ["ORBCTL_SCHEMA"]).read_text())
 
 SILENT = ("--silent",)
 NO_DEVICE = ("--no-receiver",)
@@ -96,6 +90,13 @@ class OnTheDevice(OrbctlTest):
         result = self.shell(f"{ORBCTL} -q set elevation-limit 15 && {ORBCTL} get elevation-limit")
         self.check(result, 0, "15 degrees\n", "")
 
+    def test_changes_nothing_that_nobody_is_told_of(self):
+        result = self.shell(f"{ORBCTL} set elevation-limit 15 >&-; echo $?; "
+                            f"{ORBCTL} get elevation-limit")
+        self.check(result, 0, "2\n5 degrees\n",
+                   "orbctl: standard output cannot be written to; nothing was done\n"
+                   "orbctl: to drop what is printed: orbctl ... > /dev/null\n")
+
     def test_restores_what_it_has_saved(self):
         result = self.shell(
             f"{ORBCTL} -q backup saved.toml && {ORBCTL} -q set elevation-limit 15 sbas off && "
@@ -146,18 +147,11 @@ class OnTheDevice(OrbctlTest):
     def test_doctor_prints_one_object(self):
         result = self.orbctl("--json", "doctor", device=NO_MODULE)
         data = json.loads(result.stdout)
-        jsonschema.validate(data, SCHEMA)
         self.assertEqual((result.returncode, data["ok"]), (5, False))
         self.assertIn({"what": "inventory", "state": "BAD",
                        "found": "no module is known at location 1",
                        "next_step": "is the inventory service running? systemctl status "
                                     "orb-inventoryd"}, data["findings"])
-
-    def test_wrong_use_is_json_too(self):
-        result = self.run_program(ORBCTL, "--json", "statsu")
-        data = json.loads(result.stdout)
-        jsonschema.validate(data, SCHEMA)
-        self.assertEqual((result.returncode, data["error"]["status"]), (2, 2))
 
     def test_leaves_the_output_as_it_was(self):
         result = self.shell(f"{ORBCTL} -q set output nmea && sleep 1.2 && {ORBCTL} position && "
@@ -174,20 +168,6 @@ class OnTheDevice(OrbctlTest):
         self.assertEqual(result.stderr,
                          f"orbctl: process {holder} holds /dev/tty_gps\n"
                          "orbctl: wait for it to end, or give more time with --deadline\n")
-
-    def test_json_keeps_its_schema(self):
-        commands = [arguments for arguments, _ in GOOD if arguments[0] != "-q"]
-        for arguments in commands + [["keys"], ["status"], ["explain", "13"], ["operations"]]:
-            with self.subTest(arguments):
-                data = self.json(*arguments)
-                jsonschema.validate(data, SCHEMA)
-                self.assertEqual((data["ok"], data["command"]), (True, arguments[0]))
-
-    def test_json_tells_of_failures(self):
-        result = self.orbctl("--json", "get", "elevation-limit", device=NO_MODULE)
-        data = json.loads(result.stdout)
-        jsonschema.validate(data, SCHEMA)
-        self.assertEqual((result.returncode, data["ok"], data["error"]["status"]), (5, False, 5))
 
     def test_shows_the_librarys_prints_only_when_told(self):
         quiet = self.orbctl("get", "pulse-width")
