@@ -16,6 +16,7 @@
 #include "orbctl/failure.h"
 #include "orbctl/schema.h"
 #include "orbctl/simulate.h"
+#include "orbctl/words.h"
 
 namespace orb::ctl {
 namespace {
@@ -97,9 +98,12 @@ constexpr struct {
     {"What the receiver does", addWatchCommand},
     {"What is wrong", addDoctorCommand},
     {"Settings", addSettingCommands},
+    {"Settings", addBackupCommands},
     {"Survey", addSurveyCommand},
     {"Orders", addDeviceCommands},
-    {"Any operation, any message", addExpertCommands},
+    {"Any operation, any message", addOperationCommands},
+    {"Any operation, any message", addMessageCommands},
+    {"Any operation, any message", addLogCommand},
     {"orbctl itself", addOwnCommands},
 };
 

@@ -15,6 +15,7 @@
 #include "base/owned_descriptor.h"
 #include "orb-gnss/hardware_discovery.h"
 #include "orbctl/command.h"
+#include "orbctl/error_log.h"
 #include "orbctl/failure.h"
 #include "supervised/device_lock.h"
 
@@ -22,8 +23,6 @@ namespace orb::ctl {
 namespace {
 
 namespace fs = std::filesystem;
-
-constexpr char kErrorLog[] = "/var/log/orbset-errors.log";
 
 /// What one look at the device found.
 struct Finding {
@@ -197,15 +196,12 @@ Finding lookAtLog() {
   if (error) {
     return {Note, "log", fmt::format("{}: {}", kErrorLog, error.message()), {}};
   }
-  std::ifstream file(kErrorLog);
-  std::string last;
-  for (std::string line; std::getline(file, line);) {
-    last = line;
-  }
+  const std::vector<std::string> lines = GrowingLog(kErrorLog).take();
   return {Note,
           "log",
-          last.empty() ? fmt::format("{} is empty", kErrorLog)
-                       : fmt::format("{} bytes, the last line: {}", size, last),
+          lines.empty() ? fmt::format("{} is empty", kErrorLog)
+                        : fmt::format("{} bytes, the last entry: {}", size,
+                                      describe(logEntryFrom(lines.back()))),
           {}};
 }
 

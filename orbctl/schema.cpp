@@ -29,7 +29,7 @@ constexpr char kShapes[] = R"json({
   "masks": "#values",
   "set": {"dry_run": "boolean", "settings": "#changes"},
   "keys": "#key-rows",
-  "backup": {"file": "string"},
+  "backup": {"file": "string", "text?": "string"},
   "restore": {"dry_run": "boolean", "settings": "#differences"},
   "survey": {"mode": "string", "length": "integer", "deviation": "integer", "latitude": "number",
              "longitude": "number", "altitude": "number"},
@@ -47,7 +47,8 @@ constexpr char kShapes[] = R"json({
   "raw": {"sent": "string", "replies": "#replies"},
   "messages": {"messages": [{"id": "string", "shortest": "integer", "longest": "integer",
                              "description": "string"}]},
-  "log": {"lines": ["string"]},
+  "log": {"entries": [{"line": "string", "time?": "string", "failure?": "string",
+                       "message?": "string", "description?": "string"}]},
   "help": {"text": "string"},
   "version": {"version": "string"},
   "completion": {"shell": "string", "script": "string"},
@@ -60,7 +61,8 @@ constexpr char kParts[] = R"json({
                         "hint": "string"},
               "findings?": "#findings", "sent?": "string", "replies?": "#replies"},
   "findings": [{"what": "string", "state": "string", "found": "string", "next_step": "string"}],
-  "replies": [{"bytes": "string", "description": "string"}],
+  "replies": [{"bytes": "string", "description": "string",
+               "fields": [{"name": "string", "value": "string", "unit": "string"}]}],
   "target": {"mode": "string", "length?": "integer", "latitude?": "number", "longitude?": "number",
              "altitude?": "number"}
 })json";

@@ -5,6 +5,7 @@
 #include <memory>
 #include <thread>
 
+#include "orbctl/argument.h"
 #include "orbctl/command.h"
 #include "orbctl/failure.h"
 #include "orbctl/navigation.h"
@@ -56,15 +57,8 @@ void waitForEnd(Session& session, const Options& options) {
   }
 }
 
-void requireBetween(const char* name, double value, double lowest, double highest,
-                    const char* unit) {
-  // Not the other way round: it also holds for what is no number.
-  if (!(value >= lowest && value <= highest)) {
-    throw Failure(ExitStatus::WrongUse,
-                  fmt::format("{} is {} .. {} {}, not {}", name, lowest, highest, unit, value),
-                  "nothing was sent");
-  }
-}
+const Argument& ofStatic(const char* argument) { return argumentOf("setSurveyStatic", argument); }
+const Argument& surveyLength() { return argumentOf("setSurveyAuto", "surveyLength"); }
 
 }  // namespace
 
@@ -92,24 +86,28 @@ void addSurveyCommand(CLI::App& app, Action& chosen) {
   CLI::App* command =
       addCommand(*survey, "auto", "Surveys the position", chosen,
                  [=](Session& session, const Options& options) {
-                   requireBetween("SECONDS", static_cast<double>(*seconds), 1, 1209600, "s");
+                   requireWithin(surveyLength(), "SECONDS", static_cast<double>(*seconds));
                    session.call("setSurveyAuto", {*seconds, kDeviation});
                    finish(session, options);
                  });
-  command->add_option("SECONDS", *seconds, "1 .. 1209600 s; three hours where none are given");
+  command->add_option("SECONDS", *seconds,
+                      rangeOf(surveyLength()) + "; three hours where none are given");
 
   command = addCommand(*survey, "static", "Holds this position", chosen,
                        [=](Session& session, const Options& options) {
-                         requireBetween("LAT", position->latitude, -90, 90, "degrees");
-                         requireBetween("LON", position->longitude, -180, 180, "degrees");
-                         requireBetween("ALT", position->altitude, -1000, 10000, "m");
+                         requireWithin(ofStatic("latitude"), "LAT", position->latitude);
+                         requireWithin(ofStatic("longitude"), "LON", position->longitude);
+                         requireWithin(ofStatic("altitude"), "ALT", position->altitude);
                          session.call("setSurveyStatic", {position->latitude, position->longitude,
                                                           position->altitude, kDeviation});
                          finish(session, options);
                        });
-  command->add_option("LAT", position->latitude, "Latitude, -90 .. 90 degrees")->required();
-  command->add_option("LON", position->longitude, "Longitude, -180 .. 180 degrees")->required();
-  command->add_option("ALT", position->altitude, "Altitude, -1000 .. 10000 m")->required();
+  command->add_option("LAT", position->latitude, "Latitude, " + rangeOf(ofStatic("latitude")))
+      ->required();
+  command->add_option("LON", position->longitude, "Longitude, " + rangeOf(ofStatic("longitude")))
+      ->required();
+  command->add_option("ALT", position->altitude, "Altitude, " + rangeOf(ofStatic("altitude")))
+      ->required();
 }
 
 }  // namespace orb::ctl

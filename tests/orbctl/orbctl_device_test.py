@@ -44,7 +44,10 @@ GOOD = [
     (["raw", "64", "07"],
      "> 64 07  Query interference detection status of GNSS receiver \n"
      "< 83 64  Message Acknowledged\n"
-     "< 64 83 00 00  Interference detection status of GNSS receiver \n"),
+     "    message = 64\n"
+     "< 64 83 00 00  Interference detection status of GNSS receiver \n"
+     "    detection = 0\n"
+     "    status = 0\n"),
     (["call", "getElevationLimit"], "result = 0\nlimit = 5 degrees\n"),
     (["-q", "set", "elevation-limit", "15"], ""),
     (["-q", "get", "elevation-limit"], "5 degrees\n"),
@@ -71,6 +74,33 @@ BAD = [
     (["doctor"], NO_MODULE, 5, "inventory: no module is known at location 1",
      "is the inventory service running? systemctl status orb-inventoryd"),
 ]
+
+
+# What raw decodes: a query, and fields of its reply on the healthy device.
+REPLIES = {
+    "0200": {"kernel": "1.0.12", "odm": "1.2.0", "revision": "24.3.15"},
+    "10": {"rate": "1 Hz"},
+    "15": {"mode": "0"},
+    "2E": {"mode": "0", "first limit": "300", "second limit": "300", "third limit": "300"},
+    "2F": {"mode": "1", "elevation": "5 degrees", "cnr": "0 dB-Hz"},
+    "44": {"mode": "0", "survey length": "2000 s", "deviation": "30", "latitude": "0 degrees",
+           "longitude": "0 degrees", "altitude": "0 m", "present mode": "0", "surveyed": "0 s"},
+    "46": {"delay": "0 0.01 ns"},
+    "56": {"mode": "0", "alignment": "0"},
+    "6202": {"enabled": "1"},
+    "6204": {"enabled": "1"},
+    "6403": {"interval": "1"},
+    "6407": {"detection": "0", "status": "0"},
+    "6412": {"first fix": "0", "later fixes": "0"},
+    "6418": {"mode": "0"},
+    "641A": {"constellations": "3"},
+    "6420": {"leap seconds": "18 s", "next leap seconds": "18 s", "valid": "7"},
+    "6430": {"interval": "1"},
+    "6451": {"enabled": "0"},
+    "647D": {"version": "ORB-SIM"},
+    "6502": {"width": "1000 us"},
+    "6504": {"frequency": "0 Hz"},
+}
 
 
 class OnTheDevice(OrbctlTest):
@@ -107,6 +137,13 @@ class OnTheDevice(OrbctlTest):
         self.check(result, 0, difference + difference + "Restored, and read back.\n"
                    "The receiver holds all of it already.\n", "")
 
+    def test_saves_to_and_restores_from_standard_streams(self):
+        result = self.shell(
+            f"{ORBCTL} backup - > saved.toml && {ORBCTL} -q set elevation-limit 15 && "
+            f"{ORBCTL} restore - < saved.toml")
+        self.check(result, 0, "elevation-limit         15 -> 5 degrees\n"
+                   "Restored, and read back.\n", "")
+
     def test_restores_nothing_from_a_wrong_file(self):
         (self.folder / "wrong.toml").write_text("[settings]\nelevation-limit = 99\n")
         result = self.orbctl("restore", "wrong.toml")
@@ -120,10 +157,11 @@ class OnTheDevice(OrbctlTest):
 
     def test_refuses_a_survey_that_is_none(self):
         for survey, text, hint in [
-                ('mode = "static"', "[survey] latitude has to be -90 .. 90", "nothing was sent"),
-                ('mode = "static"\nlatitude = "a"', "[survey] latitude has to be -90 .. 90",
+                ('mode = "static"', "[survey] latitude has to be -90 .. 90 degrees",
                  "nothing was sent"),
-                ('mode = "auto"\nlength = 0', "[survey] length has to be 1 .. 1209600",
+                ('mode = "static"\nlatitude = "a"', "[survey] latitude has to be -90 .. 90 degrees",
+                 "nothing was sent"),
+                ('mode = "auto"\nlength = 0', "[survey] length is 1 .. 1209600 s, not 0",
                  "nothing was sent"),
                 ('mode = "stattic"', "there is no survey mode 'stattic'",
                  "it is dynamic, auto or static; nothing was sent")]:
@@ -137,6 +175,25 @@ class OnTheDevice(OrbctlTest):
             f"{ORBCTL} -q survey static 48.25 11.5 520 && {ORBCTL} -q backup saved.toml && "
             f"{ORBCTL} -q survey dynamic && {ORBCTL} -q restore saved.toml && {ORBCTL} survey")
         self.check(result, 0, "static at 48.2500000 degrees, 11.5000000 degrees, 520.00 m\n", "")
+
+    def test_decodes_every_reply_that_the_library_reads(self):
+        """Each query's fields, of those that are not of this moment."""
+        for query, fields in REPLIES.items():
+            with self.subTest(query):
+                [*_, reply] = self.json("raw", query)["replies"]
+                shown = {field["name"]: f"{field['value']} {field['unit']}".strip()
+                         for field in reply["fields"]}
+                self.assertEqual(shown | fields, shown)
+                self.assertNotEqual(fields, {})
+
+    def test_decodes_numbers_of_every_size(self):
+        result = self.shell(f"{ORBCTL} -q survey static 48.25 11.5 -520 && {ORBCTL} raw 44")
+        self.assertEqual(result.returncode, 0, result.stderr)
+        fields = [line for line in result.stdout.splitlines() if line.startswith("    ")]
+        self.assertEqual(fields, [
+            "    message = 44", "    mode = 2", "    survey length = 2000 s", "    deviation = 30",
+            "    latitude = 48.25 degrees", "    longitude = 11.5 degrees", "    altitude = -520 m",
+            "    present mode = 2", "    surveyed = 0 s"])
 
     def test_tells_of_a_refused_message(self):
         result = self.orbctl("raw", "02")

@@ -17,7 +17,7 @@ COMMANDS = [
     ["set", "elevation-limit", "15", "constellations", "gps", "sbas", "off", "output", "binary"],
     ["set", "--dry-run", "elevation-limit", "15"], ["set", "elevation-limit", "5"],
     ["keys"], ["keys", "--values"], ["pulse"], ["constellations"], ["masks"],
-    ["backup", "saved.toml"], ["survey"], ["survey", "status"], ["survey", "dynamic"],
+    ["backup", "saved.toml"], ["backup", "-"], ["survey"], ["survey", "status"], ["survey", "dynamic"],
     ["survey", "static", "48.25", "11.5", "520"], ["survey", "auto", "7200"],
     ["antenna-power", "on"], ["defaults", "application"], ["restart"], ["reset", "hot"],
     ["uart", "0", "115200"], ["identity"], ["explain", "13"], ["operations"],
@@ -75,7 +75,8 @@ class JsonOutput(OrbctlTest):
     def test_is_as_the_schema_says_for_the_log(self):
         result = self.shell(f"{ORBCTL} detect 2>&-; {ORBCTL} --json log", device=["--no-receiver"])
         data = self.check_json(result, 0, "log")
-        self.assertEqual(len(data["lines"]), 1)
+        [entry] = data["entries"]
+        self.assertEqual((entry["failure"], entry["message"]), ("not sent", "02 00"))
 
     def test_tells_of_failures(self):
         for arguments, device, status in [
