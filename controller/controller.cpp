@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "board/expected_module.h"
 #include "orb-gnss/hardware_discovery.h"
 #include "orb-gnss/module_driver.h"
 #include "orb-gnss/null_controller.h"
@@ -10,10 +11,6 @@
 namespace {
 
 constexpr const char* kGeneralLogPath = "/var/log/orbset.log";
-
-constexpr unsigned int kModuleLocation = 1;
-/// Part number of the carrier module, as its hardware set id contains it.
-constexpr const char* kHardwareSetPartNumber = "47205318-001";
 
 }  // namespace
 
@@ -33,7 +30,7 @@ orbController::~orbController() {
 void orbController::CreateOrbitek(std::string device) {
   generalLog_.open(kGeneralLogPath, std::ios::out | std::ios::app | std::ios::ate);
 
-  if (getModuleHardwareID(kModuleLocation).find(kHardwareSetPartNumber) == std::string::npos) {
+  if (getModuleHardwareID(orb::kModuleLocation).find(orb::kModulePartNumber) == std::string::npos) {
     isOrbitek_ = false;
     useNullController();
     return;

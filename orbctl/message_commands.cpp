@@ -44,17 +44,6 @@ std::string describeMessage(const std::string& payload) {
 
 constexpr unsigned char kRefused = 0x84;
 
-/// The payloads of the replies, each of which stands after its length, in two bytes.
-std::vector<std::string> payloadsIn(const std::string& replies) {
-  std::vector<std::string> payloads;
-  for (std::size_t at = 0; at + 2 <= replies.size(); at += 2 + payloads.back().size()) {
-    const auto length = static_cast<std::size_t>(static_cast<unsigned char>(replies[at]) * 256 +
-                                                 static_cast<unsigned char>(replies[at + 1]));
-    payloads.push_back(replies.substr(at + 2, length));
-  }
-  return payloads;
-}
-
 /// A reply in words and as data.
 std::pair<std::string, Json> describeReply(const std::string& payload) {
   std::string text = fmt::format("< {}  {}\n", hex(payload), describeMessage(payload));
@@ -71,11 +60,10 @@ std::pair<std::string, Json> describeReply(const std::string& payload) {
 }
 
 void raw(Session& session, const Options& options, const std::string& payload) {
-  const Values outcome = session.call("exchangeRaw", {payload, std::string()});
   Json replies = Json::array();
   std::string text = fmt::format("> {}  {}\n", hex(payload), describeMessage(payload));
   bool isRefused = false;
-  for (const std::string& reply : payloadsIn(std::get<std::string>(outcome[1]))) {
+  for (const std::string& reply : session.exchange(payload)) {
     isRefused |= static_cast<unsigned char>(reply.front()) == kRefused;
     auto [words, data] = describeReply(reply);
     text += words;

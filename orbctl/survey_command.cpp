@@ -23,38 +23,55 @@ struct Position {
 constexpr double kDeviation = 1;
 
 void showSurvey(const Options& options, const Json& survey) {
-  const std::string mode = survey["mode"].get<std::string>();
-  std::string text = mode + "\n";
-  if (mode == "auto") {
-    text = fmt::format("auto, for {} s\n", survey["length"].get<long long>());
-  } else if (mode == "static") {
-    text = fmt::format("static at {:.7f} degrees, {:.7f} degrees, {:.2f} m\n",
-                       survey["latitude"].get<double>(), survey["longitude"].get<double>(),
-                       survey["altitude"].get<double>());
-  }
-  show(options, "survey", survey, text);
+  show(options, "survey", survey, describeSurvey(survey) + "\n");
 }
 
-/// Asks once a second until the survey is over: the receiver names another mode or saves another
-/// position, or the survey's length has passed.
-void waitForEnd(Session& session, const Options& options) {
+/// Reads it for somebody who waits for long: a single reply may go missing.
+Json readSurveyPatiently(Session& session) {
+  constexpr int kMostFailures = 3;
+  for (int failures = 1;; ++failures) {
+    try {
+      return readSurvey(session);
+    } catch (const Failure& failure) {
+      if (failure.status() != ExitStatus::NoReply || failures == kMostFailures) {
+        throw;
+      }
+    }
+  }
+}
+
+/// Where the receiver does not tell of its progress, a survey is over when its length has passed,
+/// or another position is saved.
+bool isOver(const Json& survey, const Json& atStart, std::chrono::seconds passed) {
+  if (survey["mode"] != "auto") {
+    return true;
+  }
+  return survey.contains("present_mode")
+             ? survey["present_mode"] != "auto"
+             : survey != atStart || passed.count() > survey["length"].get<long long>();
+}
+
+/// Asks once a second until the survey is over, and returns how it ended.
+Json waitForEnd(Session& session, const Options& options) {
   const bool showsProgress = ::isatty(STDERR_FILENO) == 1 && !options.session.isQuiet;
   const auto start = std::chrono::steady_clock::now();
   const Json atStart = readSurvey(session);
-  const auto length = std::chrono::seconds(atStart["length"].get<long long>());
-  bool isOver = atStart["mode"] != "auto";
-  while (!isOver) {
-    std::this_thread::sleep_for(std::chrono::seconds(1));
-    const auto passed =
-        std::chrono::duration_cast<std::chrono::seconds>(std::chrono::steady_clock::now() - start);
+  Json survey = atStart;
+  const auto passed = [&] {
+    return std::chrono::duration_cast<std::chrono::seconds>(std::chrono::steady_clock::now() -
+                                                            start);
+  };
+  while (!isOver(survey, atStart, passed())) {
     if (showsProgress) {
-      fmt::print(stderr, "\r\033[Ksurveying for {} s of {} s", passed.count(), length.count());
+      fmt::print(stderr, "\r\033[K{}; waiting for {} s", describeSurvey(survey), passed().count());
     }
-    isOver = passed > length || readSurvey(session) != atStart;
+    std::this_thread::sleep_for(std::chrono::seconds(1));
+    survey = readSurveyPatiently(session);
   }
   if (showsProgress) {
     fmt::print(stderr, "\r\033[K");
   }
+  return survey;
 }
 
 const Argument& ofStatic(const char* argument) { return argumentOf("setSurveyStatic", argument); }
@@ -68,14 +85,11 @@ void addSurveyCommand(CLI::App& app, Action& chosen) {
   const auto seconds = std::make_shared<long long>(10800);
 
   const auto finish = [=](Session& session, const Options& options) {
-    if (*isWaiting) {
-      waitForEnd(session, options);
-    }
-    showSurvey(options, readSurvey(session));
+    showSurvey(options, *isWaiting ? waitForEnd(session, options) : readSurvey(session));
   };
   CLI::App* const survey =
       addCommand(app, "survey", "Surveys the position, holds one, or navigates", chosen, finish);
-  survey->add_flag("--wait", *isWaiting, "Waits until the survey is done");
+  survey->add_flag("--wait", *isWaiting, "Waits until the survey is over");
 
   addCommand(*survey, "status", "What the receiver does, and where", chosen, finish);
   addCommand(*survey, "dynamic", "Navigates, without a survey", chosen,

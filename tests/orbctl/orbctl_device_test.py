@@ -35,7 +35,6 @@ GOOD = [
     (["survey"], "dynamic\n"),
     (["survey", "static", "48.25", "11.5", "520"],
      "static at 48.2500000 degrees, 11.5000000 degrees, 520.00 m\n"),
-    (["survey", "auto", "7200"], "auto, for 7200 s\n"),
     (["antenna-power", "on"],
      "The antenna's supply was switched on. A board that does not answer cannot be told from one "
      "that does.\n"),
@@ -56,7 +55,7 @@ GOOD = [
 # A command, the device, its exit status, and what it says.
 BAD = [
     (["get", "elevation-limit", "--deadline", "0.3"], SILENT, 3,
-     "IsOrbitek did not return before its deadline: no byte arrives on the line",
+     "no answer before the deadline: no byte arrives on the line (detection)",
      "check the receiver's power and the cable, then: orbctl doctor"),
     (["get", "elevation-limit"], NO_DEVICE, 4,
      "/dev/tty_gps does not exist", "check the device node with: orbctl doctor"),
@@ -67,7 +66,7 @@ BAD = [
      "another module is fitted at location 1: 99999999-999",
      "ask the inventory service with: orbctl doctor"),
     (["doctor", "--deadline", "0.3"], SILENT, 3,
-     "receiver: IsOrbitek did not return before its deadline: no byte arrives on the line",
+     "receiver: no answer before the deadline: no byte arrives on the line (detection)",
      "check the receiver's power and the cable"),
     (["doctor"], NO_DEVICE, 4, "device: /dev/tty_gps No such file or directory",
      "is the driver of the serial port loaded, and the udev rule for tty_gps installed?"),
@@ -103,6 +102,26 @@ REPLIES = {
 }
 
 
+# The clock of the receiver goes a hundred times as fast.
+FAST = """
+[time]
+rate = 100
+"""
+# The first query of the detection stays unanswered.
+SLOW_TO_START = """
+[[fault]]
+kind = "no-reply"
+message = "query-software-revision"
+target = "both"
+times = 1
+"""
+INTERFERENCE = """
+[receiver]
+interference-detection = true
+interference = "some"
+"""
+
+
 class OnTheDevice(OrbctlTest):
     def test_prints_what_is_asked(self):
         for arguments, output in GOOD:
@@ -115,6 +134,46 @@ class OnTheDevice(OrbctlTest):
                 result = self.orbctl(*arguments, device=device)
                 self.assertEqual((result.returncode, result.stderr),
                                  (status, f"orbctl: {text}\norbctl: {hint}\n"))
+
+    def scenario(self, text):
+        """Options for a device of this scenario."""
+        file = self.folder / "scenario.toml"
+        file.write_text('description = "of a test"\n' + text)
+        return ["--scenario", str(file)]
+
+    def test_waits_for_the_end_of_a_survey_and_says_what_it_found(self):
+        result = self.orbctl("survey", "auto", "150", "--wait", device=self.scenario(FAST))
+        self.assertEqual((result.returncode, result.stderr), (0, ""))
+        # As far from the antenna as so short a survey is off.
+        self.assertRegex(result.stdout, r"\Asurveyed for 150 s, now static at 48\.3712\d{3} "
+                         r"degrees, 11\.5678901 degrees, 520\.\d\d m\n\Z")
+
+    def test_tells_how_far_a_survey_has_come(self):
+        result = self.shell(f"{ORBCTL} survey auto 7200 && {ORBCTL} status | grep survey")
+        self.assertEqual((result.returncode, result.stderr), (0, ""))
+        self.assertRegex(result.stdout, r"\Aauto, \d+ s of 7200 s\n"
+                         r"survey        auto, \d+ s of 7200 s\n\Z")
+
+    def test_does_not_wait_for_a_survey_that_is_none(self):
+        self.check(self.orbctl("survey", "--wait"), 0, "dynamic\n", "")
+
+    def test_looks_twice_for_a_receiver(self):
+        device = self.scenario(SLOW_TO_START)
+        self.check(self.orbctl("detect", device=device), 0, GOOD[0][1], "")
+        result = self.orbctl("doctor", device=device)
+        self.assertIn("ok    receiver   answers\n", result.stdout)
+        self.assertEqual((result.returncode, result.stderr), (0, ""))
+
+    def test_finds_no_fault_with_a_receiver_that_is_silent_until_it_is_asked(self):
+        result = self.shell(f"{ORBCTL} -q set output none; {ORBCTL} doctor")
+        self.assertEqual((result.returncode, result.stderr), (0, ""))
+        self.assertIn("ok    line       no byte arrives on the line unasked, and the receiver "
+                      "answers when it is asked\n", result.stdout)
+        self.assertTrue(result.stdout.endswith("All is well.\n"), result.stdout)
+
+    def test_says_in_words_how_much_interference_there_is(self):
+        result = self.orbctl("interference", device=self.scenario(INTERFERENCE))
+        self.check(result, 0, "detection on, interference: some\n", "")
 
     def test_reads_back_what_it_has_set(self):
         result = self.shell(f"{ORBCTL} -q set elevation-limit 15 && {ORBCTL} get elevation-limit")
@@ -217,14 +276,17 @@ class OnTheDevice(OrbctlTest):
         self.assertIn("NMEA text is arriving", result.stdout)
 
     def test_says_who_holds_the_line(self):
-        result = self.shell(
-            "echo $$ > /run/lock/LCK..tty_gps && "
-            f"{ORBCTL} --deadline 0.2 get elevation-limit; echo $? $$")
-        status, holder = result.stdout.split()
-        self.assertEqual(status, "6")
-        self.assertEqual(result.stderr,
-                         f"orbctl: process {holder} holds /dev/tty_gps\n"
-                         "orbctl: wait for it to end, or give more time with --deadline\n")
+        for option, wait in [("-q", ""), ("", ""), ("-v", "orbctl: waiting for "
+                             "process {}, which holds the line\n")]:
+            with self.subTest(option):
+                result = self.shell("echo $$ > /run/lock/LCK..tty_gps && "
+                                    f"{ORBCTL} --deadline 0.2 {option} get elevation-limit; "
+                                    "echo $? $$")
+                status, holder = result.stdout.split()
+                self.assertEqual(status, "6")
+                self.assertEqual(result.stderr, wait.format(holder) +
+                                 f"orbctl: process {holder} holds /dev/tty_gps\n"
+                                 "orbctl: wait for it to end, or give more time with --deadline\n")
 
     def test_shows_the_librarys_prints_only_when_told(self):
         quiet = self.orbctl("get", "pulse-width")
