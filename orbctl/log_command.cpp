@@ -39,7 +39,10 @@ void log(const Options& options, bool follows) {
                   "it is made when the library is first used by who may write there");
   }
   showEntries(options, first);
-  while (follows) {
+  if (!follows) {
+    return;
+  }
+  for (;;) {
     std::this_thread::sleep_for(kBetweenLooks);
     if (const std::vector<std::string> more = file.take(); !more.empty()) {
       showEntries(options, more);

@@ -31,8 +31,8 @@ std::string surveyMode(long long number) {
 /// The reply tells of a survey's progress after the fields that the library reads; not every
 /// firmware's does.
 void addProgress(Session& session, Json& survey) {
-  constexpr char kQueryTiming[] = "\x44";
-  for (const std::string& reply : session.exchange(kQueryTiming)) {
+  constexpr char kQueryTiming = 0x44;
+  for (const std::string& reply : session.exchange(std::string(1, kQueryTiming))) {
     for (const ReplyField& field : fieldsOf(reply)) {
       if (field.name == "present mode") {
         survey["present_mode"] = surveyMode(std::stoll(field.value));

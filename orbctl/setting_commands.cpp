@@ -88,6 +88,15 @@ void addGroup(CLI::App& app, Action& chosen, const char* name, const char* descr
              [=](Session& session, const Options& options) { get(session, options, name, keys); });
 }
 
+void addGroups(CLI::App& app, Action& chosen) {
+  addGroup(app, chosen, "pulse", "The pulse outputs and what they are aligned to",
+           {"pulse-width", "pps-mode", "time-reference", "antenna-delay", "frequency-output"});
+  addGroup(app, chosen, "constellations", "The satellite systems in use",
+           {"constellations", "sbas", "qzss", "second-band"});
+  addGroup(app, chosen, "masks", "What satellites and fixes have to be",
+           {"elevation-limit", "cnr-limit", "dop-mask", "fix-mode"});
+}
+
 }  // namespace
 
 void addSettingCommands(CLI::App& app, Action& chosen) {
@@ -116,12 +125,7 @@ void addSettingCommands(CLI::App& app, Action& chosen) {
   command->add_option("KEY", *words, "These alone");
   command->add_flag("--values", *flag, "Reads their present values too");
 
-  addGroup(app, chosen, "pulse", "The pulse outputs and what they are aligned to",
-           {"pulse-width", "pps-mode", "time-reference", "antenna-delay", "frequency-output"});
-  addGroup(app, chosen, "constellations", "The satellite systems in use",
-           {"constellations", "sbas", "qzss", "second-band"});
-  addGroup(app, chosen, "masks", "What satellites and fixes have to be",
-           {"elevation-limit", "cnr-limit", "dop-mask", "fix-mode"});
+  addGroups(app, chosen);
 }
 
 }  // namespace orb::ctl
