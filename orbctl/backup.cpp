@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include <iostream>
 #include <sstream>
 
 #define TOML_EXCEPTIONS 1
@@ -81,6 +82,13 @@ Json surveyFrom(const toml::table& table) {
   return survey;
 }
 
+/// All of it: the parser takes no stream that it cannot seek.
+std::string standardInput() {
+  std::ostringstream text;
+  text << std::cin.rdbuf();
+  return text.str();
+}
+
 }  // namespace
 
 std::string makeBackup(Session& session) {
@@ -120,17 +128,19 @@ std::string makeBackup(Session& session) {
 }
 
 Backup readBackup(const std::string& file) {
+  const bool isStandard = file == kStandardStream;
+  const std::string source = isStandard ? "standard input" : file;
   toml::table table;
   try {
-    table = toml::parse_file(file);
+    table = isStandard ? toml::parse(standardInput(), source) : toml::parse_file(file);
   } catch (const toml::parse_error& error) {
     throw Failure(ExitStatus::WrongUse,
-                  fmt::format("{}:{}: {}", file, error.source().begin.line, error.description()));
+                  fmt::format("{}:{}: {}", source, error.source().begin.line, error.description()));
   }
   Backup backup;
   const toml::table* const values = table["settings"].as_table();
   if (values == nullptr) {
-    throw Failure(ExitStatus::WrongUse, fmt::format("{} has no table [settings]", file),
+    throw Failure(ExitStatus::WrongUse, fmt::format("{} has no table [settings]", source),
                   "write one with: orbctl backup FILE");
   }
   for (const auto& [name, node] : *values) {

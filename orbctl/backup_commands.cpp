@@ -13,9 +13,6 @@
 namespace orb::ctl {
 namespace {
 
-/// Stands for standard input or output.
-constexpr char kStandardStream[] = "-";
-
 void backup(Session& session, const Options& options, const std::string& file) {
   session.requireReceiver();
   const std::string text = makeBackup(session);
@@ -72,7 +69,7 @@ void apply(Session& session, const Backup& wanted, const Difference& difference)
 }
 
 void restore(Session& session, const Options& options, const std::string& file, bool isDry) {
-  const Backup wanted = readBackup(file == kStandardStream ? "/dev/stdin" : file);
+  const Backup wanted = readBackup(file);
   session.requireReceiver();
   const Difference difference = differenceFrom(session, wanted);
   const bool isSame = difference.text.empty();

@@ -1,6 +1,7 @@
 """What orbctl refuses before it touches the device, and what needs none."""
 
 import os
+import subprocess
 import unittest
 
 from orbctl import ORBCTL, OrbctlTest
@@ -43,6 +44,8 @@ WRONG = [
     (["call", "setMinCNo"], "setMinCNo takes 1 arguments, not 0", "see: orbctl operations setMinCNo"),
     (["call", "setMinCNo", "41"], "minimum is 0 .. 40 dB-Hz, not '41'", "nothing was sent"),
     (["restore", "missing.toml"], None, None),
+    (["restore", "-"], "standard input has no table [settings]",
+     "write one with: orbctl backup FILE"),
     (["watch"], "watch needs a terminal", "for scripts: orbctl --json status"),
     (["statsu"], None, "did you mean status?"),
     (["help", "survey", "atuo"], "there is no command 'atuo'", "see: orbctl --help"),
@@ -53,7 +56,7 @@ WRONG = [
 class CommandLine(OrbctlTest):
     def run_alone(self, *arguments):
         """Without any device."""
-        return self.run_program(ORBCTL, *arguments)
+        return self.run_program(ORBCTL, *arguments, stdin=subprocess.DEVNULL)
 
     def test_refuses_wrong_use_without_a_device(self):
         for arguments, text, hint in WRONG:

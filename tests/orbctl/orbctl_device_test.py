@@ -1,9 +1,10 @@
 """What orbctl does on the simulated device, in success and in each kind of failure."""
 
 import json
+import socket
 import unittest
 
-from orbctl import ORBCTL, OrbctlTest
+from orbctl import ORBCTL, ORB_SIM, OrbctlTest
 
 SILENT = ("--silent",)
 NO_DEVICE = ("--no-receiver",)
@@ -201,6 +202,16 @@ class OnTheDevice(OrbctlTest):
             f"{ORBCTL} backup - > saved.toml && {ORBCTL} -q set elevation-limit 15 && "
             f"{ORBCTL} restore - < saved.toml")
         self.check(result, 0, "elevation-limit         15 -> 5 degrees\n"
+                   "Restored, and read back.\n", "")
+
+    def test_restores_from_a_socket(self):
+        """As standard input can be one, over the network."""
+        ours, theirs = socket.socketpair()
+        with ours, theirs:
+            ours.sendall(b"[settings]\nelevation-limit = 15\n")
+            ours.shutdown(socket.SHUT_WR)
+            result = self.run_program(ORB_SIM, "run", "--", ORBCTL, "restore", "-", stdin=theirs)
+        self.check(result, 0, "elevation-limit         5 -> 15 degrees\n"
                    "Restored, and read back.\n", "")
 
     def test_restores_nothing_from_a_wrong_file(self):
