@@ -3,6 +3,7 @@
 #include <memory>
 #include <utility>
 
+#include "board/expected_module.h"
 #include "controller/log_file.h"
 #include "orb-gnss/hardware_discovery.h"
 #include "orb-gnss/module_driver.h"
@@ -12,10 +13,6 @@
 namespace {
 
 constexpr const char* kGeneralLogPath = "/var/log/orbset.log";
-
-constexpr unsigned int kModuleLocation = 1;
-/// Part number of the carrier module, as its hardware set id contains it.
-constexpr const char* kHardwareSetPartNumber = "47205318-001";
 
 }  // namespace
 
@@ -40,7 +37,7 @@ void orbController::CreateOrbitek(std::string device) {
   std::shared_ptr<ORBControlInterface> controller;
   std::shared_ptr<OrbChipEnableInterface> chip;
   bool isOrbitek = false;
-  if (getModuleHardwareID(kModuleLocation).find(kHardwareSetPartNumber) != std::string::npos) {
+  if (getModuleHardwareID(orb::kModuleLocation).find(orb::kModulePartNumber) != std::string::npos) {
     controller = std::make_shared<orbController_QN4470T01>();
     chip = std::make_shared<BrdOrbChipInterface>();
     isOrbitek = controller->gpsObtChipDetect(std::move(device)) != 0;

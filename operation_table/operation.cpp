@@ -25,7 +25,7 @@ constexpr Operation kOperations[] = {
     operation<&Interface::load>("load", {}, "does nothing", kNone, {0, 0}, ""),
     operation<&Interface::resetFactoryDefaults>(
         "resetFactoryDefaults", {},
-        "resets to factory values, then applies the default configuration", kSetting, {18, 1600},
+        "resets to factory values, then applies the default configuration", kSetting, {17, 1600},
         ""),
     operation<&Interface::resetorbitekDefaults>(
         "resetorbitekDefaults", {}, "resets the receiver to factory values", kOrder, {0, 0},
@@ -38,7 +38,7 @@ constexpr Operation kOperations[] = {
                                         {0, 0}, "forceRestart(0x103) is mode 3"),
     operation<&Interface::setDefaultConfiguration>("setDefaultConfiguration", {},
                                                    "applies the configuration of a timing receiver",
-                                                   kSetting, {15, 1600}, ""),
+                                                   kSetting, {14, 1600}, ""),
     operation<&Interface::setApplicationDefaults>(
         "setApplicationDefaults", {}, "applies the application's output and navigation settings",
         kSetting, {4, 300}, ""),

@@ -2,16 +2,22 @@
 
 #include <fmt/format.h>
 
+#include <iostream>
 #include <sstream>
 
 #define TOML_EXCEPTIONS 1
 #include <toml++/toml.h>
 
+#include "orbctl/argument.h"
 #include "orbctl/failure.h"
 #include "orbctl/navigation.h"
+#include "orbctl/setting_values.h"
 
 namespace orb::ctl {
 namespace {
+
+constexpr char kSurveyStatic[] = "setSurveyStatic";
+constexpr char kSurveyAuto[] = "setSurveyAuto";
 
 /// A value of the file as the command line would have it, so that both are checked alike.
 std::string wordFrom(const toml::node& node, const std::string& key) {
@@ -45,16 +51,16 @@ bool canBeSet(const Setting& setting, const Json& value) {
   }
 }
 
-/// A number of the table, with or without a point. Throws Failure where there is none between
-/// these.
-double numberFrom(const toml::table& table, const char* key, double lowest, double highest) {
+/// A number of the table, with or without a point. Throws Failure where there is none that the
+/// operation takes.
+double numberFrom(const toml::table& table, const char* key, const Argument& argument) {
+  const std::string name = fmt::format("[survey] {}", key);
   const auto value = table[key].value<double>();
-  // Not the other way round: it also holds for what is no number.
-  if (!value || !(*value >= lowest && *value <= highest)) {
-    throw Failure(ExitStatus::WrongUse,
-                  fmt::format("[survey] {} has to be {} .. {}", key, lowest, highest),
+  if (!value) {
+    throw Failure(ExitStatus::WrongUse, fmt::format("{} has to be {}", name, rangeOf(argument)),
                   "nothing was sent");
   }
+  requireWithin(argument, name, *value);
   return *value;
 }
 
@@ -66,13 +72,21 @@ Json surveyFrom(const toml::table& table) {
   }
   Json survey{{"mode", mode}};
   if (mode == "auto") {
-    survey["length"] = static_cast<long long>(numberFrom(table, "length", 1, 1209600));
+    survey["length"] = static_cast<long long>(
+        numberFrom(table, "length", argumentOf(kSurveyAuto, "surveyLength")));
   } else if (mode == "static") {
-    survey["latitude"] = numberFrom(table, "latitude", -90, 90);
-    survey["longitude"] = numberFrom(table, "longitude", -180, 180);
-    survey["altitude"] = numberFrom(table, "altitude", -1000, 10000);
+    survey["latitude"] = numberFrom(table, "latitude", argumentOf(kSurveyStatic, "latitude"));
+    survey["longitude"] = numberFrom(table, "longitude", argumentOf(kSurveyStatic, "longitude"));
+    survey["altitude"] = numberFrom(table, "altitude", argumentOf(kSurveyStatic, "altitude"));
   }
   return survey;
+}
+
+/// All of it: the parser takes no stream that it cannot seek.
+std::string standardInput() {
+  std::ostringstream text;
+  text << std::cin.rdbuf();
+  return text.str();
 }
 
 }  // namespace
@@ -114,17 +128,19 @@ std::string makeBackup(Session& session) {
 }
 
 Backup readBackup(const std::string& file) {
+  const bool isStandard = file == kStandardStream;
+  const std::string source = isStandard ? "standard input" : file;
   toml::table table;
   try {
-    table = toml::parse_file(file);
+    table = isStandard ? toml::parse(standardInput(), source) : toml::parse_file(file);
   } catch (const toml::parse_error& error) {
     throw Failure(ExitStatus::WrongUse,
-                  fmt::format("{}:{}: {}", file, error.source().begin.line, error.description()));
+                  fmt::format("{}:{}: {}", source, error.source().begin.line, error.description()));
   }
   Backup backup;
   const toml::table* const values = table["settings"].as_table();
   if (values == nullptr) {
-    throw Failure(ExitStatus::WrongUse, fmt::format("{} has no table [settings]", file),
+    throw Failure(ExitStatus::WrongUse, fmt::format("{} has no table [settings]", source),
                   "write one with: orbctl backup FILE");
   }
   for (const auto& [name, node] : *values) {
@@ -158,11 +174,11 @@ void restoreSurvey(Session& session, const Backup& backup) {
   const std::string mode = survey["mode"].get<std::string>();
   constexpr double kDeviation = 1;  // only checked: the receiver keeps its own
   if (mode == "static") {
-    session.call("setSurveyStatic",
+    session.call(kSurveyStatic,
                  {survey["latitude"].get<double>(), survey["longitude"].get<double>(),
                   survey["altitude"].get<double>(), kDeviation});
   } else if (mode == "auto") {
-    session.call("setSurveyAuto", {survey["length"].get<long long>(), kDeviation});
+    session.call(kSurveyAuto, {survey["length"].get<long long>(), kDeviation});
   } else {
     session.call("setSurveyDynamic");
   }

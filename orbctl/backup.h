@@ -9,6 +9,9 @@
 
 namespace orb::ctl {
 
+/// A file name that stands for standard input or output.
+constexpr char kStandardStream[] = "-";
+
 /// All settings that can be read, as a file has them.
 struct Backup {
   std::vector<std::pair<std::string, Json>> settings;

@@ -33,9 +33,12 @@ void show(const Options& options, const std::string& command, const Json& data,
 
 void addStatusCommands(CLI::App& app, Action& chosen);
 void addSettingCommands(CLI::App& app, Action& chosen);
+void addBackupCommands(CLI::App& app, Action& chosen);
 void addSurveyCommand(CLI::App& app, Action& chosen);
 void addDeviceCommands(CLI::App& app, Action& chosen);
-void addExpertCommands(CLI::App& app, Action& chosen);
+void addOperationCommands(CLI::App& app, Action& chosen);
+void addMessageCommands(CLI::App& app, Action& chosen);
+void addLogCommand(CLI::App& app, Action& chosen);
 void addDoctorCommand(CLI::App& app, Action& chosen);
 void addWatchCommand(CLI::App& app, Action& chosen);
 

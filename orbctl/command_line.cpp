@@ -1,17 +1,22 @@
 #include "orbctl/command_line.h"
 
+#include <fcntl.h>
 #include <fmt/format.h>
+#include <unistd.h>
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <iostream>
+#include <memory>
 
 #include "base/man_page.h"
 #include "base/plain_help.h"
 #include "orbctl/command.h"
 #include "orbctl/completion.h"
 #include "orbctl/failure.h"
+#include "orbctl/schema.h"
 #include "orbctl/simulate.h"
+#include "orbctl/words.h"
 
 namespace orb::ctl {
 namespace {
@@ -29,6 +34,61 @@ Examples:
   orbctl doctor                       why does the receiver not answer?
   orbctl --simulate status            any command, without hardware)";
 
+/// Bytes that are no UTF-8 are replaced.
+std::string asText(const Json& data) {
+  constexpr int kIndent = 2;
+  return data.dump(kIndent, ' ', false, Json::error_handler_t::replace) + '\n';
+}
+
+/// The help of the command that `words` name, or of orbctl alone.
+std::string helpOf(const CLI::App& app, const std::vector<std::string>& words) {
+  const CLI::App* command = &app;
+  std::string name = app.get_name();
+  for (const std::string& word : words) {
+    const auto found = command->get_subcommands(
+        [&](const CLI::App* candidate) { return candidate->get_name() == word; });
+    if (found.empty()) {
+      throw Failure(ExitStatus::WrongUse, fmt::format("there is no command '{}'", word),
+                    "see: orbctl --help");
+    }
+    command = found.front();
+    name += " " + word;
+  }
+  return command->get_formatter()->make_help(command, name, CLI::AppFormatMode::Normal);
+}
+
+/// What tells of orbctl itself, made from its command line and its tables.
+void addOwnCommands(CLI::App& app, Action& chosen) {
+  const auto words = std::make_shared<std::vector<std::string>>();
+  CLI::App* command = addCommand(app, "help", "The help of a command", chosen,
+                                 [&app, words](Session&, const Options& options) {
+                                   const std::string text = helpOf(app, *words);
+                                   show(options, "help", {{"text", text}}, text);
+                                 });
+  command->add_option("COMMAND", *words, "Which; without it, all of them");
+
+  addCommand(app, "version", "The version of orbctl", chosen, [](Session&, const Options& options) {
+    show(options, "version", {{"version", ORB_VERSION}}, "orbctl " ORB_VERSION "\n");
+  });
+
+  const auto shell = std::make_shared<std::string>();
+  command =
+      addCommand(app, "completion", "Prints a script that completes command lines", chosen,
+                 [&app, shell](Session&, const Options& options) {
+                   const std::string script = completion(*shell, app);
+                   show(options, "completion", {{"shell", *shell}, {"script", script}}, script);
+                 });
+  command->add_option("SHELL", *shell, "bash, zsh or fish")
+      ->required()
+      ->check(CLI::IsMember({"bash", "zsh", "fish"}));
+
+  addCommand(app, "schema", "Prints the JSON schema of what --json prints", chosen,
+             [](Session&, const Options& options) {
+               const Json schema = jsonSchema();
+               show(options, "schema", {{"schema", schema}}, asText(schema));
+             });
+}
+
 /// The commands as --help shows them.
 constexpr struct {
   const char* name;
@@ -38,9 +98,13 @@ constexpr struct {
     {"What the receiver does", addWatchCommand},
     {"What is wrong", addDoctorCommand},
     {"Settings", addSettingCommands},
+    {"Settings", addBackupCommands},
     {"Survey", addSurveyCommand},
     {"Orders", addDeviceCommands},
-    {"Any operation, any message", addExpertCommands},
+    {"Any operation, any message", addOperationCommands},
+    {"Any operation, any message", addMessageCommands},
+    {"Any operation, any message", addLogCommand},
+    {"orbctl itself", addOwnCommands},
 };
 
 struct GlobalOptions {
@@ -70,17 +134,6 @@ void addGlobalOptions(CLI::App& app, GlobalOptions& global) {
       ->expected(0, 1);
 }
 
-/// What is made from the command line's own description.
-void addGenerators(CLI::App& app, Action& chosen, std::string& shell) {
-  CLI::App* const command =
-      addCommand(app, "completion", "Prints a script that completes command lines", chosen,
-                 [&](Session&, const Options&) { std::cout << completion(shell, app); });
-  command->group("For the shell");
-  command->add_option("SHELL", shell, "bash, zsh or fish")
-      ->required()
-      ->check(CLI::IsMember({"bash", "zsh", "fish"}));
-}
-
 /// The words of a command line that are commands.
 std::vector<std::string> commandsOf(const CLI::App& app) {
   std::vector<std::string> names;
@@ -96,10 +149,13 @@ void requireOutput() {
   }
 }
 
-/// Bytes that are no UTF-8 are replaced.
-std::string asText(const Json& data) {
-  constexpr int kIndent = 2;
-  return data.dump(kIndent, ' ', false, Json::error_handler_t::replace) + '\n';
+/// Before anything is done that nobody would be told of.
+void requireOpenOutput() {
+  const int flags = ::fcntl(STDOUT_FILENO, F_GETFL);
+  if (flags == -1 || (flags & O_ACCMODE) == O_RDONLY) {
+    throw Failure(ExitStatus::WrongUse, "standard output cannot be written to; nothing was done",
+                  "to drop what is printed: orbctl ... > /dev/null");
+  }
 }
 
 int report(const Failure& failure, const Options& options) {
@@ -191,9 +247,6 @@ int execute(int argc, char** argv) {
     }
   }
 
-  std::string shell;
-  addGenerators(app, chosen, shell);
-
   if (printManPage(app, 1, argc, argv)) {
     return 0;
   }
@@ -208,6 +261,7 @@ int execute(int argc, char** argv) {
     Options& options = global.options;
     options.session.deadline = std::chrono::duration_cast<std::chrono::milliseconds>(
         std::chrono::duration<double>(global.deadlineSeconds));
+    requireOpenOutput();
     Session session(options.session);
     (chosen ? chosen : showStatus)(session, options);
     requireOutput();

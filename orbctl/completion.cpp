@@ -63,7 +63,8 @@ std::string operationNames() {
   return words;
 }
 
-/// The words that a command's arguments can be: keys, operations, or what the parser takes.
+/// The words that a command's arguments can be: keys, operations, commands, or what the parser
+/// takes.
 std::string argumentsOf(const CLI::App& command) {
   std::string words;
   for (const CLI::Option* const option : command.get_options()) {
@@ -72,6 +73,8 @@ std::string argumentsOf(const CLI::App& command) {
       words += keys();
     } else if (name == "OPERATION") {
       words += operationNames();
+    } else if (name == "COMMAND") {
+      words += namesOf(*command.get_parent());
     } else if (option->get_positional()) {
       const std::string type = option->get_type_name();  // such as "TEXT:{on,off}"
       const std::size_t start = type.find('{');

@@ -5,6 +5,7 @@
 #include <memory>
 #include <sstream>
 
+#include "orbctl/argument.h"
 #include "orbctl/command.h"
 #include "orbctl/failure.h"
 
@@ -55,12 +56,32 @@ void identity(Session& session, const Options& options) {
   show(options, "identity", {{"file", kIdentityFile}, {"text", text.str()}}, text.str());
 }
 
+void addUart(CLI::App& app, Action& chosen) {
+  const auto port = std::make_shared<int>(0);
+  const auto baud = std::make_shared<int>(0);
+  CLI::App* const command =
+      addCommand(app, "uart", "Sets up a serial port of the receiver", chosen,
+                 [=](Session& session, const Options& options) {
+                   session.call("gpsObtSetUartPort",
+                                {static_cast<long long>(*port), static_cast<long long>(*baud)});
+                   done(options, "uart",
+                        fmt::format("Port {} is set to {} bit/s. The tty keeps its own "
+                                    "speed: set it too, with stty.",
+                                    *port, *baud));
+                 });
+  const Argument& portArgument = argumentOf("gpsObtSetUartPort", "port");
+  command->add_option("PORT", *port, "The receiver's port, " + rangeOf(portArgument))
+      ->required()
+      ->check(CLI::Range(portArgument.lowest, portArgument.highest));
+  command->add_option("BAUD", *baud, "4800, 9600, 19200, 38400, 57600 or 115200 bit/s")
+      ->required()
+      ->check(CLI::IsMember({4800, 9600, 19200, 38400, 57600, 115200}));
+}
+
 }  // namespace
 
 void addDeviceCommands(CLI::App& app, Action& chosen) {
   const auto word = std::make_shared<std::string>();
-  const auto port = std::make_shared<int>(0);
-  const auto baud = std::make_shared<int>(0);
 
   CLI::App* command = addCommand(
       app, "antenna-power", "Switches the antenna's supply", chosen,
@@ -87,22 +108,7 @@ void addDeviceCommands(CLI::App& app, Action& chosen) {
       ->required()
       ->check(CLI::IsMember({"hot", "warm", "cold"}));
 
-  command = addCommand(app, "uart", "Sets up a serial port of the receiver", chosen,
-                       [=](Session& session, const Options& options) {
-                         session.call("gpsObtSetUartPort", {static_cast<long long>(*port),
-                                                            static_cast<long long>(*baud)});
-                         done(options, "uart",
-                              fmt::format("Port {} is set to {} bit/s. The tty keeps its own "
-                                          "speed: set it too, with stty.",
-                                          *port, *baud));
-                       });
-  command->add_option("PORT", *port, "The receiver's port, 0 .. 255")
-      ->required()
-      ->check(CLI::Range(0, 255));
-  command->add_option("BAUD", *baud, "4800, 9600, 19200, 38400, 57600 or 115200 bit/s")
-      ->required()
-      ->check(CLI::IsMember({4800, 9600, 19200, 38400, 57600, 115200}));
-
+  addUart(app, chosen);
   addCommand(app, "identity", "Writes the identity file where there is none, and shows it", chosen,
              identity);
 }

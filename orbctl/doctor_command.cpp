@@ -13,8 +13,10 @@
 #include <optional>
 
 #include "base/owned_descriptor.h"
+#include "board/expected_module.h"
 #include "orb-gnss/hardware_discovery.h"
 #include "orbctl/command.h"
+#include "orbctl/error_log.h"
 #include "orbctl/failure.h"
 #include "supervised/device_lock.h"
 
@@ -22,8 +24,6 @@ namespace orb::ctl {
 namespace {
 
 namespace fs = std::filesystem;
-
-constexpr char kErrorLog[] = "/var/log/orbset-errors.log";
 
 /// What one look at the device found.
 struct Finding {
@@ -136,11 +136,14 @@ Finding lookAtSpeed() {
           {}};
 }
 
-Finding lookAtLine(Session& session) {
-  const LineReport line = session.listen();
+/// A receiver may have nothing to say unasked: silence is no fault where it answers.
+Finding lookAtLine(const LineReport& line, const std::optional<Finding>& receiver) {
   const std::string found = heard(line);
   switch (line.state) {
     case LineReport::State::Silent:
+      if (receiver && receiver->state == Good) {
+        return {Good, "line", found + " unasked, and the receiver answers when it is asked", {}};
+      }
       return {Note,
               "line",
               found + "; a receiver with the output none is silent until it is asked",
@@ -158,15 +161,15 @@ Finding lookAtLine(Session& session) {
 }
 
 Finding lookAtInventory() {
-  constexpr unsigned long kModuleLocation = 1;
   const std::string hardware = getModuleHardwareID(kModuleLocation);
   if (hardware.empty()) {
-    return {Bad, "inventory", "no module is known at location 1",
+    return {Bad, "inventory", fmt::format("no module is known at location {}", kModuleLocation),
             "is the inventory service running? systemctl status orb-inventoryd",
             ExitStatus::NoReceiver};
   }
-  if (hardware.find("47205318-001") == std::string::npos) {
-    return {Bad, "inventory", fmt::format("module {} is fitted, not 47205318-001", hardware),
+  if (hardware.find(kModulePartNumber) == std::string::npos) {
+    return {Bad, "inventory",
+            fmt::format("module {} is fitted, not {}", hardware, kModulePartNumber),
             "the library drives QN4470T01 alone; or correct the inventory's file",
             ExitStatus::NoReceiver};
   }
@@ -197,15 +200,12 @@ Finding lookAtLog() {
   if (error) {
     return {Note, "log", fmt::format("{}: {}", kErrorLog, error.message()), {}};
   }
-  std::ifstream file(kErrorLog);
-  std::string last;
-  for (std::string line; std::getline(file, line);) {
-    last = line;
-  }
+  const std::vector<std::string> lines = GrowingLog(kErrorLog).take();
   return {Note,
           "log",
-          last.empty() ? fmt::format("{} is empty", kErrorLog)
-                       : fmt::format("{} bytes, the last line: {}", size, last),
+          lines.empty() ? fmt::format("{} is empty", kErrorLog)
+                        : fmt::format("{} bytes, the last entry: {}", size,
+                                      describe(logEntryFrom(lines.back()))),
           {}};
 }
 
@@ -213,48 +213,71 @@ const char* wordFor(Finding::State state) {
   return state == Good ? "ok" : state == Note ? "note" : "BAD";
 }
 
+/// What was found, in the order of the looks; printed at once where it is for a person.
+class Findings {
+ public:
+  explicit Findings(const Options& options) : options_(options) {}
+
+  /// Returns whether it is not bad.
+  bool add(Finding finding) {
+    findings_.push_back(std::move(finding));
+    const Finding& last = findings_.back();
+    if (!options_.isJson) {
+      show(options_, "doctor", {},
+           fmt::format("{:<5} {:<10} {}\n", wordFor(last.state), last.what, last.found));
+    }
+    return last.state != Bad;
+  }
+
+  /// Throws Failure for the first that is bad.
+  void conclude() const {
+    Json list = Json::array();
+    for (const Finding& finding : findings_) {
+      list.push_back({{"what", finding.what},
+                      {"state", wordFor(finding.state)},
+                      {"found", finding.found},
+                      {"next_step", finding.nextStep}});
+    }
+    const Json data{{"findings", list}};
+    const auto worst = std::find_if(findings_.begin(), findings_.end(),
+                                    [](const Finding& finding) { return finding.state == Bad; });
+    if (worst != findings_.end()) {
+      throw Failure(worst->status, fmt::format("{}: {}", worst->what, worst->found),
+                    worst->nextStep, 0, data.dump());
+    }
+    show(options_, "doctor", data, "All is well.\n");
+  }
+
+ private:
+  const Options& options_;
+  std::vector<Finding> findings_;
+};
+
+/// What is on the line, and whether the receiver answers, if there is a module for it.
+void lookAtTraffic(Session& session, bool isFitted, Findings& findings) {
+  const LineReport line = session.listen();
+  std::optional<Finding> receiver;
+  // Whether silence is a fault, the receiver's answer tells.
+  if (line.state == LineReport::State::Silent && isFitted) {
+    receiver = lookAtReceiver(session);
+  }
+  findings.add(lookAtLine(line, receiver));
+  if (isFitted) {
+    findings.add(receiver ? *receiver : lookAtReceiver(session));
+  }
+}
+
 /// Takes each look in its turn; what needs the device is left out where there is none.
 void doctor(Session& session, const Options& options) {
-  std::vector<Finding> findings;
-  const auto look = [&](const Finding& finding) {
-    findings.push_back(finding);
-    if (!options.isJson) {
-      show(options, "doctor", {},
-           fmt::format("{:<5} {:<10} {}\n", wordFor(finding.state), finding.what, finding.found));
-    }
-    return finding.state != Bad;
-  };
-  const bool isThere = look(lookAtNode());
-  const bool isFree = isThere && look(lookAtUsers());
-  if (isFree && look(lookAtSpeed())) {
-    look(lookAtLine(session));
+  Findings findings(options);
+  const bool isUsable =
+      findings.add(lookAtNode()) && findings.add(lookAtUsers()) && findings.add(lookAtSpeed());
+  const bool isFitted = findings.add(lookAtInventory());
+  if (isUsable) {
+    lookAtTraffic(session, isFitted, findings);
   }
-  const bool isFitted = look(lookAtInventory());
-  if (isFree && isFitted) {
-    look(lookAtReceiver(session));
-  }
-  look(lookAtLog());
-
-  const auto worst = std::find_if(findings.begin(), findings.end(),
-                                  [](const Finding& finding) { return finding.state == Bad; });
-  Json list = Json::array();
-  for (const Finding& finding : findings) {
-    list.push_back({{"what", finding.what},
-                    {"state", wordFor(finding.state)},
-                    {"found", finding.found},
-                    {"next_step", finding.nextStep}});
-  }
-  const Json data{{"findings", list}};
-  if (worst != findings.end()) {
-    throw Failure(worst->status, fmt::format("{}: {}", worst->what, worst->found), worst->nextStep,
-                  0, data.dump());
-  }
-  if (options.isJson) {
-    show(options, "doctor", data, "");
-  }
-  if (!options.isJson) {
-    show(options, "doctor", {}, "All is well.\n");
-  }
+  findings.add(lookAtLog());
+  findings.conclude();
 }
 
 }  // namespace

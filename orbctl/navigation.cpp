@@ -8,6 +8,7 @@
 #include <sstream>
 
 #include "orbctl/failure.h"
+#include "orbctl/reply_fields.h"
 
 namespace orb::ctl {
 namespace {
@@ -20,6 +21,27 @@ double number(const std::string& text) {
 
 /// Hundredths and ten-millionths of 32 bits come without their sign.
 double withSign(double value, double range) { return value > range / 2 ? value - range : value; }
+
+std::string surveyMode(long long number) {
+  constexpr const char* kModes[] = {"dynamic", "auto", "static"};
+  const bool isKnown = number >= 0 && number < static_cast<long long>(std::size(kModes));
+  return isKnown ? kModes[number] : fmt::format("unknown ({})", number);
+}
+
+/// The reply tells of a survey's progress after the fields that the library reads; not every
+/// firmware's does.
+void addProgress(Session& session, Json& survey) {
+  constexpr char kQueryTiming = 0x44;
+  for (const std::string& reply : session.exchange(std::string(1, kQueryTiming))) {
+    for (const ReplyField& field : fieldsOf(reply)) {
+      if (field.name == "present mode") {
+        survey["present_mode"] = surveyMode(std::stoll(field.value));
+      } else if (field.name == "surveyed") {
+        survey["surveyed"] = std::stoll(field.value);
+      }
+    }
+  }
+}
 
 constexpr double kDegreeRange = 429.4967296;
 constexpr double kMetreRange = 42949672.96;
@@ -121,19 +143,26 @@ Json readTime(Session& session) {
 
 Json readSurvey(Session& session) {
   const Values timing = session.call("gpsObtGetTimeMode", {0LL, 0LL, 0LL, 0.0, 0.0, 0.0});
-  constexpr const char* kModes[] = {"dynamic", "auto", "static"};
-  const auto mode = static_cast<std::size_t>(std::get<long long>(timing[0]));
-  return {{"mode", mode < std::size(kModes) ? kModes[mode] : fmt::format("unknown ({})", mode)},
-          {"length", std::get<long long>(timing[1])},
-          {"deviation", std::get<long long>(timing[2])},
-          {"latitude", std::get<double>(timing[3])},
-          {"longitude", std::get<double>(timing[4])},
-          {"altitude", std::get<double>(timing[5])}};
+  Json survey{{"mode", surveyMode(std::get<long long>(timing[0]))},
+              {"length", std::get<long long>(timing[1])},
+              {"deviation", std::get<long long>(timing[2])},
+              {"latitude", std::get<double>(timing[3])},
+              {"longitude", std::get<double>(timing[4])},
+              {"altitude", std::get<double>(timing[5])}};
+  if (survey["mode"] == "auto") {
+    addProgress(session, survey);
+  }
+  return survey;
 }
 
 Json readInterference(Session& session) {
   const Values jamming = session.call("gpsOrbGetJamDetectConfig", {false, 0LL});
-  return {{"detection", std::get<bool>(jamming[0])}, {"status", std::get<long long>(jamming[1])}};
+  const auto status = std::get<long long>(jamming[1]);
+  constexpr const char* kMeanings[] = {"not known", "none", "some", "critical"};
+  const bool isKnown = status >= 0 && status < static_cast<long long>(std::size(kMeanings));
+  return {{"detection", std::get<bool>(jamming[0])},
+          {"status", status},
+          {"interference", kMeanings[isKnown ? status : 0]}};
 }
 
 std::string describeTime(const Json& time) {
@@ -144,9 +173,31 @@ std::string describeTime(const Json& time) {
                      time["gps_week"].get<int>(), time["leap_seconds"].get<int>());
 }
 
+std::string describeSurvey(const Json& survey) {
+  const auto place = [&] {
+    return fmt::format("{:.7f} degrees, {:.7f} degrees, {:.2f} m", survey["latitude"].get<double>(),
+                       survey["longitude"].get<double>(), survey["altitude"].get<double>());
+  };
+  const auto mode = survey["mode"].get<std::string>();
+  if (mode == "static") {
+    return "static at " + place();
+  }
+  if (mode != "auto") {
+    return mode;
+  }
+  const auto length = survey["length"].get<long long>();
+  if (!survey.contains("surveyed")) {
+    return fmt::format("auto, for {} s", length);
+  }
+  return survey["present_mode"] == "static"
+             ? fmt::format("surveyed for {} s, now static at {}", length, place())
+             : fmt::format("auto, {} s of {} s", survey["surveyed"].get<long long>(), length);
+}
+
 std::string describeInterference(const Json& interference) {
   return interference["detection"].get<bool>()
-             ? fmt::format("detection on, status {}", interference["status"].get<int>())
+             ? fmt::format("detection on, interference: {}",
+                           interference["interference"].get<std::string>())
              : "detection off";
 }
 

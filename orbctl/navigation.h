@@ -37,15 +37,17 @@ Json readNavigation(Session& session);
 /// GPS time in the receiver's units, and UTC where the receiver knows it.
 Json readTime(Session& session);
 
-/// Survey mode, saved position, length and deviation.
+/// Survey mode, saved position, length and deviation; of a survey, as far as the receiver tells, in
+/// which mode it is at present and for how many seconds it has surveyed.
 Json readSurvey(Session& session);
 
-/// Whether interference is detected, and its status.
+/// Whether interference is looked for, and what was found.
 Json readInterference(Session& session);
 
 // For a person, what they have read.
 
 std::string describeTime(const Json& time);
+std::string describeSurvey(const Json& survey);
 std::string describeInterference(const Json& interference);
 
 }  // namespace orb::ctl

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cstdio>
 
+#include "board/expected_module.h"
 #include "orb-gnss/hardware_discovery.h"
 #include "orbctl/failure.h"
 #include "orbctl/results.h"
@@ -18,7 +19,9 @@ using Call = orbSupervisedController::Call;
 using Ending = orbSupervisedController::Ending;
 
 constexpr std::chrono::milliseconds kListening{1200};
-constexpr unsigned long kModuleLocation = 1;
+constexpr std::chrono::milliseconds kSilentWait{500};
+constexpr char kIsThere[] = "IsOrbitek";
+constexpr char kLookAgain[] = "CreateOrbitek";
 
 /// What to try next after an operation without a reply.
 std::string hintAfterSilence(LineReport::State line) {
@@ -37,8 +40,14 @@ std::string hintAfterSilence(LineReport::State line) {
   return {};
 }
 
-Failure withoutReply(const std::string& what, unsigned int result, const LineReport& line) {
-  return {ExitStatus::NoReply, fmt::format("{}: {}", what, heard(line)),
+/// What a person calls the operation.
+std::string_view plainName(std::string_view operation) {
+  return operation == kIsThere || operation == kLookAgain ? "detection" : operation;
+}
+
+Failure withoutReply(const char* what, const std::string& operation, unsigned int result,
+                     const LineReport& line) {
+  return {ExitStatus::NoReply, fmt::format("{}: {} ({})", what, heard(line), plainName(operation)),
           hintAfterSilence(line.state), result};
 }
 
@@ -46,26 +55,30 @@ Failure failureOf(Session& session, const std::string& operation, unsigned int r
   const ExitStatus status = exitStatusFor(result);
   switch (status) {
     case ExitStatus::NoReply:
-      return withoutReply(fmt::format("{}: no reply in time", operation), result, session.listen());
+      return withoutReply("the receiver did not answer in time", operation, result,
+                          session.listen());
     case ExitStatus::NotSent:
-      return {status, fmt::format("{}: a message could not be sent to {}", operation, kDevice),
+      return {status, fmt::format("a message could not be sent to {} ({})", kDevice, operation),
               "find out why with: orbctl doctor", result};
     default:
       if ((result & 256) != 0) {
-        return {status, fmt::format("{}: the module does not support this", operation), {}, result};
+        return {
+            status, fmt::format("the module does not support this ({})", operation), {}, result};
       }
-      return {status, fmt::format("{}: refused, or the receiver kept another value", operation),
+      return {status, fmt::format("refused, or the receiver kept another value ({})", operation),
               "see what it holds with: orbctl get", result};
   }
 }
 
 Failure noReceiver(Session& session) {
   const std::string hardware = getModuleHardwareID(kModuleLocation);
-  if (hardware.find("47205318-001") == std::string::npos) {
-    return {ExitStatus::NoReceiver,
-            hardware.empty() ? std::string("no module: the inventory tells of none at location 1")
-                             : fmt::format("another module is fitted at location 1: {}", hardware),
-            "ask the inventory service with: orbctl doctor"};
+  if (hardware.find(kModulePartNumber) == std::string::npos) {
+    return {
+        ExitStatus::NoReceiver,
+        hardware.empty()
+            ? fmt::format("no module: the inventory tells of none at location {}", kModuleLocation)
+            : fmt::format("another module is fitted at location {}: {}", kModuleLocation, hardware),
+        "ask the inventory service with: orbctl doctor"};
   }
   if (::access(kDevice, F_OK) != 0) {
     return {ExitStatus::NotSent, fmt::format("{} does not exist", kDevice),
@@ -139,12 +152,12 @@ void Session::checkLastCall(const std::string& operation) {
   LineReport report;
   report.state = line;
   report.problem = kDevice;
-  throw Failure(ExitStatus::NoReply,
-                fmt::format("{} did not return before its deadline: {}", operation, heard(report)),
-                hintAfterSilence(line), 4);
+  constexpr unsigned int kNoReply = 4;
+  throw withoutReply("no answer before the deadline", operation, kNoReply, report);
 }
 
 Value Session::callAnyway(const std::string& operation, Values& arguments) {
+  tellOfWait();
   try {
     Value result = controller_.call(operation, arguments);
     show(orbSupervisedController::lastCall());
@@ -154,14 +167,45 @@ Value Session::callAnyway(const std::string& operation, Values& arguments) {
     throw;
   } catch (const std::exception& error) {
     show(orbSupervisedController::lastCall());
-    throw Failure(ExitStatus::NotSent, fmt::format("{}: {}", operation, error.what()));
+    throw Failure(ExitStatus::NotSent, fmt::format("{} ({})", error.what(), plainName(operation)));
+  }
+}
+
+void Session::tellOfWait() {
+  const bool isSeen = options_.showPrints || ::isatty(STDERR_FILENO) == 1;
+  if (!isSeen || options_.isQuiet) {
+    return;
+  }
+  DeviceLock lock;
+  const bool isBounded = options_.deadline > std::chrono::milliseconds::zero();
+  const auto limit = isBounded ? std::min(options_.deadline, kSilentWait) : kSilentWait;
+  if (lock.acquire(std::chrono::steady_clock::now() + limit) == DeviceLock::State::HeldByOther) {
+    fmt::print(stderr, "orbctl: waiting for process {}, which holds the line\n", lock.holder());
   }
 }
 
 bool Session::hasReceiver() {
   Values none;
-  isReceiverKnown_ = isReceiverKnown_ || std::get<bool>(callAnyway("IsOrbitek", none));
+  Values device = {std::string(kDevice)};
+  isReceiverKnown_ = isReceiverKnown_ || std::get<bool>(callAnyway(kIsThere, none));
+  // On a slow line, or one that loses bytes, the detection can miss a receiver that is there.
+  if (!isReceiverKnown_ && ::access(kDevice, F_OK) == 0) {
+    callAnyway(kLookAgain, device);
+    isReceiverKnown_ = std::get<bool>(callAnyway(kIsThere, none));
+  }
   return isReceiverKnown_;
+}
+
+std::vector<std::string> Session::exchange(const std::string& payload) {
+  const Values outcome = call("exchangeRaw", {payload, std::string()});
+  const auto& replies = std::get<std::string>(outcome[1]);
+  std::vector<std::string> payloads;
+  for (std::size_t at = 0; at + 2 <= replies.size(); at += 2 + payloads.back().size()) {
+    const auto length = static_cast<std::size_t>(static_cast<unsigned char>(replies[at]) * 256 +
+                                                 static_cast<unsigned char>(replies[at + 1]));
+    payloads.push_back(replies.substr(at + 2, length));
+  }
+  return payloads;
 }
 
 void Session::requireReceiver() {

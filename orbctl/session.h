@@ -30,7 +30,7 @@ class Session {
   /// Throws Failure where there is no module or no receiver. The operations below do so first.
   void requireReceiver();
 
-  /// Whether module and receiver were found, without a complaint.
+  /// Whether module and receiver were found, the second time at the latest, without a complaint.
   bool hasReceiver();
 
   /// Calls an operation with these arguments, outputs included, and returns them as it left them.
@@ -39,6 +39,10 @@ class Session {
 
   /// The same without looking for the receiver first, and with the result.
   Value callAnyway(const std::string& operation, Values& arguments);
+
+  /// Sends a message, and returns the payloads of what comes within two seconds; a reply that is no
+  /// acknowledgement ends the wait. Throws Failure where nothing comes.
+  std::vector<std::string> exchange(const std::string& payload);
 
   /// What is heard on the line, which is locked meanwhile. Throws Failure where another process
   /// holds it.
@@ -49,6 +53,8 @@ class Session {
 
  private:
   void show(const orbSupervisedController::Call& call);
+  /// Where somebody sees it, says who holds the line, if that takes long.
+  void tellOfWait();
 
   Options options_;
   orbSupervisedController controller_;

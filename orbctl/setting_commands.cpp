@@ -2,20 +2,15 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
-#include <fstream>
-#include <iostream>
 #include <memory>
 
-#include "orbctl/backup.h"
+#include "orbctl/change.h"
 #include "orbctl/command.h"
 #include "orbctl/failure.h"
+#include "orbctl/setting_values.h"
 
 namespace orb::ctl {
 namespace {
-
-std::string withUnit(const Setting& setting, const Json& value) {
-  return fmt::format("{}{}{}", textOf(value), setting.unit.empty() ? "" : " ", setting.unit);
-}
 
 const Setting& readable(const std::string& key) {
   const Setting& setting = settingNamed(key);
@@ -41,52 +36,6 @@ void get(Session& session, const Options& options, const std::string& command,
                              : fmt::format("{:<23} {}\n", setting->key, withUnit(*setting, value));
   }
   show(options, command, data, text);
-}
-
-struct Change {
-  const Setting* setting;
-  Json value;
-};
-
-/// Pairs of key and value; all are checked before anything is sent.
-std::vector<Change> changesFrom(const std::vector<std::string>& words) {
-  std::vector<Change> changes;
-  for (std::size_t i = 0; i < words.size(); i += 2) {
-    const Setting& setting = settingNamed(words[i]);
-    if (i + 1 == words.size()) {
-      throw Failure(ExitStatus::WrongUse,
-                    fmt::format("{} needs a value: {}", words[i], rangeOf(setting)));
-    }
-    changes.push_back({&setting, valueFrom(setting, words[i + 1])});
-  }
-  return changes;
-}
-
-/// What became of one setting, in words and as data.
-std::pair<std::string, Json> change(Session& session, const Change& wanted, bool isDry) {
-  const Setting& setting = *wanted.setting;
-  const Json before = setting.isReadable() ? setting.read(session) : Json();
-  Json data{{"old", before}, {"new", wanted.value}, {"changed", before != wanted.value}};
-  const std::string arrow = setting.isReadable() ? fmt::format("{} -> {}", textOf(before),
-                                                               withUnit(setting, wanted.value))
-                                                 : withUnit(setting, wanted.value);
-  if (before == wanted.value) {
-    return {fmt::format("{}: {} already\n", setting.key, withUnit(setting, before)), data};
-  }
-  if (isDry) {
-    return {fmt::format("{}: would set {}\n", setting.key, arrow), data};
-  }
-  setting.write(session, wanted.value);
-  if (setting.isReadable()) {
-    data["new"] = setting.read(session);
-    if (data["new"] != wanted.value) {
-      throw Failure(ExitStatus::Refused,
-                    fmt::format("{}: set to {}, but the receiver keeps {}", setting.key,
-                                withUnit(setting, wanted.value), withUnit(setting, data["new"])),
-                    "the receiver refuses this value in its present state");
-    }
-  }
-  return {fmt::format("{}: {}\n", setting.key, arrow), data};
 }
 
 void apply(Session& session, const Options& options, const std::string& command,
@@ -116,7 +65,7 @@ void keys(Session& session, const Options& options, const std::vector<std::strin
     }
     Json row{{"what", setting.what},
              {"range", rangeOf(setting)},
-             {"unit", setting.unit},
+             {"unit", unitOf(setting)},
              {"reads", setting.reads},
              {"writes", setting.writes}};
     text += fmt::format("{:<23} {}\n{:24}{}\n", key, setting.what, "", rangeOf(setting));
@@ -133,71 +82,19 @@ void keys(Session& session, const Options& options, const std::vector<std::strin
   show(options, "keys", data, text);
 }
 
-void backup(Session& session, const Options& options, const std::string& file) {
-  session.requireReceiver();
-  const std::string text = makeBackup(session);
-  if (file == "-") {
-    std::cout << text;
-    return;
-  }
-  std::ofstream stream(file, std::ios::trunc);
-  if (!(stream << text).flush()) {
-    throw Failure(ExitStatus::WrongUse, fmt::format("cannot write {}", file));
-  }
-  show(options, "backup", {{"file", file}}, fmt::format("All settings are in {}.\n", file));
-}
-
-void restore(Session& session, const Options& options, const std::string& file, bool isDry) {
-  const Backup wanted = readBackup(file);
-  std::vector<Change> changes;
-  for (const auto& [key, value] : wanted.settings) {
-    changes.push_back({&settingNamed(key), value});
-  }
-  session.requireReceiver();
-  Json data = Json::object();
-  std::string difference;
-  std::vector<Change> open;
-  for (const Change& wish : changes) {
-    const Json before = wish.setting->isReadable() ? wish.setting->read(session) : Json();
-    if (before != wish.value) {
-      data[std::string(wish.setting->key)] = {{"old", before}, {"new", wish.value}};
-      difference += fmt::format("{:<23} {} -> {}\n", wish.setting->key, textOf(before),
-                                withUnit(*wish.setting, wish.value));
-      open.push_back(wish);
-    }
-  }
-  const bool surveyDiffers = !isSurveyAsIn(session, wanted);
-  if (surveyDiffers) {
-    data["survey"] = wanted.survey;
-    difference += fmt::format("{:<23} -> {}\n", "survey", wanted.survey.dump());
-  }
-  if (!options.isJson) {
-    show(options, "restore", {},
-         difference.empty() ? "The receiver holds all of it already.\n" : difference);
-  }
-  if (!isDry) {
-    for (const Change& wish : open) {
-      change(session, wish, false);
-    }
-    if (surveyDiffers) {
-      restoreSurvey(session, wanted);
-      if (!isSurveyAsIn(session, wanted)) {
-        throw Failure(ExitStatus::Refused, "the survey was set, and reads back differently",
-                      "see it with: orbctl survey");
-      }
-    }
-  }
-  if (options.isJson) {
-    show(options, "restore", {{"dry_run", isDry}, {"settings", data}}, "");
-  } else if (!isDry && !difference.empty()) {
-    show(options, "restore", {}, "Restored, and read back.\n");
-  }
-}
-
 void addGroup(CLI::App& app, Action& chosen, const char* name, const char* description,
               const std::vector<std::string>& keys) {
   addCommand(app, name, description, chosen,
              [=](Session& session, const Options& options) { get(session, options, name, keys); });
+}
+
+void addGroups(CLI::App& app, Action& chosen) {
+  addGroup(app, chosen, "pulse", "The pulse outputs and what they are aligned to",
+           {"pulse-width", "pps-mode", "time-reference", "antenna-delay", "frequency-output"});
+  addGroup(app, chosen, "constellations", "The satellite systems in use",
+           {"constellations", "sbas", "qzss", "second-band"});
+  addGroup(app, chosen, "masks", "What satellites and fixes have to be",
+           {"elevation-limit", "cnr-limit", "dop-mask", "fix-mode"});
 }
 
 }  // namespace
@@ -205,7 +102,6 @@ void addGroup(CLI::App& app, Action& chosen, const char* name, const char* descr
 void addSettingCommands(CLI::App& app, Action& chosen) {
   const auto words = std::make_shared<std::vector<std::string>>();
   const auto flag = std::make_shared<bool>(false);
-  const auto file = std::make_shared<std::string>();
 
   CLI::App* command = addCommand(
       app, "get", "Reads settings: orbctl get elevation-limit cnr-limit", chosen,
@@ -229,23 +125,7 @@ void addSettingCommands(CLI::App& app, Action& chosen) {
   command->add_option("KEY", *words, "These alone");
   command->add_flag("--values", *flag, "Reads their present values too");
 
-  addGroup(app, chosen, "pulse", "The pulse outputs and what they are aligned to",
-           {"pulse-width", "pps-mode", "time-reference", "antenna-delay", "frequency-output"});
-  addGroup(app, chosen, "constellations", "The satellite systems in use",
-           {"constellations", "sbas", "qzss", "second-band"});
-  addGroup(app, chosen, "masks", "What satellites and fixes have to be",
-           {"elevation-limit", "cnr-limit", "dop-mask", "fix-mode"});
-
-  command = addCommand(
-      app, "backup", "Writes all settings to a file", chosen,
-      [=](Session& session, const Options& options) { backup(session, options, *file); });
-  command->add_option("FILE", *file, "A TOML file; - is standard output")->required();
-
-  command = addCommand(
-      app, "restore", "Shows how the settings differ from a file, sets and verifies them", chosen,
-      [=](Session& session, const Options& options) { restore(session, options, *file, *flag); });
-  command->add_option("FILE", *file, "As orbctl backup has written it")->required();
-  command->add_flag("--dry-run", *flag, "Shows the difference, and changes nothing");
+  addGroups(app, chosen);
 }
 
 }  // namespace orb::ctl

@@ -4,30 +4,12 @@
 
 #include <algorithm>
 #include <array>
-#include <charconv>
-#include <numeric>
 
 #include "orbctl/failure.h"
+#include "orbctl/words.h"
 
 namespace orb::ctl {
 namespace {
-
-std::vector<std::string> split(std::string_view words) {
-  std::vector<std::string> result;
-  while (!words.empty()) {
-    const std::size_t end = std::min(words.find(','), words.size());
-    result.emplace_back(words.substr(0, end));
-    words.remove_prefix(std::min(end + 1, words.size()));
-  }
-  return result;
-}
-
-std::string lowered(std::string_view text) {
-  std::string result(text);
-  std::transform(result.begin(), result.end(), result.begin(),
-                 [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-  return result;
-}
 
 // An operation that reads one number, or switch, into its only argument, and one that sets it.
 
@@ -122,9 +104,11 @@ Json readNavigationMode(Session& session) {
   return std::get<long long>(session.call("gpsObtGetChangeDynamicMode", {0LL}).front());
 }
 
+constexpr long long kLastNavigationMode = 5;
+
 /// The driver takes a model; each mode has one that is sent as it.
 void writeNavigationMode(Session& session, const Json& value) {
-  constexpr std::array<long long, 6> kModelOfMode = {8, 0, 3, 4, 5, 6};
+  constexpr std::array<long long, kLastNavigationMode + 1> kModelOfMode = {8, 0, 3, 4, 5, 6};
   session.call("gpsObtChangeDynamicMode", {kModelOfMode.at(value.get<std::size_t>())});
 }
 
@@ -133,7 +117,7 @@ Json readPowerMode(Session& session) {
 }
 
 void writePowerMode(Session& session, const Json& value) {
-  session.call("setRxMode", {std::string(value == "powersave" ? "POWERSAVE" : "NORMAL")});
+  session.call("setRxMode", {uppered(value.get<std::string>())});
 }
 
 // Output mode and alignment of 1PPS are set together: the other one is kept.
@@ -168,93 +152,59 @@ Json readDopMask(Session& session) {
 void writeDopMask(Session& session, const Json& /*value*/) { session.call("gpsObtDopConfigure"); }
 
 void writeOutput(Session& session, const Json& value) {
-  std::string word = value.get<std::string>();
-  std::transform(word.begin(), word.end(), word.begin(),
-                 [](unsigned char c) { return static_cast<char>(std::toupper(c)); });
-  session.call("gpsObtSetMsgType", {word == "NONE" ? std::string("NO") : word});
+  const std::string word = uppered(value.get<std::string>());
+  session.call("gpsObtSetMsgType", {word == "NONE" ? "NO" : word});
 }
 
 using enum Setting::Kind;
 
-// Key, what it is, kind, unit, range or words, operations, functions.
+// Key, what it is, kind, words, operations, functions.
 constexpr Setting kSettings[] = {
-    {"antenna-delay", "delay of the antenna cable", Number, "ns", -5000, 5000, "", kGetAntennaDelay,
-     kSetAntennaDelay, readNumber<kGetAntennaDelay>, writeNumber<kSetAntennaDelay>},
-    {"constellations", "satellite systems in use", Words, "", 0, 0, "gps,galileo,beidou,glonass",
+    {"antenna-delay", "delay of the antenna cable", Number, "", kGetAntennaDelay, kSetAntennaDelay,
+     readNumber<kGetAntennaDelay>, writeNumber<kSetAntennaDelay>},
+    {"constellations", "satellite systems in use", Words, "gps,galileo,beidou,glonass",
      "getGnssSystem", "gpsObtGnssConfigure", readConstellations, writeConstellations},
-    {"sbas", "satellite-based augmentation", Switch, "", 0, 0, "", kGetSbas, kSetSbas,
-     readSwitch<kGetSbas>, writeSwitch<kSetSbas>},
-    {"qzss", "QZSS satellites", Switch, "", 0, 0, "", kGetQzss, kSetQzss, readSwitch<kGetQzss>,
+    {"sbas", "satellite-based augmentation", Switch, "", kGetSbas, kSetSbas, readSwitch<kGetSbas>,
+     writeSwitch<kSetSbas>},
+    {"qzss", "QZSS satellites", Switch, "", kGetQzss, kSetQzss, readSwitch<kGetQzss>,
      writeSwitch<kSetQzss>},
-    {"second-band", "second frequency band", Switch, "", 0, 0, "", kGetSecondBand, kSetSecondBand,
+    {"second-band", "second frequency band", Switch, "", kGetSecondBand, kSetSecondBand,
      readSwitch<kGetSecondBand>, writeSwitch<kSetSecondBand>},
-    {"cnr-limit", "carrier-to-noise ratio mask: weaker satellites are not used", Number, "dB-Hz", 0,
-     40, "", kGetMinCNo, kSetMinCNo, readNumber<kGetMinCNo>, writeNumber<kSetMinCNo>},
-    {"elevation-limit", "elevation mask: lower satellites are not used", Number, "degrees", 3, 85,
-     "", kGetElevationLimit, kSetElevationLimit, readNumber<kGetElevationLimit>,
+    {"cnr-limit", "carrier-to-noise ratio mask: weaker satellites are not used", Number, "",
+     kGetMinCNo, kSetMinCNo, readNumber<kGetMinCNo>, writeNumber<kSetMinCNo>},
+    {"elevation-limit", "elevation mask: lower satellites are not used", Number, "",
+     kGetElevationLimit, kSetElevationLimit, readNumber<kGetElevationLimit>,
      writeNumber<kSetElevationLimit>},
-    {"fix-mode", "what a fix has to be, the first and each later one", Word, "", 0, 0,
-     "2d,3d,2d-3d,3d-2d", "gpsObtGetFixNavConfigure", "gpsObtFixNavConfigure", readFixMode,
-     writeFixMode},
-    {"dop-mask", "limits of the dilution of precision", Word, "", 0, 0, "default",
-     "gpsObtGetDopConfigure", "gpsObtDopConfigure", readDopMask, writeDopMask},
-    {"navigation-mode", "navigation mode, in the receiver's numbers", Number, "", 0, 5, "",
+    {"fix-mode", "what a fix has to be, the first and each later one", Word, "2d,3d,2d-3d,3d-2d",
+     "gpsObtGetFixNavConfigure", "gpsObtFixNavConfigure", readFixMode, writeFixMode},
+    {"dop-mask", "limits of the dilution of precision", Word, "default", "gpsObtGetDopConfigure",
+     "gpsObtDopConfigure", readDopMask, writeDopMask},
+    {"navigation-mode", "navigation mode, in the receiver's numbers", Number, "",
      "gpsObtGetChangeDynamicMode", "gpsObtChangeDynamicMode", readNavigationMode,
-     writeNavigationMode},
-    {"interference-detection", "detection of interference", Switch, "", 0, 0, "",
-     "gpsOrbGetJamDetectConfig", kSetInterference, readInterference, writeSwitch<kSetInterference>},
-    {"time-reference", "what 1PPS is aligned to", Word, "", 0, 0, "gnss,utc",
-     "gpsOrbGet1ppsOutputMode", "gpsOrb1ppsOutputMode", readTimeReference, writeTimeReference},
-    {"pps-mode", "when there is a 1PPS pulse, in the receiver's numbers", Number, "", 0, 255, "",
+     writeNavigationMode, kLastNavigationMode},
+    {"interference-detection", "detection of interference", Switch, "", "gpsOrbGetJamDetectConfig",
+     kSetInterference, readInterference, writeSwitch<kSetInterference>},
+    {"time-reference", "what 1PPS is aligned to", Word, "gnss,utc", "gpsOrbGet1ppsOutputMode",
+     "gpsOrb1ppsOutputMode", readTimeReference, writeTimeReference},
+    {"pps-mode", "when there is a 1PPS pulse, in the receiver's numbers", Number, "",
      "gpsOrbGet1ppsOutputMode", "gpsOrb1ppsOutputMode", readPpsMode, writePpsMode},
-    {"pulse-width", "width of the 1PPS pulse", Number, "us", 1, 100000, "", kGetPulseWidth,
-     kSetPulseWidth, readNumber<kGetPulseWidth>, writeNumber<kSetPulseWidth>},
-    {"frequency-output", "frequency of the second pulse output", Number, "Hz", 0, 19200000, "",
-     kGetFrequency, kSetFrequency, readNumber<kGetFrequency>, writeNumber<kSetFrequency>},
-    {"power-mode", "power mode", Word, "", 0, 0, "normal,powersave", "getRxMode", "setRxMode",
-     readPowerMode, writePowerMode},
-    {"update-rate", "position updates a second", Number, "Hz", 0, 255, "", kGetRate, kSetRate,
+    {"pulse-width", "width of the 1PPS pulse", Number, "", kGetPulseWidth, kSetPulseWidth,
+     readNumber<kGetPulseWidth>, writeNumber<kSetPulseWidth>},
+    {"frequency-output", "frequency of the second pulse output", Number, "", kGetFrequency,
+     kSetFrequency, readNumber<kGetFrequency>, writeNumber<kSetFrequency>},
+    {"power-mode", "power mode", Word, "normal,powersave", "getRxMode", "setRxMode", readPowerMode,
+     writePowerMode},
+    {"update-rate", "position updates a second", Number, "", kGetRate, kSetRate,
      readNumber<kGetRate>, writeNumber<kSetRate>},
-    {"navigation-interval", "epochs between two navigation data messages", Number, "", 0, 255, "",
+    {"navigation-interval", "epochs between two navigation data messages", Number, "",
      kGetNavigationInterval, kSetNavigationInterval, readNumber<kGetNavigationInterval>,
      writeNumber<kSetNavigationInterval>},
-    {"nmea-interval", "epochs between two extended NMEA sentences of a kind", Number, "", 0, 255,
-     "", kGetExtendedNmea, kSetExtendedNmea, readNumber<kGetExtendedNmea>,
+    {"nmea-interval", "epochs between two extended NMEA sentences of a kind", Number, "",
+     kGetExtendedNmea, kSetExtendedNmea, readNumber<kGetExtendedNmea>,
      writeNumber<kSetExtendedNmea>},
-    {"output", "what the receiver sends of its own accord; no query reads it", Word, "", 0, 0,
+    {"output", "what the receiver sends of its own accord; no query reads it", Word,
      "none,nmea,binary", "", "gpsObtSetMsgType", nullptr, writeOutput},
 };
-
-Failure notTaken(const Setting& setting, const std::string& text) {
-  return {ExitStatus::WrongUse,
-          fmt::format("{} takes {}, not '{}'", setting.key, rangeOf(setting), text),
-          fmt::format("nothing was sent; see: orbctl keys {}", setting.key)};
-}
-
-std::string requireWord(const Setting& setting, const std::string& word, const std::string& text) {
-  const std::vector<std::string> words = split(setting.words);
-  const std::string lower = lowered(word);
-  if (std::find(words.begin(), words.end(), lower) == words.end()) {
-    throw notTaken(setting, text);
-  }
-  return lower;
-}
-
-/// The number of letters that are added, dropped or changed between the two.
-std::size_t distance(std::string_view one, std::string_view other) {
-  std::vector<std::size_t> row(other.size() + 1);
-  std::iota(row.begin(), row.end(), std::size_t{0});
-  for (std::size_t i = 1; i <= one.size(); ++i) {
-    std::size_t diagonal = row[0];
-    row[0] = i;
-    for (std::size_t j = 1; j <= other.size(); ++j) {
-      const std::size_t change = diagonal + (one[i - 1] == other[j - 1] ? 0 : 1);
-      diagonal = row[j];
-      row[j] = std::min({change, row[j] + 1, row[j - 1] + 1});
-    }
-  }
-  return row.back();
-}
 
 }  // namespace
 
@@ -272,21 +222,6 @@ Json readOrWarn(const Setting& setting, Session& session) {
   }
 }
 
-std::string nearest(std::string_view word, std::span<const std::string> words) {
-  const std::string* best = nullptr;
-  std::size_t least = std::max<std::size_t>(2, word.size() / 2) + 1;
-  for (const std::string& candidate : words) {
-    // The first part of a name is as good as a slip of the finger.
-    const bool isPart = word.size() > 2 && candidate.find(word) != std::string::npos;
-    const std::size_t far = isPart ? 1 : distance(word, candidate);
-    if (far < least) {
-      least = far;
-      best = &candidate;
-    }
-  }
-  return best == nullptr ? std::string() : *best;
-}
-
 const Setting& settingNamed(std::string_view key) {
   std::vector<std::string> keys;
   for (const Setting& setting : kSettings) {
@@ -298,79 +233,6 @@ const Setting& settingNamed(std::string_view key) {
   const std::string near = nearest(key, keys);
   throw Failure(ExitStatus::WrongUse, fmt::format("there is no key '{}'", key),
                 near.empty() ? "see all with: orbctl keys" : fmt::format("did you mean {}?", near));
-}
-
-std::string rangeOf(const Setting& setting) {
-  switch (setting.kind) {
-    case Setting::Kind::Number:
-      return fmt::format("{} .. {}{}{}", setting.lowest, setting.highest,
-                         setting.unit.empty() ? "" : " ", setting.unit);
-    case Setting::Kind::Switch:
-      return "on, off";
-    case Setting::Kind::Word:
-      return fmt::format("{}", fmt::join(split(setting.words), ", "));
-    case Setting::Kind::Words:
-      return fmt::format("any of {}, separated by commas", fmt::join(split(setting.words), ", "));
-  }
-  return {};
-}
-
-Json valueFrom(const Setting& setting, const std::string& text) {
-  switch (setting.kind) {
-    case Setting::Kind::Number: {
-      long long number = 0;
-      const char* const end = text.data() + text.size();
-      const auto [stop, error] = std::from_chars(text.data(), end, number);
-      if (text.empty() || error != std::errc() || stop != end || number < setting.lowest ||
-          number > setting.highest) {
-        throw notTaken(setting, text);
-      }
-      return number;
-    }
-    case Setting::Kind::Switch: {
-      const std::string word = lowered(text);
-      if (word != "on" && word != "off") {
-        throw notTaken(setting, text);
-      }
-      return word == "on";
-    }
-    case Setting::Kind::Word:
-      return requireWord(setting, text, text);
-    case Setting::Kind::Words: {
-      const std::vector<std::string> given = split(text);
-      Json names = Json::array();
-      for (const std::string& word : given) {
-        requireWord(setting, word, text);
-      }
-      for (const std::string& name : split(setting.words)) {
-        const bool isGiven = std::any_of(given.begin(), given.end(), [&](const std::string& word) {
-          return lowered(word) == name;
-        });
-        if (isGiven) {
-          names.push_back(name);
-        }
-      }
-      if (names.empty()) {
-        throw notTaken(setting, text);
-      }
-      return names;
-    }
-  }
-  return {};
-}
-
-std::string textOf(const Json& value) {
-  if (value.is_boolean()) {
-    return value.get<bool>() ? "on" : "off";
-  }
-  if (value.is_string()) {
-    return value.get<std::string>();
-  }
-  if (value.is_array()) {
-    return value.empty() ? "none"
-                         : fmt::format("{}", fmt::join(value.get<std::vector<std::string>>(), ","));
-  }
-  return value.dump();
 }
 
 }  // namespace orb::ctl

@@ -91,7 +91,7 @@ void showStatus(Session& session, const Options& options) {
                    "interference  {}\n",
                    text(firmware, "kernel"), text(firmware, "revision"), text(navigation, "fix"),
                    navigation["satellites"].get<int>(), describe(navigation), describeTime(time),
-                   text(survey, "mode"), describeInterference(jamming)));
+                   describeSurvey(survey), describeInterference(jamming)));
 }
 
 void addStatusCommands(CLI::App& app, Action& chosen) {
@@ -103,8 +103,8 @@ void addStatusCommands(CLI::App& app, Action& chosen) {
   addCommand(app, "time", "The receiver's time", chosen, time);
   addCommand(app, "position", "Fix and position", chosen, position);
   addCommand(app, "satellites", "The number of satellites in the fix", chosen, satellites);
-  addCommand(app, "interference", "Interference: whether it is detected, and its status", chosen,
-             interference);
+  addCommand(app, "interference", "Interference: whether it is looked for, and how much there is",
+             chosen, interference);
 }
 
 }  // namespace orb::ctl

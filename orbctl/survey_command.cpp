@@ -5,6 +5,7 @@
 #include <memory>
 #include <thread>
 
+#include "orbctl/argument.h"
 #include "orbctl/command.h"
 #include "orbctl/failure.h"
 #include "orbctl/navigation.h"
@@ -22,49 +23,59 @@ struct Position {
 constexpr double kDeviation = 1;
 
 void showSurvey(const Options& options, const Json& survey) {
-  const std::string mode = survey["mode"].get<std::string>();
-  std::string text = mode + "\n";
-  if (mode == "auto") {
-    text = fmt::format("auto, for {} s\n", survey["length"].get<long long>());
-  } else if (mode == "static") {
-    text = fmt::format("static at {:.7f} degrees, {:.7f} degrees, {:.2f} m\n",
-                       survey["latitude"].get<double>(), survey["longitude"].get<double>(),
-                       survey["altitude"].get<double>());
-  }
-  show(options, "survey", survey, text);
+  show(options, "survey", survey, describeSurvey(survey) + "\n");
 }
 
-/// Asks once a second until the survey is over: the receiver names another mode or saves another
-/// position, or the survey's length has passed.
-void waitForEnd(Session& session, const Options& options) {
+/// Reads it for somebody who waits for long: a single reply may go missing.
+Json readSurveyPatiently(Session& session) {
+  constexpr int kMostFailures = 3;
+  for (int failures = 1;; ++failures) {
+    try {
+      return readSurvey(session);
+    } catch (const Failure& failure) {
+      if (failure.status() != ExitStatus::NoReply || failures == kMostFailures) {
+        throw;
+      }
+    }
+  }
+}
+
+/// Where the receiver does not tell of its progress, a survey is over when its length has passed,
+/// or another position is saved.
+bool isOver(const Json& survey, const Json& atStart, std::chrono::seconds passed) {
+  if (survey["mode"] != "auto") {
+    return true;
+  }
+  return survey.contains("present_mode")
+             ? survey["present_mode"] != "auto"
+             : survey != atStart || passed.count() > survey["length"].get<long long>();
+}
+
+/// Asks once a second until the survey is over, and returns how it ended.
+Json waitForEnd(Session& session, const Options& options) {
   const bool showsProgress = ::isatty(STDERR_FILENO) == 1 && !options.session.isQuiet;
   const auto start = std::chrono::steady_clock::now();
   const Json atStart = readSurvey(session);
-  const auto length = std::chrono::seconds(atStart["length"].get<long long>());
-  bool isOver = atStart["mode"] != "auto";
-  while (!isOver) {
-    std::this_thread::sleep_for(std::chrono::seconds(1));
-    const auto passed =
-        std::chrono::duration_cast<std::chrono::seconds>(std::chrono::steady_clock::now() - start);
+  Json survey = atStart;
+  const auto passed = [&] {
+    return std::chrono::duration_cast<std::chrono::seconds>(std::chrono::steady_clock::now() -
+                                                            start);
+  };
+  while (!isOver(survey, atStart, passed())) {
     if (showsProgress) {
-      fmt::print(stderr, "\r\033[Ksurveying for {} s of {} s", passed.count(), length.count());
+      fmt::print(stderr, "\r\033[K{}; waiting for {} s", describeSurvey(survey), passed().count());
     }
-    isOver = passed > length || readSurvey(session) != atStart;
+    std::this_thread::sleep_for(std::chrono::seconds(1));
+    survey = readSurveyPatiently(session);
   }
   if (showsProgress) {
     fmt::print(stderr, "\r\033[K");
   }
+  return survey;
 }
 
-void requireBetween(const char* name, double value, double lowest, double highest,
-                    const char* unit) {
-  // Not the other way round: it also holds for what is no number.
-  if (!(value >= lowest && value <= highest)) {
-    throw Failure(ExitStatus::WrongUse,
-                  fmt::format("{} is {} .. {} {}, not {}", name, lowest, highest, unit, value),
-                  "nothing was sent");
-  }
-}
+const Argument& ofStatic(const char* argument) { return argumentOf("setSurveyStatic", argument); }
+const Argument& surveyLength() { return argumentOf("setSurveyAuto", "surveyLength"); }
 
 }  // namespace
 
@@ -74,14 +85,11 @@ void addSurveyCommand(CLI::App& app, Action& chosen) {
   const auto seconds = std::make_shared<long long>(10800);
 
   const auto finish = [=](Session& session, const Options& options) {
-    if (*isWaiting) {
-      waitForEnd(session, options);
-    }
-    showSurvey(options, readSurvey(session));
+    showSurvey(options, *isWaiting ? waitForEnd(session, options) : readSurvey(session));
   };
   CLI::App* const survey =
       addCommand(app, "survey", "Surveys the position, holds one, or navigates", chosen, finish);
-  survey->add_flag("--wait", *isWaiting, "Waits until the survey is done");
+  survey->add_flag("--wait", *isWaiting, "Waits until the survey is over");
 
   addCommand(*survey, "status", "What the receiver does, and where", chosen, finish);
   addCommand(*survey, "dynamic", "Navigates, without a survey", chosen,
@@ -92,24 +100,28 @@ void addSurveyCommand(CLI::App& app, Action& chosen) {
   CLI::App* command =
       addCommand(*survey, "auto", "Surveys the position", chosen,
                  [=](Session& session, const Options& options) {
-                   requireBetween("SECONDS", static_cast<double>(*seconds), 1, 1209600, "s");
+                   requireWithin(surveyLength(), "SECONDS", static_cast<double>(*seconds));
                    session.call("setSurveyAuto", {*seconds, kDeviation});
                    finish(session, options);
                  });
-  command->add_option("SECONDS", *seconds, "1 .. 1209600 s; three hours where none are given");
+  command->add_option("SECONDS", *seconds,
+                      rangeOf(surveyLength()) + "; three hours where none are given");
 
   command = addCommand(*survey, "static", "Holds this position", chosen,
                        [=](Session& session, const Options& options) {
-                         requireBetween("LAT", position->latitude, -90, 90, "degrees");
-                         requireBetween("LON", position->longitude, -180, 180, "degrees");
-                         requireBetween("ALT", position->altitude, -1000, 10000, "m");
+                         requireWithin(ofStatic("latitude"), "LAT", position->latitude);
+                         requireWithin(ofStatic("longitude"), "LON", position->longitude);
+                         requireWithin(ofStatic("altitude"), "ALT", position->altitude);
                          session.call("setSurveyStatic", {position->latitude, position->longitude,
                                                           position->altitude, kDeviation});
                          finish(session, options);
                        });
-  command->add_option("LAT", position->latitude, "Latitude, -90 .. 90 degrees")->required();
-  command->add_option("LON", position->longitude, "Longitude, -180 .. 180 degrees")->required();
-  command->add_option("ALT", position->altitude, "Altitude, -1000 .. 10000 m")->required();
+  command->add_option("LAT", position->latitude, "Latitude, " + rangeOf(ofStatic("latitude")))
+      ->required();
+  command->add_option("LON", position->longitude, "Longitude, " + rangeOf(ofStatic("longitude")))
+      ->required();
+  command->add_option("ALT", position->altitude, "Altitude, " + rangeOf(ofStatic("altitude")))
+      ->required();
 }
 
 }  // namespace orb::ctl

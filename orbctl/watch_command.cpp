@@ -187,21 +187,13 @@ std::string positionLine(const Json& navigation) {
                      navigation["sea_level_altitude"].get<double>());
 }
 
-std::string surveyLine(const Json& survey) {
-  if (survey.is_null()) {
-    return kWaiting;
-  }
-  const auto mode = survey["mode"].get<std::string>();
-  return mode == "auto" ? fmt::format("auto, for {} s", survey["length"].get<long long>()) : mode;
-}
-
 void draw(Screen& screen, const Readings& readings) {
   screen.clear();
   const std::pair<const char*, std::string> lines[] = {
       {"fix", fixLine(readings.navigation)},
       {"position", positionLine(readings.navigation)},
       {"time", readings.time.is_null() ? kWaiting : describeTime(readings.time)},
-      {"survey", surveyLine(readings.survey)},
+      {"survey", readings.survey.is_null() ? kWaiting : describeSurvey(readings.survey)},
       {"interference",
        readings.interference.is_null() ? kWaiting : describeInterference(readings.interference)},
       {"line", fmt::format("{} exchanges, {} failed", readings.exchanges, readings.failures)},

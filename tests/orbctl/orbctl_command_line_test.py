@@ -1,6 +1,7 @@
 """What orbctl refuses before it touches the device, and what needs none."""
 
 import os
+import subprocess
 import unittest
 
 from orbctl import ORBCTL, OrbctlTest
@@ -43,8 +44,11 @@ WRONG = [
     (["call", "setMinCNo"], "setMinCNo takes 1 arguments, not 0", "see: orbctl operations setMinCNo"),
     (["call", "setMinCNo", "41"], "minimum is 0 .. 40 dB-Hz, not '41'", "nothing was sent"),
     (["restore", "missing.toml"], None, None),
+    (["restore", "-"], "standard input has no table [settings]",
+     "write one with: orbctl backup FILE"),
     (["watch"], "watch needs a terminal", "for scripts: orbctl --json status"),
     (["statsu"], None, "did you mean status?"),
+    (["help", "survey", "atuo"], "there is no command 'atuo'", "see: orbctl --help"),
     (["antenna-power", "maybe"], None, "see: orbctl antenna-power --help"),
 ]
 
@@ -52,7 +56,7 @@ WRONG = [
 class CommandLine(OrbctlTest):
     def run_alone(self, *arguments):
         """Without any device."""
-        return self.run_program(ORBCTL, *arguments)
+        return self.run_program(ORBCTL, *arguments, stdin=subprocess.DEVNULL)
 
     def test_refuses_wrong_use_without_a_device(self):
         for arguments, text, hint in WRONG:
@@ -67,7 +71,15 @@ class CommandLine(OrbctlTest):
                     self.assertEqual(lines[-1], "orbctl: " + hint)
 
     def test_tells_its_version(self):
-        self.check(self.run_alone("--version"), 0, f"orbctl {os.environ['ORB_VERSION']}\n", "")
+        for word in "--version", "version":
+            self.check(self.run_alone(word), 0, f"orbctl {os.environ['ORB_VERSION']}\n", "")
+
+    def test_helps_by_a_command_too(self):
+        for command in [], ["set"], ["survey", "auto"]:
+            with self.subTest(command):
+                page = self.run_alone(*command, "--help").stdout
+                self.assertIn("Usage: " + " ".join(["orbctl"] + command), page)
+                self.check(self.run_alone("help", *command), 0, page, "")
 
     def test_explains_results(self):
         for result, output in {
@@ -87,7 +99,8 @@ class CommandLine(OrbctlTest):
         for command in ("status", "detect", "info", "time", "position", "satellites", "get", "set",
                         "keys", "survey", "pulse", "constellations", "masks", "interference",
                         "antenna-power", "defaults", "restart", "reset", "uart", "identity", "raw",
-                        "messages", "log", "explain", "doctor", "watch", "backup", "restore"):
+                        "messages", "log", "explain", "doctor", "watch", "backup", "restore", "help",
+                        "version", "completion", "schema"):
             self.assertIn(f"\n  {command} ", result.stdout)
 
     def test_lists_keys_and_operations_without_a_device(self):

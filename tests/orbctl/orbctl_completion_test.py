@@ -33,6 +33,7 @@ OFFERED = {
     "orbctl survey a": {"auto"},
     "orbctl survey --w": {"--wait"},
     "orbctl call setElev": {"setElevationLimit"},
+    "orbctl help sur": {"survey"},
     "orbctl restore sav": {"saved.toml"},
     "orbctl elevation": set(),
 }

@@ -66,8 +66,8 @@ class Survival(OrbctlTest):
 
     def check_after_silence(self, result):
         self.check(result, 3, "no worker is left\n",
-                   "orbctl: IsOrbitek did not return before its deadline: no byte arrives on the "
-                   "line\norbctl: check the receiver's power and the cable, then: orbctl doctor\n")
+                   "orbctl: no answer before the deadline: no byte arrives on the line "
+                   "(detection)\norbctl: check the receiver's power and the cable, then: orbctl doctor\n")
 
     def test_killed_while_the_line_is_silent_it_leaves_nothing_behind(self):
         self.check_after_silence(

@@ -33,8 +33,8 @@ interference  waiting
 """
 STARTED = WAITING + "line          0 exchanges, 0 failed"
 SILENT = WAITING + r"""line          \d+ exchanges, \d+ failed
-  IsOrbitek did not return before its deadline:
-  no byte arrives on the line
+  no answer before the deadline:
+  no byte arrives on the line \(detection\)
   check the receiver's power and the cable, then: orbctl doctor"""
 
 

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <fstream>
 #include <map>
+#include <optional>
 #include <regex>
 #include <sstream>
 
@@ -51,10 +52,12 @@ TEST(Operations, RefuseOtherArguments) {
   EXPECT_THROW(findOperation("setMinCNo", 1)->call(receiver, text), std::invalid_argument);
 }
 
-/// What the page says of an operation, by its signature: what it does, result, what is to know.
+/// What the page says of an operation. Of some, it says less.
 struct Documented {
   std::string does;
+  std::string line;  // what goes over it, as the page has it
   std::string result;
+  std::string toKnow;
 };
 
 /// A cell of a table as plain text.
@@ -64,27 +67,97 @@ std::string plain(std::string cell) {
   return std::regex_replace(cell, std::regex("^ +| +$"), "");
 }
 
-std::map<std::string, Documented> documented() {
-  std::map<std::string, Documented> result;
-  std::ifstream page(ORB_OPERATIONS_PAGE);
-  for (std::string line; std::getline(page, line);) {
-    if (line.rfind("| `", 0) != 0) {
-      continue;
-    }
-    std::vector<std::string> cells;
+/// The cells of a row; none where the line is no row that starts like this.
+std::vector<std::string> cellsOf(const std::string& line, const std::string& start) {
+  std::vector<std::string> cells;
+  if (line.rfind(start, 0) == 0) {
     std::istringstream text(line.substr(1));
     for (std::string cell; std::getline(text, cell, '|');) {
       cells.push_back(cell);
     }
-    const bool hasLine = cells.size() == 5;
+  }
+  return cells;
+}
+
+std::map<std::string, Documented> documented() {
+  std::map<std::string, Documented> result;
+  std::ifstream page(ORB_OPERATIONS_PAGE);
+  std::string toKnow;
+  for (std::string line; std::getline(page, line);) {
+    const std::vector<std::string> cells = cellsOf(line, "| `");
+    if (cells.empty()) {
+      continue;
+    }
+    Documented row{.does = cells.size() == 5 || cells.size() == 2 ? plain(cells[1]) : "",
+                   .line = "",
+                   .result = "",
+                   .toKnow = ""};
+    if (cells.size() == 5) {
+      toKnow = plain(cells[4]) == "as above" ? toKnow : plain(cells[4]);
+      row.line = cells[2];
+      row.result = plain(cells[3]);
+      row.toKnow = toKnow;
+    }
     const std::regex signature(R"(`(\w+\([^`]*\))`)");
     for (std::sregex_iterator match(cells[0].begin(), cells[0].end(), signature), end; match != end;
          ++match) {
-      result[(*match)[1]] = {hasLine || cells.size() == 2 ? plain(cells[1]) : "",
-                             hasLine ? plain(cells[3]) : ""};
+      result[(*match)[1]] = row;
     }
   }
   return result;
+}
+
+/// The longest time of what goes over the line: an arrow is a reply that is awaited. Nothing where
+/// the page refers to other operations.
+std::optional<LongestTime> longestTimeOf(const std::string& line) {
+  const std::regex wait("([0-9]+) ms");
+  LongestTime time;
+  for (std::sregex_iterator match(line.begin(), line.end(), wait), end; match != end; ++match) {
+    time.milliseconds += std::stoi((*match)[1]);
+  }
+  const std::string arrow = "\u2192";
+  for (std::size_t at = 0; (at = line.find(arrow, at)) != std::string::npos; at += arrow.size()) {
+    ++time.awaitedReplies;
+  }
+  const std::string words =
+      std::regex_replace(std::regex_replace(line, std::regex("`[^`]*`"), ""), wait, "");
+  const bool isWhole =
+      line.find('`') != std::string::npos && words.find_first_not_of(" ,;") == std::string::npos;
+  return isWhole ? std::optional(time) : std::nullopt;
+}
+
+void expectSame(const LongestTime& time, const LongestTime& expected, std::string_view operation) {
+  EXPECT_EQ(time.awaitedReplies, expected.awaitedReplies) << operation;
+  EXPECT_EQ(time.milliseconds, expected.milliseconds) << operation;
+}
+
+/// The steps that the page has for each sequence, as it calls them.
+std::map<std::string, std::vector<std::string>> sequences() {
+  std::map<std::string, std::vector<std::string>> result;
+  std::ifstream page(ORB_OPERATIONS_PAGE);
+  std::string sequence;
+  const std::regex step(R"( `(\w+\([^)]*\))`.*)");
+  for (std::string line; std::getline(page, line);) {
+    if (line.rfind('#', 0) == 0) {
+      sequence = line.rfind("### ", 0) == 0 ? line.substr(4) : "";
+    }
+    const std::vector<std::string> cells = cellsOf(line, "| ");
+    std::smatch match;
+    if (cells.size() == 4 && std::isdigit(cells[0][1]) != 0 &&
+        std::regex_match(cells[1], match, step)) {
+      result[sequence].push_back(match[1]);
+    }
+  }
+  return result;
+}
+
+/// The row for a call such as "setDynamicModel(1, 1)".
+const Operation* calledBy(const std::string& call) {
+  const std::size_t bracket = call.find('(');
+  const auto commas = std::count(call.begin(), call.end(), ',');
+  const bool hasArguments = call[bracket + 1] != ')';
+  return findOperation(call.substr(0, bracket),
+                       hasArguments ? static_cast<std::size_t>(commas) + 1 : 0);
 }
 
 // The last row is not the library's: it is orbctl's exchange of any message.
@@ -101,6 +174,39 @@ TEST(Operations, AreAllOnThePageAndAsItSays) {
     if (const auto kind = kinds.find(entry->second.result); kind != kinds.end()) {
       EXPECT_EQ(operation.resultBits, kind->second) << operation.name;
     }
+    if (!entry->second.result.empty()) {
+      EXPECT_EQ(operation.toKnow, entry->second.toKnow) << operation.name;
+    }
+  }
+}
+
+TEST(Operations, TakeAsLongAsThePageSays) {
+  int compared = 0;
+  for (const auto& [signature, row] : documented()) {
+    const auto time = longestTimeOf(row.line);
+    const auto operation = std::find_if(
+        operations().begin(), operations().end(),
+        [&](const Operation& candidate) { return signatureOf(candidate) == signature; });
+    if (time && operation != operations().end()) {
+      expectSame(operation->longest, *time, signature);
+      ++compared;
+    }
+  }
+  EXPECT_GT(compared, 70);
+}
+
+TEST(Operations, OfSeveralStepsTakeAsLongAsTheseTogether) {
+  const auto all = sequences();
+  EXPECT_EQ(all.size(), 3U);
+  for (const auto& [name, steps] : all) {
+    LongestTime sum;
+    for (const std::string& step : steps) {
+      const Operation* const operation = calledBy(step);
+      ASSERT_NE(operation, nullptr) << step;
+      sum.awaitedReplies += operation->longest.awaitedReplies;
+      sum.milliseconds += operation->longest.milliseconds;
+    }
+    expectSame(findOperation(name, 0)->longest, sum, name);
   }
 }
 
