@@ -5,13 +5,12 @@
 #include <cstdio>
 #include <utility>
 
+#include "board/expected_module.h"
 #include "board/port_expander.h"
 #include "orb-gnss/hardware_discovery.h"
 #include "orb-platform/orb-platform.h"
 
 namespace {
-
-constexpr unsigned int kModuleLocation = 1;
 
 std::string toUpper(std::string text) {
   std::transform(text.begin(), text.end(), text.begin(),
@@ -44,7 +43,7 @@ int BrdOrbChipInterface::resetOrbChip() {
 }
 
 int BrdOrbChipInterface::antennaPowerEnable(std::string state) {
-  I2CDev expander("/dev/" + getSolutionI2C(kModuleLocation));
+  I2CDev expander("/dev/" + getSolutionI2C(orb::kModuleLocation));
   const std::string wanted = toUpper(std::move(state));
   if (expander.open(orb::kPortExpanderAddress) < 0) {
     return 0;

@@ -5,9 +5,7 @@
 #include <iostream>
 #include <sstream>
 
-#define TOML_EXCEPTIONS 1
-#include <toml++/toml.h>
-
+#include "base/toml/text_file.h"
 #include "orbctl/argument.h"
 #include "orbctl/failure.h"
 #include "orbctl/navigation.h"
@@ -82,11 +80,23 @@ Json surveyFrom(const toml::table& table) {
   return survey;
 }
 
-/// All of it: the parser takes no stream that it cannot seek.
+/// Up to what a file may have.
 std::string standardInput() {
-  std::ostringstream text;
-  text << std::cin.rdbuf();
-  return text.str();
+  std::string text(std::size_t{1} << 20, '\0');
+  std::cin.read(text.data(), static_cast<std::streamsize>(text.size()));
+  text.resize(static_cast<std::size_t>(std::cin.gcount()));
+  return text;
+}
+
+toml::table tableIn(const std::string& file, const std::string& source) {
+  ProblemList problems(source);
+  const std::optional<std::string> text =
+      file == kStandardStream ? standardInput() : readTextFile(file, problems);
+  std::optional<toml::table> table = text ? parseToml(*text, problems) : std::nullopt;
+  if (!table) {
+    throw Failure(ExitStatus::WrongUse, problems.lines().front());
+  }
+  return *std::move(table);
 }
 
 }  // namespace
@@ -128,15 +138,8 @@ std::string makeBackup(Session& session) {
 }
 
 Backup readBackup(const std::string& file) {
-  const bool isStandard = file == kStandardStream;
-  const std::string source = isStandard ? "standard input" : file;
-  toml::table table;
-  try {
-    table = isStandard ? toml::parse(standardInput(), source) : toml::parse_file(file);
-  } catch (const toml::parse_error& error) {
-    throw Failure(ExitStatus::WrongUse,
-                  fmt::format("{}:{}: {}", source, error.source().begin.line, error.description()));
-  }
+  const std::string source = file == kStandardStream ? "standard input" : file;
+  const toml::table table = tableIn(file, source);
   Backup backup;
   const toml::table* const values = table["settings"].as_table();
   if (values == nullptr) {

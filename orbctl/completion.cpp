@@ -69,7 +69,7 @@ std::string argumentsOf(const CLI::App& command) {
   std::string words;
   for (const CLI::Option* const option : command.get_options()) {
     const std::string name = option->get_name(true);
-    if (name == "KEY" || name == "KEY VALUE") {
+    if (name == "KEY") {
       words += keys();
     } else if (name == "OPERATION") {
       words += operationNames();

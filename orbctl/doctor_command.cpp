@@ -138,7 +138,7 @@ Finding lookAtSpeed() {
 
 /// A receiver may have nothing to say unasked: silence is no fault where it answers.
 Finding lookAtLine(const LineReport& line, const std::optional<Finding>& receiver) {
-  const std::string found = heard(line);
+  const std::string found = describe(line);
   switch (line.state) {
     case LineReport::State::Silent:
       if (receiver && receiver->state == Good) {

@@ -123,8 +123,7 @@ void addMessageCommands(CLI::App& app, Action& chosen) {
   CLI::App* command = addCommand(
       app, "raw", "Sends a message, and shows what answers", chosen,
       [=](Session& session, const Options& options) { raw(session, options, bytesFrom(*words)); });
-  command->add_option("ID [BYTES]", *words, "Id, sub-id and body in hexadecimal: 64 07")
-      ->required();
+  command->add_option("ID", *words, "Id, sub-id and body in hexadecimal: 64 07")->required();
 
   command = addCommand(app, "messages", "The catalogue of messages", chosen,
                        [=](Session&, const Options& options) { messages(options, *id); });

@@ -54,7 +54,7 @@ BinaryOutput::BinaryOutput(Session& session) : session_(session) {
     return;
   }
   if (line.state != LineReport::State::Text && line.state != LineReport::State::Silent) {
-    throw Failure(ExitStatus::NoReply, heard(line), "find out why with: orbctl doctor");
+    throw Failure(ExitStatus::NoReply, describe(line), "find out why with: orbctl doctor");
   }
   blockSignals();
   try {

@@ -34,6 +34,7 @@ std::string hintAfterSilence(LineReport::State line) {
       return fmt::format("check the line's speed: stty -F {}", kDevice);
     case LineReport::State::Text:
     case LineReport::State::Packets:
+    case LineReport::State::NotListened:
       return "try again: a receiver that was just started needs up to a minute, and older firmware "
              "does not answer every query";
   }
@@ -47,7 +48,8 @@ std::string_view plainName(std::string_view operation) {
 
 Failure withoutReply(const char* what, const std::string& operation, unsigned int result,
                      const LineReport& line) {
-  return {ExitStatus::NoReply, fmt::format("{}: {} ({})", what, heard(line), plainName(operation)),
+  return {ExitStatus::NoReply,
+          fmt::format("{}: {} ({})", what, describe(line), plainName(operation)),
           hintAfterSilence(line.state), result};
 }
 
@@ -89,29 +91,13 @@ Failure noReceiver(Session& session) {
     return {ExitStatus::NotSent, fmt::format("{} cannot be opened ({})", kDevice, line.problem),
             "check the rights to it with: orbctl doctor"};
   }
-  return {
-      ExitStatus::NoReceiver,
-      fmt::format("the module is fitted, but no receiver answers on {}: {}", kDevice, heard(line)),
-      hintAfterSilence(line.state)};
+  return {ExitStatus::NoReceiver,
+          fmt::format("the module is fitted, but no receiver answers on {}: {}", kDevice,
+                      describe(line)),
+          hintAfterSilence(line.state)};
 }
 
 }  // namespace
-
-std::string heard(const LineReport& report) {
-  switch (report.state) {
-    case LineReport::State::NotThere:
-      return fmt::format("the device cannot be opened ({})", report.problem);
-    case LineReport::State::Silent:
-      return "no byte arrives on the line";
-    case LineReport::State::Text:
-      return "NMEA text is arriving, so the line is alive";
-    case LineReport::State::Packets:
-      return "packets of a receiver are arriving, so the line is alive";
-    case LineReport::State::Garbage:
-      return "bytes arrive that are neither text nor packets, as where the line's speed is wrong";
-  }
-  return {};
-}
 
 void Session::show(const Call& call) {
   if (options_.showPrints) {
@@ -148,9 +134,8 @@ void Session::checkLastCall(const std::string& operation) {
     case Ending::DeadlineMissed:
       break;
   }
-  const auto line = static_cast<LineReport::State>(static_cast<int>(call.line) - 1);
   LineReport report;
-  report.state = line;
+  report.state = call.line;
   report.problem = kDevice;
   constexpr unsigned int kNoReply = 4;
   throw withoutReply("no answer before the deadline", operation, kNoReply, report);

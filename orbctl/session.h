@@ -62,7 +62,4 @@ class Session {
   std::string lastWarning_;
 };
 
-/// What is heard on the line, in words for a person: "NMEA text is arriving: the line is alive".
-std::string heard(const LineReport& report);
-
 }  // namespace orb::ctl

@@ -112,7 +112,7 @@ void addSettingCommands(CLI::App& app, Action& chosen) {
                        chosen, [=](Session& session, const Options& options) {
                          apply(session, options, "set", changesFrom(*words), *flag);
                        });
-  command->add_option("KEY VALUE", *words, "What to set, and to what")->required();
+  command->add_option("KEY", *words, "Keys, each with its value after it")->required();
   command->add_flag("--dry-run", *flag, "Says what would change, and changes nothing");
 
   command = addCommand(app, "keys", "Lists all settings with unit, range and operations", chosen,

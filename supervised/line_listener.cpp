@@ -98,6 +98,25 @@ LineReport classify(std::string_view bytes) {
   return report;
 }
 
+std::string describe(const LineReport& report) {
+  using Line = LineReport::State;
+  switch (report.state) {
+    case Line::NotListened:
+      return "the line was not listened to";
+    case Line::NotThere:
+      return "the device cannot be opened (" + report.problem + ")";
+    case Line::Silent:
+      return "no byte arrives on the line";
+    case Line::Text:
+      return "NMEA text is arriving, so the line is alive";
+    case Line::Packets:
+      return "packets of a receiver are arriving, so the line is alive";
+    case Line::Garbage:
+      return "bytes arrive that are neither text nor packets, as where the line's speed is wrong";
+  }
+  return {};
+}
+
 LineReport listenTo(const std::string& device, std::chrono::milliseconds time) {
   const OwnedDescriptor line(::open(device.c_str(), O_RDONLY | O_NOCTTY | O_NONBLOCK | O_CLOEXEC));
   if (!line.isOpen()) {

@@ -5,17 +5,13 @@
 #include <string>
 #include <string_view>
 
+#include "orb-gnss/supervised_controller.h"
+
 namespace orb {
 
 /// What is heard on a line on which nobody speaks to the receiver.
 struct LineReport {
-  enum class State {
-    NotThere,  // the device cannot be opened
-    Silent,    // no byte came
-    Text,      // NMEA sentences
-    Packets,   // the receiver's packets, with text or without
-    Garbage    // neither: most often a wrong speed
-  };
+  using State = orbSupervisedController::Line;
 
   State state = State::Silent;
   std::size_t bytes = 0;
@@ -27,6 +23,9 @@ struct LineReport {
 
 /// What `bytes`, heard on the line, are. A sentence or packet counts where its checksum is right.
 LineReport classify(std::string_view bytes);
+
+/// That in words: "no byte arrives on the line".
+std::string describe(const LineReport& report);
 
 /// Listens to `device` for `time`, or until a packet or a sentence is heard. Does not write, does
 /// not change the speed, and does not block on a silent line.

@@ -14,7 +14,6 @@ namespace {
 
 using Call = orbSupervisedController::Call;
 using Ending = orbSupervisedController::Ending;
-using Line = orbSupervisedController::Line;
 
 /// What a call may take beyond the operation's own longest time.
 constexpr std::chrono::seconds kMargin{2};
@@ -39,46 +38,10 @@ Value resultWithoutOne(const Operation& operation, long long bit) {
   return operation.resultBits == Operation::kNoMask ? 0LL : bit;
 }
 
-Line lineHeard(LineReport::State state) {
-  switch (state) {
-    case LineReport::State::NotThere:
-      return Line::NotThere;
-    case LineReport::State::Silent:
-      return Line::Silent;
-    case LineReport::State::Text:
-      return Line::Text;
-    case LineReport::State::Packets:
-      return Line::Packets;
-    case LineReport::State::Garbage:
-      return Line::Garbage;
-  }
-  return Line::NotListened;
-}
-
-const char* describe(Line line) {
-  switch (line) {
-    case Line::NotListened:
-      return "the line was not listened to";
-    case Line::NotThere:
-      return "the device cannot be opened";
-    case Line::Silent:
-      return "no byte came on the line";
-    case Line::Text:
-      return "NMEA text is arriving on the line";
-    case Line::Packets:
-      return "packets of the receiver are arriving on the line";
-    case Line::Garbage:
-      return "bytes are arriving that are neither text nor packets, as where the line's speed is "
-             "wrong";
-  }
-  return "";
-}
-
 void listen(Call& call) {
   const LineReport heard = listenTo(std::string(kDefaultDevice), kListening);
-  call.line = lineHeard(heard.state);
-  call.problem += "; ";
-  call.problem += heard.state == LineReport::State::NotThere ? heard.problem : describe(call.line);
+  call.line = heard.state;
+  call.problem += "; " + describe(heard);
 }
 
 std::string heldBy(pid_t process) {

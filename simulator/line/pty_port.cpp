@@ -8,6 +8,8 @@
 #include <array>
 #include <cerrno>
 #include <chrono>
+#include <functional>
+#include <string>
 #include <system_error>
 #include <thread>
 #include <utility>
@@ -20,10 +22,18 @@ namespace {
 using std::chrono::milliseconds;
 using std::chrono::steady_clock;
 
-/// Of the kind that ends with who has opened the file, and that programs which lock ttys do not
-/// use.
-constexpr flock kWholeTty{
-    .l_type = F_WRLCK, .l_whence = SEEK_SET, .l_start = 0, .l_len = 0, .l_pid = 0};
+/// A lock on a byte of the tty that stands for the link. It is of the kind that ends with who has
+/// opened the file, and that programs which lock ttys do not use.
+struct flock lockFor(const std::filesystem::path& link) {
+  constexpr std::size_t kMostBytes = 0x7FFFFFFF;
+  const std::string path = link.empty() ? link : std::filesystem::absolute(link).lexically_normal();
+  struct flock lock {};
+  lock.l_type = F_WRLCK;
+  lock.l_whence = SEEK_SET;
+  lock.l_start = static_cast<off_t>(std::hash<std::string>()(path) & kMostBytes);
+  lock.l_len = 1;
+  return lock;
+}
 
 std::string ttyOf(int master) {
   checked(::grantpt(master), "grantpt");
@@ -35,7 +45,7 @@ std::string ttyOf(int master) {
 
 }  // namespace
 
-PtyPort::Pty::Pty()
+PtyPort::Pty::Pty(const std::filesystem::path& link)
     : master(::posix_openpt(O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC), "posix_openpt"),
       path(ttyOf(master.get())),
       tty(::open(path.c_str(), O_RDWR | O_NOCTTY | O_CLOEXEC), path) {
@@ -43,20 +53,21 @@ PtyPort::Pty::Pty()
   checked(::tcgetattr(tty.get(), &settings), "tcgetattr");
   ::cfmakeraw(&settings);
   checked(::tcsetattr(tty.get(), TCSANOW, &settings), "tcsetattr");
-  flock lock = kWholeTty;
+  struct flock lock = lockFor(link);
   ::fcntl(tty.get(), F_OFD_SETLK, &lock);  // where that is not to be had, the line serves as well
 }
 
-bool PtyPort::isOffered(const std::filesystem::path& tty) {
+bool PtyPort::isOffered(const std::filesystem::path& tty, const std::filesystem::path& link) {
   const OwnedDescriptor opened(::open(tty.c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC));
-  flock lock = kWholeTty;
-  // Whom it does not let in, it does not tell: then the tty is taken for one that is offered.
-  return !opened.isOpen()
-             ? errno != ENOENT
-             : ::fcntl(opened.get(), F_OFD_GETLK, &lock) != 0 || lock.l_type != F_UNLCK;
+  if (!opened.isOpen()) {
+    return errno != ENOENT;  // who is not let in cannot know
+  }
+  struct flock lock = lockFor(link);
+  return ::fcntl(opened.get(), F_OFD_GETLK, &lock) != 0 || lock.l_type != F_UNLCK;
 }
 
-PtyPort::PtyPort(const std::filesystem::path& link) : link_(link, pty_.path) {}
+PtyPort::PtyPort(const std::filesystem::path& link)
+    : linkPath_(link), pty_(link), link_(link, pty_.path) {}
 
 std::string PtyPort::path() const {
   const std::lock_guard lock(mutex_);
@@ -72,7 +83,7 @@ void PtyPort::write(Bytes& bytes) { writeAvailable(pty_.master.get(), bytes); }
 void PtyPort::hangUp() {
   waitUntilRead();
   try {
-    Pty next;
+    Pty next(linkPath_);
     link_.pointTo(next.path);
     const std::lock_guard lock(mutex_);
     std::swap(pty_, next);

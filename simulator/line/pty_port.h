@@ -16,8 +16,8 @@ class PtyPort : public Port {
   /// Without a link where `link` is empty. Throws std::system_error.
   explicit PtyPort(const std::filesystem::path& link);
 
-  /// Whether this tty is one that a PtyPort of any process offers.
-  static bool isOffered(const std::filesystem::path& tty);
+  /// Whether a PtyPort of any process offers this tty by this link.
+  static bool isOffered(const std::filesystem::path& tty, const std::filesystem::path& link);
 
   /// The tty that clients are to open now. May be called from any thread.
   std::string path() const;
@@ -34,7 +34,7 @@ class PtyPort : public Port {
   /// Raw from the start. The tty stays open, so that a client that closes it is not seen as a
   /// hang-up, which would make every poll return at once.
   struct Pty {
-    Pty();
+    explicit Pty(const std::filesystem::path& link);
     OwnedDescriptor master;
     std::string path;
     OwnedDescriptor tty;
@@ -42,6 +42,7 @@ class PtyPort : public Port {
 
   void waitUntilRead() const;
 
+  const std::filesystem::path linkPath_;
   mutable std::mutex mutex_;  ///< guards pty_.path
   Pty pty_;
   StableLink link_;

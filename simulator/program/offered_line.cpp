@@ -40,7 +40,7 @@ void requireFreeLink(const fs::path& link) {
     return;
   }
   // An orb-sim that was killed has left its link; any process may have got its tty's number since.
-  if (target.parent_path() == "/dev/pts" && !PtyPort::isOffered(target)) {
+  if (target.parent_path() == "/dev/pts" && !PtyPort::isOffered(target, link)) {
     return;
   }
   throw Failure("--link: " + link.string() + " points to " + target.string() +

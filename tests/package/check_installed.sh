@@ -38,6 +38,6 @@ done
 [ "$("$prefix/bin/orb-sim" run -- "$work/deadline")" = \
   "KernelVersion 1.0.12: ODMVersion 1.2.0: Revision 2024.3.15" ]
 [ "$("$prefix/bin/orb-sim" run --silent -- "$work/deadline" || true)" = \
-  "getInfo did not return in time; no byte came on the line" ]
+  "getInfo did not return in time; no byte arrives on the line" ]
 [ "$("$prefix/bin/orbctl" --simulate get elevation-limit)" = "5 degrees" ]
 echo "clients of the installed package run"

@@ -251,7 +251,7 @@ TEST(SupervisedOnSilentLine, ReturnsAtItsDeadline) {
   const auto& call = orbSupervisedController::lastCall();
   EXPECT_EQ(call.ending, Ending::DeadlineMissed);
   EXPECT_EQ(call.line, Line::Silent);
-  EXPECT_EQ(call.problem, "getElevationLimit did not return in time; no byte came on the line");
+  EXPECT_EQ(call.problem, "getElevationLimit did not return in time; no byte arrives on the line");
   EXPECT_EQ(worker(), 0);
 }
 

@@ -131,10 +131,13 @@ orb-sim: other users' programs need rights to read and write {tty_path}
             process.wait()
         self.assertTrue(os.path.lexists(self.link))
         with contextlib.ExitStack() as stack:
-            others = pty.openpty()  # which may have got its number meanwhile
+            # Its number may have gone to any other program meanwhile, another orb-sim included.
+            others = pty.openpty()
             for descriptor in others:
                 stack.callback(os.close, descriptor)
-            for target in ("/dev/pts/no-more", os.ttyname(others[1])):
+            other = self.folder / "other"
+            stack.enter_context(self.offered_line("serve", other))
+            for target in ("/dev/pts/no-more", os.ttyname(others[1]), os.readlink(other)):
                 self.link.unlink(missing_ok=True)
                 self.link.symlink_to(target)
                 with self.offered_line("serve", self.link) as (process, _):
