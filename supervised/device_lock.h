@@ -32,7 +32,7 @@ class DeviceLock {
   /// Why the line is not protected.
   const std::string& problem() const { return problem_; }
 
-  /// Where the file stands, where it stands.
+  /// The path of the file, which is there while somebody holds the lock.
   static const std::string& path();
 
   /// Removes the file where it holds the id of `process`, which has been killed.

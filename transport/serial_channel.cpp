@@ -20,10 +20,13 @@ constexpr unsigned long kReadSize = 1024;
 void complain(const char* text) { orb::standardError() << text << std::endl; }
 
 // Programs that this one starts do not inherit the device, nor does it keep the number of a closed
-// standard stream: what is printed would go to the receiver. -1, for no device, stays -1.
+// standard stream: what is printed would go to the receiver.
 int keepPrivate(int descriptor) {
   if (descriptor > STDERR_FILENO) {
     ::fcntl(descriptor, F_SETFD, FD_CLOEXEC);
+    return descriptor;
+  }
+  if (descriptor < 0) {
     return descriptor;
   }
   const int moved = ::fcntl(descriptor, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);

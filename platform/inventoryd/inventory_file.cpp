@@ -35,7 +35,7 @@ std::string textAt(TableReader& table, std::string_view key) {
 
 std::string deviceNameAt(TableReader& module, std::string_view key) {
   const std::string name = textAt(module, key);
-  if (name.starts_with('/')) {
+  if (name.find('/') != std::string::npos || name == "." || name == "..") {
     module.refuse(key, "is " + inQuotes(name) + "; it has to be a name below /dev, not a path");
   }
   return name;

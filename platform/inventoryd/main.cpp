@@ -2,9 +2,11 @@
 #include <systemd/sd-daemon.h>
 
 #include <CLI/CLI.hpp>
+#include <cerrno>
 #include <exception>
 #include <iostream>
 #include <string>
+#include <utility>
 
 #include "base/man_page.h"
 #include "dbus/sd_bus_handles.h"
@@ -28,7 +30,35 @@ int onBusGone(sd_bus_message* /*signal*/, void* event, sd_bus_error* /*error*/) 
   return sd_event_exit(static_cast<sd_event*>(event), EXIT_SUCCESS);
 }
 
-orb::EventHandle makeEventLoop() {
+/// What is offered, and the file that it comes from.
+struct Offer {
+  std::string path;
+  Inventory inventory;
+};
+
+void printProblems(const InventoryFile& file) {
+  for (const std::string& problem : file.problems) {
+    std::cerr << problem << '\n';
+  }
+}
+
+int onReload(sd_event_source* /*source*/, const signalfd_siginfo* /*signal*/, void* data) {
+  try {
+    auto& offer = *static_cast<Offer*>(data);
+    InventoryFile file = orb::inventory::readInventoryFile(offer.path);
+    printProblems(file);
+    if (!file.problems.empty()) {
+      std::cerr << kProgram << ": the inventory stays as it was\n";
+    } else {
+      offer.inventory = std::move(file.inventory);
+    }
+    return 0;
+  } catch (const std::exception&) {
+    return -ENOMEM;
+  }
+}
+
+orb::EventHandle makeEventLoop(Offer& offer) {
   sd_event* event = nullptr;
   checkBus(sd_event_new(&event), "cannot make an event loop");
   orb::EventHandle loop(event);
@@ -38,6 +68,8 @@ orb::EventHandle makeEventLoop() {
       "cannot handle SIGTERM");
   checkBus(sd_event_add_signal(event, nullptr, SIGINT | SD_EVENT_SIGNAL_PROCMASK, nullptr, nullptr),
            "cannot handle SIGINT");
+  checkBus(sd_event_add_signal(event, nullptr, SIGHUP | SD_EVENT_SIGNAL_PROCMASK, onReload, &offer),
+           "cannot handle SIGHUP");
   return loop;
 }
 
@@ -54,10 +86,10 @@ orb::BusHandle connect(sd_event* event) {
   return bus;
 }
 
-int serve(const Inventory& inventory) {
-  const orb::EventHandle event = makeEventLoop();
+int serve(Offer offer) {
+  const orb::EventHandle event = makeEventLoop(offer);
   const orb::BusHandle bus = connect(event.get());
-  const InventoryService service(bus.get(), inventory);
+  const InventoryService service(bus.get(), offer.inventory);
   sd_notify(0, "READY=1");
   const int result = sd_event_loop(event.get());
   sd_notify(0, "STOPPING=1");
@@ -66,25 +98,30 @@ int serve(const Inventory& inventory) {
 }
 
 int run(const std::string& path, bool onlyCheck) {
-  const InventoryFile file = orb::inventory::readInventoryFile(path);
-  for (const std::string& problem : file.problems) {
-    std::cerr << problem << '\n';
-  }
+  InventoryFile file = orb::inventory::readInventoryFile(path);
+  printProblems(file);
   if (!file.problems.empty()) {
     return kExitFailure;
   }
   if (onlyCheck) {
     const std::size_t count = file.inventory.size();
     std::cout << path << ": correct, " << count << (count == 1 ? " module" : " modules") << '\n';
+    if (count == 0) {
+      std::cerr << path << ": warning: without a module, no receiver is looked for\n";
+    }
     return EXIT_SUCCESS;
   }
-  return serve(file.inventory);
+  return serve({path, std::move(file.inventory)});
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
-  CLI::App app("Offers the inventory of this device on the system bus, from a file.", kProgram);
+  CLI::App app(
+      "Offers the inventory of this device on the system bus, from a file.\n\n"
+      "On SIGHUP it reads the file anew; where that is wrong, it says so and goes on with what\n"
+      "it has.",
+      kProgram);
   std::string configPath = kDefaultConfig;
   std::string checkedPath;
   auto* config = app.add_option("--config", configPath, "Inventory to offer")

@@ -7,7 +7,7 @@
 namespace orb::test {
 namespace {
 
-// Not through the virtual table, so that a recording driver takes down what they call.
+// Not through the virtual table, so that a recording driver records what they call.
 Call setSystem(unsigned short mask) {
   return [=](auto& driver) { return Outcome(driver.Driver::setGnssSystem(mask)); };
 }

@@ -9,7 +9,7 @@ namespace {
 
 using Steps = std::vector<std::string>;
 
-/// Takes down each step of a sequence instead of taking it.
+/// Records each step of a sequence instead of taking it.
 class StepsTakenDown : public RecordingDriver {
  public:
   unsigned int gpsObtSetFactoryDefaults() override { return note("gpsObtSetFactoryDefaults"); }

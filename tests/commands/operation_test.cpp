@@ -41,7 +41,7 @@ std::string waitEvent(std::chrono::nanoseconds time) {
                            : "wait " + std::to_string(time / 1ns) + " ns";
 }
 
-// Takes down an event of the thread that calls the driver; the line's own thread is not watched.
+// Records an event of the thread that calls the driver; the line's own thread is not watched.
 thread_local std::function<void(const std::string&)> noteEvent;
 
 }  // namespace

@@ -40,7 +40,7 @@ std::ostream& operator<<(std::ostream& out, const Observed& observed);
 std::vector<std::string> lineOf(const Setting& row, const std::string& packet);
 
 /// A test of a driver whose calls are watched as a whole. Nothing is waited out: the driver's own
-/// waits are taken down and end at once, and time-outs end when the test lets them.
+/// waits are recorded and end at once, and time-outs end when the test lets them.
 ///
 /// The receiver answers what the test's script says, and else nothing at all.
 class OperationTest : public ReceiverTest {

@@ -7,7 +7,7 @@
 namespace orb::test {
 namespace {
 
-/// Takes down how the mode is set and read.
+/// Records how the mode is set and read.
 class ModeTakenDown : public StampedDriver {
  public:
   unsigned int gpsOrb1ppsOutputMode(unsigned int mode, unsigned int alignSource) override {

@@ -3,7 +3,7 @@
 namespace orb::test {
 namespace {
 
-/// Operations in random order, on a receiver that keeps its settings. Plain data keeps them here.
+/// Operations in random order, on a receiver that keeps its settings: here, a plain structure.
 class Sequence : public OperationTest, public testing::WithParamInterface<unsigned int> {
  protected:
   Sequence() { connectReceiver(); }

@@ -38,7 +38,7 @@ constexpr const char* kHoldPosition =
     "A0 A1 00 1F 54 02 00 00 0E 10 12 34 56 78 40 48 10 00 00 00 00 00 C0 27 00 00 00 00 00 00 "
     "C2 02 10 00 00 6F 0D 0A";
 
-// Not through the virtual table, so that a recording driver takes down what they call.
+// Not through the virtual table, so that a recording driver records what they call.
 Call setStatic(double latitude, double longitude, double altitude, double stdDev) {
   return [=](auto& driver) {
     return Outcome(driver.Driver::setSurveyStatic(latitude, longitude, altitude, stdDev));
@@ -54,8 +54,8 @@ const Call kHold = setStatic(48.125, -11.5, -32.515625, 1);
 const Call kSurvey = setAuto(0x00010203, 30);
 const Call kNavigate = [](auto& driver) { return Outcome(driver.Driver::setSurveyDynamic()); };
 
-/// Takes down the steps of a setting.
-class SurveyTakenDown : public RecordingDriver {
+/// Records the steps of a setting.
+class RecordedSurvey : public RecordingDriver {
  public:
   using StampedDriver::gpsObtGetTimeMode;
 
@@ -157,7 +157,7 @@ TEST_P(SurveySetter, AddsUpWhatItsSettingAndItsReadBackThroughTheInterfaceComeTo
     }
     for (const unsigned int readBack : {0U, 4U, 64U}) {
       for (const std::string mode : {setter().name, ""}) {
-        SurveyTakenDown driver;
+        RecordedSurvey driver;
         driver.readBack = mode;
         driver.resultOf = [=](std::size_t) { return readBack; };
         const Observed observed = observe(driver, setter().call);
@@ -288,7 +288,7 @@ TEST_F(Survey, ModeIsLeftAloneForAnyOtherNameAfterOneQuery) {
 // The steps go through the virtual members.
 
 TEST_F(Survey, ModeByNameCallsTheSetterWithWhatTheReceiverHas) {
-  SurveyTakenDown driver;
+  RecordedSurvey driver;
   driver.resultOf = [](std::size_t n) { return 70 + static_cast<unsigned int>(n); };
   EXPECT_EQ(driver.Driver::setSurveyMode("Auto"), 72u);
   EXPECT_EQ(driver.Driver::setSurveyMode("Static"), 74u);
@@ -303,7 +303,7 @@ TEST_F(Survey, ModeByNameCallsTheSetterWithWhatTheReceiverHas) {
 }
 
 TEST_F(Survey, AutoWithoutArgumentsCallsTheOtherWithThreeHoursAndAMetre) {
-  SurveyTakenDown driver;
+  RecordedSurvey driver;
   driver.resultOf = [](std::size_t) { return 71U; };
   EXPECT_EQ(driver.Driver::setSurveyAuto(), 71u);
   EXPECT_EQ(driver.calls, std::vector<std::string>{"setSurveyAuto(10800, 1)"});
@@ -311,7 +311,7 @@ TEST_F(Survey, AutoWithoutArgumentsCallsTheOtherWithThreeHoursAndAMetre) {
 
 TEST_F(Survey, AnyFailureOfTheQueryIsARejectionWithNothingSent) {
   connectReceiver();
-  SurveyTakenDown driver;
+  RecordedSurvey driver;
   std::vector<Call> setters = {kHold, kSurvey, kNavigate};
   for (const char* name : {"AUTO", "STATIC", "DYNAMIC", "MANUAL"}) {
     setters.push_back(setMode(name));
@@ -326,7 +326,7 @@ TEST_F(Survey, AnyFailureOfTheQueryIsARejectionWithNothingSent) {
 }
 
 TEST_F(Survey, InfoHasTheLowByteOfTheTimingMode) {
-  SurveyTakenDown driver;
+  RecordedSurvey driver;
   unsigned char mode = 0;
   double numbers[4] = {};
   unsigned int surveyLength = 0;
@@ -338,7 +338,7 @@ TEST_F(Survey, InfoHasTheLowByteOfTheTimingMode) {
 }
 
 TEST_F(Survey, ModeIsReadWithoutTheTimeModeQuery) {
-  SurveyTakenDown driver;
+  RecordedSurvey driver;
   connectReceiver();
   std::string mode;
   const auto read = [&](auto& any) { return Outcome(any.Driver::getSurveyMode(mode)); };

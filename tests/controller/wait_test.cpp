@@ -41,7 +41,7 @@ class Wait : public testing::Test {
  protected:
   ~Wait() override { pretendToSleep = nullptr; }
 
-  /// From now on each sleep is taken down and ends with `error`; 0 for none.
+  /// From now on each sleep is recorded and ends with `error`; 0 for none.
   void endSleepsWith(int error) {
     pretendToSleep = [this, error](nanoseconds duration, timespec*) {
       slept_.push_back(duration);

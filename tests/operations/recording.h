@@ -10,11 +10,11 @@
 
 namespace orb::test {
 
-/// A controller that takes down which operation was called, with which arguments, as a text such
+/// A controller that records which operation was called, with which arguments, as a text such
 /// as "setGnssSystem(3, true)". Output arguments are shown as they come in, and leave changed.
 ///
 /// Of an operation of `Base`, a test calls the original by its qualified name; what that calls
-/// through virtual members is taken down.
+/// through virtual members is recorded.
 template <typename Base>
 class Recording : public Base {
  public:

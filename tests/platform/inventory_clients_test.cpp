@@ -1,6 +1,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <signal.h>
 #include <systemd/sd-bus.h>
+#include <unistd.h>
 
 #include "orb-platform/orb-platform.h"
 #include "private_bus.h"
@@ -10,6 +12,7 @@ namespace orb::test {
 namespace {
 
 using ::testing::ElementsAre;
+using ::testing::EndsWith;
 using ::testing::IsEmpty;
 
 constexpr char kTwoModules[] = R"(
@@ -55,6 +58,27 @@ class InventoryClients : public ::testing::Test {
   InventoryService inventory_{bus_, kTwoModules};
   GDBusModuleResourcesClient client_;
 };
+
+TEST_F(InventoryClients, SeeTheFileAsItWasWhenTheServiceLastReadItWell) {
+  const auto reload = [&](const char* toml) {
+    fill(bus_.folder() / "inventory.toml", toml);
+    ::kill(inventory_.process().pid(), SIGHUP);
+  };
+  const auto waitFor = [](auto condition) {
+    for (int looks = 0; !condition() && looks < 3000; ++looks) {
+      ::usleep(10'000);
+    }
+  };
+  GDBusSystemInventoryClient client;
+  reload("[[module]]\nlocation = 7\n");
+  waitFor([&] { return client.GetModuleLocations().size() == 1; });
+  EXPECT_THAT(client.GetModuleLocations(), ElementsAre(7));
+  reload("module = 8\n");
+  waitFor([&] { return !inventory_.process().output().empty(); });
+  EXPECT_THAT(inventory_.process().output(),
+              EndsWith("orb-inventoryd: the inventory stays as it was\n"));
+  EXPECT_THAT(client.GetModuleLocations(), ElementsAre(7));
+}
 
 TEST_F(InventoryClients, ListTheLocationsInAscendingOrder) {
   GDBusSystemInventoryClient client;

@@ -103,6 +103,10 @@ TEST(InventoryFile, IsRefusedWithTheLineOfEachProblem) {
       {module + "i2c-bus = 3\n", {"f:3: \"i2c-bus\" is an integer; it has to be a text in quotes"}},
       {module + "i2c-bus = '/dev/i2c-3'\n",
        {"f:3: \"i2c-bus\" is \"/dev/i2c-3\"; it has to be a name below /dev, not a path"}},
+      {module + "i2c-bus = 'i2c/3'\n",
+       {"f:3: \"i2c-bus\" is \"i2c/3\"; it has to be a name below /dev, not a path"}},
+      {module + "spi-device = '..'\n",
+       {"f:3: \"spi-device\" is \"..\"; it has to be a name below /dev, not a path"}},
       {module + "spi-device = true\n",
        {"f:3: \"spi-device\" is true or false; it has to be a text in quotes"}},
       // BARs.

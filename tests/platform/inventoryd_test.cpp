@@ -77,6 +77,13 @@ TEST_F(Inventoryd, ChecksAFile) {
   EXPECT_EQ(output(), file + ": correct, 1 module\n");
 }
 
+TEST_F(Inventoryd, WarnsOfAnEmptyFile) {
+  const std::string file = write("");
+  EXPECT_EQ(run({"--check", file}), 0);
+  EXPECT_EQ(output(), file + ": correct, 0 modules\n" + file +
+                          ": warning: without a module, no receiver is looked for\n");
+}
+
 TEST_F(Inventoryd, ChecksItsExample) {
   EXPECT_EQ(run({"--check", ORB_INVENTORY_EXAMPLE}), 0);
   EXPECT_EQ(output(), ORB_INVENTORY_EXAMPLE ": correct, 1 module\n");

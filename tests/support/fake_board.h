@@ -48,7 +48,7 @@ class FakeBoard {
   /// The call that fails with BoardFailure; empty for none.
   std::string failingCall;
 
-  /// Takes down a call; throws if it is the failing one.
+  /// Records a call; throws if it is the failing one.
   void called(const std::string& call);
 
   /// The module at a location; an empty one where there is none.
