@@ -39,6 +39,7 @@ void append(std::string& replies, const ORBMessage& message) {
 }  // namespace
 
 unsigned int Receiver::exchangeRaw(std::string payload, std::string& replies) {
+  replies.clear();
   orbIO line;
   ORBMessage message = messageFrom(payload);
   if (line.SendMessage(&message) != 0) {

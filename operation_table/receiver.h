@@ -26,9 +26,10 @@ class Receiver {
     return *driver_;
   }
 
-  /// Sends `payload` (id, sub-id where there is one, and body) and appends to `replies` each packet
-  /// that comes within two seconds, its length in two bytes before it; a reply that is no
-  /// acknowledgement ends the wait. Returns 0, 4 where none comes, or 8 where it could not be sent.
+  /// Sends `payload` (id, sub-id where there is one, and body) and puts into `replies` each packet
+  /// that comes within two seconds, its length in two bytes before it; a reply that is neither an
+  /// acknowledgement nor navigation data ends the wait. Returns 0, 4 where none comes, or 8 where
+  /// it could not be sent.
   unsigned int exchangeRaw(std::string payload, std::string& replies);
 
  private:

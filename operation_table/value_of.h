@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cmath>
+#include <limits>
 #include <stdexcept>
 #include <string>
 #include <type_traits>
@@ -38,6 +40,11 @@ T fromValue(const Value& value) {
       }
       return static_cast<T>(*held);
     } else {
+      if constexpr (std::is_same_v<T, float>) {
+        if (std::abs(*held) > std::numeric_limits<float>::max() && std::isfinite(*held)) {
+          throw std::invalid_argument("an argument that is too large or too small for its type");
+        }
+      }
       return static_cast<T>(*held);
     }
   }

@@ -57,8 +57,8 @@ Value valueFrom(const Argument& argument, const std::string& text) {
   }
   double number = 0;
   const char* const end = text.data() + text.size();
-  if (std::from_chars(text.data(), end, number).ptr != end || text.empty() ||
-      !isWithin(argument, number)) {
+  const auto [last, error] = std::from_chars(text.data(), end, number);
+  if (error != std::errc() || last != end || !isWithin(argument, number)) {
     throw notWithin(argument.name, rangeOf(argument), given);
   }
   if (argument.type == Argument::Type::Number) {

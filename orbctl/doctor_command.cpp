@@ -60,8 +60,11 @@ Finding lookAtNode() {
 std::vector<fs::path> filesOf(const fs::path& process) {
   std::vector<fs::path> files;
   std::error_code error;
-  for (const auto& descriptor : fs::directory_iterator(process / "fd", error)) {
-    files.push_back(fs::read_symlink(descriptor.path(), error));
+  // A process may end meanwhile, and its folder with it.
+  for (fs::directory_iterator it(process / "fd", error); !error && it != fs::directory_iterator();
+       it.increment(error)) {
+    std::error_code ignored;
+    files.push_back(fs::read_symlink(it->path(), ignored));
   }
   return files;
 }
@@ -149,6 +152,11 @@ Finding lookAtLine(const LineReport& line, const std::optional<Finding>& receive
               found + "; a receiver with the output none is silent until it is asked",
               {}};
     case LineReport::State::Garbage:
+      if (receiver && receiver->state == Good) {
+        return {Note, "line",
+                "bytes arrive that are neither text nor packets, but the receiver answers: noise",
+                "check cable and shielding; the speed is right"};
+      }
       return {
           Bad, "line", found,
           fmt::format("set the tty to the receiver's speed: stty -F {} 115200 (or 9600)", kDevice),
@@ -257,8 +265,9 @@ class Findings {
 void lookAtTraffic(Session& session, bool isFitted, Findings& findings) {
   const LineReport line = session.listen();
   std::optional<Finding> receiver;
-  // Whether silence is a fault, the receiver's answer tells.
-  if (line.state == LineReport::State::Silent && isFitted) {
+  // Whether silence or noise is a fault, the receiver's answer tells.
+  if ((line.state == LineReport::State::Silent || line.state == LineReport::State::Garbage) &&
+      isFitted) {
     receiver = lookAtReceiver(session);
   }
   findings.add(lookAtLine(line, receiver));

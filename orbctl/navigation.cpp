@@ -57,13 +57,13 @@ BinaryOutput::BinaryOutput(Session& session) : session_(session) {
     throw Failure(ExitStatus::NoReply, describe(line), "find out why with: orbctl doctor");
   }
   blockSignals();
+  before_ = line.state == LineReport::State::Text ? "NMEA" : "NO";
   try {
     session_.call("gpsObtSetMsgType", {std::string("BINARY")});
   } catch (...) {
-    ::pthread_sigmask(SIG_SETMASK, &signalsBefore_, nullptr);
+    restore();  // it may have been obeyed all the same
     throw;
   }
-  before_ = line.state == LineReport::State::Text ? "NMEA" : "NO";
 }
 
 void BinaryOutput::blockSignals() {
@@ -76,9 +76,12 @@ void BinaryOutput::blockSignals() {
 }
 
 BinaryOutput::~BinaryOutput() {
-  if (before_.empty()) {
-    return;
+  if (!before_.empty()) {
+    restore();
   }
+}
+
+void BinaryOutput::restore() {
   try {
     session_.call("gpsObtSetMsgType", {before_});
   } catch (const Failure& failure) {

@@ -22,6 +22,7 @@ class BinaryOutput {
 
  private:
   void blockSignals();
+  void restore();
 
   Session& session_;
   sigset_t signalsBefore_{};

@@ -23,7 +23,7 @@ namespace orb::ctl {
 namespace {
 
 constexpr std::chrono::milliseconds kDeadline{4000};
-constexpr std::chrono::seconds kBetweenReadings{1};
+constexpr std::chrono::milliseconds kBetweenReadings{1000};
 constexpr std::chrono::milliseconds kAtOnce{500};
 constexpr char kWaiting[] = "waiting";
 constexpr std::size_t kMostPositions = 600;

@@ -60,7 +60,8 @@ struct LockFile {
 /// A file that another user has made can be read at least, which is enough for flock().
 LockFile openFile(const std::string& path) {
   constexpr mode_t kEveryoneReads = 0644;
-  constexpr int kFlags = O_CLOEXEC | O_NOFOLLOW | O_NOCTTY;
+  // Whatever stands there, such as a FIFO, opening it waits for nobody.
+  constexpr int kFlags = O_CLOEXEC | O_NOFOLLOW | O_NOCTTY | O_NONBLOCK;
   LockFile file{
       OwnedDescriptor(::open(path.c_str(), O_RDWR | O_CREAT | O_EXCL | kFlags, kEveryoneReads)),
       true};
@@ -159,7 +160,8 @@ DeviceLock::Attempt DeviceLock::takeOver(const std::string& path) {
 
 void DeviceLock::removeLeftBy(pid_t process) {
   const std::string path = DeviceLock::path();
-  const OwnedDescriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NOCTTY));
+  const OwnedDescriptor file(
+      ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NOCTTY | O_NONBLOCK));
   if (!file.isOpen()) {
     return;
   }
@@ -170,6 +172,9 @@ void DeviceLock::removeLeftBy(pid_t process) {
         ::unlink(path.c_str());
       }
       return;
+    }
+    if (writtenIn(file.get()) != process) {
+      return;  // the next one has it already
     }
     std::this_thread::sleep_for(kLook);
   }

@@ -102,6 +102,9 @@ std::chrono::milliseconds Supervisor::ownLimit(const Operation& operation) const
 
 Transfer Supervisor::lockAndAsk(const Operation& operation, const std::vector<Value>& arguments,
                                 Deadline deadline, CallResponse& response, Call& call) {
+  if (worker_ && worker_->isOfParent()) {
+    worker_.reset();
+  }
   if (worker_) {
     worker_->announceRequest();
   }
@@ -151,7 +154,8 @@ Transfer Supervisor::ask(const Operation& operation, const std::vector<Value>& a
   const auto place = static_cast<std::size_t>(&operation - operations().data());
   try {
     const Transfer transfer = worker_->ask({place, arguments}, response, deadline);
-    worker_->hasLookedForReceiver |= operation.isOfFacade;
+    worker_->hasLookedForReceiver |=
+        operation.isOfFacade && response.kind == CallResponse::Kind::Returned;
     return transfer;
   } catch (const std::runtime_error&) {
     return Transfer::Closed;  // it sent what is no response

@@ -67,7 +67,7 @@ void continueAtEndOf(int pipe, pid_t process) {
 }
 
 Unreaped& unreaped() {
-  static Unreaped processes;
+  static auto& processes = *new Unreaped;  // for controllers that go after what is static here
   return processes;
 }
 
@@ -178,11 +178,10 @@ Transfer WorkerProcess::ask(const CallRequest& request, CallResponse& response, 
 }
 
 void WorkerProcess::end() {
-  unreaped().reap();
-  // In a child of fork(), the worker is its parent's.
-  if (process_ <= 0 || owner_ != ::getpid()) {
+  if (process_ <= 0 || isOfParent()) {
     return;
   }
+  unreaped().reap();
   ::kill(process_, SIGKILL);
   // A system call that does not end at once keeps a killed process: it is reaped later.
   int looks = 500;

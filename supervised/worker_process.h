@@ -33,6 +33,9 @@ class WorkerProcess {
   /// As end().
   ~WorkerProcess();
 
+  /// Whether this is a child of fork(): the worker is its parent's.
+  bool isOfParent() const { return owner_ != ::getpid(); }
+
   /// Has the process wake up for a request.
   void announceRequest();
 

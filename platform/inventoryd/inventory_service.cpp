@@ -2,7 +2,7 @@
 
 #include <cerrno>
 #include <cinttypes>
-#include <new>
+#include <exception>
 #include <stdexcept>
 
 #include "dbus/inventory_interface.h"
@@ -108,7 +108,7 @@ template <int (*kMethod)(sd_bus_message*, void*, sd_bus_error*)>
 int guarded(sd_bus_message* call, void* context, sd_bus_error* error) noexcept {
   try {
     return kMethod(call, context, error);
-  } catch (const std::bad_alloc&) {
+  } catch (const std::exception&) {
     return -ENOMEM;
   }
 }

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 #include <sys/file.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -92,6 +93,13 @@ TEST_F(DeviceLockTest, TakesOverAFileWithoutAProcess) {
     fill(file_, content);
     EXPECT_EQ(DeviceLock().acquire(soon()), State::Held) << content;
   }
+}
+
+TEST_F(DeviceLockTest, WaitsForNobodyWhereAFifoStandsInItsPlace) {
+  ASSERT_EQ(::mkfifo(file_.c_str(), 0644), 0);
+  DeviceLock::removeLeftBy(::getppid());
+  DeviceLock lock;
+  EXPECT_EQ(lock.acquire(soon()), State::Unprotected);
 }
 
 TEST_F(DeviceLockTest, SaysWhyTheLineIsNotProtected) {

@@ -184,9 +184,10 @@ TEST(Operations, TakeAsLongAsThePageSays) {
   int compared = 0;
   for (const auto& [signature, row] : documented()) {
     const auto time = longestTimeOf(row.line);
-    const auto operation = std::find_if(
-        operations().begin(), operations().end(),
-        [&](const Operation& candidate) { return signatureOf(candidate) == signature; });
+    const auto operation = std::find_if(operations().begin(), operations().end(),
+                                        [&, &signature = signature](const Operation& candidate) {
+                                          return signatureOf(candidate) == signature;
+                                        });
     if (time && operation != operations().end()) {
       expectSame(operation->longest, *time, signature);
       ++compared;
