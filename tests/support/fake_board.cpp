@@ -54,9 +54,7 @@ using orb::test::noteEnd;
 
 GDBusSystemInventoryClient::GDBusSystemInventoryClient() { board().called("inventory client"); }
 
-GDBusSystemInventoryClient::~GDBusSystemInventoryClient() {
-  noteEnd("end of inventory client");
-}
+GDBusSystemInventoryClient::~GDBusSystemInventoryClient() { noteEnd("end of inventory client"); }
 
 std::vector<unsigned int> GDBusSystemInventoryClient::GetModuleLocations() {
   board().called("locations");
@@ -75,9 +73,7 @@ GDBusModuleResourcesClient::GDBusModuleResourcesClient() : impl_(std::make_share
   board().called("resources client");
 }
 
-GDBusModuleResourcesClient::~GDBusModuleResourcesClient() {
-  noteEnd("end of resources client");
-}
+GDBusModuleResourcesClient::~GDBusModuleResourcesClient() { noteEnd("end of resources client"); }
 
 void GDBusModuleResourcesClient::SetupDeviceAddress(unsigned int location) {
   board().called("address " + std::to_string(location));
