@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "faults/draw.h"
+#include "model/draw.h"
 #include "orb-sim/bytes.h"
 #include "orb-sim/faults.h"
 

@@ -1,9 +1,9 @@
 #include <algorithm>
 #include <utility>
 
-#include "faults/draw.h"
 #include "faults/outbox.h"
 #include "faults/pacer.h"
+#include "model/draw.h"
 #include "orb-sim/frame.h"
 #include "orb-sim/line_conditions.h"
 

@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "faults/draw.h"
+#include "model/draw.h"
 #include "orb-sim/faults.h"
 #include "orb-sim/frame.h"
 

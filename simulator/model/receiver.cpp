@@ -2,8 +2,10 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
 
 #include "model/commands.h"
+#include "model/draw.h"
 #include "model/navigation.h"
 #include "model/nmea_sentences.h"
 #include "model/solution.h"
@@ -121,8 +123,10 @@ Bytes Receiver::speak(milliseconds elapsed) {
 
 void Receiver::endEpoch() {
   sinceEpoch_ = milliseconds{0};
-  std::uniform_int_distribution<milliseconds::rep> jitter(0, state_.outputJitter.count());
-  milliseconds due = uptime_ + state_.outputDelay + milliseconds{jitter(jitter_)};
+  Draw draw(0, 0, epochs_);  // the same in each run
+  const milliseconds jitter{
+      draw.below(static_cast<std::uint64_t>(state_.outputJitter.count()) + 1)};
+  milliseconds due = uptime_ + state_.outputDelay + jitter;
   if (!outputs_.empty()) {
     due = std::max(due, outputs_.back().due);
   }

@@ -4,7 +4,6 @@
 #include <deque>
 #include <functional>
 #include <mutex>
-#include <random>
 #include <utility>
 
 #include "orb-sim/bytes.h"
@@ -92,7 +91,6 @@ class Receiver : public Device {
     Bytes bytes;
   };
   std::deque<Output> outputs_;
-  std::minstd_rand jitter_;
 };
 
 }  // namespace orb::sim
