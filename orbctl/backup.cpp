@@ -80,18 +80,22 @@ Json surveyFrom(const toml::table& table) {
   return survey;
 }
 
-/// Up to what a file may have.
-std::string standardInput() {
-  std::string text(std::size_t{1} << 20, '\0');
+/// As readTextFile() does of a file.
+std::optional<std::string> standardInput(ProblemList& problems) {
+  std::string text(kLongestText + 1, '\0');
   std::cin.read(text.data(), static_cast<std::streamsize>(text.size()));
   text.resize(static_cast<std::size_t>(std::cin.gcount()));
+  if (text.size() > kLongestText) {
+    problems.add(kTooLong);
+    return std::nullopt;
+  }
   return text;
 }
 
 toml::table tableIn(const std::string& file, const std::string& source) {
   ProblemList problems(source);
   const std::optional<std::string> text =
-      file == kStandardStream ? standardInput() : readTextFile(file, problems);
+      file == kStandardStream ? standardInput(problems) : readTextFile(file, problems);
   std::optional<toml::table> table = text ? parseToml(*text, problems) : std::nullopt;
   if (!table) {
     throw Failure(ExitStatus::WrongUse, problems.lines().front());

@@ -63,13 +63,13 @@ Transfer answer(const CallResponse& response) {
 
 /// Answers requests until there are no more.
 void serve() {
-  constexpr std::chrono::microseconds kAsleep{0};
   Receiver receiver;
   std::string bytes;
-  std::chrono::microseconds awake = kAsleep;
+  std::chrono::microseconds awake{0};
   while (receiveFrame(kWorkerSocket, bytes, kNoDeadline, awake) == Transfer::Done) {
-    awake = bytes == kAnnouncement ? kAwake : kAsleep;
-    if (awake == kAsleep && answer(perform(receiver, decodeRequest(bytes))) != Transfer::Done) {
+    const bool isAnnouncement = bytes == kAnnouncement;
+    awake = isAnnouncement ? kAwake : std::chrono::microseconds{0};
+    if (!isAnnouncement && answer(perform(receiver, decodeRequest(bytes))) != Transfer::Done) {
       return;
     }
   }

@@ -13,15 +13,13 @@
 namespace orb {
 namespace {
 
-constexpr std::size_t kMostBytes = std::size_t{1} << 20;
-
 /// A key of very many parts makes tables within tables that nothing can release: the stack ends
 /// before they do. The parser bounds arrays and tables within values, but not this.
 constexpr std::ptrdiff_t kMostDots = 256;
 
 /// The file's content; empty, with errno set, where it cannot be read.
 std::optional<std::string> contentOf(const OwnedDescriptor& file) {
-  std::string text(kMostBytes + 1, '\0');
+  std::string text(kLongestText + 1, '\0');
   std::size_t length = 0;
   ssize_t count = 1;
   while (count > 0) {
@@ -46,8 +44,8 @@ std::optional<std::string> readTextFile(const std::string& path, ProblemList& pr
   std::optional<std::string> text = isFound ? contentOf(file) : std::nullopt;
   if (!text) {
     problems.add("cannot read it: " + std::generic_category().message(errno));
-  } else if (text->size() > kMostBytes) {
-    problems.add("cannot read it: it has more than 1 MiB");
+  } else if (text->size() > kLongestText) {
+    problems.add(kTooLong);
     text.reset();
   }
   return text;

@@ -43,6 +43,8 @@ WRONG = [
     (["call", "setMinCno", "1"], "there is no operation 'setMinCno'", "did you mean setMinCNo?"),
     (["call", "setMinCNo"], "setMinCNo takes 1 arguments, not 0", "see: orbctl operations setMinCNo"),
     (["call", "setMinCNo", "41"], "minimum is 0 .. 40 dB-Hz, not '41'", "nothing was sent"),
+    (["call", "setAntennaDelay", "1e400"], "delay is -5000 .. 5000 ns, not '1e400'",
+     "nothing was sent"),
     (["restore", "missing.toml"], None, None),
     (["restore", "-"], "standard input has no table [settings]",
      "write one with: orbctl backup FILE"),
@@ -69,6 +71,11 @@ class CommandLine(OrbctlTest):
                     self.assertEqual(lines[0], "orbctl: " + text)
                 if hint is not None:
                     self.assertEqual(lines[-1], "orbctl: " + hint)
+
+    def test_refuses_more_on_standard_input_than_a_file_may_have(self):
+        text = "[settings]\nelevation-limit = 15\n" + 40000 * "# another comment, to fill a line\n"
+        result = self.run_program(ORBCTL, "restore", "-", input=text)
+        self.check(result, 2, "", "orbctl: standard input: cannot read it: it has more than 1 MiB\n")
 
     def test_tells_its_version(self):
         for word in "--version", "version":

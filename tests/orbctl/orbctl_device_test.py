@@ -116,6 +116,21 @@ message = "query-software-revision"
 target = "both"
 times = 1
 """
+NOISY = """
+[line]
+chatter-interval = "200ms"
+chatter = "\\u00E4\\u00F6\\u00FC"
+[receiver]
+output = "none"
+"""
+LOST_ANSWER = """
+[device]
+talks-from-the-start = true
+[[fault]]
+kind = "no-reply"
+message = "set-output-type"
+times = 1
+"""
 INTERFERENCE = """
 [receiver]
 interference-detection = true
@@ -171,6 +186,18 @@ class OnTheDevice(OrbctlTest):
         self.assertIn("ok    line       no byte arrives on the line unasked, and the receiver "
                       "answers when it is asked\n", result.stdout)
         self.assertTrue(result.stdout.endswith("All is well.\n"), result.stdout)
+
+    def test_takes_noise_for_noise_where_the_receiver_answers(self):
+        result = self.orbctl("doctor", device=self.scenario(NOISY))
+        self.assertEqual((result.returncode, result.stderr), (0, ""))
+        self.assertIn("note  line       bytes arrive that are neither text nor packets, but the "
+                      "receiver answers: noise\n", result.stdout)
+
+    def test_leaves_the_output_as_it_was_where_an_answer_is_lost(self):
+        result = self.shell(f"{ORBCTL} position; {ORBCTL} doctor | grep line",
+                            self.scenario(LOST_ANSWER))
+        self.assertIn("(gpsObtSetMsgType)", result.stderr)
+        self.assertIn("NMEA text is arriving", result.stdout)
 
     def test_says_in_words_how_much_interference_there_is(self):
         result = self.orbctl("interference", device=self.scenario(INTERFERENCE))

@@ -96,6 +96,15 @@ class Watch(OrbctlTest):
         self.type("q")
         self.check_end("status 0")
 
+    def test_waits_a_second_before_it_tries_again(self):
+        self.watch("", "--hardware-id 99999999-999")
+        self.wait_for_screen(WAITING + r"line          \d+ exchanges, [1-9]\d* failed\n[^$]*")
+        time.sleep(2)
+        [tries] = re.findall(r"(\d+) failed", self.tmux("capture-pane", "-p"))
+        self.assertLess(int(tries), 10)
+        self.type("q")
+        self.check_end("status 0")
+
     def test_does_not_wait_for_a_silent_line_at_the_end(self):
         self.watch(f"--deadline {LIMIT}", "--silent")
         self.wait_for_screen(STARTED)

@@ -102,6 +102,8 @@ TEST(SupervisedController, RefusesACallThatThereIsNot) {
   EXPECT_THROW(receiver.call("noSuchThing", arguments), std::invalid_argument);
   arguments = {std::string("2000")};
   EXPECT_THROW(receiver.call("gpsObtTimePulseConfigure", arguments), std::invalid_argument);
+  arguments = {3600LL, 1e300};  // no float is so large
+  EXPECT_THROW(receiver.call("setSurveyAuto", arguments), std::logic_error);
 }
 
 TEST(SupervisedController, DoesCallsOfSeveralThreadsOneAfterAnother) {
@@ -273,6 +275,13 @@ TEST(SupervisedOnSilentLine, WaitsForACallOfAnotherThreadNoLongerThanItsDeadline
   EXPECT_EQ(orbSupervisedController::lastCall().ending, Ending::LineHeld);
   signalWorker(SIGKILL);  // for the other to end
   other.join();
+}
+
+TEST(SupervisedOnSilentLine, TellsOfNoReplyToBytes) {
+  orbSupervisedController receiver(20s);
+  Values arguments = {std::string("\x10"), std::string("before")};
+  EXPECT_EQ(receiver.call("exchangeRaw", arguments), orbSupervisedController::Value(4LL));
+  EXPECT_EQ(arguments[1], orbSupervisedController::Value(std::string()));
 }
 
 TEST(SupervisedOnSilentLine, TellsOfNoReceiver) {
