@@ -39,7 +39,7 @@ unsigned int orbController_QN4470T01::gpsObtGnssConfigure(unsigned short mask) {
   const unsigned short wanted = toReceiverMask(mask);
   unsigned short kept = 0;
   return exchange().configure(
-      Command(message::kConfigureConstellations).u16(wanted).u8(attribute_), milliseconds(100),
+      Command(message::kSetConstellations).u16(wanted).u8(attribute_), milliseconds(100),
       [&] { return gpsObtGetGnssConfigure(kept); }, [&] { return kept == wanted; });
 }
 
@@ -72,7 +72,7 @@ unsigned int orbController_QN4470T01::gpsObtGetSbasConfigure(bool& enabled) {
 unsigned int orbController_QN4470T01::gpsObtSbasConfigure(bool enable) {
   bool kept = false;
   return exchange().configure(
-      Command(message::kConfigureSbas).u8(enable).u8(1).u8(8).u8(1).u8(3).u8(7).u8(attribute_),
+      Command(message::kSetSbas).u8(enable).u8(1).u8(8).u8(1).u8(3).u8(7).u8(attribute_),
       milliseconds(100), [&] { return gpsObtGetSbasConfigure(kept); },
       [&] { return kept == enable; });
 }
@@ -87,7 +87,7 @@ unsigned int orbController_QN4470T01::gpsObtGetQzssConfigure(bool& enabled) {
 unsigned int orbController_QN4470T01::gpsObtQzssConfigure(bool enable) {
   bool kept = false;
   return exchange().configure(
-      Command(message::kConfigureQzss).u8(enable).u8(3).u8(attribute_), milliseconds(100),
+      Command(message::kSetQzss).u8(enable).u8(3).u8(attribute_), milliseconds(100),
       [&] { return gpsObtGetQzssConfigure(kept); }, [&] { return kept == enable; });
 }
 
@@ -102,6 +102,6 @@ unsigned int orbController_QN4470T01::gpsObtL2BandConfigure(bool enable) {
   }
   bool kept = false;
   return exchange().configure(
-      Command(message::kConfigureSecondBand).u8(enable).u8(attribute_), milliseconds(50),
+      Command(message::kSetSecondBand).u8(enable).u8(attribute_), milliseconds(50),
       [&] { return gpsObtGetL2BandConfigure(kept); }, [&] { return kept == enable; });
 }

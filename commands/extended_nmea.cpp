@@ -15,14 +15,14 @@ constexpr unsigned int kUnusedIntervals = 5;
 }  // namespace
 
 unsigned int orbController_QN4470T01::gpsObtGetNmeaExtendedConfigure(unsigned int& interval) {
-  return exchange().query(Command(message::kQueryExtendedNmea),
+  return exchange().query(Command(message::kQueryNmeaIntervals),
                           [&](const Reply& reply) { interval = reply.u8(2); });
 }
 
 unsigned int orbController_QN4470T01::gpsObtNmeaExtendedConfigure(unsigned int interval) {
   unsigned int kept = 0;
   return exchange().configure(
-      Command(message::kConfigureExtendedNmea)
+      Command(message::kSetNmeaIntervals)
           .repeated(kSentences, interval)
           .repeated(kUnusedIntervals, 0)
           .u8(attribute_),

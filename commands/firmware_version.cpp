@@ -39,7 +39,7 @@ int revisionDigits(const Reply& reply) {
 }  // namespace
 
 unsigned int orbController_QN4470T01::gpsObtGetFwVersion(std::string& info) {
-  return exchange().query(Command(message::kQueryRevision), [&](const Reply& reply) {
+  return exchange().query(Command(message::kQuerySoftwareRevision), [&](const Reply& reply) {
     kernelVersion = version(reply, kKernelVersion);
     odmVersion = version(reply, kOdmVersion);
     revision = revisionDate(reply);
@@ -57,7 +57,7 @@ unsigned int orbController_QN4470T01::getInfo(std::string& info) {
 
 unsigned int orbController_QN4470T01::gpsOrbGetFwVersion(std::string& kernel, std::string& odm,
                                                          std::string& rev) {
-  return exchange().query(Command(message::kQueryRevision), [&](const Reply& reply) {
+  return exchange().query(Command(message::kQuerySoftwareRevision), [&](const Reply& reply) {
     kernel = "KernelVersion: " + version(reply, kKernelVersion);
     odm = "ODMVersion: " + version(reply, kOdmVersion);
     rev = "Revision: " + revisionDate(reply);

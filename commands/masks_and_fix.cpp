@@ -64,7 +64,7 @@ unsigned int orbController_QN4470T01::gpsObtFixNavConfigure(std::string first, s
   std::string keptFirst;
   std::string keptSecond;
   return exchange().configure(
-      Command(message::kConfigureFixMask).u8(fixByte(first)).u8(fixByte(second)).u8(attribute_),
+      Command(message::kSetFixMask).u8(fixByte(first)).u8(fixByte(second)).u8(attribute_),
       CommandExchange::kAtOnce, [&] { return gpsObtGetFixNavConfigure(keptFirst, keptSecond); },
       [&] { return keptFirst == first && keptSecond == second; });
 }
@@ -98,7 +98,7 @@ unsigned int orbController_QN4470T01::gpsObtDopConfigure() {
   unsigned int second = 0;
   unsigned int third = 0;
   return exchange().configure(
-      Command(message::kConfigureDopMask)
+      Command(message::kSetDopMask)
           .u8(kDopMaskMode)
           .u16(kDopLimit)
           .u16(kDopLimit)
@@ -125,7 +125,7 @@ unsigned int orbController_QN4470T01::gpsObtElevConfigure(unsigned int mode, uns
                                                           unsigned int cnr) {
   ElevationCnrMasks kept;
   return exchange().configure(
-      Command(message::kConfigureElevationCnrMask).u8(mode).u8(elevation).u8(cnr).u8(attribute_),
+      Command(message::kSetElevationCnrMask).u8(mode).u8(elevation).u8(cnr).u8(attribute_),
       CommandExchange::kAtOnce, [&] { return readMasks(*this, kept); },
       [&] { return kept.mode == mode && kept.elevation == elevation && kept.cnr == cnr; });
 }

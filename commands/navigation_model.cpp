@@ -38,7 +38,7 @@ unsigned int orbController_QN4470T01::gpsOrbGetJamDetectConfig(bool& control,
                                                                unsigned char& status) {
   control = false;
   status = 0;
-  return exchange().query(Command(message::kQueryInterference), [&](const Reply& reply) {
+  return exchange().query(Command(message::kQueryInterferenceDetection), [&](const Reply& reply) {
     control = (reply.u8(2) & 1) != 0;
     status = reply.u8(3);
     std::printf("control: %d nJamStatus %d\n", control, status);
@@ -50,7 +50,7 @@ unsigned int orbController_QN4470T01::gpsObtJamDetectConfig(bool enable) {
   unsigned char status = 0;
   // The message has two body bytes: the attribute byte falls on the checksum and is not sent.
   return exchange().configure(
-      Command(message::kConfigureInterference).u8(enable).u8(0).u8(attribute_),
+      Command(message::kSetInterferenceDetection).u8(enable).u8(0).u8(attribute_),
       CommandExchange::kAtOnce, [&] { return gpsOrbGetJamDetectConfig(kept, status); },
       [&] { return kept == enable; });
 }
@@ -77,7 +77,7 @@ unsigned int orbController_QN4470T01::gpsObtChangeDynamicMode(obt_DynamicState_t
   const unsigned char wanted = navigationMode(model);
   obt_DynamicState_t kept = 0;
   return exchange().configure(
-      Command(message::kConfigureNavigationMode).u8(wanted).u8(attribute_), milliseconds(100),
+      Command(message::kSetNavigationMode).u8(wanted).u8(attribute_), milliseconds(100),
       [&] { return gpsObtGetChangeDynamicMode(kept); }, [&] { return kept == wanted; });
 }
 

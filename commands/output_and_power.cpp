@@ -79,16 +79,15 @@ unsigned int orbController_QN4470T01::gpsOrbGetCfgRate(unsigned char& rate) {
 unsigned int orbController_QN4470T01::gpsObtSetCfgRate(unsigned char rate) {
   unsigned char kept = 0;
   const unsigned int result = exchange().configure(
-      Command(message::kConfigureUpdateRate).u8(rate).u8(attribute_), milliseconds(800),
+      Command(message::kSetUpdateRate).u8(rate).u8(attribute_), milliseconds(800),
       [&] { return gpsOrbGetCfgRate(kept); }, [&] { return kept == rate; });
   std::printf("applyUpdateRate:%d nUpdateRate:%d\n", rate, kept);
   return result;
 }
 
 unsigned int orbController_QN4470T01::gpsObtSetMsgType(std::string type) {
-  return exchange().query(
-      Command(message::kSelectOutputType).u8(outputTypeByte(type)).u8(attribute_),
-      [](const Reply& /*acknowledgement*/) {});
+  return exchange().query(Command(message::kSetOutputType).u8(outputTypeByte(type)).u8(attribute_),
+                          [](const Reply& /*acknowledgement*/) {});
 }
 
 unsigned int orbController_QN4470T01::gpsObtGetNavMsg(unsigned char& interval) {
@@ -97,8 +96,7 @@ unsigned int orbController_QN4470T01::gpsObtGetNavMsg(unsigned char& interval) {
 }
 
 unsigned int orbController_QN4470T01::gpsObtNavMsgConfigure(unsigned char interval) {
-  return exchange().send(
-      Command(message::kConfigureNavigationInterval).u8(interval).u8(attribute_));
+  return exchange().send(Command(message::kSetNavigationInterval).u8(interval).u8(attribute_));
 }
 
 unsigned int orbController_QN4470T01::configureOrbPolling(unsigned char interval) {

@@ -20,7 +20,7 @@ constexpr unsigned int kModeOfTimeReference = 2;
 
 unsigned int orbController_QN4470T01::gpsOrbGet1ppsOutputMode(unsigned int& mode,
                                                               unsigned int& alignSource) {
-  return exchange().query(Command(message::kQueryPpsOutputMode), [&](const Reply& reply) {
+  return exchange().query(Command(message::kQueryPpsOutput), [&](const Reply& reply) {
     mode = reply.u8(1);
     alignSource = reply.u8(2);
     std::printf("1PPS output mode: %d \n", static_cast<int>(mode));
@@ -33,8 +33,8 @@ unsigned int orbController_QN4470T01::gpsOrb1ppsOutputMode(unsigned int mode,
   unsigned int keptMode = 0;
   unsigned int keptSource = 0;
   const unsigned int result = exchange().configure(
-      Command(message::kConfigurePpsOutputMode).u8(mode).u8(alignSource).u8(attribute_),
-      milliseconds(100), [&] { return gpsOrbGet1ppsOutputMode(keptMode, keptSource); });
+      Command(message::kSetPpsOutput).u8(mode).u8(alignSource).u8(attribute_), milliseconds(100),
+      [&] { return gpsOrbGet1ppsOutputMode(keptMode, keptSource); });
   if (result != orb::kSucceeded) {
     return result;
   }

@@ -36,7 +36,7 @@ enum TimingMode : unsigned int { kDynamic = 0, kAutoSurvey = 1, kStatic = 2 };
 constexpr unsigned int kLongestSurvey = 1209600;  // seconds: 14 days
 
 Command configureTiming(const Timing& timing, unsigned char attribute) {
-  return Command(message::kConfigureTiming)
+  return Command(message::kSetTiming)
       .u8(timing.mode)
       .u32(timing.surveyLength)
       .u32(timing.stdDev)

@@ -27,7 +27,7 @@ int inDelayUnits(int delay) {
 
 unsigned int orbController_QN4470T01::gpsObtGetTimePulse(unsigned int& width) {
   width = 0;
-  return exchange().query(Command(message::kQueryPulseWidth), [&](const Reply& reply) {
+  return exchange().query(Command(message::kQueryPpsPulseWidth), [&](const Reply& reply) {
     width = reply.u32(2);
     std::printf("pulse_length_us: %d\n", static_cast<int>(width));
   });
@@ -39,7 +39,7 @@ unsigned int orbController_QN4470T01::gpsObtTimePulseConfigure(unsigned int widt
   }
   unsigned int kept = 0;
   return exchange().configure(
-      Command(message::kConfigurePulseWidth).u32(width).u8(attribute_), CommandExchange::kAtOnce,
+      Command(message::kSetPpsPulseWidth).u32(width).u8(attribute_), CommandExchange::kAtOnce,
       [&] { return gpsObtGetTimePulse(kept); }, [&] { return kept == width; });
 }
 
@@ -57,9 +57,8 @@ unsigned int orbController_QN4470T01::gpsObtFreqOutputConfigure(unsigned int fre
   }
   unsigned int kept = 0;
   return exchange().configure(
-      Command(message::kConfigurePps2Frequency).u32(frequency).u8(attribute_),
-      CommandExchange::kAtOnce, [&] { return gpsObtGetFreqOutput(kept); },
-      [&] { return kept == frequency; });
+      Command(message::kSetPps2Frequency).u32(frequency).u8(attribute_), CommandExchange::kAtOnce,
+      [&] { return gpsObtGetFreqOutput(kept); }, [&] { return kept == frequency; });
 }
 
 unsigned int orbController_QN4470T01::gpsObtGetCableDelayConfig(int& delay) {
@@ -76,7 +75,7 @@ unsigned int orbController_QN4470T01::gpsObtCableDelayConfig(int delay) {
   }
   int kept = 0;
   return exchange().configure(
-      Command(message::kConfigureCableDelay).u32(static_cast<unsigned int>(units)).u8(attribute_),
+      Command(message::kSetCableDelay).u32(static_cast<unsigned int>(units)).u8(attribute_),
       CommandExchange::kAtOnce, [&] { return gpsObtGetCableDelayConfig(kept); },
       [&] { return kept == delay; });
 }

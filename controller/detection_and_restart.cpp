@@ -24,7 +24,7 @@ constexpr unsigned char kFixedAttribute = 1;
 
 // The date and time 1980-01-06 00:00:10, then three bytes that are sent as they stand.
 Command restartAtGpsEpoch() {
-  return Command(message::kRestartSystem)
+  return Command(message::kSoftReset)
       .u8(kRestartAtGpsEpoch)
       .u16(1980)
       .u8(1)
@@ -42,9 +42,9 @@ Command restartCommand(unsigned char mode) {
     case kRestartAtGpsEpoch:
       return restartAtGpsEpoch();
     case kRestartWithoutTime:
-      return Command(message::kRestartSystem).u8(mode);
+      return Command(message::kSoftReset).u8(mode);
     default:
-      return Command(message::kRestartSystem);  // without the mode
+      return Command(message::kSoftReset);  // without the mode
   }
 }
 
@@ -72,11 +72,11 @@ unsigned int orbController_QN4470T01::gpsObtChipDetect() {
 }
 
 unsigned int orbController_QN4470T01::gpsObtChipDetect(std::string device) {
-  constexpr unsigned char kQueryRevisionId = message::kQueryRevision.id >> 8;
+  constexpr unsigned char kQueryRevisionId = message::kQuerySoftwareRevision.id >> 8;
   orbIO* noChannel = nullptr;  // it opens its own: the device may be another one
   bool present = false;
   exchange(std::move(device), noChannel, kDetectionTimeoutSeconds)
-      .query(Command(message::kQueryRevision).u8(kFixedByte), message::kAcknowledged,
+      .query(Command(message::kQuerySoftwareRevision).u8(kFixedByte), message::kAcknowledged,
              [&](const Reply& reply) { present = reply.u8(1) == kQueryRevisionId; });
   return present ? 1 : 0;
 }
@@ -101,7 +101,7 @@ unsigned int orbController_QN4470T01::getResetInfo() {
 unsigned int orbController_QN4470T01::gpsObtSetUartPort(unsigned char port, unsigned int baud) {
   scratch_.fill(0);
   return exchange().send(
-      Command(message::kSetUpSerialPort).u8(port).u8(baudCode(baud)).u8(kFixedAttribute));
+      Command(message::kSetSerialPort).u8(port).u8(baudCode(baud)).u8(kFixedAttribute));
 }
 
 unsigned int orbController_QN4470T01::gpsObtSetFactoryDefaults() {

@@ -7,7 +7,7 @@ namespace orb {
 
 /// A message to the receiver, written down the way its table row reads:
 ///
-///     Command(message::kSetUpSerialPort).u8(port).u8(baudCode).u8(1)
+///     Command(message::kSetSerialPort).u8(port).u8(baudCode).u8(1)
 ///
 /// Each call appends to the body, multi-byte values with their high byte first and floating-point
 /// values as their IEEE 754 bits. Bytes that are not given stay 0. A value too wide for its place

@@ -110,7 +110,7 @@ constexpr Command kCommands[] = {
     setting<&S::dopMask>("set-dop-mask", 0x2A00, 9),
     setting<&S::elevationCnrMask>("set-elevation-cnr-mask", 0x2B00, 5),
     setting<&S::cableDelay>("set-cable-delay", 0x4500, 6),
-    setting<&S::timing>("set-timing", message::kConfigureTiming, 31),
+    setting<&S::timing>("set-timing", message::kSetTiming, 31),
     setting<&S::ppsOutput>("set-pps-output", 0x5500, 4),
     setting<&S::sbas>("set-sbas", 0x6201, 9),
     setting<&S::qzss>("set-qzss", 0x6203, 5),

@@ -9,7 +9,7 @@ namespace orb::sim::message {
 
 using Id = std::uint16_t;
 
-constexpr Id kConfigureTiming = 0x5400;
+constexpr Id kSetTiming = 0x5400;
 constexpr Id kNavigationMode = 0x648B;
 constexpr Id kSecondBand = 0x649F;
 constexpr Id kAcknowledged = 0x8300;

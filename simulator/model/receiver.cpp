@@ -43,7 +43,7 @@ Bytes answer(State& state, Settings& saved, const Frame& packet) {
     if (store(state, *command, body)) {
       store(saved, *command, body);
     }
-    if (command->id == message::kConfigureTiming) {
+    if (command->id == message::kSetTiming) {
       beginSurvey(state);
     }
   } else if (command->report != nullptr) {

@@ -26,30 +26,8 @@ Numbers numbersIn(const std::string& header) {
   return numbers;
 }
 
-/// Where the library does not name a message as scenarios do.
-const std::map<std::string, std::string> kOtherNames{
-    {"soft-reset", "restart-system"},
-    {"set-serial-port", "set-up-serial-port"},
-    {"set-output-type", "select-output-type"},
-    {"set-pps-output", "configure-pps-output-mode"},
-    {"set-nmea-intervals", "configure-extended-nmea"},
-    {"set-interference-detection", "configure-interference"},
-    {"set-pps-pulse-width", "configure-pulse-width"},
-    {"query-software-revision", "query-revision"},
-    {"query-pps-output", "query-pps-output-mode"},
-    {"query-nmea-intervals", "query-extended-nmea"},
-    {"query-interference-detection", "query-interference"},
-    {"query-pps-pulse-width", "query-pulse-width"},
-};
-
-/// The library's name for a command: kConfigureDopMask for "set-dop-mask".
-std::string libraryName(std::string name) {
-  const auto other = kOtherNames.find(name);
-  if (other != kOtherNames.end()) {
-    name = other->second;
-  } else if (name != "set-power-mode" && name != "set-factory-defaults") {
-    name = std::regex_replace(name, std::regex("^set-"), "configure-");
-  }
+/// The library's name for a command: kSetDopMask for "set-dop-mask".
+std::string libraryName(const std::string& name) {
   std::string result = "k";
   for (std::size_t at = 0; at < name.size(); ++at) {
     const bool isFirst = at == 0 || name[at - 1] == '-';
@@ -74,7 +52,7 @@ TEST(MessageIds, OfTheModelHaveTheNamesAndNumbersOfTheLibrarys) {
   }
   const auto library = numbersIn("protocol/messages.h");
   EXPECT_EQ(model, library);
-  EXPECT_EQ(library.at("kConfigureTiming"), 0x5400U);
+  EXPECT_EQ(library.at("kSetTiming"), 0x5400U);
 }
 
 }  // namespace
