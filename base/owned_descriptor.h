@@ -34,6 +34,9 @@ class OwnedDescriptor {
   bool isOpen() const noexcept { return descriptor_ >= 0; }
   int get() const noexcept { return descriptor_; }
 
+  /// Gives it away, to be closed by the caller.
+  int release() noexcept { return std::exchange(descriptor_, -1); }
+
   /// Closes it now.
   void reset() noexcept {
     if (isOpen()) {

@@ -51,7 +51,8 @@ unsigned int orbController_QN4470T01::getNavsolution(std::string /*key*/, std::s
   return gpsObtGetMsgUserNavDataBinary(solution);
 }
 
-// Reports its failures in a way of its own: a failed send not at all, a missing reply as one.
+// Its failures are its own: a failed send is none and is not logged; a missing reply is logged as
+// not sent.
 unsigned int orbController_QN4470T01::getNofSatellitesInNavSol(unsigned char& count) {
   Command query = queryNavigationInterval();
   orbIO channel;

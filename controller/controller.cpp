@@ -20,16 +20,9 @@ orbController::orbController() : orbController(std::string(orb::kDefaultDevice))
 
 orbController::orbController(std::string device) { CreateOrbitek(std::move(device)); }
 
-orbController::~orbController() {
-  if (generalLog_.is_open()) {
-    generalLog_.close();
-  }
-  chip_.reset();
-  controller_.reset();
-  spare_.reset();
-}
+orbController::~orbController() = default;
 
-// Nothing changes before all is there.
+// Builds everything first, so that an exception changes nothing.
 void orbController::CreateOrbitek(std::string device) {
   if (!generalLog_.is_open()) {
     orb::openLog(generalLog_, kGeneralLogPath);

@@ -18,11 +18,11 @@ constexpr unsigned char kRestartAtGpsEpoch = 1;
 constexpr unsigned char kRestartWithoutTime = 3;
 constexpr unsigned char kEmptyRestart = 4;
 
-// Bytes that these commands carry as they stand.
+// Fixed bytes of these commands.
 constexpr unsigned char kFixedByte = 1;
 constexpr unsigned char kFixedAttribute = 1;
 
-// The date and time 1980-01-06 00:00:10, then three bytes that are sent as they stand.
+// The date and time 1980-01-06 00:00:10, then three fixed bytes.
 Command restartAtGpsEpoch() {
   return Command(message::kSoftReset)
       .u8(kRestartAtGpsEpoch)

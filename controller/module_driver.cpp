@@ -19,11 +19,7 @@ constexpr const char* kErrorLogPath = "/var/log/orbset-errors.log";
 
 orbController_QN4470T01::orbController_QN4470T01() { orb::openLog(errorLog_, kErrorLogPath); }
 
-orbController_QN4470T01::~orbController_QN4470T01() {
-  if (errorLog_.is_open()) {
-    errorLog_.close();
-  }
-}
+orbController_QN4470T01::~orbController_QN4470T01() = default;
 
 orb::CommandExchange orbController_QN4470T01::exchange() {
   return exchange(std::string(orb::kDefaultDevice), lentChannel_, replyTimeoutSeconds_);

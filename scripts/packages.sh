@@ -24,7 +24,7 @@ ORB_AARCH64_SYSROOT_PACKAGES="libc6-dev libcli11-dev libeigen3-dev libfmt-dev li
   libgtest-dev libncurses-dev
   libstdc++6 libsystemd-dev libtomlplusplus-dev nlohmann-json3-dev"
 
-# What drawing its figures takes besides.
+# What drawing the benchmark's figures takes besides.
 ORB_PLOT_PACKAGES="python3-matplotlib"
 
 # debian_mirror: where Debian's packages are fetched from: ORB_DEBIAN_MIRROR, or the machine's own

@@ -40,7 +40,7 @@ unsigned int CommandExchange::transmit(orbIO& channel, ORBMessage& message) {
 }
 
 void CommandExchange::log(const char* failure, const ORBMessage& message) {
-  context_.errorLog.clear();  // One failed write is to silence no line but its own.
+  context_.errorLog.clear();  // A failed write must not silence later lines.
   context_.errorLog << context_.timeStamp() << ' ' << failure << message.getMessageDescription()
                     << std::endl;
 }

@@ -92,7 +92,6 @@ class CommandExchange {
   }
 
   void logNotSent(const ORBMessage& message) { log("Could not send : ", message); }
-  void logNoReply(const ORBMessage& message) { log("Did not receive : ", message); }
 
  private:
   /// Lends a channel, or none, for as long as it exists.
@@ -108,6 +107,8 @@ class CommandExchange {
     orbIO*& lentChannel_;
     orbIO* previous_;
   };
+
+  void logNoReply(const ORBMessage& message) { log("Did not receive : ", message); }
 
   unsigned int ask(ORBMessage& message, ORBMessageMsgValue reply,
                    std::unique_ptr<ORBMessage>& received);

@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "base/console.h"
+#include "base/owned_descriptor.h"
 #include "transport/default_device.h"
 #include "transport/look_schedule.h"
 #include "transport/receive_buffer.h"
@@ -21,17 +22,14 @@ void complain(const char* text) { orb::standardError() << text << std::endl; }
 
 // Programs that this one starts do not inherit the device, nor does it keep the number of a closed
 // standard stream: what is printed would go to the receiver.
-int keepPrivate(int descriptor) {
-  if (descriptor > STDERR_FILENO) {
-    ::fcntl(descriptor, F_SETFD, FD_CLOEXEC);
-    return descriptor;
+orb::OwnedDescriptor openPrivately(const std::string& device) {
+  orb::OwnedDescriptor opened(::open(device.c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK | O_SYNC));
+  if (opened.get() > STDERR_FILENO) {
+    ::fcntl(opened.get(), F_SETFD, FD_CLOEXEC);
+  } else if (opened.isOpen()) {
+    opened = orb::OwnedDescriptor(::fcntl(opened.get(), F_DUPFD_CLOEXEC, STDERR_FILENO + 1));
   }
-  if (descriptor < 0) {
-    return descriptor;
-  }
-  const int moved = ::fcntl(descriptor, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
-  ::close(descriptor);
-  return moved;
+  return opened;
 }
 
 // Blocks until bytes arrive; the clock is not read here, so a silent line blocks for ever.
@@ -54,17 +52,16 @@ orbIO::orbIO() : orbIO(std::string(orb::kDefaultDevice)) {}
 
 // By delegating, the destructor closes the device even when what follows the opening throws.
 orbIO::orbIO(std::string device) : orbIO(std::move(device), NotOpen{}) {
-  fd_ = keepPrivate(::open(device_.c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK | O_SYNC));
-  if (fd_ < 0) {
+  orb::OwnedDescriptor opened = openPrivately(device_);
+  if (!opened.isOpen()) {
     orb::standardError() << "Could not open " << orb::kDefaultDevice
                          << " cannot communicate with the orbitek device." << std::endl;
     return;
   }
-  if (!SetupUART(fd_)) {
-    ::close(fd_);
-    fd_ = -1;
+  if (!SetupUART(opened.get())) {
     return;
   }
+  fd_ = opened.release();
   list_ = std::make_unique<ORBMessageList>();
   builder_ = std::make_unique<ORBMessageBuilder>(list_.get());
 }

@@ -11,6 +11,7 @@ namespace orb::bench {
 
 bool exchangeByBareLoop(const std::string& tty, const Bytes& query, const Bytes& answer) {
   const int fd = open(tty.c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK | O_SYNC);
+  fcntl(fd, F_SETFD, FD_CLOEXEC);
   termios settings;
   tcgetattr(fd, &settings);
   cfmakeraw(&settings);

@@ -19,7 +19,7 @@ std::uint64_t copyWord(const unsigned char*& from, unsigned char*& to) {
   return word;
 }
 
-// The same where `bit` of the number of bytes that are left asks for it; else 0.
+// The same where `left` has the bit of the word's size; else 0.
 template <typename Word>
 std::uint64_t copyIf(unsigned long left, const unsigned char*& from, unsigned char*& to) {
   return (left & sizeof(Word)) != 0 ? copyWord<Word>(from, to) : 0;

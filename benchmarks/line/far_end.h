@@ -6,7 +6,7 @@
 #include <string>
 #include <thread>
 
-#include "line/raw_pty.h"
+#include "base/raw_pty.h"
 #include "support/sample_bytes.h"
 
 namespace orb::bench {
@@ -26,7 +26,7 @@ class FarEnd {
   explicit FarEnd(std::map<unsigned char, Bytes> answers);
 
   /// The device to open.
-  const std::string& tty() const { return pty_.tty; }
+  const std::string& tty() const { return pty_.path; }
 
   /// From the next query on, answers so long after it.
   void answerAfter(std::chrono::nanoseconds delay) { delay_ = delay; }
@@ -39,7 +39,7 @@ class FarEnd {
   void answer(unsigned char first);
 
   const std::map<unsigned char, Bytes> answers_;
-  RawPty pty_;
+  RawPty pty_{O_NONBLOCK};
   std::atomic<std::chrono::nanoseconds> delay_{std::chrono::nanoseconds::zero()};
   std::atomic<Clock::time_point> answeredAt_{};
   std::jthread thread_;  // the last, since it uses the others

@@ -10,9 +10,9 @@
 #include <string>
 #include <thread>
 
+#include "base/raw_pty.h"
 #include "line/far_end.h"
 #include "line/query.h"
-#include "line/raw_pty.h"
 #include "support/turns.h"
 
 namespace orb::bench {
@@ -53,7 +53,7 @@ class TextFeed {
   static constexpr int kBytesPerSecond = 11520;
 
   /// The device to open.
-  const std::string& tty() const { return pty_.tty; }
+  const std::string& tty() const { return pty_.path; }
 
   /// How many bytes the line has taken.
   long bytes() const { return bytes_; }
@@ -72,7 +72,7 @@ class TextFeed {
     }
   }
 
-  RawPty pty_;
+  RawPty pty_{O_NONBLOCK};
   std::atomic<long> bytes_{0};
   std::jthread thread_{[this](const std::stop_token& stop) { feed(stop); }};  // uses the others
 };

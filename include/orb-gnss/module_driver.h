@@ -331,6 +331,7 @@ class ORB_GNSS_EXPORT orbController_QN4470T01 : public ORBControlInterface {
  private:
   /// Nothing uses it yet.
   [[maybe_unused]] std::string spareText_;
+  /// All zero; gpsObtSetUartPort() sees to that before it sends, and nothing else uses it.
   std::array<unsigned char, 300> scratch_{};
   /// The receiver's storage attribute for new settings: the last byte of configuration messages.
   unsigned char attribute_ = 0;

@@ -6,9 +6,9 @@
 
 /// The controller of a device without receiver: every operation returns 0 at once, touches none of
 /// its arguments, sends nothing and logs nothing. So setters report success without effect, and
-/// getters report success and leave what the caller had. Three operations differ:
-/// gpsObtChipDetect() answers 0, which means that no receiver is there; gpsObtSetMsgType() answers
-/// 1; timeStamp() throws std::logic_error.
+/// getters report success and leave what the caller had. Two operations differ: gpsObtSetMsgType()
+/// answers 1; timeStamp() throws std::logic_error. The 0 of gpsObtChipDetect() means that no
+/// receiver is there.
 class ORB_GNSS_EXPORT orbController_null : public ORBControlInterface {
  public:
   orbController_null();

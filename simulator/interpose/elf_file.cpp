@@ -24,7 +24,7 @@ std::size_t ProgramBytes::read(std::uint64_t offset, void* buffer,
 }
 
 ElfFile::ElfFile(const ProgramBytes& bytes) noexcept : bytes_(bytes) {
-  // not half a header
+  // A truncated header counts as none.
   if (!bytes_.read(0, header_)) {
     header_ = {};
   }

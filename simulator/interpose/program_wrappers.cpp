@@ -2,7 +2,6 @@
 // whatever environment its parent gives it.
 
 #include <spawn.h>
-#include <stdio.h>
 #include <stdlib.h>
 #include <unistd.h>
 

@@ -2,10 +2,7 @@
 
 #include <fcntl.h>
 #include <poll.h>
-#include <stdlib.h>
-#include <termios.h>
 
-#include <array>
 #include <cerrno>
 #include <chrono>
 #include <functional>
@@ -35,24 +32,9 @@ struct flock lockFor(const std::filesystem::path& link) {
   return lock;
 }
 
-std::string ttyOf(int master) {
-  checked(::grantpt(master), "grantpt");
-  checked(::unlockpt(master), "unlockpt");
-  std::array<char, 64> path{};
-  checked(-::ptsname_r(master, path.data(), path.size()), "ptsname_r");
-  return path.data();
-}
-
 }  // namespace
 
-PtyPort::Pty::Pty(const std::filesystem::path& link)
-    : master(::posix_openpt(O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC), "posix_openpt"),
-      path(ttyOf(master.get())),
-      tty(::open(path.c_str(), O_RDWR | O_NOCTTY | O_CLOEXEC), path) {
-  termios settings{};
-  checked(::tcgetattr(tty.get(), &settings), "tcgetattr");
-  ::cfmakeraw(&settings);
-  checked(::tcsetattr(tty.get(), TCSANOW, &settings), "tcsetattr");
+PtyPort::Pty::Pty(const std::filesystem::path& link) : RawPty(O_NONBLOCK) {
   struct flock lock = lockFor(link);
   ::fcntl(tty.get(), F_OFD_SETLK, &lock);  // where that is not to be had, the line serves as well
 }

@@ -4,7 +4,7 @@
 #include <mutex>
 #include <string>
 
-#include "base/owned_descriptor.h"
+#include "base/raw_pty.h"
 #include "line/port.h"
 #include "line/stable_link.h"
 
@@ -31,13 +31,10 @@ class PtyPort : public Port {
   void hangUp() override;
 
  private:
-  /// Raw from the start. The tty stays open, so that a client that closes it is not seen as a
+  /// The tty stays open, so that a client that closes it is not seen as a
   /// hang-up, which would make every poll return at once.
-  struct Pty {
+  struct Pty : RawPty {
     explicit Pty(const std::filesystem::path& link);
-    OwnedDescriptor master;
-    std::string path;
-    OwnedDescriptor tty;
   };
 
   void waitUntilRead() const;

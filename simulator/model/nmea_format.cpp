@@ -4,6 +4,8 @@
 #include <cstdlib>
 #include <numeric>
 
+#include "model/gps_time.h"
+
 namespace orb::sim {
 namespace {
 
@@ -18,14 +20,8 @@ std::string angle(std::int32_t value, int degreeDigits, const char* hemispheres)
                 value < 0 ? hemispheres[1] : hemispheres[0]);
 }
 
-std::chrono::sys_time<std::chrono::milliseconds> utc(const GpsTime& time) {
-  constexpr std::chrono::sys_days kGpsEpoch = std::chrono::year{1980} / 1 / 6;
-  return kGpsEpoch + std::chrono::weeks{time.week} + time.timeOfWeek -
-         std::chrono::seconds{time.leapSeconds};
-}
-
 std::chrono::year_month_day day(const GpsTime& time) {
-  return std::chrono::floor<std::chrono::days>(utc(time));
+  return std::chrono::floor<std::chrono::days>(utcOf(time));
 }
 
 bool knowsTimeOfDay(const GpsTime& time) { return (time.valid & 0x01) != 0; }
@@ -51,7 +47,7 @@ std::string nmeaTimeOfDay(const GpsTime& time) {
   if (!knowsTimeOfDay(time)) {
     return {};
   }
-  const auto now = utc(time);
+  const UtcTime now = utcOf(time);
   const std::chrono::hh_mm_ss clock{now - std::chrono::floor<std::chrono::days>(now)};
   return format("%02d%02d%02d.%03d", static_cast<int>(clock.hours().count()),
                 static_cast<int>(clock.minutes().count()),

@@ -23,8 +23,8 @@ class PrivateFolder {
 
  private:
   std::filesystem::path path_;
-  /// Given back for what the removal opens, where the process has no descriptor left: the folder,
-  /// and one in it.
+  /// remove() closes them first, so that it can open the folder, and one in it, where the process
+  /// has no descriptor left.
   mutable std::array<OwnedDescriptor, 2> spare_;
 };
 

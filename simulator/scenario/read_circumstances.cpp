@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "model/gps_time.h"
 #include "scenario/readers.h"
 
 namespace orb::sim {
@@ -24,11 +25,10 @@ constexpr char kNoModule[] = "none";
 constexpr std::size_t kLongestHardwareId = 100;
 constexpr chrono::hours kLongestWait{24};
 
-constexpr sys_days kGpsEpoch = 1980y / 1 / 6;
 constexpr sys_days kLatest = 2100y / 1 / 1;  // and earlier
 
 /// The time that a TOML date-time names; without an offset, it is UTC.
-chrono::sys_time<milliseconds> utcOf(const toml::date_time& time) {
+UtcTime utcOf(const toml::date_time& time) {
   const sys_days date = chrono::year{time.date.year} / time.date.month / time.date.day;
   const chrono::minutes offset{time.offset ? time.offset->minutes : 0};
   const milliseconds fraction{time.time.nanosecond / 1'000'000};
@@ -55,13 +55,6 @@ void readBaud(TableReader& line, unsigned int& baud) {
 }
 
 }  // namespace
-
-void setUtc(GpsTime& time, chrono::sys_time<milliseconds> utc) {
-  const milliseconds sinceEpoch = utc - kGpsEpoch + chrono::seconds{time.leapSeconds};
-  const auto week = chrono::floor<chrono::weeks>(sinceEpoch);
-  time.week = static_cast<std::uint16_t>(week.count());
-  time.timeOfWeek = sinceEpoch - week;
-}
 
 void readDevice(TableReader& device, Scenario& scenario) {
   std::string module = kFittedModule;

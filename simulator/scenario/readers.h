@@ -1,6 +1,5 @@
 #pragma once
 
-#include <chrono>
 #include <vector>
 
 #include "base/toml/table_reader.h"
@@ -10,9 +9,6 @@
 #include "orb-sim/state.h"
 
 namespace orb::sim {
-
-/// Sets the time to this UTC.
-void setUtc(GpsTime& time, std::chrono::sys_time<std::chrono::milliseconds> utc);
 
 // One reader for each table of a scenario file, or for a part of it. What the table names
 // overwrites what is there.

@@ -2,7 +2,7 @@
 
 #include <chrono>
 
-#include "scenario/readers.h"
+#include "model/gps_time.h"
 
 namespace orb::sim {
 

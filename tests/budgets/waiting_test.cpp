@@ -13,10 +13,10 @@
 #include <cstring>
 #include <stdexcept>
 
-#include "../transport/channel_values.h"
 #include "delayed_reply.h"
 #include "support/allocations.h"
 #include "support/captured_output.h"
+#include "support/channel_values.h"
 #include "support/pty.h"
 #include "support/replacement.h"
 #include "support/wall_clock.h"

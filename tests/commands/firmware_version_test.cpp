@@ -1,7 +1,7 @@
 #include <iostream>
 #include <string>
 
-#include "commands/operation_test.h"
+#include "commands/operation_fixture.h"
 #include "support/captured_stream.h"
 
 namespace orb::test {

@@ -2,7 +2,7 @@
 #include <string>
 #include <vector>
 
-#include "commands/operation_test.h"
+#include "commands/operation_fixture.h"
 
 namespace orb::test {
 namespace {

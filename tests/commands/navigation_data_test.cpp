@@ -1,6 +1,6 @@
 #include <string>
 
-#include "commands/operation_test.h"
+#include "commands/operation_fixture.h"
 
 namespace orb::test {
 namespace {

@@ -9,7 +9,7 @@
 #include <utility>
 #include <vector>
 
-#include "commands/operation_test.h"
+#include "commands/operation_fixture.h"
 
 namespace orb::test {
 namespace {
@@ -81,7 +81,7 @@ Observed seen(const Query& row, const Answer& answer) {
 }
 
 /// The outputs are untouched, and a failure is logged.
-Observed failed(const Query& row, const Answer& answer, const char* standardError,
+Observed failed(const Query& row, const Answer& answer, const std::string& standardError,
                 const std::string& failure) {
   Observed observed = seen(row, answer);
   observed.outputs = row.untouched;

@@ -2,7 +2,7 @@
 #include <utility>
 #include <vector>
 
-#include "support/receiver_test.h"
+#include "support/receiver_fixture.h"
 
 namespace orb::test {
 namespace {

@@ -1,4 +1,4 @@
-#include "commands/operation_test.h"
+#include "commands/operation_fixture.h"
 
 namespace orb::test {
 namespace {

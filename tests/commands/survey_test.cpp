@@ -5,7 +5,7 @@
 #include <utility>
 #include <vector>
 
-#include "commands/operation_test.h"
+#include "commands/operation_fixture.h"
 #include "orb-sim/frame.h"
 #include "support/captured_stream.h"
 

@@ -8,7 +8,7 @@
 #include "orb-gnss/controller.h"
 #include "orb-gnss/hardware_discovery.h"
 #include "support/private_bus.h"
-#include "support/receiver_test.h"
+#include "support/receiver_fixture.h"
 
 namespace orb::test {
 namespace {

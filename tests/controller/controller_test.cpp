@@ -17,7 +17,7 @@
 #include "support/allocations.h"
 #include "support/closed_standard_streams.h"
 #include "support/fake_board.h"
-#include "support/receiver_test.h"
+#include "support/receiver_fixture.h"
 
 namespace orb::test {
 namespace {

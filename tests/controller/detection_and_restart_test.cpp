@@ -3,7 +3,7 @@
 #include <string>
 
 #include "orb-gnss/module_driver.h"
-#include "support/receiver_test.h"
+#include "support/receiver_fixture.h"
 
 namespace orb::test {
 namespace {

@@ -7,7 +7,7 @@
 #include "facade_parts.h"
 #include "orb-gnss/controller.h"
 #include "support/fake_board.h"
-#include "support/receiver_test.h"
+#include "support/receiver_fixture.h"
 
 namespace orb::test {
 namespace {

@@ -9,7 +9,7 @@
 #include <type_traits>
 
 #include "support/closed_standard_streams.h"
-#include "support/receiver_test.h"
+#include "support/receiver_fixture.h"
 
 namespace orb::test {
 namespace {

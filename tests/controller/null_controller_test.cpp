@@ -7,7 +7,7 @@
 #include <string>
 
 #include "operations/interface_operations.h"
-#include "support/receiver_test.h"
+#include "support/receiver_fixture.h"
 
 namespace orb::test {
 namespace {

@@ -7,7 +7,7 @@
 #include <numeric>
 
 #include "fake_i2c_adapter.h"
-#include "temporary_folder.h"
+#include "support/temporary_folder.h"
 
 namespace orb::test {
 namespace {

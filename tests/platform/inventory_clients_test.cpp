@@ -5,8 +5,8 @@
 #include <unistd.h>
 
 #include "orb-platform/orb-platform.h"
-#include "private_bus.h"
-#include "temporary_folder.h"
+#include "support/private_bus.h"
+#include "support/temporary_folder.h"
 
 namespace orb::test {
 namespace {

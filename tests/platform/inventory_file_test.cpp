@@ -7,8 +7,8 @@
 #include <utility>
 #include <vector>
 
-#include "files.h"
-#include "temporary_folder.h"
+#include "support/files.h"
+#include "support/temporary_folder.h"
 
 namespace orb::test {
 namespace {

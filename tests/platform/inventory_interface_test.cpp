@@ -8,8 +8,8 @@
 
 #include "dbus/inventory_interface.h"
 #include "dbus/sd_bus_handles.h"
-#include "private_bus.h"
-#include "temporary_folder.h"
+#include "support/private_bus.h"
+#include "support/temporary_folder.h"
 
 /// The service as others on the bus see it: the described interface, and the policy about it.
 namespace orb::test {

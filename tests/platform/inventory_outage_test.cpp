@@ -14,11 +14,11 @@
 #include "base/owned_descriptor.h"
 #include "dbus/inventory_interface.h"
 #include "dbus/sd_bus_handles.h"
-#include "environment_variable.h"
 #include "orb-platform/orb-platform.h"
-#include "output_of.h"
-#include "private_bus.h"
-#include "temporary_folder.h"
+#include "support/environment_variable.h"
+#include "support/output_of.h"
+#include "support/private_bus.h"
+#include "support/temporary_folder.h"
 
 /// What the clients report when there is no inventory to be had: nothing, one line, and in time.
 namespace orb::test {

@@ -9,9 +9,9 @@
 #include "dbus/inventory_interface.h"
 #include "dbus/sd_bus_handles.h"
 #include "inventoryd/inventory_file.h"
-#include "private_bus.h"
 #include "support/allocations.h"
-#include "temporary_folder.h"
+#include "support/private_bus.h"
+#include "support/temporary_folder.h"
 
 namespace orb::test {
 namespace {

@@ -12,9 +12,9 @@
 #include "base/owned_descriptor.h"
 #include "dbus/inventory_interface.h"
 #include "dbus/sd_bus_handles.h"
-#include "environment_variable.h"
-#include "private_bus.h"
-#include "temporary_folder.h"
+#include "support/environment_variable.h"
+#include "support/private_bus.h"
+#include "support/temporary_folder.h"
 
 /// The program orb-inventoryd: its command line, its start and its end.
 namespace orb::test {

@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "files.h"
+#include "support/files.h"
 
 namespace orb::test {
 

@@ -1,4 +1,4 @@
-#include "private_bus.h"
+#include "support/private_bus.h"
 
 #include <sys/un.h>
 #include <systemd/sd-bus.h>

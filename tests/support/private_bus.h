@@ -4,8 +4,8 @@
 #include <optional>
 #include <string>
 
-#include "child_process.h"
-#include "environment_variable.h"
+#include "support/child_process.h"
+#include "support/environment_variable.h"
 
 namespace orb::test {
 

@@ -1,9 +1,7 @@
 #include "support/pty.h"
 
 #include <poll.h>
-#include <pty.h>
 #include <sys/ioctl.h>
-#include <termios.h>
 #include <unistd.h>
 
 #include <chrono>
@@ -23,18 +21,6 @@ bool hasInput(int descriptor, std::chrono::milliseconds limit) {
 
 }  // namespace
 
-Pty::Pty() {
-  termios raw{};
-  cfmakeraw(&raw);
-  int farEnd = -1;
-  int tty = -1;
-  char name[64];
-  checked(openpty(&farEnd, &tty, name, &raw, nullptr), "openpty");
-  farEnd_ = OwnedDescriptor(farEnd);
-  tty_ = OwnedDescriptor(tty);
-  path_ = name;
-}
-
 void Pty::feed(const Bytes& bytes) {
   const int expected = waiting() + static_cast<int>(bytes.size());
   send(bytes);
@@ -48,14 +34,15 @@ void Pty::feed(const Bytes& bytes) {
 }
 
 void Pty::send(const Bytes& bytes) {
-  if (::write(farEnd_.get(), bytes.data(), bytes.size()) != static_cast<ssize_t>(bytes.size())) {
+  if (::write(pty_.master.get(), bytes.data(), bytes.size()) !=
+      static_cast<ssize_t>(bytes.size())) {
     throw std::runtime_error("the pty did not take the bytes");
   }
 }
 
 int Pty::waiting() const {
   int count = 0;
-  checked(ioctl(tty_.get(), FIONREAD, &count), "FIONREAD");
+  checked(ioctl(pty_.tty.get(), FIONREAD, &count), "FIONREAD");
   return count;
 }
 
@@ -63,15 +50,15 @@ Bytes Pty::takeWritten(std::size_t count) {
   Bytes bytes(count);
   std::size_t taken = 0;
   while (taken < count) {
-    if (!hasInput(farEnd_.get(), kLimit)) {
+    if (!hasInput(pty_.master.get(), kLimit)) {
       throw std::runtime_error("less was written than expected");
     }
     taken += static_cast<std::size_t>(checked(
-        static_cast<int>(::read(farEnd_.get(), bytes.data() + taken, count - taken)), "read"));
+        static_cast<int>(::read(pty_.master.get(), bytes.data() + taken, count - taken)), "read"));
   }
   return bytes;
 }
 
-bool Pty::hasWritten() const { return hasInput(farEnd_.get(), std::chrono::milliseconds(0)); }
+bool Pty::hasWritten() const { return hasInput(pty_.master.get(), std::chrono::milliseconds(0)); }
 
 }  // namespace orb::test

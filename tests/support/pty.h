@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "base/owned_descriptor.h"
+#include "base/raw_pty.h"
 #include "support/hex_text.h"
 
 namespace orb::test {
@@ -13,12 +13,10 @@ namespace orb::test {
 /// there, and throws std::runtime_error when that takes seconds.
 class Pty {
  public:
-  Pty();
-
   /// The tty to open.
-  const std::string& path() const { return path_; }
+  const std::string& path() const { return pty_.path; }
   /// A descriptor on the tty, which also keeps its settings while nobody else has it open.
-  int tty() const { return tty_.get(); }
+  int tty() const { return pty_.tty.get(); }
 
   /// Puts at most 4000 bytes where the tty's reader finds them. Nobody reads meanwhile.
   void feed(const Bytes& bytes);
@@ -33,9 +31,7 @@ class Pty {
   bool hasWritten() const;
 
  private:
-  OwnedDescriptor farEnd_;
-  OwnedDescriptor tty_;
-  std::string path_;
+  RawPty pty_;
 };
 
 }  // namespace orb::test

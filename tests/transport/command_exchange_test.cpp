@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <sstream>
 
-#include "channel_test.h"
+#include "channel_fixture.h"
 #include "support/captured_stream.h"
 
 namespace orb::test {

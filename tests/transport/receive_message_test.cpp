@@ -10,7 +10,7 @@
 #include <optional>
 #include <utility>
 
-#include "channel_test.h"
+#include "channel_fixture.h"
 #include "support/allocations.h"
 
 namespace orb::test {

@@ -4,7 +4,7 @@
 
 #include <vector>
 
-#include "channel_test.h"
+#include "channel_fixture.h"
 
 namespace orb::test {
 namespace {

@@ -15,7 +15,7 @@
 #include <optional>
 #include <type_traits>
 
-#include "channel_test.h"
+#include "channel_fixture.h"
 #include "support/allocations.h"
 #include "support/captured_stream.h"
 #include "support/closed_standard_streams.h"

@@ -13,9 +13,9 @@
 #include <string>
 #include <thread>
 
-#include "channel_values.h"
 #include "orb-sim/path_map.h"
 #include "support/captured_output.h"
+#include "support/channel_values.h"
 #include "support/files.h"
 #include "support/pty.h"
 #include "support/temporary_folder.h"

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <array>
 #include <cctype>
 #include <fstream>
 #include <iterator>
@@ -12,18 +13,23 @@
 namespace orb::test {
 namespace {
 
-using Numbers = std::map<std::string, unsigned long>;
+/// Id, length of the payload, and id of the reply; 0 where there is none.
+using Numbers = std::array<unsigned long, 3>;
+using Messages = std::map<std::string, Numbers>;
 
-/// The named numbers of a header: `constexpr ... kName = 0x1234` or `kName{0x1234`.
-Numbers numbersIn(const std::string& header) {
+/// The messages that a header names: `constexpr ... kName = 0x1234` or, of a request,
+/// `kName{0x1234, length, kReply}`.
+Messages messagesIn(const std::string& header) {
   std::ifstream file(std::string(ORB_SOURCE_FOLDER) + '/' + header);
   const std::string text{std::istreambuf_iterator<char>(file), {}};
-  const std::regex row(R"(constexpr [\w:]+ (k\w+)\W+(0x[0-9A-F]{4}))");
-  Numbers numbers;
+  const std::regex row(R"(constexpr [\w:]+ (k\w+)\W+(0x[0-9A-F]{4})(?:, (\d+)(?:, (k\w+))?)?)");
+  Messages messages;
   for (std::sregex_iterator at(text.begin(), text.end(), row); at != std::sregex_iterator(); ++at) {
-    numbers[at->str(1)] = std::stoul(at->str(2), nullptr, 16);
+    const bool isAnswered = at->str(4) != "" && at->str(4) != "kAcknowledged";
+    messages[at->str(1)] = {std::stoul(at->str(2), nullptr, 16), std::stoul('0' + at->str(3)),
+                            isAnswered ? messages.at(at->str(4))[0] : 0};
   }
-  return numbers;
+  return messages;
 }
 
 /// The library's name for a command: kSetDopMask for "set-dop-mask".
@@ -40,19 +46,20 @@ std::string libraryName(const std::string& name) {
 
 // The tables are written apart, so that a mistake in one of them does not hide in the other.
 TEST(MessageIds, OfTheModelHaveTheNamesAndNumbersOfTheLibrarys) {
-  Numbers model = numbersIn("simulator/model/message_ids.h");
+  Messages model = messagesIn("simulator/model/message_ids.h");
   for (unsigned int id = 0; id <= 0xFFFF; ++id) {
     if (const auto* const command = sim::findCommand(static_cast<sim::message::Id>(id))) {
       const std::string name = libraryName(std::string(command->name));
-      model[name] = id;
+      model[name] = {id, command->length, command->reply};
       if (command->report != nullptr) {
-        model[std::regex_replace(name, std::regex("^kQuery"), "k")] = command->reply;
+        model[std::regex_replace(name, std::regex("^kQuery"), "k")] = {command->reply, 0, 0};
       }
     }
   }
-  const auto library = numbersIn("protocol/messages.h");
+  const Messages library = messagesIn("protocol/messages.h");
   EXPECT_EQ(model, library);
-  EXPECT_EQ(library.at("kSetTiming"), 0x5400U);
+  EXPECT_EQ(library.at("kSetTiming"), (Numbers{0x5400, 31, 0}));
+  EXPECT_EQ(library.at("kQueryTiming"), (Numbers{0x4400, 1, 0xC200}));
 }
 
 }  // namespace

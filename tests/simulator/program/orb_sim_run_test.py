@@ -16,7 +16,8 @@ from orb_sim import (ACKNOWLEDGED, ASK_FOR_ACKNOWLEDGEMENT, ASK_FOR_VERSION, ASK
 
 STATIC_PROGRAM = os.environ["ORB_SIM_STATIC_PROGRAM"]
 
-REAL_FILES = ("/var/log/orbset.log", "/var/log/orbset-errors.log", "/tmp/orbitekChip-info.txt")
+KEPT_FILES = ("/var/log/orbset.log", "/var/log/orbset-errors.log", "/tmp/orbitekChip-info.txt")
+REAL_FILES = (*KEPT_FILES, "/run/lock/LCK..tty_gps", "/var/lock/LCK..tty_gps")
 FITTED_MODULE = "47205318-001"
 
 
@@ -224,15 +225,14 @@ class PrivateFiles(RunTest):
         self.run_shell(self.WRITE.format("first"), options=("--keep", str(keep)))
         names = sorted(path.name for path in keep.iterdir())
         self.assertEqual(names, ["i2c-registers.txt"] +
-                         sorted(os.path.basename(path) for path in REAL_FILES))
+                         sorted(os.path.basename(path) for path in KEPT_FILES))
         self.run_shell(self.WRITE.format("second"), options=("--keep", str(keep)))
-        for path in REAL_FILES:
+        for path in KEPT_FILES:
             self.assertEqual((keep / os.path.basename(path)).read_text(), "first\nsecond\n")
         # A relative folder is below the one where orb-sim is started, wherever the command goes.
         self.run_shell("cd /; " + self.WRITE.format("third"), options=("--keep", "new/keep: a=b"),
                        cwd=self.folder)
         self.assertEqual((keep / "orbset.log").read_text(), "first\nsecond\nthird\n")
-
 
 
 class Killed(RunTest):

@@ -8,7 +8,7 @@
 #include "orb-gnss/controller.h"
 #include "ready_scenario.h"
 #include "support/fake_board.h"
-#include "support/receiver_test.h"
+#include "support/receiver_fixture.h"
 
 // What the ready scenarios promise to a client of the library.
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <memory>
+#include <string>
 
 #include "orb-gnss/serial_channel.h"
 #include "support/bytes.h"
@@ -20,6 +21,8 @@ inline constexpr const char* kCouldNotOpen =
     "Could not open /dev/tty_gps cannot communicate with the orbitek device.\n";
 inline constexpr const char* kCouldNotSend =
     "Cannot send message to the orbitek, the device is not open!\n";
+/// When its device is missing, and then cannot send.
+inline const std::string kNoDevice = std::string(kCouldNotOpen) + kCouldNotSend;
 inline constexpr const char* kCouldNotReceive =
     " orbIO::ReceiveMessage Could not receive data from the orbitek, device is not open!\n";
 inline constexpr const char* kTimedOut =

@@ -7,6 +7,7 @@
 #include "orb-gnss/module_driver.h"
 #include "orb-sim/receiver.h"
 #include "orb-sim/script.h"
+#include "support/channel_values.h"
 #include "support/chatty_line.h"
 #include "support/device_files.h"
 #include "support/hex_text.h"
@@ -56,14 +57,5 @@ class NoReceiverTest : public ::testing::Test {
   DeviceFiles files_;
   WallClock clock_;
 };
-
-/// What a channel says on standard error when its device is missing, and then cannot send.
-inline constexpr const char* kNoDevice =
-    "Could not open /dev/tty_gps cannot communicate with the orbitek device.\n"
-    "Cannot send message to the orbitek, the device is not open!\n";
-
-/// What a channel says on standard error when a reply does not come in time.
-inline constexpr const char* kTimedOut =
-    " orbIO::ReceiveMessage Timed out waiting for rx from orbitek.\n";
 
 }  // namespace orb::test

@@ -8,7 +8,7 @@
 
 #include "operations/operations.h"
 #include "operations/recording.h"
-#include "support/receiver_test.h"
+#include "support/receiver_fixture.h"
 
 namespace orb::test {
 

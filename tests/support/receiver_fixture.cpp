@@ -1,4 +1,4 @@
-#include "support/receiver_test.h"
+#include "support/receiver_fixture.h"
 
 #include <algorithm>
 #include <fstream>

@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
-#include "channel_values.h"
 #include "support/captured_output.h"
+#include "support/channel_values.h"
 #include "support/pty.h"
 #include "support/scripted_line.h"
 #include "support/tty_calls.h"
