@@ -186,11 +186,20 @@ std::string optionRules(const CLI::App& app, const std::string& condition) {
   return text;
 }
 
+/// In fish 4.0.2, its own __fish_seen_subcommand_from takes `on` for the end of `completion`.
+constexpr char kFishSeen[] = R"(function __orbctl_seen
+  for word in (commandline -opc)[2..]
+    contains -- $word $argv; and return
+  end
+  return 1
+end
+)";
+
 std::string fish(const CLI::App& app) {
-  const std::string seen = "__fish_seen_subcommand_from ";
+  const std::string seen = "__orbctl_seen ";
   const std::string previous = "(commandline -opc)[-1]";
   std::string valued;
-  std::string text = "complete -c orbctl -f\n" + optionRules(app, "");
+  std::string text = kFishSeen + std::string("complete -c orbctl -f\n") + optionRules(app, "");
   for (const Setting& setting : settings()) {
     if (const std::string values = valuesOf(setting); !values.empty()) {
       valued += " " + std::string(setting.key);
