@@ -1,6 +1,6 @@
 #!/bin/sh
-# Checks all sources with clang-format and the product's with clang-tidy. Only version 14 of them
-# counts: others have other opinions.
+# Checks all sources with clang-format and clang-tidy. Only version 14 of them counts: others have
+# other opinions.
 set -eu
 cd "$(dirname "$0")/.."
 
@@ -21,13 +21,18 @@ if is_version_14 clang-format; then
   echo "clang-format has nothing to say"
 fi
 
+# tidy_all [OPTION...]: clang-tidy over the files that standard input names.
+tidy_all() {
+  xargs -P "$(nproc)" -n 1 clang-tidy -p build/lint --quiet "$@" 2> build/lint.log ||
+    { grep -v ' warnings generated' build/lint.log; exit 1; }
+}
+
 if is_version_14 clang-tidy; then
   mkdir -p build
   cmake --preset lint > build/lint.log || { cat build/lint.log; exit 1; }
-  # What is compiled for the product: sources, and groups of them, which take longest.
-  sed -n 's/^ *"file": "\(.*\)".*/\1/p' build/lint/compile_commands.json | sort -u |
-    grep -v -E "^$PWD/(build/lint/)?(tests|benchmarks)/" |
-    xargs -P "$(nproc)" -n 1 clang-tidy -p build/lint --quiet 2> build/lint.log ||
-    { grep -v ' warnings generated' build/lint.log; exit 1; }
+  # What is compiled: sources, and groups of the product's, which take longest.
+  sed -n 's/^ *"file": "\(.*\)".*/\1/p' build/lint/compile_commands.json | sort -u > build/lint/files
+  grep -v -E "^$PWD/(build/lint/)?(tests|benchmarks)/" build/lint/files | tidy_all
+  grep -E "^$PWD/(tests|benchmarks)/" build/lint/files | tidy_all --config-file=tests/.clang-tidy
   echo "clang-tidy has nothing to say"
 fi
