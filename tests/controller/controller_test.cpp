@@ -274,7 +274,7 @@ TEST_F(FacadeWithoutReceiver, KeepsTheGeneralLogToItself) {
 
 TEST_F(Facade, KeepsWhatTheGeneralLogHolds) {
   fill(files_.generalLog, "earlier line\n");
-  orbController();
+  const orbController facade;
   EXPECT_EQ(contentOf(files_.generalLog), "earlier line\n");
 }
 

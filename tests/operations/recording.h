@@ -18,8 +18,6 @@ namespace orb::test {
 template <typename Base>
 class Recording : public Base {
  public:
-  virtual ~Recording() = default;
-
   std::vector<std::string> calls;
   /// What the n-th call comes to, counted from 1.
   std::function<unsigned int(std::size_t)> resultOf = [](std::size_t /*n*/) { return 0U; };
