@@ -5,7 +5,6 @@
 #include <spawn.h>
 #include <sys/mman.h>
 #include <sys/socket.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -39,22 +38,21 @@ OwnedDescriptor forWorker(OwnedDescriptor descriptor) {
 /// Workers that were killed and had not ended when they were last looked at.
 class Unreaped {
  public:
-  void add(pid_t process) {
+  void add(ChildHandle process) {
     const std::lock_guard<std::mutex> lock(mutex_);
-    processes_.push_back(process);
+    processes_.push_back(std::move(process));
   }
 
   void reap() {
     const std::lock_guard<std::mutex> lock(mutex_);
-    processes_.erase(
-        std::remove_if(processes_.begin(), processes_.end(),
-                       [](pid_t process) { return ::waitpid(process, nullptr, WNOHANG) != 0; }),
-        processes_.end());
+    processes_.erase(std::remove_if(processes_.begin(), processes_.end(),
+                                    [](const ChildHandle& process) { return process.hasEnded(); }),
+                     processes_.end());
   }
 
  private:
   std::mutex mutex_;
-  std::vector<pid_t> processes_;
+  std::vector<ChildHandle> processes_;
 };
 
 /// Has the kernel continue a process when the pipe that it reads is closed at its other end, in
@@ -152,10 +150,11 @@ WorkerProcess::WorkerProcess(const std::string& program)
   Pipe lifeline;
   lifeline_ = aboveStandard(std::move(lifeline.writing));
   const OwnedDescriptor theirLifeline = forWorker(std::move(lifeline.reading));
-  process_ =
+  const pid_t process =
       SpawnPlan(theirs.get(), theirLifeline.get(), output_.descriptor(), errors_.descriptor())
           .spawn(program);
-  continueAtEndOf(theirLifeline.get(), process_);
+  process_.emplace(process);
+  continueAtEndOf(theirLifeline.get(), process);
 }
 
 WorkerProcess::~WorkerProcess() { end(); }
@@ -178,20 +177,22 @@ Transfer WorkerProcess::ask(const CallRequest& request, CallResponse& response, 
 }
 
 void WorkerProcess::end() {
-  if (process_ <= 0 || isOfParent()) {
+  if (!process_ || isOfParent()) {
     return;
   }
   unreaped().reap();
-  ::kill(process_, SIGKILL);
-  // A system call that does not end at once keeps a killed process: it is reaped later.
-  int looks = 500;
-  while (::waitpid(process_, nullptr, WNOHANG) == 0 && --looks > 0) {
-    std::this_thread::sleep_for(std::chrono::milliseconds(1));
+  if (!process_->hasEnded()) {
+    process_->kill();
+    // A system call that does not end at once keeps a killed process: it is reaped later.
+    int looks = 500;
+    while (!process_->hasEnded() && --looks > 0) {
+      std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+    if (looks == 0) {
+      unreaped().add(std::move(*process_));
+    }
   }
-  if (looks == 0) {
-    unreaped().add(process_);
-  }
-  process_ = -1;
+  process_.reset();
 }
 
 std::string workerProgram() {

@@ -3,9 +3,11 @@
 #include <sys/types.h>
 #include <unistd.h>
 
+#include <optional>
 #include <string>
 
 #include "base/owned_descriptor.h"
+#include "supervised/child_handle.h"
 #include "supervised/frame_socket.h"
 #include "supervised/wire.h"
 
@@ -56,7 +58,7 @@ class WorkerProcess {
   CapturedStream errors_;
   OwnedDescriptor socket_;
   OwnedDescriptor lifeline_;
-  pid_t process_ = -1;
+  std::optional<ChildHandle> process_;
   const pid_t owner_ = ::getpid();
 };
 

@@ -4,8 +4,10 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <linux/sched.h>
 #include <sys/file.h>
 #include <sys/resource.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -45,6 +47,20 @@ void signalWorker(int signal) {
   const pid_t process = worker();
   ASSERT_GT(process, 0);
   ::kill(process, signal);
+}
+
+/// A process that does nothing, with the number `process`, which is free; -1 where that cannot be.
+pid_t forkAs(pid_t process) {
+  clone_args plan{};
+  plan.exit_signal = SIGCHLD;
+  plan.set_tid = reinterpret_cast<std::uintptr_t>(&process);
+  plan.set_tid_size = 1;
+  const long made = ::syscall(SYS_clone3, &plan, sizeof plan);
+  if (made == 0) {
+    ::pause();
+    ::_exit(0);
+  }
+  return static_cast<pid_t>(made);
 }
 
 long openDescriptors() {
@@ -140,6 +156,36 @@ TEST(SupervisedController, StartsAnotherWorkerForOneThatWasKilled) {
   info.clear();
   EXPECT_EQ(receiver.getInfo(info), 0U);
   EXPECT_NE(worker(), first);
+}
+
+TEST(SupervisedController, SparesAProcessThatHasTheNumberOfAWorkerThatWasWaitedFor) {
+  auto receiver = std::make_unique<orbSupervisedController>();
+  std::string info;
+  ASSERT_EQ(receiver->getInfo(info), 0U);
+  const pid_t number = worker();
+  signalWorker(SIGKILL);
+  ASSERT_EQ(::waitpid(-1, nullptr, 0), number);
+  const pid_t bystander = forkAs(number);
+  if (bystander < 0) {
+    GTEST_SKIP() << "may not choose the number of a process, or another has it";
+  }
+  receiver.reset();
+  int status = 0;
+  EXPECT_EQ(::waitpid(bystander, &status, WNOHANG), 0);
+  ::kill(bystander, SIGKILL);
+  ::waitpid(bystander, &status, 0);
+}
+
+TEST(SupervisedController, ServesAClientThatIgnoresTheEndOfItsChildren) {
+  ::signal(SIGCHLD, SIG_IGN);
+  {
+    orbSupervisedController receiver;
+    std::string info;
+    EXPECT_EQ(receiver.getInfo(info), 0U);
+    EXPECT_NE(worker(), 0);
+  }
+  EXPECT_EQ(worker(), 0);
+  ::signal(SIGCHLD, SIG_DFL);
 }
 
 TEST(SupervisedController, EndsAWorkerThatIsStopped) {
