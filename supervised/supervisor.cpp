@@ -67,11 +67,14 @@ Value Supervisor::perform(const Operation& operation, std::vector<Value>& argume
   std::unique_lock<std::timed_mutex> lock(oneCallAtATime_, std::defer_lock);
   if (limit == std::chrono::milliseconds::zero()) {
     lock.lock();  // the calls before this one have deadlines
-    deadline = std::chrono::steady_clock::now() + ownLimit(operation);
   } else if (!lock.try_lock_until(deadline)) {
     call.ending = Ending::LineHeld;
     call.problem = "a call of another thread had the controller until the deadline";
     return resultWithoutOne(operation, kNotSent);
+  }
+  wakeWorker();
+  if (limit == std::chrono::milliseconds::zero()) {
+    deadline = std::chrono::steady_clock::now() + ownLimit(operation);
   }
   CallResponse response;
   Transfer transfer = Transfer::Closed;
@@ -100,14 +103,14 @@ std::chrono::milliseconds Supervisor::ownLimit(const Operation& operation) const
          (looksForReceiver ? kLooking : std::chrono::seconds::zero());
 }
 
-Transfer Supervisor::lockAndAsk(const Operation& operation, const std::vector<Value>& arguments,
-                                Deadline deadline, CallResponse& response, Call& call) {
-  if (worker_ && worker_->isOfParent()) {
+void Supervisor::wakeWorker() {
+  if (worker_ && (worker_->isOfParent() || !worker_->announceRequest())) {
     worker_.reset();
   }
-  if (worker_) {
-    worker_->announceRequest();
-  }
+}
+
+Transfer Supervisor::lockAndAsk(const Operation& operation, const std::vector<Value>& arguments,
+                                Deadline deadline, CallResponse& response, Call& call) {
   DeviceLock lock;
   const DeviceLock::State state = lock.acquire(deadline);
   call.warning = lock.problem();
@@ -146,14 +149,26 @@ Transfer Supervisor::lockAndAsk(const Operation& operation, const std::vector<Va
   return transfer;
 }
 
+Transfer Supervisor::send(const CallRequest& request, Deadline deadline) {
+  if (worker_) {
+    const Transfer sent = worker_->send(request, deadline);
+    if (sent != Transfer::Closed) {
+      return sent;
+    }
+  }
+  worker_ = std::make_unique<WorkerProcess>(workerProgram());
+  return worker_->send(request, deadline);
+}
+
 Transfer Supervisor::ask(const Operation& operation, const std::vector<Value>& arguments,
                          Deadline deadline, CallResponse& response) {
-  if (!worker_) {
-    worker_ = std::make_unique<WorkerProcess>(workerProgram());
-  }
   const auto place = static_cast<std::size_t>(&operation - operations().data());
+  const Transfer sent = send({place, arguments}, deadline);
+  if (sent != Transfer::Done) {
+    return sent;
+  }
   try {
-    const Transfer transfer = worker_->ask({place, arguments}, response, deadline);
+    const Transfer transfer = worker_->receive(response, deadline);
     worker_->hasLookedForReceiver |=
         operation.isOfFacade && response.kind == CallResponse::Kind::Returned;
     return transfer;

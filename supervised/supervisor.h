@@ -21,6 +21,10 @@ class Supervisor {
                 std::chrono::milliseconds limit, Call& call);
 
  private:
+  /// Does without a worker that is another process's or that has ended.
+  void wakeWorker();
+  /// Starts a worker where there is none any more.
+  Transfer send(const CallRequest& request, Deadline deadline);
   Transfer ask(const Operation& operation, const std::vector<Value>& arguments, Deadline deadline,
                CallResponse& response);
   Transfer lockAndAsk(const Operation& operation, const std::vector<Value>& arguments,

@@ -159,15 +159,16 @@ WorkerProcess::WorkerProcess(const std::string& program)
 
 WorkerProcess::~WorkerProcess() { end(); }
 
-void WorkerProcess::announceRequest() {
-  sendFrame(socket_.get(), kAnnouncement, std::chrono::steady_clock::now());
+bool WorkerProcess::announceRequest() {
+  return sendFrame(socket_.get(), kAnnouncement, std::chrono::steady_clock::now()) !=
+         Transfer::Closed;
 }
 
-Transfer WorkerProcess::ask(const CallRequest& request, CallResponse& response, Deadline deadline) {
-  const Transfer sent = sendFrame(socket_.get(), encode(request), deadline);
-  if (sent != Transfer::Done) {
-    return sent;
-  }
+Transfer WorkerProcess::send(const CallRequest& request, Deadline deadline) {
+  return sendFrame(socket_.get(), encode(request), deadline);
+}
+
+Transfer WorkerProcess::receive(CallResponse& response, Deadline deadline) {
   std::string bytes;
   const Transfer received = receiveFrame(socket_.get(), bytes, deadline, kAwake);
   if (received == Transfer::Done) {

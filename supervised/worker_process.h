@@ -38,11 +38,14 @@ class WorkerProcess {
   /// Whether this is a child of fork(): the worker is its parent's.
   bool isOfParent() const { return owner_ != ::getpid(); }
 
-  /// Has the process wake up for a request.
-  void announceRequest();
+  /// Has the process wake up for a request. Returns false where it has ended.
+  bool announceRequest();
 
-  /// Does the operation. Unless that is done, the process is of no further use.
-  Transfer ask(const CallRequest& request, CallResponse& response, Deadline deadline);
+  /// Sends what it is to do; Closed where it has ended before.
+  Transfer send(const CallRequest& request, Deadline deadline);
+
+  /// Receives what became of the request. Unless that is done, the process is of no further use.
+  Transfer receive(CallResponse& response, Deadline deadline);
 
   /// Kills it, and waits half a second at most until it has ended.
   void end();
