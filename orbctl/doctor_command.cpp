@@ -99,8 +99,10 @@ Finding lookAtUsers() {
   DeviceLock lock;
   if (lock.acquire(std::chrono::steady_clock::now()) == DeviceLock::State::HeldByOther) {
     return {Bad, "users",
-            fmt::format("process {} holds the lock {}", lock.holder(), DeviceLock::path()),
-            fmt::format("see what it is: ps -p {}", lock.holder()), ExitStatus::Held};
+            fmt::format("{} holds the lock {}", lock.holderInWords(), DeviceLock::path()),
+            lock.holder() == 0 ? fmt::format("see what it is: fuser -v {}", DeviceLock::path())
+                               : fmt::format("see what it is: ps -p {}", lock.holder()),
+            ExitStatus::Held};
   }
   const std::vector<std::string> users = usersOfDevice();
   if (!users.empty()) {

@@ -113,7 +113,7 @@ LineReport Session::listen() {
   DeviceLock lock;
   const auto limit = std::max<std::chrono::milliseconds>(options_.deadline, kListening);
   if (lock.acquire(std::chrono::steady_clock::now() + limit) == DeviceLock::State::HeldByOther) {
-    throw Failure(ExitStatus::Held, fmt::format("process {} holds {}", lock.holder(), kDevice),
+    throw Failure(ExitStatus::Held, fmt::format("{} holds {}", lock.holderInWords(), kDevice),
                   "wait for it to end, or give more time with --deadline");
   }
   return listenTo(kDevice, kListening);

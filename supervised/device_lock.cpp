@@ -7,6 +7,7 @@
 
 #include <cerrno>
 #include <charconv>
+#include <csignal>
 #include <cstdio>
 #include <cstring>
 #include <fstream>
@@ -37,13 +38,17 @@ pid_t writtenIn(int file) {
   return process > 0 ? process : 0;
 }
 
-/// Whether a process runs: one that has been killed and not been waited for does not.
+/// Whether a process runs: one that has been killed and not been waited for does not. Others' may
+/// be hidden in /proc.
 bool isAlive(pid_t process) {
+  if (::kill(process, 0) != 0 && errno == ESRCH) {
+    return false;
+  }
   std::ifstream stat("/proc/" + std::to_string(process) + "/stat");
   std::string line;
   std::getline(stat, line);
   const std::size_t name = line.rfind(')');  // can hold anything
-  return name != std::string::npos && line.compare(name, 4, ") Z ") != 0;
+  return name == std::string::npos || line.compare(name, 4, ") Z ") != 0;
 }
 
 /// Whether the open `file` still has its name: a holder removes it when it is done.
@@ -87,6 +92,10 @@ DeviceLock::~DeviceLock() {
   if (isOurs_) {
     ::unlink(path().c_str());
   }
+}
+
+std::string DeviceLock::holderInWords() const {
+  return holder_ == 0 ? "another process" : "process " + std::to_string(holder_);
 }
 
 DeviceLock::State DeviceLock::acquire(Deadline deadline) {

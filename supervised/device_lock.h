@@ -28,6 +28,8 @@ class DeviceLock {
 
   /// Who held it; 0 where that is not known.
   pid_t holder() const { return holder_; }
+  /// As "process 7" or "another process".
+  std::string holderInWords() const;
 
   /// Why the line is not protected.
   const std::string& problem() const { return problem_; }

@@ -44,12 +44,6 @@ void listen(Call& call) {
   call.problem += "; " + describe(heard);
 }
 
-std::string heldBy(pid_t process) {
-  const std::string device(kDefaultDevice);
-  return process == 0 ? "another process holds " + device
-                      : "process " + std::to_string(process) + " holds " + device;
-}
-
 [[noreturn]] void rethrow(const CallResponse& response) {
   const auto& text = std::get<std::string>(response.arguments.at(0));
   if (response.kind == CallResponse::Kind::LogicError) {
@@ -116,7 +110,7 @@ Transfer Supervisor::lockAndAsk(const Operation& operation, const std::vector<Va
   call.warning = lock.problem();
   if (state == DeviceLock::State::HeldByOther) {
     call.ending = Ending::LineHeld;
-    call.problem = heldBy(lock.holder());
+    call.problem = lock.holderInWords() + " holds " + std::string(kDefaultDevice);
     return Transfer::Late;
   }
   Transfer transfer = Transfer::Closed;

@@ -1,5 +1,6 @@
 #include "supervised/device_lock.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/file.h>
 #include <sys/stat.h>
@@ -50,6 +51,16 @@ TEST_F(DeviceLockTest, TellsWhoHoldsItAtTheDeadline) {
   DeviceLock second;
   EXPECT_EQ(second.acquire(soon()), State::HeldByOther);
   EXPECT_EQ(second.holder(), ::getpid());
+  EXPECT_EQ(second.holderInWords(), "process " + std::to_string(::getpid()));
+}
+
+TEST_F(DeviceLockTest, DoesNotNameAHolderThatHasNotWrittenItsProcessId) {
+  fill(file_, "");
+  const OwnedDescriptor held(::open(file_.c_str(), O_RDWR | O_CLOEXEC), "open");
+  ASSERT_EQ(::flock(held.get(), LOCK_EX), 0);
+  DeviceLock lock;
+  EXPECT_EQ(lock.acquire(soon()), State::HeldByOther);
+  EXPECT_EQ(lock.holderInWords(), "another process");
 }
 
 TEST_F(DeviceLockTest, HeedsToolsThatWriteTheFileAlone) {
@@ -58,6 +69,12 @@ TEST_F(DeviceLockTest, HeedsToolsThatWriteTheFileAlone) {
   EXPECT_EQ(lock.acquire(soon()), State::HeldByOther);
   EXPECT_EQ(lock.holder(), ::getppid());
   EXPECT_EQ(contentOf(file_), line(::getppid()));
+}
+
+TEST_F(DeviceLockTest, HeedsAHolderThatIsHiddenInProc) {
+  sim::mapPath("/proc/1/stat", (files_.folder / "none").string());
+  fill(file_, line(1));
+  EXPECT_EQ(DeviceLock().acquire(soon()), State::HeldByOther);
 }
 
 pid_t endedProcess() {
