@@ -2,11 +2,13 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sched.h>
 #include <sys/file.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <csignal>
 
 #include "orb-sim/path_map.h"
@@ -144,6 +146,45 @@ TEST_F(DeviceLockTest, RemovesWhatAKilledProcessHasLeft) {
   EXPECT_EQ(contentOf(file_), line(ended));
   DeviceLock::removeLeftBy(ended);
   EXPECT_EQ(contentOf(file_), "(no file)");
+}
+
+/// Starts a process that takes the lock, and leaves the file where it `isKilled`. It ends with 0
+/// where nobody else had the lock at the time, which the file `witness` tells.
+pid_t startHolder(const std::filesystem::path& witness, pid_t killedBefore, bool isKilled) {
+  const pid_t process = ::fork();
+  if (process != 0) {
+    return process;
+  }
+  DeviceLock::removeLeftBy(killedBefore);
+  {
+    DeviceLock lock;
+    const Deadline deadline = std::chrono::steady_clock::now() + 20s;
+    bool isAlone = lock.acquire(deadline) == State::Held &&
+                   ::open(witness.c_str(), O_CREAT | O_EXCL, 0600) >= 0;
+    ::sched_yield();
+    isAlone = ::unlink(witness.c_str()) == 0 && isAlone;
+    if (isKilled || !isAlone) {
+      ::_exit(isAlone ? 0 : 1);
+    }
+  }
+  ::_exit(0);
+}
+
+TEST_F(DeviceLockTest, HasOneHolderWhileSeveralRemoveWhatIsLeft) {
+  constexpr int kHolders = 400;
+  constexpr int kAtOnce = 8;
+  pid_t killed = endedProcess();
+  for (int started = 0, ended = 0; ended < kHolders; ++ended) {
+    for (; started < std::min(ended + kAtOnce, kHolders); ++started) {
+      const bool isKilled = started % 2 == 0;
+      const pid_t process = startHolder(files_.folder / "witness", killed, isKilled);
+      ASSERT_GT(process, 0);
+      killed = isKilled ? process : killed;
+    }
+    int status = -1;
+    ASSERT_GT(::wait(&status), 0);
+    EXPECT_EQ(status, 0);
+  }
 }
 
 }  // namespace

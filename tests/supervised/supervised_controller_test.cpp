@@ -253,6 +253,29 @@ TEST(SupervisedController, RefusesAnArgumentThatIsTooLong) {
   EXPECT_EQ(receiver.getInfo(info), 0U);
 }
 
+TEST(SupervisedController, TellsOfAReplyThatIsTooLong) {
+  orbSupervisedController receiver;
+  // A reply is a little longer than its request: the longest request that can be sent has none.
+  std::size_t sent = 0;
+  std::size_t refused = std::size_t{8} << 20;
+  std::string problem;
+  while (sent + 1 < refused) {
+    const std::size_t size = (sent + refused) / 2;
+    try {
+      receiver.setAntennaType(std::string(size, 'x'));
+      sent = size;
+    } catch (const std::length_error&) {
+      refused = size;
+    } catch (const std::runtime_error& error) {
+      problem = error.what();
+      sent = size;
+    }
+  }
+  EXPECT_EQ(problem, "the reply is too long");
+  std::string info;
+  EXPECT_EQ(receiver.getInfo(info), 0U);
+}
+
 TEST(SupervisedController, IsLeftAloneByAChildOfFork) {
   auto receiver = std::make_unique<orbSupervisedController>();
   std::string info;
