@@ -1,5 +1,6 @@
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <ostream>
 #include <string>
@@ -35,6 +36,10 @@ void orbController::saveorbitekChipInfo() {
     return;
   }
   identityFile_.open(kIdentityFilePath, std::ios::out | std::ios::app | std::ios::ate);
+  if (!identityFile_.is_open()) {
+    ::unlink(kIdentityFilePath);  // left empty, it would never be written
+    return;
+  }
   identityFile_ << (IsOrbitek() ? "orbitek_Chip=OK" : "orbitek_Chip=NO") << std::endl;
   identityFile_ << "orbitek_Info=" << info << std::endl;
   identityFile_.close();

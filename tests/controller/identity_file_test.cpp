@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <filesystem>
 #include <string>
@@ -90,6 +91,22 @@ TEST_F(IdentityFile, IsNoErrorWhenItCannotBeMade) {
   orbController facade;
   EXPECT_NO_THROW(facade.saveorbitekChipInfo());
   EXPECT_EQ(facade.kernelVersionField(), "KernelVersion 1.0.12");
+}
+
+TEST_F(IdentityFile, IsNotLeftEmptyWhenItCannotBeWritten) {
+  board_.modules.clear();
+  orbController facade;
+  std::filesystem::permissions(files_.folder, std::filesystem::perms::all);
+  const mode_t maskBefore = ::umask(0777);
+  const uid_t user = ::geteuid();
+  constexpr uid_t kNobody = 65534;
+  [[maybe_unused]] const int ignored = ::seteuid(kNobody);  // only root can, who may write all
+  facade.saveorbitekChipInfo();
+  EXPECT_EQ(::seteuid(user), 0);
+  ::umask(maskBefore);
+  EXPECT_EQ(contentOf(files_.identityFile), "(no file)");
+  facade.saveorbitekChipInfo();
+  expectFile("NO", "");
 }
 
 TEST_F(IdentityFile, LeavesEarlierVersionsWhenTheReceiverDoesNotAnswerAnyMore) {
