@@ -90,11 +90,13 @@ int superviseCommand(pid_t command, pid_t front) {
 
 int runCommand(const RunOptions& options, const Front& front) {
   adoptOrphans();
-  const SimulatedDevice device(options, front.folder.path());
+  const auto endCommand = [] { passOn(getpid(), SIGTERM, false); };
+  const SimulatedDevice device(options, front.folder.path(), endCommand);
   const pid_t command = startCommand(options, front, device);
   passEarlySignals(command);
   leaveInputAndOutput();
-  return superviseCommand(command, front.process);
+  const int status = superviseCommand(command, front.process);
+  return options.replay ? options.replay->conclude(status) : status;
 }
 
 }  // namespace

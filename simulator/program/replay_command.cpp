@@ -1,13 +1,16 @@
+#include <unistd.h>
+
+#include <csignal>
 #include <filesystem>
-#include <iostream>
+#include <map>
 #include <memory>
+#include <string>
 
 #include "orb-sim/pty_line.h"
-#include "orb-sim/replay.h"
-#include "orb-sim/trace.h"
 #include "program/command_line.h"
 #include "program/failure.h"
 #include "program/offered_line.h"
+#include "program/replayed_trace.h"
 #include "program/run.h"
 #include "program/signals.h"
 #include "program/standard_streams.h"
@@ -18,25 +21,30 @@ namespace {
 constexpr char kReplayDescription[] =
     "Plays the receiver's side of a trace back\n\n"
     "A packet gets the answer that the trace has to its next occurrence; after the last one, they\n"
-    "begin anew. A packet that the trace does not have is refused. With COMMAND, runs it as\n"
-    "orb-sim run does; with --link, goes on until it is ended.";
+    "begin anew. With COMMAND, runs it as orb-sim run does; with --link, goes on until it is "
+    "ended.";
+
+const std::map<std::string, ReplayedTrace::Unknown> kUnknown{
+    {"refuse", ReplayedTrace::Unknown::Refuse},
+    {"silent", ReplayedTrace::Unknown::Silent},
+    {"exit", ReplayedTrace::Unknown::Exit}};
 
 struct ReplayOptions {
   std::filesystem::path trace;
   std::filesystem::path link;
+  ReplayedTrace::Unknown unknown = ReplayedTrace::Unknown::Refuse;
   bool fast = false;
 };
 
-int offer(const Replay& replay, const std::filesystem::path& link) {
+int offer(ReplayedTrace& trace, const std::filesystem::path& link) {
   requireFreeLink(link);
   const EndSignals end;
-  ReplayDevice receiver(replay.trace, replay.pace);
-  const PtyLine line(receiver, link);
+  const std::unique_ptr<Device> receiver = trace.receiver([] { kill(getpid(), SIGTERM); });
+  const PtyLine line(*receiver, link);
   announceLine(link, line.path());
   warnOfLostOutput();
   end.wait();
-  std::cout << "orb-sim: packets that the trace does not have: " << receiver.refused() << '\n';
-  return 0;
+  return trace.conclude(0);
 }
 
 int replay(const ReplayOptions& options, const std::vector<std::string>& command) {
@@ -44,16 +52,17 @@ int replay(const ReplayOptions& options, const std::vector<std::string>& command
     throw Failure("give either --link PATH or COMMAND, after --");
   }
   bool isCut = false;
-  Replay replay{loadTrace(options.trace, &isCut),
-                options.fast ? ReplayDevice::Pace::Fast : ReplayDevice::Pace::Recorded};
+  const auto trace = std::make_shared<ReplayedTrace>(
+      loadTrace(options.trace, &isCut),
+      options.fast ? ReplayDevice::Pace::Fast : ReplayDevice::Pace::Recorded, options.unknown);
   if (isCut) {
     warnOfCutTrace(options.trace);
   }
   if (command.empty()) {
-    return offer(replay, options.link);
+    return offer(*trace, options.link);
   }
   RunOptions run;
-  run.replay = std::move(replay);
+  run.replay = trace;
   run.command = command;
   return sim::run(run);
 }
@@ -68,6 +77,16 @@ void addReplay(CLI::App& app, Invocation& invocation) {
   addLinkOption(*subcommand, options->link);
   subcommand->add_flag("--fast", options->fast,
                        "Answers come at once, not with their recorded delays");
+  addOption(*subcommand, "--unknown", "WHAT",
+            "What happens to a packet that the trace does not have: refuse, silent, or exit,\n"
+            "which ends COMMAND by SIGTERM, with status 125. Default: refuse",
+            [options](const std::string& word) {
+              const auto found = kUnknown.find(word);
+              if (found == kUnknown.end()) {
+                throw CLI::ValidationError(word + " is none of refuse silent exit");
+              }
+              options->unknown = found->second;
+            });
   invocation.commandTakers.insert(subcommand);
   invocation.actions[subcommand] = [options, &invocation] {
     return replay(*options, invocation.command);

@@ -1,28 +1,21 @@
 #pragma once
 
 #include <filesystem>
-#include <optional>
+#include <memory>
 #include <string>
 #include <vector>
 
-#include "orb-sim/replay.h"
 #include "orb-sim/scenario.h"
-#include "orb-sim/trace.h"
+#include "program/replayed_trace.h"
 
 namespace orb::sim {
-
-/// A trace to be played back.
-struct Replay {
-  std::vector<TraceRecord> trace;
-  ReplayDevice::Pace pace = ReplayDevice::Pace::Recorded;
-};
 
 /// How a COMMAND is to be run.
 struct RunOptions {
   Scenario scenario;
 
   /// What answers in the place of the scenario's receiver.
-  std::optional<Replay> replay;
+  std::shared_ptr<ReplayedTrace> replay;
 
   /// The line that COMMAND finds at /dev/tty_gps instead of one with a simulated receiver.
   std::filesystem::path tty;

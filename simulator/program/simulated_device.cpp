@@ -5,11 +5,11 @@
 #include <cstdlib>
 #include <fstream>
 #include <system_error>
+#include <utility>
 
 #include "base/checked.h"
 #include "i2c/register_text.h"
 #include "interpose/program_file.h"
-#include "orb-sim/replay.h"
 #include "orb-sim/scenario.h"
 #include "program/failure.h"
 #include "program/installation.h"
@@ -33,12 +33,12 @@ constexpr const char* kWrittenFiles[] = {
 constexpr const char* kLockFiles[] = {"/run/lock/LCK..tty_gps", "/var/lock/LCK..tty_gps"};
 
 /// What COMMAND finds at the far end of its line; none where there is no line or it is another's.
-std::unique_ptr<Device> makeReceiver(const RunOptions& options) {
+std::unique_ptr<Device> makeReceiver(const RunOptions& options, std::function<void()> endCommand) {
   if (!options.tty.empty() || options.scenario.presence == Scenario::Presence::Absent) {
     return nullptr;
   }
   if (options.replay) {
-    return std::make_unique<ReplayDevice>(options.replay->trace, options.replay->pace);
+    return options.replay->receiver(std::move(endCommand));
   }
   return std::make_unique<ScenarioDevice>(options.scenario);
 }
@@ -88,12 +88,13 @@ std::string escaped(const std::string& path) {
 
 }  // namespace
 
-SimulatedDevice::SimulatedDevice(const RunOptions& options, const fs::path& folder)
+SimulatedDevice::SimulatedDevice(const RunOptions& options, const fs::path& folder,
+                                 std::function<void()> endCommand)
     : files_(makeFilesFolder(options, folder)),
       i2cBus_(makeI2cBus(files_, folder)),
       library_(linkLibrary(folder)),
       tty_(options.tty.empty() ? folder / kLineName : fs::absolute(options.tty)),
-      receiver_(makeReceiver(options)),
+      receiver_(makeReceiver(options, std::move(endCommand))),
       busAddress_(startBus(folder)) {
   startInventory(folder, busAddress_, options.scenario.hardwareId);
   if (receiver_) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -14,8 +15,10 @@ namespace orb::sim {
 /// port expander on the I2C bus, and private files in the places of the real ones.
 class SimulatedDevice {
  public:
-  /// Sets everything up in `folder`; everything answers when this returns. Throws Failure.
-  SimulatedDevice(const RunOptions& options, const std::filesystem::path& folder);
+  /// Sets everything up in `folder`; everything answers when this returns. `endCommand` is called
+  /// where a replayed trace is to end the command. Throws Failure.
+  SimulatedDevice(const RunOptions& options, const std::filesystem::path& folder,
+                  std::function<void()> endCommand);
   ~SimulatedDevice();
 
   /// The variables that make a program see the device: LD_PRELOAD for the program `file`, the path

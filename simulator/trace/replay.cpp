@@ -9,7 +9,9 @@ using std::chrono::floor;
 using std::chrono::microseconds;
 using std::chrono::milliseconds;
 
-ReplayDevice::ReplayDevice(const std::vector<TraceRecord>& trace, Pace pace) : pace_(pace) {
+ReplayDevice::ReplayDevice(const std::vector<TraceRecord>& trace, Pace pace,
+                           AnswerUnknown answerUnknown)
+    : pace_(pace), answerUnknown_(std::move(answerUnknown)) {
   Answer beforeAll;
   Answer* current = &beforeAll;
   microseconds asked{0};
@@ -52,8 +54,7 @@ Bytes ReplayDevice::takeLeftovers() {
 Bytes ReplayDevice::answerTo(const Frame& packet) {
   const auto found = answers_.find(packet.payload);
   if (found == answers_.end()) {
-    ++refused_;
-    return refuse(packet.id());
+    return answerUnknown_(packet);
   }
   Answers& answers = found->second;
   schedule(answers.recorded[answers.next]);
@@ -87,11 +88,6 @@ Bytes ReplayDevice::tick(milliseconds elapsed) {
 milliseconds ReplayDevice::untilNextOutput() const {
   const std::lock_guard lock(mutex_);
   return due_.empty() ? kNever : std::max(due_.front().at - now_, milliseconds{0});
-}
-
-std::size_t ReplayDevice::refused() const {
-  const std::lock_guard lock(mutex_);
-  return refused_;
 }
 
 }  // namespace orb::sim

@@ -3,6 +3,7 @@
 #include <chrono>
 #include <cstddef>
 #include <deque>
+#include <functional>
 #include <map>
 #include <mutex>
 #include <vector>
@@ -19,7 +20,8 @@ namespace orb::sim {
 /// All that the receiver said between one packet of the client and the next is the answer to the
 /// first of them. A packet of the same bytes gets the answer that the trace has to its next
 /// occurrence; after the last one, those begin anew. A packet that the trace does not have is
-/// refused. What came before the first packet is played from the start, until a packet comes.
+/// refused, unless it is told otherwise. What came before the first packet is played from the
+/// start, until a packet comes.
 ///
 /// An answer comes with its recorded delays. What of the first second is still due when the next
 /// packet comes is sent then; what came later, text as a rule that nobody had asked for, is given
@@ -33,14 +35,17 @@ class ReplayDevice : public Device {
 
   static constexpr std::chrono::milliseconds kAnswerTime{1000};
 
-  explicit ReplayDevice(const std::vector<TraceRecord>& trace, Pace pace = Pace::Recorded);
+  /// Is called with each packet that the trace does not have, and returns the answer. It must not
+  /// call the device.
+  using AnswerUnknown = std::function<Bytes(const Frame& packet)>;
+
+  explicit ReplayDevice(
+      const std::vector<TraceRecord>& trace, Pace pace = Pace::Recorded,
+      AnswerUnknown answerUnknown = [](const Frame& packet) { return refuse(packet.id()); });
 
   Bytes receive(const Bytes& bytes) override;
   Bytes tick(std::chrono::milliseconds elapsed) override;
   std::chrono::milliseconds untilNextOutput() const override;
-
-  /// How many packets were refused, since the trace does not have them.
-  std::size_t refused() const;
 
  private:
   /// Bytes, and their delay after the packet that they answer or, in due_, their time.
@@ -60,6 +65,7 @@ class ReplayDevice : public Device {
   void schedule(const Answer& answer);
 
   const Pace pace_;
+  const AnswerUnknown answerUnknown_;
 
   mutable std::mutex mutex_;          ///< guards what follows
   std::map<Bytes, Answers> answers_;  ///< by payload
@@ -67,7 +73,6 @@ class ReplayDevice : public Device {
   std::chrono::milliseconds now_{0};
   std::chrono::milliseconds answerEnd_{0};  ///< what is due before this belongs to an answer
   std::deque<Piece> due_;                   ///< in the order of their times
-  std::size_t refused_ = 0;
 };
 
 }  // namespace orb::sim

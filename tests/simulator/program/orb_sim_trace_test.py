@@ -175,6 +175,9 @@ class RoundTrip(TapTest):
 
 
 class Replay(TapTest):
+    UNKNOWN = ("orb-sim: the trace does not have: 02     Query revision information of software: "
+               "00\n")
+
     def write_trace(self, *records):
         lines = [json.dumps({"time": time, "from": speaker, "bytes": data.hex()})
                  for time, speaker, data in records]
@@ -190,9 +193,27 @@ class Replay(TapTest):
                     self.assertEqual(read_exactly(line, 10), expected)
                 os.write(line, bytes.fromhex("A0A1000202000 20D0A".replace(" ", "")))
                 self.assertEqual(read_exactly(line, 9), REFUSED)
-            self.assertEqual(self.end(process, signal.SIGTERM),
-                             "orb-sim: packets that the trace does not have: 1\n")
+            process.send_signal(signal.SIGTERM)
+            self.assertEqual(process.communicate(timeout=LIMIT)[1], self.UNKNOWN +
+                             "orb-sim: packets that the trace does not have: 1, refused\n")
         self.assertFalse(os.path.lexists(self.link))
+
+    @runs_a_command
+    def test_does_with_what_the_trace_does_not_have_as_it_is_told(self):
+        self.write_trace((0.1, "client", ASK_VERSION), (0.1, "receiver", b"answer"))
+        ask = r"printf '\240\241\0\2\2\0\2\r\n' >&3; "
+        for unknown, packets, read, answer, status in (
+                ("refuse", 2, "head -c 18 <&3 | od -An -tx1 -w18", 2 * REFUSED, 3),
+                ("silent", 2, "timeout 1 cat <&3", b"", 3),
+                ("exit", 1, "exec cat <&3", b"", 125)):
+            with self.subTest(unknown):
+                result = self.orb_sim("replay", str(self.trace), "--unknown", unknown, "--", "sh",
+                                      "-c", f"exec 3<>/dev/tty_gps; {packets * ask}{read}; exit 3")
+                how = "refused" if unknown == "refuse" else "not answered"
+                self.assertEqual(result.stderr, self.UNKNOWN + "orb-sim: packets that the trace "
+                                 f"does not have: {packets}, {how}\n")
+                self.assertEqual(bytes.fromhex(result.stdout), answer)
+                self.assertEqual(result.returncode, status)
 
     def test_of_a_trace_that_is_cut_off_takes_its_whole_lines(self):
         self.write_trace((0.1, "client", ASK_VERSION), (0.1, "receiver", b"answer"))

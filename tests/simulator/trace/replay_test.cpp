@@ -25,7 +25,6 @@ TEST(ReplayDevice, AnswersAPacketAsTheTraceDoes) {
                             receiver(9ms, hex("02"))});
   EXPECT_EQ(device.receive(kPower), hex("02"));
   EXPECT_EQ(device.receive(kRateQuery), hex("01"));
-  EXPECT_EQ(device.refused(), 0U);
 }
 
 TEST(ReplayDevice, AnswersEachOccurrenceInTurnAndBeginsAnew) {
@@ -43,7 +42,19 @@ TEST(ReplayDevice, RefusesAPacketThatTheTraceDoesNotHave) {
       {client(1ms, sim::frame(0x0E00, hex("01 00"))), receiver(1ms, hex("01"))});
   EXPECT_EQ(device.receive(sim::frame(0x0E00, hex("02 00"))), sim::refuse(0x0E00));
   EXPECT_EQ(device.receive(kPower), sim::refuse(0x1500));
-  EXPECT_EQ(device.refused(), 2U);
+}
+
+TEST(ReplayDevice, AnswersAnUnknownPacketAsItIsTold) {
+  std::vector<sim::Bytes> unknown;
+  const auto answer = [&unknown](const sim::Frame& packet) {
+    unknown.push_back(packet.payload);
+    return hex("07");
+  };
+  sim::ReplayDevice device({client(1ms, kRateQuery), receiver(1ms, hex("01"))},
+                           sim::ReplayDevice::Pace::Fast, answer);
+  EXPECT_EQ(device.receive(kRateQuery), hex("01"));
+  EXPECT_EQ(device.receive(kPower), hex("07"));
+  EXPECT_EQ(unknown, std::vector<sim::Bytes>{hex("15")});
 }
 
 TEST(ReplayDevice, KeepsTheRecordedDelays) {
