@@ -53,6 +53,9 @@ extern "C" int open(const char* path, int flags, ...) {
   return static_cast<int>(syscall(SYS_openat, AT_FDCWD, path, flags, mode));
 }
 
+// What fortified headers make of an open() without a mode for clang, from glibc 2.40 on.
+extern "C" int __open_2(const char* path, int flags) { return open(path, flags); }
+
 extern "C" int ioctl(int descriptor, unsigned long request, ...) noexcept {
   va_list rest;
   va_start(rest, request);

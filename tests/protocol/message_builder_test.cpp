@@ -17,7 +17,6 @@ namespace orb::test {
 namespace {
 
 using testing::ElementsAre;
-using testing::IsEmpty;
 
 static_assert(!std::is_polymorphic_v<ORBMessageBuilder>);
 

@@ -16,7 +16,6 @@ namespace {
 
 using namespace std::chrono_literals;
 using sim::FaultKind;
-using sim::FaultTarget;
 using std::chrono::milliseconds;
 
 /// What a client does: it writes bytes at a time.

@@ -25,7 +25,7 @@ Messages messagesIn(const std::string& header) {
   const std::regex row(R"(constexpr [\w:]+ (k\w+)\W+(0x[0-9A-F]{4})(?:, (\d+)(?:, (k\w+))?)?)");
   Messages messages;
   for (std::sregex_iterator at(text.begin(), text.end(), row); at != std::sregex_iterator(); ++at) {
-    const bool isAnswered = at->str(4) != "" && at->str(4) != "kAcknowledged";
+    const bool isAnswered = !at->str(4).empty() && at->str(4) != "kAcknowledged";
     messages[at->str(1)] = {std::stoul(at->str(2), nullptr, 16), std::stoul('0' + at->str(3)),
                             isAnswered ? messages.at(at->str(4))[0] : 0};
   }

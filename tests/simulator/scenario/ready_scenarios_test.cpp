@@ -140,7 +140,7 @@ TEST(FlakyCableScenario, FailsAtMostTwoNeighboursAmongEightQueriesWhateverTheSee
     for (auto start = answers.begin(); start + kWindow <= answers.end(); ++start) {
       const auto failure = std::find(start, start + kWindow, false);
       const auto failures = std::count(start, start + kWindow, false);
-      const bool isPair = failures == 2 && failure[1] == false;
+      const bool isPair = failures == 2 && !failure[1];
       pairs += isPair ? 1 : 0;
       EXPECT_TRUE(failures < 2 || isPair) << "seed " << scenario.seed;
     }
