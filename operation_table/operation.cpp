@@ -240,8 +240,9 @@ constexpr Operation kOperations[] = {
     operation<&Facade::setAntennaPower>(
         "setAntennaPower", {{"state"}},
         R"(switches the antenna's supply at the carrier board's port expander: "ON" or "OFF", in )"
-        "any case. 0, also where the board does not answer; 1 for another word",
-        1, {0, 0}, ""),
+        "any case. 0, also where the board does not answer; 1 for another word. Its bus is "
+        "asked of the inventory, for 4 s at most",
+        1, {0, 4000}, ""),
     operation<&Facade::IsOrbitek>(
         "IsOrbitek", {}, "whether the module was found and the receiver answered at construction",
         kNoMask, {0, 0}, ""),
@@ -253,7 +254,8 @@ constexpr Operation kOperations[] = {
     operation<&Facade::configuraProtocolsDefault>("configuraProtocolsDefault", {}, "does nothing",
                                                   kNone, {0, 0}, ""),
     operation<&Facade::CreateOrbitek>("CreateOrbitek", {{"device"}},
-                                      "looks for module and receiver again", kNone, {0, 5000}, ""),
+                                      "looks for module and receiver again, for 5 s at most", kNone,
+                                      {0, 5000}, ""),
     operation<&Facade::saveorbitekChipInfo>("saveorbitekChipInfo", {},
                                             "writes /tmp/orbitekChip-info.txt, unless it is there: "
                                             "whether there is a receiver, and its firmware's date",

@@ -196,6 +196,20 @@ TEST(Operations, TakeAsLongAsThePageSays) {
   EXPECT_GT(compared, 70);
 }
 
+TEST(Operations, ThatAskTheInventoryTakeAsLongAsThePageSays) {
+  const std::regex limit("for ([0-9]+) s at most");
+  int compared = 0;
+  for (const auto& [signature, row] : documented()) {
+    if (std::smatch match; std::regex_search(row.does, match, limit)) {
+      const Operation* const operation = findOperation(signature.substr(0, signature.find('(')), 1);
+      ASSERT_NE(operation, nullptr) << signature;
+      expectSame(operation->longest, {0, std::stoi(match[1]) * 1000}, signature);
+      ++compared;
+    }
+  }
+  EXPECT_EQ(compared, 2);
+}
+
 TEST(Operations, OfSeveralStepsTakeAsLongAsTheseTogether) {
   const auto all = sequences();
   EXPECT_EQ(all.size(), 3U);
