@@ -6,12 +6,17 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <cerrno>
+#include <cstring>
 #include <iostream>
 #include <memory>
+#include <string_view>
+#include <utility>
 
 #include "base/man_page.h"
 #include "base/plain_help.h"
 #include "orbctl/command.h"
+#include "orbctl/complaint.h"
 #include "orbctl/completion.h"
 #include "orbctl/failure.h"
 #include "orbctl/schema.h"
@@ -25,7 +30,7 @@ constexpr char kDescription[] = "Asks and configures the GNSS receiver of this d
 constexpr char kFooter[] = R"(Without COMMAND: the status at a glance.
 
 Exit status: 0 success, 1 refused or read back differently, 2 wrong use, 3 no reply or a missed
-deadline, 4 not sent or no device, 5 no module or no receiver, 6 held by another process.
+deadline, 4 not sent or no device, 5 no module or no receiver, 6 held by another process, 7 another error.
 
 Examples:
   orbctl                              all is well?
@@ -115,7 +120,8 @@ struct GlobalOptions {
 void addGlobalOptions(CLI::App& app, GlobalOptions& global) {
   app.add_option("--deadline", global.deadlineSeconds,
                  "Gives up an operation after so long; without it, after the\n"
-                 "longest time that it takes, and 2 s")
+                 "longest time that it takes and 2 s, the first one 5 s more:\n"
+                 "module and receiver are looked for before it")
       ->type_name("SECONDS")
       ->check([](const std::string& text) {
         double seconds = 0;
@@ -129,7 +135,8 @@ void addGlobalOptions(CLI::App& app, GlobalOptions& global) {
                "Shows what the library prints, on standard error");
   app.add_option_function<std::string>(
          "--simulate", [](const std::string& /*scenario*/) {},
-         "Runs on the simulated device; orb-sim scenarios lists them")
+         "Runs on the simulated device; orb-sim scenarios lists them.\n"
+         "A file's name ends in .toml, or stands after =")
       ->type_name("[SCENARIO]")
       ->expected(0, 1);
 }
@@ -144,8 +151,12 @@ std::vector<std::string> commandsOf(const CLI::App& app) {
 }
 
 void requireOutput() {
+  if (std::cout) {
+    errno = 0;  // else it tells what went wrong
+  }
   if (!std::cout.flush()) {
-    throw Failure(ExitStatus::WrongUse, "cannot write to standard output");
+    throw Failure(ExitStatus::WrongUse,
+                  fmt::format("cannot write: {}", std::strerror(errno != 0 ? errno : EIO)));
   }
 }
 
@@ -158,8 +169,8 @@ void requireOpenOutput() {
   }
 }
 
-int report(const Failure& failure, const Options& options) {
-  if (options.isJson) {
+int report(const Failure& failure, bool isJson) {
+  if (isJson) {
     Json data{{"ok", false},
               {"error",
                {{"status", static_cast<int>(failure.status())},
@@ -171,18 +182,15 @@ int report(const Failure& failure, const Options& options) {
     }
     std::cout << asText(data) << std::flush;
   }
-  fmt::print(stderr, "orbctl: {}\n", failure.what());
+  complain(fmt::format("orbctl: {}\n", failure.what()));
   if (!failure.hint().empty()) {
-    fmt::print(stderr, "orbctl: {}\n", failure.hint());
+    complain(fmt::format("orbctl: {}\n", failure.hint()));
   }
   return static_cast<int>(failure.status());
 }
 
-int reportWrongUse(const CLI::App& app, const CLI::ParseError& error,
-                   const std::vector<std::string>& arguments) {
-  if (error.get_exit_code() == 0) {
-    return app.exit(error);  // --help, --version
-  }
+Failure wrongUse(const CLI::App& app, const CLI::ParseError& error,
+                 const std::vector<std::string>& arguments) {
   std::string hint = "see: orbctl --help";
   const std::vector<CLI::App*> asked = app.get_subcommands();
   if (!asked.empty()) {
@@ -192,9 +200,98 @@ int reportWrongUse(const CLI::App& app, const CLI::ParseError& error,
     const std::string near = nearest(arguments.front(), commands);
     hint = near.empty() ? hint : fmt::format("did you mean {}?", near);
   }
-  Options options;
-  options.isJson = std::find(arguments.begin(), arguments.end(), "--json") != arguments.end();
-  return report(Failure(ExitStatus::WrongUse, error.what(), hint), options);
+  return {ExitStatus::WrongUse, error.what(), hint};
+}
+
+/// What commands of the receiver call, as far as the keys of settings do not say it.
+constexpr std::pair<std::string_view, std::string_view> kOperationsOf[] = {
+    {"status",
+     "gpsOrbGetFwVersion, gpsObtGetGpsTime, gpsObtGetTimeMode, exchangeRaw,\n"
+     "gpsOrbGetJamDetectConfig, getNavsolution, gpsObtSetMsgType"},
+    {"watch",
+     "getNavsolution, gpsObtGetGpsTime, gpsObtGetTimeMode, exchangeRaw,\n"
+     "gpsOrbGetJamDetectConfig, gpsObtSetMsgType"},
+    {"detect", "IsOrbitek, CreateOrbitek"},
+    {"info", "gpsOrbGetFwVersion"},
+    {"time", "gpsObtGetGpsTime"},
+    {"position", "getNavsolution, gpsObtSetMsgType"},
+    {"satellites", "getNavsolution, gpsObtSetMsgType"},
+    {"interference", "gpsOrbGetJamDetectConfig"},
+    {"doctor", "IsOrbitek, CreateOrbitek, gpsOrbGetFwVersion"},
+    {"get", "those that orbctl keys names"},
+    {"set", "those that orbctl keys names"},
+    {"pulse", "those that orbctl keys names"},
+    {"constellations", "those that orbctl keys names"},
+    {"masks", "those that orbctl keys names"},
+    {"backup", "those that orbctl keys names, gpsObtGetTimeMode"},
+    {"restore",
+     "those that orbctl keys names, gpsObtGetTimeMode,\n"
+     "setSurveyDynamic, setSurveyAuto, setSurveyStatic"},
+    {"survey", "gpsObtGetTimeMode, exchangeRaw"},
+    {"survey status", "gpsObtGetTimeMode, exchangeRaw"},
+    {"survey dynamic", "setSurveyDynamic, gpsObtGetTimeMode, exchangeRaw"},
+    {"survey auto", "setSurveyAuto, gpsObtGetTimeMode, exchangeRaw"},
+    {"survey static", "setSurveyStatic, gpsObtGetTimeMode, exchangeRaw"},
+    {"antenna-power", "setAntennaPower"},
+    {"defaults", "setApplicationDefaults, setDefaultConfiguration, resetFactoryDefaults"},
+    {"restart", "restart"},
+    {"reset", "forceRestart"},
+    {"uart", "gpsObtSetUartPort"},
+    {"identity", "saveorbitekChipInfo"},
+    {"raw", "exchangeRaw"},
+};
+
+/// Adds to the description of each command of `app` what it calls.
+void nameOperations(CLI::App& app, const std::string& before) {
+  for (CLI::App* const command : app.get_subcommands({})) {
+    const std::string name = before + command->get_name();
+    const auto* const row =
+        std::find_if(std::begin(kOperationsOf), std::end(kOperationsOf),
+                     [&](const auto& candidate) { return candidate.first == name; });
+    if (row != std::end(kOperationsOf)) {
+      command->description(
+          fmt::format("{}\n\nOperations: {}", command->get_description(), row->second));
+    }
+    nameOperations(*command, name + " ");
+  }
+}
+
+void addAllCommands(CLI::App& app, Action& chosen) {
+  for (const auto& [group, add] : kGroups) {
+    const std::size_t before = app.get_subcommands({}).size();
+    add(app, chosen);
+    const std::vector<CLI::App*> commands = app.get_subcommands({});
+    for (std::size_t i = before; i < commands.size(); ++i) {
+      commands[i]->group(group);
+    }
+  }
+  nameOperations(app, "");
+}
+
+/// Throws Failure.
+void executeParsed(CLI::App& app, const Action& chosen, GlobalOptions& global,
+                   std::vector<std::string> arguments) {
+  try {
+    if (const auto simulation = takeSimulation(arguments)) {
+      runSimulated(*simulation, arguments);
+    }
+    std::vector<std::string> reversed(arguments.rbegin(), arguments.rend());  // as CLI11 takes them
+    app.parse(reversed);
+  } catch (const CLI::ParseError& error) {
+    if (error.get_exit_code() != 0) {
+      throw wrongUse(app, error, arguments);
+    }
+    app.exit(error);  // --help, --version
+    requireOutput();
+    return;
+  }
+  Options& options = global.options;
+  options.session.deadline = std::chrono::duration_cast<std::chrono::milliseconds>(
+      std::chrono::duration<double>(global.deadlineSeconds));
+  requireOpenOutput();
+  Session session(options.session);
+  (chosen ? chosen : showStatus)(session, options);
+  requireOutput();
 }
 
 }  // namespace
@@ -238,38 +335,24 @@ int execute(int argc, char** argv) {
   GlobalOptions global;
   addGlobalOptions(app, global);
   Action chosen;
-  for (const auto& [group, add] : kGroups) {
-    const std::size_t before = app.get_subcommands({}).size();
-    add(app, chosen);
-    const std::vector<CLI::App*> commands = app.get_subcommands({});
-    for (std::size_t i = before; i < commands.size(); ++i) {
-      commands[i]->group(group);
-    }
-  }
-
-  if (printManPage(app, 1, argc, argv)) {
-    return 0;
-  }
-  std::vector<std::string> arguments(argv + 1, argv + argc);
+  addAllCommands(app, chosen);
+  const std::vector<std::string> arguments(argv + 1, argv + argc);
+  // Also where the command line could not be read to its end.
+  const bool isJson = std::find(arguments.begin(), arguments.end(), "--json") != arguments.end();
   try {
-    const auto simulation = takeSimulation(arguments);
-    if (simulation) {
-      runSimulated(*simulation, arguments);
+    if (printManPage(app, 1, argc, argv)) {
+      requireOutput();
+    } else {
+      executeParsed(app, chosen, global, arguments);
     }
-    std::vector<std::string> reversed(arguments.rbegin(), arguments.rend());  // as CLI11 takes them
-    app.parse(reversed);
-    Options& options = global.options;
-    options.session.deadline = std::chrono::duration_cast<std::chrono::milliseconds>(
-        std::chrono::duration<double>(global.deadlineSeconds));
-    requireOpenOutput();
-    Session session(options.session);
-    (chosen ? chosen : showStatus)(session, options);
-    requireOutput();
     return 0;
-  } catch (const CLI::ParseError& error) {
-    return reportWrongUse(app, error, arguments);
   } catch (const Failure& failure) {
-    return report(failure, global.options);
+    return report(failure, isJson);
+  } catch (const std::exception& error) {
+    return report(
+        Failure(ExitStatus::Other, error.what(),
+                "this is a fault of orbctl, or of its surroundings, such as too little memory"),
+        isJson);
   }
 }
 

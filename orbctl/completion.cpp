@@ -208,8 +208,10 @@ std::string fish(const CLI::App& app) {
     }
   }
   for (const CLI::App* const command : app.get_subcommands({})) {
+    const std::string description = command->get_description();
     text += rule("not " + seen + namesOf(app),
-                 "-a " + command->get_name() + " -d " + quoted(command->get_description()));
+                 "-a " + command->get_name() + " -d " +
+                     quoted(description.substr(0, description.find('\n'))));
     text += optionRules(*command, seen + command->get_name());
   }
   for (const Words& each : wordsOf(app)) {

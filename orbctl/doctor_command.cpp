@@ -253,7 +253,7 @@ class Findings {
                                     [](const Finding& finding) { return finding.state == Bad; });
     if (worst != findings_.end()) {
       throw Failure(worst->status, fmt::format("{}: {}", worst->what, worst->found),
-                    worst->nextStep, 0, data.dump());
+                    worst->nextStep, 0, oneLine(data));
     }
     show(options_, "doctor", data, "All is well.\n");
   }

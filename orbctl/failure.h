@@ -14,7 +14,8 @@ enum class ExitStatus {
   NoReply = 3,     // none in time, or a missed deadline
   NotSent = 4,     // or no device
   NoReceiver = 5,  // or no module
-  Held = 6         // by another process
+  Held = 6,        // by another process
+  Other = 7        // an error of this machine, or of orbctl
 };
 
 /// What ends a command: its text says what is wrong, its hint what to try next.

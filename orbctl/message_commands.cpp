@@ -33,13 +33,17 @@ std::string bytesFrom(const std::vector<std::string>& words) {
   return bytes;
 }
 
+constexpr char kAboutIds[] = "ids from 62 to 6F have two bytes, as 64 07; all others one, as 2F";
+
+bool hasSubId(unsigned char id) { return id >= 0x62 && id <= 0x6F; }
+
 std::string describeMessage(const std::string& payload) {
   const auto at = [&](std::size_t i) {
     return i < payload.size() ? static_cast<unsigned char>(payload[i])
                               : static_cast<unsigned char>(0);
   };
-  const bool hasSubId = at(0) >= 0x62 && at(0) <= 0x6F;
-  return orbGetMessageDescription({at(0), hasSubId ? at(1) : static_cast<unsigned char>(0)}, 0);
+  return orbGetMessageDescription({at(0), hasSubId(at(0)) ? at(1) : static_cast<unsigned char>(0)},
+                                  0);
 }
 
 constexpr unsigned char kRefused = 0x84;
@@ -75,12 +79,13 @@ void raw(Session& session, const Options& options, const std::string& payload) {
   }
   if (isRefused) {
     throw Failure(ExitStatus::Refused, "the receiver refuses this message",
-                  "see its length and meaning with: orbctl messages", 0, whole.dump());
+                  fmt::format("{}; see its length with: orbctl messages", kAboutIds), 0,
+                  oneLine(whole));
   }
 }
 
-void messages(const Options& options, const std::string& id) {
-  const std::string wanted = id.empty() ? "" : bytesFrom({id});
+void messages(const Options& options, const std::vector<std::string>& words) {
+  const std::string wanted = bytesFrom(words);
   Json data = Json::array();
   std::string text;
   for (const ORBMessageInfo& row : ORBMessages) {
@@ -100,16 +105,19 @@ void messages(const Options& options, const std::string& id) {
     const std::string length = row.minLength == row.maxLength
                                    ? std::to_string(row.minLength)
                                    : fmt::format("{}-{}", row.minLength, row.maxLength);
-    data.push_back({{"id", fmt::format("{:02X} {:02X}", row.msgId.id, row.msgId.subId)},
+    const std::string id = hasSubId(row.msgId.id)
+                               ? fmt::format("{:02X} {:02X}", row.msgId.id, row.msgId.subId)
+                               : fmt::format("{:02X}", row.msgId.id);
+    data.push_back({{"id", id},
                     {"shortest", row.minLength},
                     {"longest", row.maxLength},
                     {"description", description}});
-    text += fmt::format("{:02X} {:02X}  {:>7}  {}\n", row.msgId.id, row.msgId.subId, length,
-                        description);
+    text += fmt::format("{:<5}  {:>7}  {}\n", id, length, description);
   }
   if (data.empty()) {
-    throw Failure(ExitStatus::WrongUse, fmt::format("the catalogue has no message {}", id),
-                  "see all with: orbctl messages");
+    throw Failure(ExitStatus::WrongUse,
+                  fmt::format("the catalogue has no message {}", fmt::join(words, " ")),
+                  fmt::format("{}; see all with: orbctl messages", kAboutIds));
   }
   show(options, "messages", {{"messages", data}}, text);
 }
@@ -118,16 +126,18 @@ void messages(const Options& options, const std::string& id) {
 
 void addMessageCommands(CLI::App& app, Action& chosen) {
   const auto words = std::make_shared<std::vector<std::string>>();
-  const auto id = std::make_shared<std::string>();
 
   CLI::App* command = addCommand(
       app, "raw", "Sends a message, and shows what answers", chosen,
       [=](Session& session, const Options& options) { raw(session, options, bytesFrom(*words)); });
-  command->add_option("ID", *words, "Id, sub-id and body in hexadecimal: 64 07")->required();
+  command
+      ->add_option("ID", *words,
+                   "Id, sub-id if it has one (62 to 6F do) and body, in\nhexadecimal: 64 07")
+      ->required();
 
   command = addCommand(app, "messages", "The catalogue of messages", chosen,
-                       [=](Session&, const Options& options) { messages(options, *id); });
-  command->add_option("ID", *id, "Those of this id, in hexadecimal: 64, or 6407");
+                       [=](Session&, const Options& options) { messages(options, *words); });
+  command->add_option("ID", *words, "Those of this id, in hexadecimal: 64, or 64 07");
 }
 
 }  // namespace orb::ctl

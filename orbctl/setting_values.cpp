@@ -30,11 +30,11 @@ Failure notTaken(const Setting& setting, const std::string& text) {
           fmt::format("nothing was sent; see: orbctl keys {}", setting.key)};
 }
 
-std::string requireWord(const Setting& setting, const std::string& word, const std::string& text) {
+std::string requireWord(const Setting& setting, const std::string& word) {
   const std::vector<std::string> words = split(setting.words);
   const std::string lower = lowered(word);
   if (std::find(words.begin(), words.end(), lower) == words.end()) {
-    throw notTaken(setting, text);
+    throw notTaken(setting, word);
   }
   return lower;
 }
@@ -43,7 +43,7 @@ std::string requireWord(const Setting& setting, const std::string& word, const s
 Json wordsFrom(const Setting& setting, const std::string& text) {
   std::vector<std::string> given;
   for (const std::string& word : split(text)) {
-    given.push_back(requireWord(setting, word, text));
+    given.push_back(requireWord(setting, word));
   }
   Json names = Json::array();
   for (const std::string& name : split(setting.words)) {
@@ -99,7 +99,7 @@ Json valueFrom(const Setting& setting, const std::string& text) {
       return word == "on";
     }
     case Setting::Kind::Word:
-      return requireWord(setting, text, text);
+      return requireWord(setting, text);
     case Setting::Kind::Words:
       return wordsFrom(setting, text);
   }

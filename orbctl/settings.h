@@ -11,6 +11,11 @@ namespace orb::ctl {
 
 using Json = nlohmann::ordered_json;
 
+/// As text; bytes that are no UTF-8 are replaced.
+inline std::string oneLine(const Json& data) {
+  return data.dump(-1, ' ', false, Json::error_handler_t::replace);
+}
+
 /// A setting of the receiver, as a person names, reads and writes it.
 struct Setting {
   enum class Kind { Number, Switch, Word, Words };

@@ -18,11 +18,11 @@ namespace fs = std::filesystem;
 
 fs::path ownFolder() { return fs::read_symlink("/proc/self/exe").parent_path(); }
 
-/// Whether there is a ready scenario or a file of this name.
+/// Whether there is a ready scenario of this name, or it is one of a file that can be no command's.
 bool isScenario(const std::string& word) {
   std::error_code error;
   const fs::path ready = ownFolder() / "../share/orb-gnss/scenarios" / (word + ".toml");
-  return fs::exists(ready, error) || fs::is_regular_file(word, error);
+  return fs::path(word).extension() == ".toml" || fs::exists(ready, error);
 }
 
 }  // namespace

@@ -7,6 +7,7 @@
 
 #include "orbctl/argument.h"
 #include "orbctl/command.h"
+#include "orbctl/complaint.h"
 #include "orbctl/failure.h"
 #include "orbctl/navigation.h"
 
@@ -63,13 +64,14 @@ Json waitForEnd(Session& session, const Options& options) {
   };
   while (!isOver(survey, atStart, passed())) {
     if (showsProgress) {
-      fmt::print(stderr, "\r\033[K{}; waiting for {} s", describeSurvey(survey), passed().count());
+      complain(
+          fmt::format("\r\033[K{}; waiting for {} s", describeSurvey(survey), passed().count()));
     }
     std::this_thread::sleep_for(std::chrono::seconds(1));
     survey = readSurveyPatiently(session);
   }
   if (showsProgress) {
-    fmt::print(stderr, "\r\033[K");
+    complain("\r\033[K");
   }
   return survey;
 }
@@ -89,9 +91,12 @@ void addSurveyCommand(CLI::App& app, Action& chosen) {
   };
   CLI::App* const survey =
       addCommand(app, "survey", "Surveys the position, holds one, or navigates", chosen, finish);
-  survey->add_flag("--wait", *isWaiting, "Waits until the survey is over");
+  const auto addWait = [=](CLI::App& command) {
+    command.add_flag("--wait", *isWaiting, "Waits until the survey is over");
+  };
+  addWait(*survey);
 
-  addCommand(*survey, "status", "What the receiver does, and where", chosen, finish);
+  addWait(*addCommand(*survey, "status", "What the receiver does, and where", chosen, finish));
   addCommand(*survey, "dynamic", "Navigates, without a survey", chosen,
              [=](Session& session, const Options& options) {
                session.call("setSurveyDynamic");
@@ -104,8 +109,14 @@ void addSurveyCommand(CLI::App& app, Action& chosen) {
                    session.call("setSurveyAuto", {*seconds, kDeviation});
                    finish(session, options);
                  });
-  command->add_option("SECONDS", *seconds,
-                      rangeOf(surveyLength()) + "; three hours where none are given");
+  addWait(*command);
+  command
+      ->add_option("SECONDS", *seconds,
+                   rangeOf(surveyLength()) + "; three hours where none are given")
+      ->check([](const std::string& text) {
+        const bool isNumber = text.find_first_not_of("0123456789") == std::string::npos;
+        return isNumber ? "" : fmt::format("seconds, as a number: 7200, not {}", text);
+      });
 
   command = addCommand(*survey, "static", "Holds this position", chosen,
                        [=](Session& session, const Options& options) {

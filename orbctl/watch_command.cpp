@@ -221,6 +221,10 @@ std::atomic<int> endingSignal{0};
 void noteSignal(int signal) { endingSignal = signal; }
 
 void watch(Session& /*session*/, const Options& options) {
+  if (options.isJson) {
+    throw Failure(ExitStatus::WrongUse, "watch prints no JSON: it draws on a terminal",
+                  "for scripts: orbctl --json status");
+  }
   if (::isatty(STDOUT_FILENO) != 1 || ::isatty(STDIN_FILENO) != 1) {
     throw Failure(ExitStatus::WrongUse, "watch needs a terminal",
                   "for scripts: orbctl --json status");

@@ -1,6 +1,7 @@
 """What orbctl refuses before it touches the device, and what needs none."""
 
 import os
+import re
 import subprocess
 import unittest
 
@@ -25,7 +26,7 @@ WRONG = [
      "sbas takes on, off, not 'yes'", "nothing was sent; see: orbctl keys sbas"),
     (["set", "constellations", "gps,mars"],
      "constellations takes any of gps, galileo, beidou, glonass, separated by commas, not "
-     "'gps,mars'", "nothing was sent; see: orbctl keys constellations"),
+     "'mars'", "nothing was sent; see: orbctl keys constellations"),
     (["set", "power-mode", "fast"],
      "power-mode takes normal, powersave, not 'fast'",
      "nothing was sent; see: orbctl keys power-mode"),
@@ -36,10 +37,14 @@ WRONG = [
     (["survey", "static", "91", "0", "0"], "LAT is -90 .. 90 degrees, not 91", "nothing was sent"),
     (["survey", "static", "0", "nan", "0"], "LON is -180 .. 180 degrees, not nan",
      "nothing was sent"),
+    (["survey", "auto", "60s"], "SECONDS: seconds, as a number: 7200, not 60s",
+     "see: orbctl survey --help"),
     (["survey", "auto", "0"], "SECONDS is 1 .. 1209600 s, not 0", "nothing was sent"),
     (["raw", "6"], "'6' is no bytes in hexadecimal", "as in: orbctl raw 64 07"),
     (["raw", "xy"], "'xy' is no bytes in hexadecimal", "as in: orbctl raw 64 07"),
-    (["messages", "FE"], "the catalogue has no message FE", "see all with: orbctl messages"),
+    (["messages", "6F", "FE"], "the catalogue has no message 6F FE",
+     "ids from 62 to 6F have two bytes, as 64 07; all others one, as 2F; see all with: orbctl "
+     "messages"),
     (["call", "setMinCno", "1"], "there is no operation 'setMinCno'", "did you mean setMinCNo?"),
     (["call", "setMinCNo"], "setMinCNo takes 1 arguments, not 0", "see: orbctl operations setMinCNo"),
     (["call", "setMinCNo", "41"], "minimum is 0 .. 40 dB-Hz, not '41'", "nothing was sent"),
@@ -88,6 +93,29 @@ class CommandLine(OrbctlTest):
                 self.assertIn("Usage: " + " ".join(["orbctl"] + command), page)
                 self.check(self.run_alone("help", *command), 0, page, "")
 
+    def test_says_where_its_output_cannot_be_written(self):
+        for arguments in ["--help"], ["--version"], ["--man"], ["help"], ["keys"]:
+            with self.subTest(arguments), open("/dev/full", "w") as full:
+                result = self.run_program(ORBCTL, *arguments, stdout=full, capture_output=False,
+                                          stderr=subprocess.PIPE)
+                self.assertEqual((result.returncode, result.stderr),
+                                 (2, "orbctl: cannot write: No space left on device\n"))
+
+    def test_help_names_the_operations_of_each_command(self):
+        names = set(re.findall(r"^(\w+)\(", self.run_alone("operations").stdout, re.MULTILINE))
+        for command, expected in {
+                "info": {"gpsOrbGetFwVersion"}, "survey dynamic": {"setSurveyDynamic", "exchangeRaw",
+                                                                   "gpsObtGetTimeMode"}}.items():
+            page = self.run_alone(*command.split(), "--help").stdout
+            self.assertEqual(set(re.findall(r"\w+", page.split("\n\n")[1])) - {"Operations"}, expected)
+        # No other name is left over from what was once called.
+        for page in re.findall(r"Operations: (.*?)\n\.", self.run_alone("--man").stdout, re.DOTALL):
+            if not page.startswith("those that"):
+                self.assertLessEqual(set(re.findall(r"\w+", page)), names)
+
+    def test_tells_of_the_wait_in_the_help_of_the_survey(self):
+        self.assertIn("--wait", self.run_alone("survey", "auto", "--help").stdout)
+
     def test_explains_results(self):
         for result, output in {
             "0": "0: the operation did what it was asked to\n",
@@ -126,8 +154,12 @@ class CommandLine(OrbctlTest):
                    "    takes at most 10100 ms\n", "")
 
     def test_knows_the_catalogue(self):
-        self.check(self.run_alone("messages", "6407"), 0,
-                   "64 07        2  Query interference detection status of GNSS receiver \n", "")
+        for words in ["6407"], ["64", "07"]:
+            self.check(self.run_alone("messages", *words), 0,
+                       "64 07        2  Query interference detection status of GNSS receiver \n", "")
+        self.check(self.run_alone("messages", "2F", "00"), 0,
+                   "2F           1  Query the values of elevation mask and CNR mask used by GNSS "
+                   "receiver\n", "")
 
 
 if __name__ == "__main__":

@@ -295,8 +295,9 @@ class OnTheDevice(OrbctlTest):
     def test_tells_of_a_refused_message(self):
         result = self.orbctl("raw", "02")
         self.assertEqual((result.returncode, result.stderr),
-                         (1, "orbctl: the receiver refuses this message\norbctl: see its length "
-                             "and meaning with: orbctl messages\n"))
+                         (1, "orbctl: the receiver refuses this message\norbctl: ids from 62 to 6F "
+                             "have two bytes, as 64 07; all others one, as 2F; see its length with: "
+                             "orbctl messages\n"))
 
     def test_doctor_prints_one_object(self):
         result = self.orbctl("--json", "doctor", device=NO_MODULE)
@@ -326,6 +327,13 @@ class OnTheDevice(OrbctlTest):
                                  f"orbctl: process {holder} holds /dev/tty_gps\n"
                                  "orbctl: wait for it to end, or give more time with --deadline\n")
 
+    def test_has_the_same_status_where_nobody_can_be_told(self):
+        result = self.shell(f"{ORBCTL} get sbas 2> /dev/full; echo $?; "
+                            "printf '\\344\\n' > /var/log/orbset-errors.log; "
+                            f"{ORBCTL} --json doctor > found; echo $?", NO_MODULE)
+        self.assertEqual((result.returncode, result.stdout), (0, "5\n5\n"))
+        self.assertFalse(json.loads((self.folder / "found").read_text())["ok"])
+
     def test_shows_the_librarys_prints_only_when_told(self):
         quiet = self.orbctl("get", "pulse-width")
         self.check(quiet, 0, "1000 us\n", "")
@@ -338,6 +346,8 @@ class OnTheDevice(OrbctlTest):
         self.check(result, 0, "5 degrees\n", "")
         result = self.run_program(ORBCTL, "get", "elevation-limit", "--simulate", "wrong-module")
         self.assertEqual(result.returncode, 5)
+        (self.folder / "detect").touch()
+        self.check(self.run_program(ORBCTL, "--simulate", "detect"), 0, GOOD[0][1], "")
 
 
 if __name__ == "__main__":

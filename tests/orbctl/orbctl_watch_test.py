@@ -111,6 +111,11 @@ class Watch(OrbctlTest):
         self.type("q")
         self.check_end("status 0")
 
+    def test_prints_no_json(self):
+        self.watch("--json")
+        self.wait_for_screen(r'(?s)\{.*"watch prints no JSON: it draws on a terminal".*status 2\n.*')
+        self.type("q")
+
     def test_gives_the_terminal_back_after_sigterm(self):
         self.watch(f"--deadline {LIMIT}", "--silent")
         self.wait_for_screen(STARTED)
