@@ -103,32 +103,41 @@ toml::table tableIn(const std::string& file, const std::string& source) {
   return *std::move(table);
 }
 
+void insert(toml::table& values, std::string_view key, const Json& value) {
+  if (value.is_boolean()) {
+    values.insert(key, value.get<bool>());
+  } else if (value.is_number()) {
+    values.insert(key, value.get<std::int64_t>());
+  } else if (value.is_array()) {
+    toml::array words;
+    for (const Json& word : value) {
+      words.push_back(word.get<std::string>());
+    }
+    values.insert(key, std::move(words));
+  } else {
+    values.insert(key, value.get<std::string>());
+  }
+}
+
 }  // namespace
 
-std::string makeBackup(Session& session) {
+BackupText makeBackup(Session& session, SettingReader& reader) {
+  BackupText result;
   toml::table values;
   for (const Setting& setting : settings()) {
+    const std::string key(setting.key);
+    const Json value = setting.isReadable() ? reader.read(setting) : Json();
     if (!setting.isReadable()) {
-      continue;
-    }
-    const Json value = readOrWarn(setting, session);
-    if (!canBeSet(setting, value)) {
-      continue;
-    }
-    if (value.is_boolean()) {
-      values.insert(setting.key, value.get<bool>());
-    } else if (value.is_number()) {
-      values.insert(setting.key, value.get<std::int64_t>());
-    } else if (value.is_array()) {
-      toml::array words;
-      for (const Json& word : value) {
-        words.push_back(word.get<std::string>());
-      }
-      values.insert(setting.key, std::move(words));
+      result.leftOut[key] = "no query reads it";
+    } else if (value.is_null()) {
+      result.leftOut[key] = "the receiver did not answer";
+    } else if (!canBeSet(setting, value)) {
+      result.leftOut[key] = fmt::format("no operation sets {}", textOf(value));
     } else {
-      values.insert(setting.key, value.get<std::string>());
+      insert(values, setting.key, value);
     }
   }
+  result.count = values.size();
   const Json survey = readSurvey(session);
   toml::table file{{"settings", std::move(values)},
                    {"survey", toml::table{{"mode", survey["mode"].get<std::string>()},
@@ -137,8 +146,12 @@ std::string makeBackup(Session& session) {
                                           {"longitude", survey["longitude"].get<double>()},
                                           {"altitude", survey["altitude"].get<double>()}}}};
   std::ostringstream text;
+  for (const auto& [key, reason] : result.leftOut.items()) {
+    text << "# Left out: " << key << ", since " << reason.get<std::string>() << '\n';
+  }
   text << file << '\n';
-  return text.str();
+  result.text = text.str();
+  return result;
 }
 
 Backup readBackup(const std::string& file) {
@@ -172,8 +185,11 @@ bool isSurveyAsIn(Session& session, const Backup& backup) {
   }
   // A mode other than static surveys its position itself.
   const auto same = [&](const char* key) { return now[key] == backup.survey[key]; };
-  return mode == "static" ? same("latitude") && same("longitude") && same("altitude")
-                          : mode != "auto" || same("length");
+  // The receiver holds the altitude in single precision.
+  const auto altitude = [](const Json& survey) { return survey["altitude"].get<float>(); };
+  return mode == "static"
+             ? same("latitude") && same("longitude") && altitude(now) == altitude(backup.survey)
+             : mode != "auto" || same("length");
 }
 
 void restoreSurvey(Session& session, const Backup& backup) {

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "orbctl/session.h"
+#include "orbctl/setting_reader.h"
 #include "orbctl/settings.h"
 
 namespace orb::ctl {
@@ -12,15 +13,21 @@ namespace orb::ctl {
 /// A file name that stands for standard input or output.
 constexpr char kStandardStream[] = "-";
 
-/// All settings that can be read, as a file has them.
+/// What a file has.
 struct Backup {
   std::vector<std::pair<std::string, Json>> settings;
   Json survey;  // null where the file has none
 };
 
-/// The text of a file with all settings of the receiver: TOML, with a table [settings] of the keys
-/// and a table [survey].
-std::string makeBackup(Session& session);
+/// The text of a file with the receiver's settings and what it does not have.
+struct BackupText {
+  std::string text;
+  std::size_t count = 0;
+  Json leftOut = Json::object();  // key and reason
+};
+
+/// Reads what can be read and set: TOML, with a table [settings] of the keys and a table [survey].
+BackupText makeBackup(Session& session, SettingReader& reader);
 
 /// Throws Failure where the file cannot be read, or holds what is no setting.
 Backup readBackup(const std::string& file);

@@ -1,30 +1,77 @@
 #include <fmt/format.h>
+#include <unistd.h>
 
 #include <CLI/CLI.hpp>
-#include <fstream>
+#include <cerrno>
+#include <cstdio>
+#include <filesystem>
 #include <memory>
+#include <system_error>
 
 #include "orbctl/backup.h"
 #include "orbctl/change.h"
 #include "orbctl/command.h"
 #include "orbctl/failure.h"
+#include "orbctl/setting_reader.h"
 #include "orbctl/setting_values.h"
 
 namespace orb::ctl {
 namespace {
 
+namespace fs = std::filesystem;
+
+/// Returns what went wrong, as an error number; 0 where nothing did.
+int write(const fs::path& file, const std::string& text) {
+  const std::unique_ptr<std::FILE, int (*)(std::FILE*)> stream(std::fopen(file.c_str(), "we"),
+                                                               std::fclose);
+  const bool isWritten = stream &&
+                         std::fwrite(text.data(), 1, text.size(), stream.get()) == text.size() &&
+                         std::fflush(stream.get()) == 0;
+  // What is no file of a disk need not be brought to one.
+  return isWritten && (::fsync(::fileno(stream.get())) == 0 || errno == EINVAL) ? 0 : errno;
+}
+
+/// Writes the file whole, or leaves it as it was; what is no file, such as a FIFO, is written to.
+void replace(const std::string& file, const std::string& text) {
+  std::error_code error;
+  const bool isThere = fs::exists(file, error);
+  if (isThere && !fs::is_regular_file(file, error)) {
+    error.assign(write(file, text), std::generic_category());
+  } else {
+    const fs::path target = isThere ? fs::canonical(file, error) : fs::path(file);
+    const fs::path made = fmt::format("{}.{}", target.string(), ::getpid());
+    error.assign(write(made, text), std::generic_category());
+    if (!error && isThere) {
+      fs::permissions(made, fs::status(target).permissions(), error);
+    }
+    if (!error) {
+      fs::rename(made, target, error);
+    }
+    if (error) {
+      ::unlink(made.c_str());
+    }
+  }
+  if (error) {
+    throw Failure(ExitStatus::WrongUse, fmt::format("cannot write {}: {}", file, error.message()));
+  }
+}
+
 void backup(Session& session, const Options& options, const std::string& file) {
-  session.requireReceiver();
-  const std::string text = makeBackup(session);
+  SettingReader reader(session);
+  const BackupText made = makeBackup(session, reader);
+  Json data{{"file", file}};
+  std::string text;
   if (file == kStandardStream) {
-    show(options, "backup", {{"file", file}, {"text", text}}, text);
-    return;
+    data["text"] = text = made.text;
+  } else {
+    replace(file, made.text);
+    text = fmt::format("{} has {} settings and the survey.\n", file, made.count);
+    for (const auto& [key, reason] : made.leftOut.items()) {
+      text += fmt::format("Left out: {}, since {}\n", key, reason.get<std::string>());
+    }
   }
-  std::ofstream stream(file, std::ios::trunc);
-  if (!(stream << text).flush()) {
-    throw Failure(ExitStatus::WrongUse, fmt::format("cannot write {}", file));
-  }
-  show(options, "backup", {{"file", file}}, fmt::format("All settings are in {}.\n", file));
+  data["left_out"] = made.leftOut;
+  reader.show(options, "backup", "backup", data, text);
 }
 
 /// How the receiver differs from a backup.
@@ -56,16 +103,21 @@ Difference differenceFrom(Session& session, const Backup& wanted) {
 }
 
 void apply(Session& session, const Backup& wanted, const Difference& difference) {
-  for (const Change& wish : difference.changes) {
-    change(session, wish, false);
-  }
+  std::vector<std::string> keys = keysOf(difference.changes);
   if (difference.isOfSurvey) {
+    keys.emplace_back("survey");
+  }
+  makeEach(keys, [&](std::size_t i) {
+    if (i < difference.changes.size()) {
+      return change(session, difference.changes[i], false).second["changed"].get<bool>();
+    }
     restoreSurvey(session, wanted);
     if (!isSurveyAsIn(session, wanted)) {
-      throw Failure(ExitStatus::Refused, "the survey was set, and reads back differently",
+      throw Failure(ExitStatus::Refused, "set, and reads back differently",
                     "see it with: orbctl survey");
     }
-  }
+    return true;
+  });
 }
 
 void restore(Session& session, const Options& options, const std::string& file, bool isDry) {
@@ -94,7 +146,7 @@ void addBackupCommands(CLI::App& app, Action& chosen) {
   const auto file = std::make_shared<std::string>();
 
   CLI::App* command = addCommand(
-      app, "backup", "Writes all settings to a file", chosen,
+      app, "backup", "Writes settings and survey to a file, and says what it leaves out", chosen,
       [=](Session& session, const Options& options) { backup(session, options, *file); });
   command->add_option("FILE", *file, "A TOML file; - is standard output")->required();
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstddef>
+#include <functional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -21,5 +23,11 @@ std::vector<Change> changesFrom(const std::vector<std::string>& words);
 /// Returns what became of it, in words and as data. Throws Failure where the receiver keeps another
 /// value.
 std::pair<std::string, Json> change(Session& session, const Change& wanted, bool isDry);
+
+std::vector<std::string> keysOf(const std::vector<Change>& changes);
+
+/// Has `make` do what each of `keys` stands for, in turn; it returns whether something changed. A
+/// Failure of it comes with what was changed before, and what was not tried.
+void makeEach(const std::vector<std::string>& keys, const std::function<bool(std::size_t)>& make);
 
 }  // namespace orb::ctl

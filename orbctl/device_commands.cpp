@@ -1,6 +1,7 @@
 #include <fmt/format.h>
 
 #include <CLI/CLI.hpp>
+#include <filesystem>
 #include <fstream>
 #include <memory>
 #include <sstream>
@@ -47,9 +48,11 @@ void identity(Session& session, const Options& options) {
   session.requireReceiver();
   Values none;
   session.callAnyway("saveorbitekChipInfo", none);
-  std::ifstream file(kIdentityFile);
+  std::error_code error;
   std::ostringstream text;
-  if (!(text << file.rdbuf())) {
+  // Nobody may ever write to a FIFO.
+  if (!std::filesystem::is_regular_file(kIdentityFile, error) ||
+      !(text << std::ifstream(kIdentityFile).rdbuf())) {
     throw Failure(ExitStatus::Refused, fmt::format("cannot read {}", kIdentityFile),
                   "what stands there already is not replaced: remove it and try again");
   }

@@ -1,4 +1,3 @@
-#include <dirent.h>
 #include <fcntl.h>
 #include <fmt/format.h>
 #include <sys/stat.h>
@@ -9,15 +8,15 @@
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
-#include <fstream>
 #include <optional>
 
 #include "base/owned_descriptor.h"
 #include "board/expected_module.h"
-#include "orb-gnss/hardware_discovery.h"
 #include "orbctl/command.h"
+#include "orbctl/device_users.h"
 #include "orbctl/error_log.h"
 #include "orbctl/failure.h"
+#include "orbctl/inventory.h"
 #include "supervised/device_lock.h"
 
 namespace orb::ctl {
@@ -54,45 +53,6 @@ Finding lookAtNode() {
             "join the group that owns it (often dialout), or use sudo", ExitStatus::NotSent};
   }
   return {Good, "device", fmt::format("{} is there, and may be read and written", kDevice), {}};
-}
-
-/// What a process has open, as far as this user may see.
-std::vector<fs::path> filesOf(const fs::path& process) {
-  std::vector<fs::path> files;
-  std::error_code error;
-  // A process may end meanwhile, and its folder with it.
-  for (fs::directory_iterator it(process / "fd", error); !error && it != fs::directory_iterator();
-       it.increment(error)) {
-    std::error_code ignored;
-    files.push_back(fs::read_symlink(it->path(), ignored));
-  }
-  return files;
-}
-
-/// Other processes that have the device open. One that has the far end of a pseudo-terminal is the
-/// line, not its user.
-std::vector<std::string> usersOfDevice() {
-  std::vector<std::string> users;
-  std::error_code error;
-  const fs::path device = fs::canonical(kDevice, error);
-  for (const fs::directory_entry& process : fs::directory_iterator("/proc", error)) {
-    const std::string id = process.path().filename();
-    if (id.find_first_not_of("0123456789") != std::string::npos ||
-        id == std::to_string(::getpid())) {
-      continue;
-    }
-    const std::vector<fs::path> files = filesOf(process.path());
-    const auto has = [&](const fs::path& file) {
-      return std::find(files.begin(), files.end(), file) != files.end();
-    };
-    if (has(device) && !has("/dev/ptmx") && !has("/dev/pts/ptmx")) {
-      std::ifstream name(process.path() / "comm");
-      std::string command;
-      std::getline(name, command);
-      users.push_back(fmt::format("{} ({})", id, command));
-    }
-  }
-  return users;
 }
 
 Finding lookAtUsers() {
@@ -171,11 +131,14 @@ Finding lookAtLine(const LineReport& line, const std::optional<Finding>& receive
 }
 
 Finding lookAtInventory() {
-  const std::string hardware = getModuleHardwareID(kModuleLocation);
+  const auto [hardware, problem] = askInventory();
+  if (!problem.empty()) {
+    return {Bad, "inventory", "cannot be asked: " + problem, kAskForService,
+            ExitStatus::NoReceiver};
+  }
   if (hardware.empty()) {
     return {Bad, "inventory", fmt::format("no module is known at location {}", kModuleLocation),
-            "is the inventory service running? systemctl status orb-inventoryd",
-            ExitStatus::NoReceiver};
+            "is one fitted, and does the inventory's file tell of it?", ExitStatus::NoReceiver};
   }
   if (hardware.find(kModulePartNumber) == std::string::npos) {
     return {Bad, "inventory",

@@ -7,6 +7,7 @@
 #include <map>
 #include <sstream>
 
+#include "orbctl/complaint.h"
 #include "orbctl/failure.h"
 #include "orbctl/reply_fields.h"
 
@@ -85,7 +86,8 @@ void BinaryOutput::restore() {
   try {
     session_.call("gpsObtSetMsgType", {before_});
   } catch (const Failure& failure) {
-    fmt::print(stderr, "orbctl: warning: the receiver's output stays binary: {}\n", failure.what());
+    complain(
+        fmt::format("orbctl: warning: the receiver's output stays binary: {}\n", failure.what()));
   }
   ::pthread_sigmask(SIG_SETMASK, &signalsBefore_, nullptr);
 }

@@ -8,8 +8,8 @@ namespace {
 
 // What each command has beside "ok" and "command". A text is a type, or the name of another shape
 // after '#'; an array has one shape for all its members; an object has the members that it names,
-// those with a '?' not always. "#values", "#changes", "#differences" and "#key-rows" are made
-// from the table of settings.
+// those with a '?' not always. "#values", "#changes", "#differences", "#key-rows" and "#reasons"
+// are made from the table of settings.
 constexpr char kShapes[] = R"json({
   "status": {"firmware": "#info", "navigation": "#position", "time": "#time", "survey": "#survey",
              "interference": "#interference"},
@@ -29,7 +29,7 @@ constexpr char kShapes[] = R"json({
   "masks": "#values",
   "set": {"dry_run": "boolean", "settings": "#changes"},
   "keys": "#key-rows",
-  "backup": {"file": "string", "text?": "string"},
+  "backup": {"file": "string", "text?": "string", "left_out": "#reasons"},
   "restore": {"dry_run": "boolean", "settings": "#differences"},
   "survey": {"mode": "string", "length": "integer", "deviation": "integer", "latitude": "number",
              "longitude": "number", "altitude": "number", "present_mode?": "string",
@@ -60,7 +60,9 @@ constexpr char kShapes[] = R"json({
 constexpr char kParts[] = R"json({
   "failure": {"error": {"status": "integer", "result": "integer", "text": "string",
                         "hint": "string"},
-              "findings?": "#findings", "sent?": "string", "replies?": "#replies"},
+              "findings?": "#findings", "sent?": "string", "replies?": "#replies",
+              "values?": "#values", "keys?": "#key-rows", "backup?": "#backup",
+              "failed?": "string", "changed?": ["string"], "not_tried?": ["string"]},
   "findings": [{"what": "string", "state": "string", "found": "string", "next_step": "string"}],
   "replies": [{"bytes": "string", "description": "string",
                "fields": [{"name": "string", "value": "string", "unit": "string"}]}],
@@ -133,6 +135,7 @@ void addSettings(Json& shapes) {
     const std::string key = std::string(setting.key) + "?";
     const Json value = shapeOf(setting);
     shapes["values"][key] = value;
+    shapes["reasons"][key] = "string";
     shapes["changes"][key] = {{"old", orNull(value)}, {"new", value}, {"changed", "boolean"}};
     shapes["differences"][key] = {{"old", orNull(value)}, {"new", value}};
     shapes["key-rows"][key] = {{"what", "string"},   {"range", "string"},

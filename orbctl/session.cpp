@@ -7,8 +7,10 @@
 #include <cstdio>
 
 #include "board/expected_module.h"
-#include "orb-gnss/hardware_discovery.h"
+#include "orbctl/complaint.h"
+#include "orbctl/device_users.h"
 #include "orbctl/failure.h"
+#include "orbctl/inventory.h"
 #include "orbctl/results.h"
 #include "supervised/device_lock.h"
 
@@ -36,7 +38,7 @@ std::string hintAfterSilence(LineReport::State line) {
     case LineReport::State::Packets:
     case LineReport::State::NotListened:
       return "try again: a receiver that was just started needs up to a minute, and older firmware "
-             "does not answer every query";
+             "refuses some queries: see which with orbctl log, and its refusal with orbctl raw";
   }
   return {};
 }
@@ -46,11 +48,21 @@ std::string_view plainName(std::string_view operation) {
   return operation == kIsThere || operation == kLookAgain ? "detection" : operation;
 }
 
+/// What is on the line, and what to try next. Another reader takes bytes away from it.
+std::pair<std::string, std::string> explainSilence(const LineReport& line) {
+  const std::vector<std::string> users = usersOfDevice();
+  if (users.empty()) {
+    return {describe(line), hintAfterSilence(line.state)};
+  }
+  return {fmt::format("{}; {} is also open in {}", describe(line), kDevice, fmt::join(users, ", ")),
+          "a second reader takes replies away: end it, and try again"};
+}
+
 Failure withoutReply(const char* what, const std::string& operation, unsigned int result,
                      const LineReport& line) {
-  return {ExitStatus::NoReply,
-          fmt::format("{}: {} ({})", what, describe(line), plainName(operation)),
-          hintAfterSilence(line.state), result};
+  const auto [silence, hint] = explainSilence(line);
+  return {ExitStatus::NoReply, fmt::format("{}: {} ({})", what, silence, plainName(operation)),
+          hint, result};
 }
 
 Failure failureOf(Session& session, const std::string& operation, unsigned int result) {
@@ -73,7 +85,11 @@ Failure failureOf(Session& session, const std::string& operation, unsigned int r
 }
 
 Failure noReceiver(Session& session) {
-  const std::string hardware = getModuleHardwareID(kModuleLocation);
+  const auto [hardware, problem] = askInventory();
+  if (!problem.empty()) {
+    return {ExitStatus::NoReceiver, fmt::format("the inventory cannot be asked: {}", problem),
+            kAskForService};
+  }
   if (hardware.find(kModulePartNumber) == std::string::npos) {
     return {
         ExitStatus::NoReceiver,
@@ -91,21 +107,21 @@ Failure noReceiver(Session& session) {
     return {ExitStatus::NotSent, fmt::format("{} cannot be opened ({})", kDevice, line.problem),
             "check the rights to it with: orbctl doctor"};
   }
+  const auto [silence, hint] = explainSilence(line);
   return {ExitStatus::NoReceiver,
-          fmt::format("the module is fitted, but no receiver answers on {}: {}", kDevice,
-                      describe(line)),
-          hintAfterSilence(line.state)};
+          fmt::format("the module is fitted, but no receiver answers on {}: {}", kDevice, silence),
+          hint};
 }
 
 }  // namespace
 
 void Session::show(const Call& call) {
   if (options_.showPrints) {
-    fmt::print(stderr, "{}{}", call.standardOutput, call.standardError);
+    complain(fmt::format("{}{}", call.standardOutput, call.standardError));
   }
   if (!call.warning.empty() && call.warning != lastWarning_ && !options_.isQuiet) {
     lastWarning_ = call.warning;
-    fmt::print(stderr, "orbctl: warning: the line is not locked: {}\n", call.warning);
+    complain(fmt::format("orbctl: warning: the line is not locked: {}\n", call.warning));
   }
 }
 
@@ -121,6 +137,8 @@ LineReport Session::listen() {
 
 void Session::checkLastCall(const std::string& operation) {
   const Call& call = orbSupervisedController::lastCall();
+  // The next worker looks anew; where it finds no receiver, its operations do nothing, and say 0.
+  isReceiverKnown_ = isReceiverKnown_ && call.ending == Ending::Done;
   switch (call.ending) {
     case Ending::Done:
       return;
@@ -165,19 +183,22 @@ void Session::tellOfWait() {
   const bool isBounded = options_.deadline > std::chrono::milliseconds::zero();
   const auto limit = isBounded ? std::min(options_.deadline, kSilentWait) : kSilentWait;
   if (lock.acquire(std::chrono::steady_clock::now() + limit) == DeviceLock::State::HeldByOther) {
-    fmt::print(stderr, "orbctl: waiting for process {}, which holds the line\n", lock.holder());
+    complain(fmt::format("orbctl: waiting for process {}, which holds the line\n", lock.holder()));
   }
 }
 
 bool Session::hasReceiver() {
   Values none;
-  Values device = {std::string(kDevice)};
   isReceiverKnown_ = isReceiverKnown_ || std::get<bool>(callAnyway(kIsThere, none));
   // On a slow line, or one that loses bytes, the detection can miss a receiver that is there.
-  if (!isReceiverKnown_ && ::access(kDevice, F_OK) == 0) {
-    callAnyway(kLookAgain, device);
-    isReceiverKnown_ = std::get<bool>(callAnyway(kIsThere, none));
-  }
+  return isReceiverKnown_ || (::access(kDevice, F_OK) == 0 && looksAgain());
+}
+
+bool Session::looksAgain() {
+  Values none;
+  Values device = {std::string(kDevice)};
+  callAnyway(kLookAgain, device);
+  isReceiverKnown_ = std::get<bool>(callAnyway(kIsThere, none));
   return isReceiverKnown_;
 }
 

@@ -33,6 +33,9 @@ class Session {
   /// Whether module and receiver were found, the second time at the latest, without a complaint.
   bool hasReceiver();
 
+  /// Looks for both anew.
+  bool looksAgain();
+
   /// Calls an operation with these arguments, outputs included, and returns them as it left them.
   /// Throws Failure where its result has a bit.
   Values call(const std::string& operation, Values arguments = {});

@@ -3,10 +3,12 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <memory>
+#include <optional>
 
 #include "orbctl/change.h"
 #include "orbctl/command.h"
 #include "orbctl/failure.h"
+#include "orbctl/setting_reader.h"
 #include "orbctl/setting_values.h"
 
 namespace orb::ctl {
@@ -27,28 +29,36 @@ void get(Session& session, const Options& options, const std::string& command,
   for (const std::string& key : keys) {
     asked.push_back(&readable(key));
   }
+  if (asked.size() == 1) {
+    const Json value = asked.front()->read(session);
+    show(options, command, {{std::string(keys.front()), value}},
+         withUnit(*asked.front(), value) + "\n");
+    return;
+  }
+  SettingReader reader(session);
   Json data = Json::object();
   std::string text;
   for (const Setting* const setting : asked) {
-    const Json value = setting->read(session);
-    data[std::string(setting->key)] = value;
-    text += keys.size() == 1 ? withUnit(*setting, value) + "\n"
-                             : fmt::format("{:<23} {}\n", setting->key, withUnit(*setting, value));
+    if (const Json value = reader.read(*setting); !value.is_null()) {
+      data[std::string(setting->key)] = value;
+      text += fmt::format("{:<23} {}\n", setting->key, withUnit(*setting, value));
+    }
   }
-  show(options, command, data, text);
+  reader.show(options, command, "values", data, text);
 }
 
 void apply(Session& session, const Options& options, const std::string& command,
            const std::vector<Change>& changes, bool isDry) {
   session.requireReceiver();
   Json data = Json::object();
-  for (const Change& wanted : changes) {
-    const auto [text, outcome] = change(session, wanted, isDry);
-    data[std::string(wanted.setting->key)] = outcome;
+  makeEach(keysOf(changes), [&](std::size_t i) {
+    const auto [text, outcome] = change(session, changes[i], isDry);
+    data[std::string(changes[i].setting->key)] = outcome;
     if (!options.isJson) {
       show(options, command, {}, text);  // at once: a later one may fail
     }
-  }
+    return !isDry && outcome["changed"].get<bool>();
+  });
   if (options.isJson) {
     show(options, command, {{"dry_run", isDry}, {"settings", data}}, "");
   }
@@ -56,6 +66,10 @@ void apply(Session& session, const Options& options, const std::string& command,
 
 void keys(Session& session, const Options& options, const std::vector<std::string>& asked,
           bool withValues) {
+  std::optional<SettingReader> reader;
+  if (withValues) {
+    reader.emplace(session);
+  }
   Json data = Json::object();
   std::string text;
   for (const Setting& setting : settings()) {
@@ -69,8 +83,8 @@ void keys(Session& session, const Options& options, const std::vector<std::strin
              {"reads", setting.reads},
              {"writes", setting.writes}};
     text += fmt::format("{:<23} {}\n{:24}{}\n", key, setting.what, "", rangeOf(setting));
-    if (withValues && setting.isReadable()) {
-      row["value"] = readOrWarn(setting, session);
+    if (reader && setting.isReadable()) {
+      row["value"] = reader->read(setting);
       text += row["value"].is_null()
                   ? ""
                   : fmt::format("{:24}now {}\n", "", withUnit(setting, row["value"]));
@@ -79,7 +93,11 @@ void keys(Session& session, const Options& options, const std::vector<std::strin
                                  : fmt::format("{:24}{}\n", "", setting.writes);
     data[key] = std::move(row);
   }
-  show(options, "keys", data, text);
+  if (reader) {
+    reader->show(options, "keys", "keys", data, text);
+  } else {
+    show(options, "keys", data, text);
+  }
 }
 
 void addGroup(CLI::App& app, Action& chosen, const char* name, const char* description,

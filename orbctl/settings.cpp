@@ -210,18 +210,6 @@ constexpr Setting kSettings[] = {
 
 std::span<const Setting> settings() { return kSettings; }
 
-Json readOrWarn(const Setting& setting, Session& session) {
-  try {
-    return setting.read(session);
-  } catch (const Failure& failure) {
-    if (failure.status() != ExitStatus::NoReply) {
-      throw;
-    }
-    fmt::print(stderr, "orbctl: warning: {} is left out: {}\n", setting.key, failure.what());
-    return {};
-  }
-}
-
 const Setting& settingNamed(std::string_view key) {
   std::vector<std::string> keys;
   for (const Setting& setting : kSettings) {

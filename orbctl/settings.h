@@ -39,10 +39,6 @@ struct Setting {
 
 std::span<const Setting> settings();
 
-/// Reads it for a list of many. Null, with a warning, where the receiver does not answer: older
-/// firmware does not have every query.
-Json readOrWarn(const Setting& setting, Session& session);
-
 /// Throws Failure, with the nearest key, where there is none of this name.
 const Setting& settingNamed(std::string_view key);
 

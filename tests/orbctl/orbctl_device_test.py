@@ -28,6 +28,10 @@ GOOD = [
     (["set", "navigation-mode", "3"], "navigation-mode: 0 -> 3\n"),
     (["set", "dop-mask", "default"], "dop-mask: mode 0, limits 300 300 300 -> default\n"),
     (["set", "output", "binary"], "output: binary\n"),
+    (["backup", "saved.toml"],
+     "saved.toml has 18 settings and the survey.\n"
+     "Left out: dop-mask, since no operation sets mode 0, limits 300 300 300\n"
+     "Left out: output, since no query reads it\n"),
     (["constellations"],
      "constellations          gps,glonass\nsbas                    on\n"
      "qzss                    on\nsecond-band             off\n"),
@@ -58,6 +62,9 @@ BAD = [
     (["get", "elevation-limit", "--deadline", "0.3"], SILENT, 3,
      "no answer before the deadline: no byte arrives on the line (detection)",
      "check the receiver's power and the cable, then: orbctl doctor"),
+    (["keys", "--values", "--deadline", "0.3"], SILENT, 3,
+     "no answer before the deadline: no byte arrives on the line (detection)",
+     "check the receiver's power and the cable, then: orbctl doctor"),
     (["get", "elevation-limit"], NO_DEVICE, 4,
      "/dev/tty_gps does not exist", "check the device node with: orbctl doctor"),
     (["get", "elevation-limit"], NO_MODULE, 5,
@@ -72,7 +79,7 @@ BAD = [
     (["doctor"], NO_DEVICE, 4, "device: /dev/tty_gps No such file or directory",
      "is the driver of the serial port loaded, and the udev rule for tty_gps installed?"),
     (["doctor"], NO_MODULE, 5, "inventory: no module is known at location 1",
-     "is the inventory service running? systemctl status orb-inventoryd"),
+     "is one fitted, and does the inventory's file tell of it?"),
 ]
 
 
@@ -130,6 +137,26 @@ talks-from-the-start = true
 kind = "no-reply"
 message = "set-output-type"
 times = 1
+"""
+# The queries of one setting are refused, the values of another are not kept.
+PARTLY = """
+[[fault]]
+kind = "refusal"
+message = "query-pps2-frequency"
+[[fault]]
+kind = "wrong-value"
+message = "set-pps-pulse-width"
+"""
+NOT_READ = """orbctl: frequency-output is left out: the receiver did not answer in time: NMEA text \
+is arriving, so the line is alive (gpsObtGetFreqOutput)
+orbctl: not read: frequency-output
+orbctl: try again: a receiver that was just started needs up to a minute, and older firmware \
+refuses some queries: see which with orbctl log, and its refusal with orbctl raw
+"""
+ENDING = """
+[[fault]]
+kind = "silence"
+message = "query-pps2-frequency"
 """
 INTERFERENCE = """
 [receiver]
@@ -214,6 +241,45 @@ class OnTheDevice(OrbctlTest):
                    "orbctl: standard output cannot be written to; nothing was done\n"
                    "orbctl: to drop what is printed: orbctl ... > /dev/null\n")
 
+    def test_shows_and_saves_what_can_be_read(self):
+        result = self.shell(f"{ORBCTL} pulse; echo $?; {ORBCTL} backup saved.toml; echo $?; "
+                            "head -n 4 saved.toml", self.scenario(PARTLY))
+        left_out = ("dop-mask, since no operation sets mode 0, limits 300 300 300",
+                    "frequency-output, since the receiver did not answer",
+                    "output, since no query reads it")
+        self.check(result, 0,
+                   "pulse-width             1000 us\npps-mode                0\n"
+                   "time-reference          gnss\nantenna-delay           0 ns\n3\n"
+                   "saved.toml has 17 settings and the survey.\n"
+                   + "".join(f"Left out: {line}\n" for line in left_out) + "3\n"
+                   + "".join(f"# Left out: {line}\n" for line in left_out) + "[settings]\n",
+                   NOT_READ + NOT_READ)
+
+    def test_asks_no_more_of_a_receiver_that_has_gone(self):
+        result = self.orbctl("--deadline", "4", "keys", "--values", device=self.scenario(ENDING))
+        self.check(result, 3, "",
+                   "orbctl: no answer before the deadline: no byte arrives on the line (detection)\n"
+                   "orbctl: check the receiver's power and the cable, then: orbctl doctor\n")
+
+    def test_keeps_the_old_backup_where_another_cannot_be_written(self):
+        (self.folder / "saved.toml").write_text("old")
+        result = self.shell(f"trap '' XFSZ; ulimit -f 1; {ORBCTL} backup saved.toml")
+        self.check(result, 2, "", "orbctl: cannot write saved.toml: File too large\n")
+        self.assertEqual((self.folder / "saved.toml").read_text(), "old")
+        self.assertEqual(list(self.folder.glob("saved*")), [self.folder / "saved.toml"])
+
+    def test_says_what_was_changed_before_a_failure(self):
+        (self.folder / "wanted.toml").write_text(
+            "[settings]\nelevation-limit = 15\npulse-width = 2000\nsbas = false\n"
+            '[survey]\nmode = "auto"\nlength = 7200\n')
+        result = self.shell(f"{ORBCTL} set cnr-limit 20 qzss on pulse-width 2000 sbas off; echo $?; "
+                            f"{ORBCTL} -q restore wanted.toml; echo $?", self.scenario(PARTLY))
+        said = ("orbctl: pulse-width: refused, or the receiver kept another value "
+                "(gpsObtTimePulseConfigure); changed before: {}; not tried: {}\n"
+                "orbctl: see what it holds with: orbctl get\n")
+        self.check(result, 0, "cnr-limit: 0 -> 20 dB-Hz\nqzss: on already\n1\n1\n",
+                   said.format("cnr-limit", "sbas") + said.format("elevation-limit", "sbas, survey"))
+
     def test_restores_what_it_has_saved(self):
         result = self.shell(
             f"{ORBCTL} -q backup saved.toml && {ORBCTL} -q set elevation-limit 15 sbas off && "
@@ -267,6 +333,12 @@ class OnTheDevice(OrbctlTest):
                 result = self.orbctl("restore", "survey.toml")
                 self.check(result, 2, "", f"orbctl: {text}\norbctl: {hint}\n")
 
+    def test_restores_an_altitude_as_the_receiver_holds_it(self):
+        (self.folder / "survey.toml").write_text(
+            '[settings]\n[survey]\nmode = "static"\nlatitude = 48.1\nlongitude = 11.1\n'
+            "altitude = 520.3\n")
+        self.check(self.orbctl("-q", "restore", "survey.toml"), 0, "", "")
+
     def test_restores_a_survey(self):
         result = self.shell(
             f"{ORBCTL} -q survey static 48.25 11.5 520 && {ORBCTL} -q backup saved.toml && "
@@ -305,8 +377,8 @@ class OnTheDevice(OrbctlTest):
         self.assertEqual((result.returncode, data["ok"]), (5, False))
         self.assertIn({"what": "inventory", "state": "BAD",
                        "found": "no module is known at location 1",
-                       "next_step": "is the inventory service running? systemctl status "
-                                    "orb-inventoryd"}, data["findings"])
+                       "next_step": "is one fitted, and does the inventory's file tell of it?"},
+                      data["findings"])
 
     def test_leaves_the_output_as_it_was(self):
         result = self.shell(f"{ORBCTL} -q set output nmea && sleep 1.2 && {ORBCTL} position && "
@@ -326,6 +398,28 @@ class OnTheDevice(OrbctlTest):
                 self.assertEqual(result.stderr, wait.format(holder) +
                                  f"orbctl: process {holder} holds /dev/tty_gps\n"
                                  "orbctl: wait for it to end, or give more time with --deadline\n")
+
+    def test_names_another_reader_of_the_line(self):
+        result = self.shell(f"exec 3< /dev/tty_gps; {ORBCTL} --deadline 0.3 get sbas 3<&-; echo $$",
+                            SILENT)
+        self.check(result, 0, result.stdout,
+                   "orbctl: no answer before the deadline: no byte arrives on the line; /dev/tty_gps "
+                   f"is also open in {result.stdout.strip()} (sh) (detection)\n"
+                   "orbctl: a second reader takes replies away: end it, and try again\n")
+
+    def test_tells_why_the_inventory_cannot_be_asked(self):
+        result = self.shell("export DBUS_SYSTEM_BUS_ADDRESS=unix:path=/nowhere; "
+                            f"{ORBCTL} get sbas; echo $?; {ORBCTL} doctor | grep inventory")
+        problem = "cannot be asked: cannot connect to the system bus: No such file or directory\n"
+        hint = "orbctl: is the inventory service running? systemctl status orb-inventoryd\n"
+        self.check(result, 0, f"5\nBAD   inventory  {problem}",
+                   f"orbctl: the inventory {problem}{hint}orbctl: inventory: {problem}{hint}")
+
+    def test_waits_for_nobody_who_writes_the_identity(self):
+        result = self.shell(f"mkfifo fifo; ln -s $PWD/fifo /tmp/orbitekChip-info.txt; "
+                            f"timeout 20 {ORBCTL} identity")
+        self.check(result, 1, "", "orbctl: cannot read /tmp/orbitekChip-info.txt\norbctl: what "
+                   "stands there already is not replaced: remove it and try again\n")
 
     def test_has_the_same_status_where_nobody_can_be_told(self):
         result = self.shell(f"{ORBCTL} get sbas 2> /dev/full; echo $?; "

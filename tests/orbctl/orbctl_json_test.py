@@ -25,6 +25,8 @@ COMMANDS = [
     ["call", "gpsObtGetTimeMode"], ["call", "IsOrbitek"], ["raw", "64", "07"], ["messages"],
     ["help"], ["help", "survey", "auto"], ["version"], ["completion", "bash"], ["schema"],
 ]
+# Firmware that refuses a query.
+OLD = ["--scenario", "old-firmware"]
 # Those that a test of its own runs.
 ELSEWHERE = {"restore", "watch", "log"}
 
@@ -82,7 +84,8 @@ class JsonOutput(OrbctlTest):
         for arguments, device, status in [
                 (["get", "elevation-limit"], ["--no-module"], 5), (["statsu"], [], 2),
                 (["raw", "02"], [], 1), (["doctor"], ["--no-module"], 5), (["watch"], [], 2),
-                (["help", "statsu"], [], 2)]:
+                (["help", "statsu"], [], 2), (["pulse"], OLD, 3), (["keys", "--values"], OLD, 3),
+                (["backup", "-"], OLD, 3), (["set", "sbas", "off", "frequency-output", "1"], OLD, 3)]:
             with self.subTest(arguments):
                 result = self.orbctl("--json", *arguments, device=device)
                 data = json.loads(result.stdout)

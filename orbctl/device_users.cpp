@@ -1,0 +1,59 @@
+#include "orbctl/device_users.h"
+
+#include <fmt/format.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+
+#include "orbctl/session.h"
+
+namespace orb::ctl {
+namespace {
+
+namespace fs = std::filesystem;
+
+/// What a process has open, as far as this user may see.
+std::vector<fs::path> filesOf(const fs::path& process) {
+  std::vector<fs::path> files;
+  std::error_code error;
+  // A process may end meanwhile, and its folder with it.
+  for (fs::directory_iterator it(process / "fd", error); !error && it != fs::directory_iterator();
+       it.increment(error)) {
+    std::error_code ignored;
+    files.push_back(fs::read_symlink(it->path(), ignored));
+  }
+  return files;
+}
+
+}  // namespace
+
+std::vector<std::string> usersOfDevice() {
+  std::vector<std::string> users;
+  std::error_code error;
+  const fs::path device = fs::canonical(kDevice, error);
+  if (device.empty()) {
+    return users;
+  }
+  for (const fs::directory_entry& process : fs::directory_iterator("/proc", error)) {
+    const std::string id = process.path().filename();
+    if (id.find_first_not_of("0123456789") != std::string::npos ||
+        id == std::to_string(::getpid())) {
+      continue;
+    }
+    const std::vector<fs::path> files = filesOf(process.path());
+    const auto has = [&](const fs::path& file) {
+      return std::find(files.begin(), files.end(), file) != files.end();
+    };
+    if (has(device) && !has("/dev/ptmx") && !has("/dev/pts/ptmx")) {
+      std::ifstream name(process.path() / "comm");
+      std::string command;
+      std::getline(name, command);
+      users.push_back(fmt::format("{} ({})", id, command));
+    }
+  }
+  return users;
+}
+
+}  // namespace orb::ctl

@@ -1,0 +1,36 @@
+#include "orbctl/setting_reader.h"
+
+#include <fmt/format.h>
+
+#include "orbctl/complaint.h"
+
+namespace orb::ctl {
+
+Json SettingReader::read(const Setting& setting) {
+  try {
+    return setting.read(session_);
+  } catch (const Failure& failure) {
+    // A line that loses bytes can lose one detection too.
+    if (failure.status() != ExitStatus::NoReply ||
+        (!session_.looksAgain() && !session_.looksAgain())) {
+      throw;
+    }
+    complain(fmt::format("orbctl: {} is left out: {}\n", setting.key, failure.what()));
+    missing_.emplace_back(setting.key);
+    first_ = first_ ? first_ : failure;
+    return {};
+  }
+}
+
+void SettingReader::show(const Options& options, const std::string& command, const char* name,
+                         const Json& data, const std::string& text) const {
+  if (!first_ || !options.isJson) {
+    ctl::show(options, command, data, text);
+  }
+  if (first_) {
+    throw Failure(first_->status(), fmt::format("not read: {}", fmt::join(missing_, ", ")),
+                  first_->hint(), first_->resultBits(), oneLine({{name, data}}));
+  }
+}
+
+}  // namespace orb::ctl
