@@ -121,12 +121,12 @@ void insert(toml::table& values, std::string_view key, const Json& value) {
 
 }  // namespace
 
-BackupText makeBackup(Session& session, SettingReader& reader) {
+BackupText makeBackup(Session& session, ListReader& reader) {
   BackupText result;
   toml::table values;
   for (const Setting& setting : settings()) {
     const std::string key(setting.key);
-    const Json value = setting.isReadable() ? reader.read(setting) : Json();
+    const Json value = setting.isReadable() ? reader.read(setting.key, setting.read) : Json();
     if (!setting.isReadable()) {
       result.leftOut[key] = "no query reads it";
     } else if (value.is_null()) {

@@ -4,8 +4,8 @@
 #include <utility>
 #include <vector>
 
+#include "orbctl/list_reader.h"
 #include "orbctl/session.h"
-#include "orbctl/setting_reader.h"
 #include "orbctl/settings.h"
 
 namespace orb::ctl {
@@ -27,7 +27,7 @@ struct BackupText {
 };
 
 /// Reads what can be read and set: TOML, with a table [settings] of the keys and a table [survey].
-BackupText makeBackup(Session& session, SettingReader& reader);
+BackupText makeBackup(Session& session, ListReader& reader);
 
 /// Throws Failure where the file cannot be read, or holds what is no setting.
 Backup readBackup(const std::string& file);

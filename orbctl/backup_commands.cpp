@@ -12,7 +12,7 @@
 #include "orbctl/change.h"
 #include "orbctl/command.h"
 #include "orbctl/failure.h"
-#include "orbctl/setting_reader.h"
+#include "orbctl/list_reader.h"
 #include "orbctl/setting_values.h"
 
 namespace orb::ctl {
@@ -57,7 +57,7 @@ void replace(const std::string& file, const std::string& text) {
 }
 
 void backup(Session& session, const Options& options, const std::string& file) {
-  SettingReader reader(session);
+  ListReader reader(session);
   const BackupText made = makeBackup(session, reader);
   Json data{{"file", file}};
   std::string text;

@@ -62,6 +62,8 @@ constexpr char kParts[] = R"json({
                         "hint": "string"},
               "findings?": "#findings", "sent?": "string", "replies?": "#replies",
               "values?": "#values", "keys?": "#key-rows", "backup?": "#backup",
+              "status_found?": {"firmware?": "#info", "navigation?": "#position", "time?": "#time",
+                                "survey?": "#survey", "interference?": "#interference"},
               "failed?": "string", "changed?": ["string"], "not_tried?": ["string"]},
   "findings": [{"what": "string", "state": "string", "found": "string", "next_step": "string"}],
   "replies": [{"bytes": "string", "description": "string",

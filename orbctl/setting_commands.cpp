@@ -8,7 +8,7 @@
 #include "orbctl/change.h"
 #include "orbctl/command.h"
 #include "orbctl/failure.h"
-#include "orbctl/setting_reader.h"
+#include "orbctl/list_reader.h"
 #include "orbctl/setting_values.h"
 
 namespace orb::ctl {
@@ -35,11 +35,11 @@ void get(Session& session, const Options& options, const std::string& command,
          withUnit(*asked.front(), value) + "\n");
     return;
   }
-  SettingReader reader(session);
+  ListReader reader(session);
   Json data = Json::object();
   std::string text;
   for (const Setting* const setting : asked) {
-    if (const Json value = reader.read(*setting); !value.is_null()) {
+    if (const Json value = reader.read(setting->key, setting->read); !value.is_null()) {
       data[std::string(setting->key)] = value;
       text += fmt::format("{:<23} {}\n", setting->key, withUnit(*setting, value));
     }
@@ -66,7 +66,7 @@ void apply(Session& session, const Options& options, const std::string& command,
 
 void keys(Session& session, const Options& options, const std::vector<std::string>& asked,
           bool withValues) {
-  std::optional<SettingReader> reader;
+  std::optional<ListReader> reader;
   if (withValues) {
     reader.emplace(session);
   }
@@ -84,7 +84,7 @@ void keys(Session& session, const Options& options, const std::vector<std::strin
              {"writes", setting.writes}};
     text += fmt::format("{:<23} {}\n{:24}{}\n", key, setting.what, "", rangeOf(setting));
     if (reader && setting.isReadable()) {
-      row["value"] = reader->read(setting);
+      row["value"] = reader->read(setting.key, setting.read);
       text += row["value"].is_null()
                   ? ""
                   : fmt::format("{:24}now {}\n", "", withUnit(setting, row["value"]));

@@ -5,6 +5,7 @@
 #include "orb-gnss/hardware_discovery.h"
 #include "orbctl/command.h"
 #include "orbctl/failure.h"
+#include "orbctl/list_reader.h"
 #include "orbctl/navigation.h"
 
 namespace orb::ctl {
@@ -31,6 +32,21 @@ std::string describe(const Json& position) {
       "ellipsoid)",
       position["latitude"].get<double>(), position["longitude"].get<double>(),
       position["sea_level_altitude"].get<double>(), position["ellipsoid_altitude"].get<double>());
+}
+
+std::string line(const char* name, const std::string& what) {
+  return fmt::format("{:<13} {}\n", name, what);
+}
+
+std::string firmwareLines(const Json& firmware) {
+  return line("receiver", fmt::format("QN4470T01, kernel {}, revision {}", text(firmware, "kernel"),
+                                      text(firmware, "revision")));
+}
+
+std::string navigationLines(const Json& navigation) {
+  return line("fix", fmt::format("{}, {} satellites", text(navigation, "fix"),
+                                 navigation["satellites"].get<int>())) +
+         line("position", describe(navigation));
 }
 
 void detect(Session& session, const Options& options) {
@@ -72,26 +88,30 @@ void interference(Session& session, const Options& options) {
 }  // namespace
 
 void showStatus(Session& session, const Options& options) {
-  const Json firmware = readInfo(session);
-  const Json time = readTime(session);
-  const Json survey = readSurvey(session);
-  const Json jamming = readInterference(session);
-  const Json navigation = readNavigation(session);
-  const Json data{{"firmware", firmware},
-                  {"navigation", navigation},
-                  {"time", time},
-                  {"survey", survey},
-                  {"interference", jamming}};
-  show(options, "status", data,
-       fmt::format("receiver      QN4470T01, kernel {}, revision {}\n"
-                   "fix           {}, {} satellites\n"
-                   "position      {}\n"
-                   "time          {}\n"
-                   "survey        {}\n"
-                   "interference  {}\n",
-                   text(firmware, "kernel"), text(firmware, "revision"), text(navigation, "fix"),
-                   navigation["satellites"].get<int>(), describe(navigation), describeTime(time),
-                   describeSurvey(survey), describeInterference(jamming)));
+  // What is read, how, and what is said of it.
+  const struct {
+    const char* name;
+    Json (*read)(Session& session);
+    std::string (*describe)(const Json& data);
+  } parts[] = {
+      {"firmware", readInfo, firmwareLines},
+      {"navigation", readNavigation, navigationLines},
+      {"time", readTime, [](const Json& time) { return line("time", describeTime(time)); }},
+      {"survey", readSurvey,
+       [](const Json& survey) { return line("survey", describeSurvey(survey)); }},
+      {"interference", readInterference, [](const Json& interference) {
+         return line("interference", describeInterference(interference));
+       }}};
+  ListReader reader(session);
+  Json data = Json::object();
+  std::string text;
+  for (const auto& part : parts) {
+    if (const Json found = reader.read(part.name, part.read); !found.is_null()) {
+      data[part.name] = found;
+      text += part.describe(found);
+    }
+  }
+  reader.show(options, "status", "status_found", data, text);
 }
 
 void addStatusCommands(CLI::App& app, Action& chosen) {

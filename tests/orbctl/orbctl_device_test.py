@@ -146,6 +146,9 @@ message = "query-pps2-frequency"
 [[fault]]
 kind = "wrong-value"
 message = "set-pps-pulse-width"
+[[fault]]
+kind = "refusal"
+message = "query-gps-time"
 """
 NOT_READ = """orbctl: frequency-output is left out: the receiver did not answer in time: NMEA text \
 is arriving, so the line is alive (gpsObtGetFreqOutput)
@@ -254,6 +257,13 @@ class OnTheDevice(OrbctlTest):
                    + "".join(f"Left out: {line}\n" for line in left_out) + "3\n"
                    + "".join(f"# Left out: {line}\n" for line in left_out) + "[settings]\n",
                    NOT_READ + NOT_READ)
+
+    def test_shows_a_status_with_gaps(self):
+        result = self.orbctl("status", device=self.scenario(PARTLY))
+        self.assertEqual(result.returncode, 3)
+        self.assertEqual([line.split()[0] for line in result.stdout.splitlines()],
+                         ["receiver", "fix", "position", "survey", "interference"])
+        self.assertIn("\norbctl: not read: time\n", result.stderr)
 
     def test_asks_no_more_of_a_receiver_that_has_gone(self):
         result = self.orbctl("--deadline", "4", "keys", "--values", device=self.scenario(ENDING))

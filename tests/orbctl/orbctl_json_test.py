@@ -25,8 +25,16 @@ COMMANDS = [
     ["call", "gpsObtGetTimeMode"], ["call", "IsOrbitek"], ["raw", "64", "07"], ["messages"],
     ["help"], ["help", "survey", "auto"], ["version"], ["completion", "bash"], ["schema"],
 ]
-# Firmware that refuses a query.
-OLD = ["--scenario", "old-firmware"]
+# Firmware that refuses two queries.
+OLD = """
+description = "of a test"
+[[fault]]
+kind = "refusal"
+message = "query-pps2-frequency"
+[[fault]]
+kind = "refusal"
+message = "query-gps-time"
+"""
 # Those that a test of its own runs.
 ELSEWHERE = {"restore", "watch", "log"}
 
@@ -81,11 +89,14 @@ class JsonOutput(OrbctlTest):
         self.assertEqual((entry["failure"], entry["message"]), ("not sent", "02 00"))
 
     def test_tells_of_failures(self):
+        (self.folder / "old.toml").write_text(OLD)
+        old = ["--scenario", "old.toml"]
         for arguments, device, status in [
                 (["get", "elevation-limit"], ["--no-module"], 5), (["statsu"], [], 2),
                 (["raw", "02"], [], 1), (["doctor"], ["--no-module"], 5), (["watch"], [], 2),
-                (["help", "statsu"], [], 2), (["pulse"], OLD, 3), (["keys", "--values"], OLD, 3),
-                (["backup", "-"], OLD, 3), (["set", "sbas", "off", "frequency-output", "1"], OLD, 3)]:
+                (["help", "statsu"], [], 2), (["pulse"], old, 3), (["keys", "--values"], old, 3),
+                (["backup", "-"], old, 3), (["set", "sbas", "off", "frequency-output", "1"], old, 3),
+                (["status"], old, 3)]:
             with self.subTest(arguments):
                 result = self.orbctl("--json", *arguments, device=device)
                 data = json.loads(result.stdout)

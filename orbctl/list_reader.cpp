@@ -1,4 +1,4 @@
-#include "orbctl/setting_reader.h"
+#include "orbctl/list_reader.h"
 
 #include <fmt/format.h>
 
@@ -6,24 +6,24 @@
 
 namespace orb::ctl {
 
-Json SettingReader::read(const Setting& setting) {
+Json ListReader::read(std::string_view name, Json (*function)(Session& session)) {
   try {
-    return setting.read(session_);
+    return function(session_);
   } catch (const Failure& failure) {
     // A line that loses bytes can lose one detection too.
     if (failure.status() != ExitStatus::NoReply ||
         (!session_.looksAgain() && !session_.looksAgain())) {
       throw;
     }
-    complain(fmt::format("orbctl: {} is left out: {}\n", setting.key, failure.what()));
-    missing_.emplace_back(setting.key);
+    complain(fmt::format("orbctl: {} is left out: {}\n", name, failure.what()));
+    missing_.emplace_back(name);
     first_ = first_ ? first_ : failure;
     return {};
   }
 }
 
-void SettingReader::show(const Options& options, const std::string& command, const char* name,
-                         const Json& data, const std::string& text) const {
+void ListReader::show(const Options& options, const std::string& command, const char* name,
+                      const Json& data, const std::string& text) const {
   if (!first_ || !options.isJson) {
     ctl::show(options, command, data, text);
   }

@@ -2,6 +2,7 @@
 
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "orbctl/command.h"
@@ -10,16 +11,16 @@
 
 namespace orb::ctl {
 
-/// Reads settings for a list of many: one that is not answered, as by older firmware, does not keep
-/// the others from being shown.
-class SettingReader {
+/// Reads a list of many things: one that is not answered, as by older firmware, does not keep the
+/// others from being shown.
+class ListReader {
  public:
   /// Throws Failure where there is no module or no receiver.
-  explicit SettingReader(Session& session) : session_(session) { session.requireReceiver(); }
+  explicit ListReader(Session& session) : session_(session) { session.requireReceiver(); }
 
-  /// Null, and told on standard error, where the receiver does not answer. Throws Failure where it
-  /// is not there any more.
-  Json read(const Setting& setting);
+  /// What `function` reads of the receiver: null, and told on standard error with its name, where
+  /// the receiver does not answer. Throws Failure where it is not there any more.
+  Json read(std::string_view name, Json (*function)(Session& session));
 
   /// Shows what was read. Throws Failure where something was not; as JSON, that has `data` as its
   /// member `name`.
