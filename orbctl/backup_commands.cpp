@@ -21,8 +21,8 @@ namespace {
 namespace fs = std::filesystem;
 
 /// Returns what went wrong, as an error number; 0 where nothing did.
-int write(const fs::path& file, const std::string& text) {
-  const std::unique_ptr<std::FILE, int (*)(std::FILE*)> stream(std::fopen(file.c_str(), "we"),
+int write(const fs::path& file, const char* mode, const std::string& text) {
+  const std::unique_ptr<std::FILE, int (*)(std::FILE*)> stream(std::fopen(file.c_str(), mode),
                                                                std::fclose);
   const bool isWritten = stream &&
                          std::fwrite(text.data(), 1, text.size(), stream.get()) == text.size() &&
@@ -36,18 +36,18 @@ void replace(const std::string& file, const std::string& text) {
   std::error_code error;
   const bool isThere = fs::exists(file, error);
   if (isThere && !fs::is_regular_file(file, error)) {
-    error.assign(write(file, text), std::generic_category());
+    error.assign(write(file, "we", text), std::generic_category());
   } else {
     const fs::path target = isThere ? fs::canonical(file, error) : fs::path(file);
     const fs::path made = fmt::format("{}.{}", target.string(), ::getpid());
-    error.assign(write(made, text), std::generic_category());
+    error.assign(write(made, "wxe", text), std::generic_category());  // follows no planted link
     if (!error && isThere) {
       fs::permissions(made, fs::status(target).permissions(), error);
     }
     if (!error) {
       fs::rename(made, target, error);
     }
-    if (error) {
+    if (error && error != std::errc::file_exists) {
       ::unlink(made.c_str());
     }
   }

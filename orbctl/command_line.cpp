@@ -30,7 +30,8 @@ constexpr char kDescription[] = "Asks and configures the GNSS receiver of this d
 constexpr char kFooter[] = R"(Without COMMAND: the status at a glance.
 
 Exit status: 0 success, 1 refused or read back differently, 2 wrong use, 3 no reply or a missed
-deadline, 4 not sent or no device, 5 no module or no receiver, 6 held by another process, 7 another error.
+deadline, 4 not sent or no device, 5 no module or no receiver, 6 held by another process,
+7 another error.
 
 Examples:
   orbctl                              all is well?

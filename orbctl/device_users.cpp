@@ -14,15 +14,23 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// What a process has open, as far as this user may see.
+/// As far as this user may see. A process may end meanwhile, and its folder with it.
+std::vector<fs::path> entriesOf(const fs::path& folder) {
+  std::vector<fs::path> entries;
+  std::error_code error;
+  for (fs::directory_iterator it(folder, error); !error && it != fs::directory_iterator();
+       it.increment(error)) {
+    entries.push_back(it->path());
+  }
+  return entries;
+}
+
+/// What a process has open.
 std::vector<fs::path> filesOf(const fs::path& process) {
   std::vector<fs::path> files;
-  std::error_code error;
-  // A process may end meanwhile, and its folder with it.
-  for (fs::directory_iterator it(process / "fd", error); !error && it != fs::directory_iterator();
-       it.increment(error)) {
+  for (const fs::path& descriptor : entriesOf(process / "fd")) {
     std::error_code ignored;
-    files.push_back(fs::read_symlink(it->path(), ignored));
+    files.push_back(fs::read_symlink(descriptor, ignored));
   }
   return files;
 }
@@ -36,18 +44,18 @@ std::vector<std::string> usersOfDevice() {
   if (device.empty()) {
     return users;
   }
-  for (const fs::directory_entry& process : fs::directory_iterator("/proc", error)) {
-    const std::string id = process.path().filename();
+  for (const fs::path& process : entriesOf("/proc")) {
+    const std::string id = process.filename();
     if (id.find_first_not_of("0123456789") != std::string::npos ||
         id == std::to_string(::getpid())) {
       continue;
     }
-    const std::vector<fs::path> files = filesOf(process.path());
+    const std::vector<fs::path> files = filesOf(process);
     const auto has = [&](const fs::path& file) {
       return std::find(files.begin(), files.end(), file) != files.end();
     };
     if (has(device) && !has("/dev/ptmx") && !has("/dev/pts/ptmx")) {
-      std::ifstream name(process.path() / "comm");
+      std::ifstream name(process / "comm");
       std::string command;
       std::getline(name, command);
       users.push_back(fmt::format("{} ({})", id, command));

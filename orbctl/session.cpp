@@ -183,7 +183,7 @@ void Session::tellOfWait() {
   const bool isBounded = options_.deadline > std::chrono::milliseconds::zero();
   const auto limit = isBounded ? std::min(options_.deadline, kSilentWait) : kSilentWait;
   if (lock.acquire(std::chrono::steady_clock::now() + limit) == DeviceLock::State::HeldByOther) {
-    complain(fmt::format("orbctl: waiting for process {}, which holds the line\n", lock.holder()));
+    complain(fmt::format("orbctl: waiting for {}, which holds the line\n", lock.holderInWords()));
   }
 }
 

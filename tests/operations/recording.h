@@ -18,6 +18,9 @@ namespace orb::test {
 template <typename Base>
 class Recording : public Base {
  public:
+  // NOLINTNEXTLINE(modernize-use-override): not every base has a virtual one.
+  virtual ~Recording() = default;
+
   std::vector<std::string> calls;
   /// What the n-th call comes to, counted from 1.
   std::function<unsigned int(std::size_t)> resultOf = [](std::size_t /*n*/) { return 0U; };

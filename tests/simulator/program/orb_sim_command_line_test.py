@@ -16,7 +16,7 @@ OPTIONS = {
     "scenarios": {"--help"},
     "serve": RECEIVER_OPTIONS | {"--link", "--tcp"},
     "tap": {"--help", "--link", "--trace", "--append", "--force", "--baud"},
-    "replay": {"--help", "--link", "--fast"},
+    "replay": {"--help", "--link", "--fast", "--unknown"},
     "decode": {"--help"},
 }
 
