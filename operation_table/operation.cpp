@@ -1,6 +1,7 @@
 #include "operation_table/operation.h"
 
 #include "operation_table/binding.h"
+#include "transport/result_bits.h"
 
 namespace orb {
 namespace {
@@ -11,9 +12,9 @@ using Driver = orbController_QN4470T01;
 
 constexpr unsigned int kNone = 0;
 constexpr unsigned int kNoMask = Operation::kNoMask;
-constexpr unsigned int kQuery = 4 | 8;
-constexpr unsigned int kSetting = 1 | 4 | 8;
-constexpr unsigned int kOrder = 8;
+constexpr unsigned int kQuery = kNoReply | kNotSent;
+constexpr unsigned int kSetting = kRejected | kQuery;
+constexpr unsigned int kOrder = kNotSent;
 
 // A row: name and arguments (name, unit, lowest, highest), what the operation does, the bits of its
 // result, how many replies it can await and the milliseconds that it waits or sleeps besides, what
@@ -67,9 +68,9 @@ constexpr Operation kOperations[] = {
                                            "reads the cable delay, ns, hundredths cut off", kQuery,
                                            {1, 0}, "on failure 0"),
     operation<&Interface::setAntennaType>("setAntennaType", {{"type"}},
-                                          "not supported by the module", 256, {0, 0}, ""),
+                                          "not supported by the module", kNotSupported, {0, 0}, ""),
     operation<&Interface::getAntennaType>("getAntennaType", {{"type"}},
-                                          "not supported by the module", 256, {0, 0}, ""),
+                                          "not supported by the module", kNotSupported, {0, 0}, ""),
     operation<overload<unsigned int(unsigned short, bool)>(&Interface::setGnssSystem)>(
         "setGnssSystem", {{"mask"}, {"secondBand"}},
         "sets the constellations as setGnssSystem(mask) does, then switches the second frequency "
@@ -166,7 +167,7 @@ constexpr Operation kOperations[] = {
         {1, 100}, "a model above 8 is sent as mode 0, without complaint"),
     operation<overload<unsigned int(unsigned char, unsigned char)>(&Interface::setDynamicModel)>(
         "setDynamicModel", {{"model", "", 0, 8}, {"fixMode", "", 0, 2}},
-        "sets the navigation model and the fix mode", kSetting | 256, {2, 200},
+        "sets the navigation model and the fix mode", kSetting | kNotSupported, {2, 200},
         "a fix mode above 2 gives exactly 256, after the model was set and read back"),
     operation<&Interface::getDynamicModel>("getDynamicModel", {{"model"}, {"fixMode"}},
                                            "reads the receiver's navigation mode and the fix mode",
@@ -175,7 +176,7 @@ constexpr Operation kOperations[] = {
                                            "Neither number is the one that was set, see below"),
     operation<&Interface::setFixMode>("setFixMode", {{"fixMode", "", 0, 2}},
                                       "sets the fix mode: 0 is 2D, 1 is 3D, 2 is the pair 3D, 2D",
-                                      kSetting | 256, {1, 0},
+                                      kSetting | kNotSupported, {1, 0},
                                       "another mode returns 256, with nothing sent"),
     operation<&Interface::setTimeReference>(
         "setTimeReference", {{"reference"}},

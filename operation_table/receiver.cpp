@@ -5,15 +5,13 @@
 #include <thread>
 
 #include "orb-gnss/serial_channel.h"
+#include "transport/result_bits.h"
 
 namespace orb {
 namespace {
 
 constexpr std::chrono::seconds kRawTimeout{2};
 constexpr std::chrono::milliseconds kLook{5};
-
-constexpr unsigned int kNoReply = 4;
-constexpr unsigned int kNotSent = 8;
 
 constexpr unsigned char kAcknowledged = 0x83;
 constexpr unsigned char kNavigationData = 0xA8;  // comes unasked

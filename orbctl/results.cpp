@@ -2,6 +2,8 @@
 
 #include <fmt/format.h>
 
+#include "transport/result_bits.h"
+
 namespace orb::ctl {
 namespace {
 
@@ -11,10 +13,11 @@ struct ResultBit {
 };
 
 constexpr ResultBit kResultBits[] = {
-    {1, "an argument was rejected, or the setting read back differs from what was requested"},
-    {4, "the expected reply did not arrive in time"},
-    {8, "a message could not be sent"},
-    {256, "the module does not support the operation or the argument's value"},
+    {kRejected,
+     "an argument was rejected, or the setting read back differs from what was requested"},
+    {kNoReply, "the expected reply did not arrive in time"},
+    {kNotSent, "a message could not be sent"},
+    {kNotSupported, "the module does not support the operation or the argument's value"},
 };
 
 }  // namespace

@@ -13,6 +13,7 @@
 #include "orbctl/inventory.h"
 #include "orbctl/results.h"
 #include "supervised/device_lock.h"
+#include "transport/result_bits.h"
 
 namespace orb::ctl {
 namespace {
@@ -75,7 +76,7 @@ Failure failureOf(Session& session, const std::string& operation, unsigned int r
       return {status, fmt::format("a message could not be sent to {} ({})", kDevice, operation),
               "find out why with: orbctl doctor", result};
     default:
-      if ((result & 256) != 0) {
+      if ((result & kNotSupported) != 0) {
         return {
             status, fmt::format("the module does not support this ({})", operation), {}, result};
       }
@@ -155,7 +156,6 @@ void Session::checkLastCall(const std::string& operation) {
   LineReport report;
   report.state = call.line;
   report.problem = kDevice;
-  constexpr unsigned int kNoReply = 4;
   throw withoutReply("no answer before the deadline", operation, kNoReply, report);
 }
 

@@ -8,6 +8,7 @@
 #include "supervised/device_lock.h"
 #include "supervised/line_listener.h"
 #include "transport/default_device.h"
+#include "transport/result_bits.h"
 
 namespace orb {
 namespace {
@@ -23,9 +24,6 @@ constexpr std::chrono::seconds kLooking{5};
 constexpr std::chrono::milliseconds kLongestLimit = std::chrono::hours(24 * 365);
 /// NMEA sentences come once a second.
 constexpr std::chrono::milliseconds kListening{1200};
-
-constexpr long long kNoReply = 4;
-constexpr long long kNotSent = 8;
 
 /// The result of a call that did not come to its end.
 Value resultWithoutOne(const Operation& operation, long long bit) {
