@@ -23,9 +23,10 @@ constexpr const char* kMissing = "/dev/tty_gps/missing";
 constexpr const char* kSetNotSent = "12:00:  Could not send : 0C 00: Set system power mode\n";
 constexpr const char* kAskNotSent =
     "12:00:  Could not send : 15 00: Query the power mode status of GNSS receiver \n";
+constexpr const char* kAskNotAnswered =
+    "12:00:  Did not receive : 15 00: Query the power mode status of GNSS receiver \n";
 
-/// Exchanges on a scripted line. Their outcomes are tested with the driver's operations; here is
-/// what none of those shows.
+/// Exchanges on a scripted line.
 class CommandExchangeTest : public ChannelTest {
  protected:
   CommandExchange exchange() {
@@ -46,6 +47,33 @@ class CommandExchangeTest : public ChannelTest {
   std::ostringstream log_;
   std::vector<int> values_;
 };
+
+TEST_F(CommandExchangeTest, DecodesTheReply) {
+  line_.deliver(kValueOne);
+  EXPECT_EQ(ask(), kSucceeded);
+  EXPECT_EQ(pty_.takeWritten(kAskPacket.size()), kAskPacket);
+  EXPECT_THAT(values_, ElementsAre(1));
+  EXPECT_EQ(log_.str(), "");
+}
+
+TEST_F(CommandExchangeTest, LogsTheQueryWhoseReplyDoesNotCome) {
+  clock_.passSeconds({0, 2});
+  line_.deliver(hex("24"));
+  EXPECT_EQ(ask(), kNoReply);
+  EXPECT_TRUE(values_.empty());
+  EXPECT_EQ(log_.str(), kAskNotAnswered);
+}
+
+TEST_F(CommandExchangeTest, RejectsWhatIsNotKept) {
+  const auto configure = [&](unsigned int readBack, bool isKept) {
+    return exchange().configure(
+        Command(kSet).u8(1), CommandExchange::kAtOnce, [&] { return readBack; },
+        [&] { return isKept; });
+  };
+  EXPECT_EQ(configure(kSucceeded, true), kSucceeded);
+  EXPECT_EQ(configure(kSucceeded, false), kRejected);
+  EXPECT_EQ(configure(kNoReply, false), kRejected | kNoReply);
+}
 
 TEST_F(CommandExchangeTest, DoesNotAwaitTheReplyToWhatItCouldNotSend) {
   calls_.writeResult = -1;

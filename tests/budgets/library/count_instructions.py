@@ -23,6 +23,7 @@ CALLS = re.compile(r"calls=(\d+)")
 COST = re.compile(r"\d+ (\d+)$")
 EXPANDED = re.compile(r"_*mem(cpy|move|set)(_|$)")
 AFTER_NAME = re.compile(r"[(@].*")  # arguments, or the C library's version
+FORTIFIED = re.compile(r"^__(\w+)_2$")  # what clang makes of open(), from glibc 2.40 on
 TRIGGER = re.compile(r"desc: Trigger: Client Request: (.*)")
 
 
@@ -86,7 +87,7 @@ def calls_of_all_compilers(profile):
     calls = collections.Counter()
     for name, times in profile.calls_out.items():
         if not EXPANDED.match(name):
-            calls[AFTER_NAME.sub("", name)] += times
+            calls[FORTIFIED.sub(r"\1", AFTER_NAME.sub("", name))] += times
     return calls
 
 
