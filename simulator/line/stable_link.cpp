@@ -23,9 +23,15 @@ void StableLink::pointTo(const fs::path& target) {
   // Made beside its place and moved there, so that the link is never missing.
   fs::path made = link_;
   made += "." + target.filename().string() + ".new";
-  fs::remove(made);
-  fs::create_symlink(target, made);
-  fs::rename(made, link_);
+  std::error_code error;
+  fs::remove(made, error);
+  fs::create_symlink(target, made, error);
+  if (!error) {
+    fs::rename(made, link_, error);
+  }
+  if (error) {
+    throw std::system_error(error, "cannot make " + link_.string());
+  }
   target_ = target;
 }
 

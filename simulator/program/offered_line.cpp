@@ -49,7 +49,7 @@ void requireFreeLink(const fs::path& link) {
 
 void announceLine(const fs::path& link, const std::string& tty) {
   const std::string place = fs::absolute(link).lexically_normal();
-  std::cout << "orb-sim: the line is at " << place << ", which now points to " << tty << '\n'
+  std::cerr << "orb-sim: the line is at " << place << ", which now points to " << tty << '\n'
             << "orb-sim: for one program, without any rights: orb-sim run --tty " << place
             << " -- COMMAND\n"
             << "orb-sim: for all of your programs, once, as root: ln -s " << place

@@ -13,7 +13,6 @@
 #include "program/replayed_trace.h"
 #include "program/run.h"
 #include "program/signals.h"
-#include "program/standard_streams.h"
 
 namespace orb::sim {
 namespace {
@@ -42,7 +41,6 @@ int offer(ReplayedTrace& trace, const std::filesystem::path& link) {
   const std::unique_ptr<Device> receiver = trace.receiver([] { kill(getpid(), SIGTERM); });
   const PtyLine line(*receiver, link);
   announceLine(link, line.path());
-  warnOfLostOutput();
   end.wait();
   return trace.conclude(0);
 }

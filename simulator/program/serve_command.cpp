@@ -13,7 +13,6 @@
 #include "program/offered_line.h"
 #include "program/scenario_options.h"
 #include "program/signals.h"
-#include "program/standard_streams.h"
 
 namespace orb::sim {
 namespace {
@@ -51,9 +50,8 @@ int serve(const ServeOptions& options) {
   }
   if (options.tcpPort) {
     tcp.emplace(hasBoth ? shared.second() : receiver, *options.tcpPort);
-    std::cout << "orb-sim: the line is at TCP port 127.0.0.1:" << tcp->port() << '\n';
+    std::cerr << "orb-sim: the line is at TCP port 127.0.0.1:" << tcp->port() << '\n';
   }
-  warnOfLostOutput();
   end.wait();
   return 0;
 }

@@ -2,6 +2,10 @@
 
 #include <sys/signalfd.h>
 
+#include <cstring>
+#include <iostream>
+#include <string>
+
 namespace orb::sim {
 
 sigset_t signalSet(std::initializer_list<int> signals) {
@@ -57,6 +61,11 @@ EndSignals::EndSignals()
       before_(blockSignals(signals_)),
       source_(signalfd(-1, &signals_, SFD_CLOEXEC), "signalfd") {
   std::signal(SIGPIPE, SIG_IGN);
+}
+
+void EndSignals::wait() const {
+  std::cerr << std::string("orb-sim: ended by SIG") + sigabbrev_np(takeSignal(signals_).si_signo) +
+                   '\n';
 }
 
 EndSignals::~EndSignals() {

@@ -33,7 +33,8 @@ class EndSignals {
   /// Can be read when one of them has come.
   int descriptor() const { return source_.get(); }
 
-  void wait() const { takeSignal(signals_); }
+  /// Says on standard error which has come.
+  void wait() const;
 
  private:
   sigset_t signals_;

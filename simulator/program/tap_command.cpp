@@ -70,6 +70,7 @@ int tap(const TapOptions& options) {
   Tap tap(std::move(port), options.device, options.link, std::move(trace));
   announceLine(options.link, tap.tty());
   tap.run(end);
+  end.wait();
   return 0;
 }
 

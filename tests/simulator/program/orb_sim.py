@@ -4,6 +4,7 @@ import contextlib
 import os
 import pathlib
 import shlex
+import signal
 import subprocess
 import sys
 import tempfile
@@ -127,7 +128,7 @@ class OrbSimTest(unittest.TestCase):
         """Runs a subcommand that offers a line at `link`, and waits until it is there. Yields its
         process and what it has said until then."""
         with self.background(subcommand, "--link", str(link), *arguments) as process:
-            said = [process.stdout.readline() for _ in range(4)]
+            said = [process.stderr.readline() for _ in range(4)]
             if not said[0]:
                 self.fail(f"orb-sim {subcommand} has ended: {process.communicate(timeout=LIMIT)}")
             self.assertTrue(os.path.islink(self.folder / link), said)
@@ -137,7 +138,8 @@ class OrbSimTest(unittest.TestCase):
         """Ends orb-sim by a signal; it has to end well. Returns the rest of its output."""
         process.send_signal(number)
         output, errors = process.communicate(timeout=LIMIT)
-        self.assertEqual((process.returncode, errors), (0, ""))
+        self.assertEqual((process.returncode, errors),
+                         (0, f"orb-sim: ended by {signal.Signals(number).name}\n"))
         return output
 
     def arguments(self, options, command):

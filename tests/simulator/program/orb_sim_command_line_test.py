@@ -130,6 +130,8 @@ class CommandLine(OrbSimTest):
             self.check("--link: there is no folder /no/such", subcommand, "--link", "/no/such/x",
                        see=subcommand + " ")
         self.assertEqual(file.read_text(), "kept")
+        self.check_failure("orb-sim: cannot make /proc/gps: No such file or directory\n", "serve",
+                           "--link", "/proc/gps")
 
     def test_without_what_it_needs_is_refused(self):
         self.check_failure("orb-sim: give --link PATH or --tcp PORT, or both\n", "serve")

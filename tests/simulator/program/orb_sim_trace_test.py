@@ -141,14 +141,18 @@ class Tap(TapTest):
                 self.check_failure(f"orb-sim: {message}\n", "tap", device, "--link", "gps",
                                    *options)
 
+    def check_says_once(self, redirection, *options):
+        errors = check_goes_on(self, redirection, "tap", self.link, str(self.device), *options)
+        self.assertRegex(errors,
+                         "^orb-sim: cannot write standard output.*; goes on without it\n$")
+
     def test_goes_on_where_nobody_sees_what_it_shows(self):
         with self.offered_line("serve", self.device):
             for redirection in (">/dev/full", ">&-", ""):
                 with self.subTest(redirection):
-                    check_goes_on(self, redirection, "tap", self.link, str(self.device))
+                    self.check_says_once(redirection)
                     self.trace.unlink(missing_ok=True)
-                    check_goes_on(self, redirection, "tap", self.link, str(self.device), "--trace",
-                                  str(self.trace))
+                    self.check_says_once(redirection, "--trace", str(self.trace))
                     said = "".join(record["bytes"] for record in self.records()[1:]
                                    if record["from"] == "client")
                     self.assertEqual(said, 3 * ASK_VERSION.hex().upper())
@@ -195,7 +199,7 @@ class Replay(TapTest):
                 self.assertEqual(read_exactly(line, 9), REFUSED)
             process.send_signal(signal.SIGTERM)
             self.assertEqual(process.communicate(timeout=LIMIT)[1], self.UNKNOWN +
-                             "orb-sim: packets that the trace does not have: 1, refused\n")
+                             "orb-sim: ended by SIGTERM\norb-sim: packets that the trace does not have: 1, refused\n")
         self.assertFalse(os.path.lexists(self.link))
 
     @runs_a_command
