@@ -3,7 +3,7 @@
 //
 // It asserts that a heading's name begins like a name just before it checks that and reports it.
 // Its assertions are left out, so that a heading such as [=] is a problem of the file in every
-// build.
+// build; with NDEBUG it would even take some of them for granted.
 //
 // It takes it for impossible to meet characters such as U+00FC outside quotes, and anything may
 // happen then. Here its tests of characters say that they are not what was asked for, so that they
