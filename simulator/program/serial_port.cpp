@@ -9,6 +9,8 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <iostream>
+#include <string>
 #include <utility>
 
 #include "program/failure.h"
@@ -74,6 +76,22 @@ OwnedDescriptor openSerialPort(const std::filesystem::path& device,
   }
   checked(tcsetattr(port.get(), TCSANOW, &settings), device);
   return port;
+}
+
+OwnedDescriptor markUse(const std::filesystem::path& tty) {
+  OwnedDescriptor opened(open(tty.c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC));
+  struct flock mark {};
+  mark.l_type = F_WRLCK;
+  mark.l_whence = SEEK_SET;
+  mark.l_start = off_t{1} << 32;  // apart from what is locked of a line that is offered
+  mark.l_len = 1;
+  struct flock found = mark;
+  if (fcntl(opened.get(), F_GETLK, &found) == 0 && found.l_type != F_UNLCK) {
+    std::cerr << "orb-sim: process " + std::to_string(found.l_pid) + " uses " + tty.string() +
+                     " too: each takes replies of the other\n";
+  }
+  fcntl(opened.get(), F_SETLK, &mark);
+  return opened;
 }
 
 }  // namespace orb::sim

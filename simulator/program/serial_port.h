@@ -18,4 +18,8 @@ OwnedDescriptor openSerialPort(const std::filesystem::path& device,
 /// One that cannot be opened may be a terminal. Leaves pseudo-terminals unopened.
 bool mayBeTerminal(const std::filesystem::path& path);
 
+/// Opens a terminal that another program is to use, and keeps a mark on it while it is open. Says
+/// on standard error which process has marked it already.
+OwnedDescriptor markUse(const std::filesystem::path& tty);
+
 }  // namespace orb::sim

@@ -13,6 +13,7 @@
 #include "orb-sim/scenario.h"
 #include "program/failure.h"
 #include "program/installation.h"
+#include "program/serial_port.h"
 #include "program/services.h"
 
 namespace orb::sim {
@@ -94,6 +95,7 @@ SimulatedDevice::SimulatedDevice(const RunOptions& options, const fs::path& fold
       i2cBus_(makeI2cBus(files_, folder)),
       library_(linkLibrary(folder)),
       tty_(options.tty.empty() ? folder / kLineName : fs::absolute(options.tty)),
+      use_(options.tty.empty() ? OwnedDescriptor() : markUse(tty_)),
       receiver_(makeReceiver(options, std::move(endCommand))),
       busAddress_(startBus(folder)) {
   startInventory(folder, busAddress_, options.scenario.hardwareId);

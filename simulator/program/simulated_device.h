@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "base/owned_descriptor.h"
 #include "orb-sim/pty_line.h"
 #include "program/run.h"
 
@@ -32,6 +33,7 @@ class SimulatedDevice {
   const std::filesystem::path i2cBus_;   ///< as the preloaded library takes it
   const std::filesystem::path library_;  ///< a link, whose path LD_PRELOAD can take
   const std::filesystem::path tty_;      ///< what COMMAND finds at /dev/tty_gps
+  const OwnedDescriptor use_;            ///< of a line that others may use as well
   std::unique_ptr<Device> receiver_;
   std::unique_ptr<PtyLine> line_;
   const std::string busAddress_;

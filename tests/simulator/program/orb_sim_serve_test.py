@@ -175,6 +175,20 @@ orb-sim: other users' programs need rights to read and write {tty_path}
             result = self.run_command(*ASK_FOR_VERSION, options=("--tty", self.link))
             self.assertIn(bytes((9, 8, 7)), bytes.fromhex(self.output_of(result)))
 
+    @runs_a_command
+    def test_tells_a_command_who_uses_the_line_already(self):
+        with self.offered_line("serve", self.link), \
+                self.background("run", "--tty", str(self.link), "--", "sh", "-c",
+                                "echo ready; exec sleep 60") as first:
+            self.assertEqual(first.stdout.readline(), "ready\n")
+            result = self.run_command("true", options=("--tty", self.link))
+            self.assertEqual(result.returncode, 0)
+            self.assertRegex(result.stderr, rf"^orb-sim: process \d+ uses {self.link} too: each "
+                             r"takes replies of the other\n$")
+            first.terminate()
+            first.communicate(timeout=LIMIT)
+            self.assertEqual(self.run_command("true", options=("--tty", self.link)).stderr, "")
+
     def test_has_the_circumstances_of_its_scenario(self):
         with self.offered_line("serve", self.link, "--scenario", "silent"):
             with opened(self.link) as line:
