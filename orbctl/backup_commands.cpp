@@ -52,7 +52,7 @@ void replace(const std::string& file, const std::string& text) {
     }
   }
   if (error) {
-    throw Failure(ExitStatus::WrongUse, fmt::format("cannot write {}: {}", file, error.message()));
+    throw Failure(ExitStatus::Other, fmt::format("cannot write {}: {}", file, error.message()));
   }
 }
 

@@ -1,16 +1,79 @@
 #include "orbctl/change.h"
 
 #include <fmt/format.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <csignal>
 
 #include "orbctl/failure.h"
 #include "orbctl/setting_values.h"
 
 namespace orb::ctl {
+namespace {
+
+bool isKey(const std::string& word) {
+  const auto& all = settings();
+  return std::any_of(all.begin(), all.end(),
+                     [&](const Setting& setting) { return setting.key == word; });
+}
+
+std::string listed(const std::vector<std::string>& list) {
+  return list.empty() ? "none" : fmt::format("{}", fmt::join(list, ", "));
+}
+
+/// Says what SIGINT has interrupted, while it exists.
+class Interruption {
+ public:
+  Interruption() {
+    struct sigaction action {};
+    action.sa_handler = [](int number) {
+      static_cast<void>(!::write(STDERR_FILENO, text().data(), text().size()));
+      ::raise(number);
+    };
+    action.sa_flags = static_cast<int>(SA_RESETHAND);
+    ::sigaction(SIGINT, nullptr, &before_);
+    if (before_.sa_handler != SIG_IGN) {
+      ::sigaction(SIGINT, &action, nullptr);
+    }
+  }
+  Interruption(const Interruption&) = delete;
+  Interruption& operator=(const Interruption&) = delete;
+  ~Interruption() { ::sigaction(SIGINT, &before_, nullptr); }
+
+  static void prepare(std::string next) {
+    sigset_t blocked;
+    sigset_t before;
+    sigemptyset(&blocked);
+    sigaddset(&blocked, SIGINT);
+    ::sigprocmask(SIG_BLOCK, &blocked, &before);
+    text() = std::move(next);
+    ::sigprocmask(SIG_SETMASK, &before, nullptr);
+  }
+
+ private:
+  static std::string& text() {
+    static std::string text;
+    return text;
+  }
+
+  struct sigaction before_ {};
+};
+
+}  // namespace
 
 std::vector<Change> changesFrom(const std::vector<std::string>& words) {
   std::vector<Change> changes;
   for (std::size_t i = 0; i < words.size(); i += 2) {
+    if (i > 0 && !isKey(words[i]) && changes.back().setting->kind == Setting::Kind::Words) {
+      throw Failure(ExitStatus::WrongUse, fmt::format("there is no key '{}'", words[i]),
+                    fmt::format("separate the words by commas: {},{}", words[i - 1], words[i]));
+    }
     const Setting& setting = settingNamed(words[i]);
+    if (const std::vector<std::string> before = keysOf(changes);
+        std::find(before.begin(), before.end(), words[i]) != before.end()) {
+      throw Failure(ExitStatus::WrongUse, fmt::format("{} stands there twice", words[i]));
+    }
     if (i + 1 == words.size()) {
       throw Failure(ExitStatus::WrongUse,
                     fmt::format("{} needs a value: {}", words[i], rangeOf(setting)));
@@ -56,19 +119,19 @@ std::vector<std::string> keysOf(const std::vector<Change>& changes) {
 
 void makeEach(const std::vector<std::string>& keys, const std::function<bool(std::size_t)>& make) {
   std::vector<std::string> changed;
+  const Interruption interruption;
   for (std::size_t i = 0; i < keys.size(); ++i) {
+    const std::vector<std::string> untried(keys.begin() + static_cast<std::ptrdiff_t>(i) + 1,
+                                           keys.end());
+    const std::string others =
+        fmt::format("; changed before: {}; not tried: {}", listed(changed), listed(untried));
+    interruption.prepare(
+        fmt::format("orbctl: interrupted at {}, which may be set or not{}\n", keys[i], others));
     try {
       if (make(i)) {
         changed.push_back(keys[i]);
       }
     } catch (const Failure& failure) {
-      const std::vector<std::string> untried(keys.begin() + static_cast<std::ptrdiff_t>(i) + 1,
-                                             keys.end());
-      const auto listed = [](const std::vector<std::string>& list) {
-        return list.empty() ? "none" : fmt::format("{}", fmt::join(list, ", "));
-      };
-      const std::string others =
-          fmt::format("; changed before: {}; not tried: {}", listed(changed), listed(untried));
       throw Failure(
           failure.status(),
           fmt::format("{}: {}{}", keys[i], failure.what(), keys.size() == 1 ? "" : others),

@@ -131,13 +131,13 @@ void addGlobalOptions(CLI::App& app, GlobalOptions& global) {
         return std::string(isGood ? "" : "it is 0.001 .. 1000000 seconds, not " + text);
       });
   app.add_flag("--json", global.options.isJson, "Prints JSON");
-  app.add_flag("-q,--quiet", global.options.session.isQuiet, "Prints no more than errors");
+  app.add_flag("-q,--quiet", global.options.session.isQuiet,
+               "Prints no more than errors, and what get reads");
   app.add_flag("-v,--verbose", global.options.session.showPrints,
                "Shows what the library prints, on standard error");
   app.add_option_function<std::string>(
          "--simulate", [](const std::string& /*scenario*/) {},
-         "Runs on the simulated device; orb-sim scenarios lists them.\n"
-         "A file's name ends in .toml, or stands after =")
+         "Runs on the simulated device; orb-sim scenarios lists them")
       ->type_name("[SCENARIO]")
       ->expected(0, 1);
 }
@@ -156,7 +156,7 @@ void requireOutput() {
     errno = 0;  // else it tells what went wrong
   }
   if (!std::cout.flush()) {
-    throw Failure(ExitStatus::WrongUse,
+    throw Failure(ExitStatus::Other,
                   fmt::format("cannot write: {}", std::strerror(errno != 0 ? errno : EIO)));
   }
 }
@@ -273,8 +273,17 @@ void addAllCommands(CLI::App& app, Action& chosen) {
 void executeParsed(CLI::App& app, const Action& chosen, GlobalOptions& global,
                    std::vector<std::string> arguments) {
   try {
-    if (const auto simulation = takeSimulation(arguments)) {
+    const std::vector<std::string> commands = commandsOf(app);
+    if (const auto simulation = takeSimulation(arguments, commands)) {
       runSimulated(*simulation, arguments);
+    }
+    // Before the command it means nothing, and the parser would take the command for a value.
+    const auto isCommand = [&](const std::string& word) {
+      return std::find(commands.begin(), commands.end(), word) != commands.end();
+    };
+    const auto dashes = std::find(arguments.begin(), arguments.end(), "--");
+    if (dashes != arguments.end() && std::none_of(arguments.begin(), dashes, isCommand)) {
+      arguments.erase(dashes);
     }
     std::vector<std::string> reversed(arguments.rbegin(), arguments.rend());  // as CLI11 takes them
     app.parse(reversed);

@@ -92,8 +92,8 @@ void addDeviceCommands(CLI::App& app, Action& chosen) {
   command->add_option("STATE", *word, "on or off")->required()->check(CLI::IsMember({"on", "off"}));
 
   command = addCommand(
-      app, "defaults", "Sets a whole configuration", chosen,
-      [=](Session& session, const Options& options) { defaults(session, options, *word); });
+      app, "defaults", "Sets a whole configuration: what was set is lost (orbctl backup FILE)",
+      chosen, [=](Session& session, const Options& options) { defaults(session, options, *word); });
   command->add_option("WHICH", *word, "application, configuration (a timing receiver's) or factory")
       ->required()
       ->check(CLI::IsMember({"application", "configuration", "factory"}));

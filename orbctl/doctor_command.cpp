@@ -149,6 +149,30 @@ Finding lookAtInventory() {
   return {Good, "inventory", fmt::format("module {} is fitted", hardware), {}};
 }
 
+/// Asks a few times: a loose connector loses an answer now and then.
+Finding askForAnswers(Session& session) {
+  constexpr int kQueries = 10;
+  int answered = 0;
+  bool isOneLost = false;
+  for (int asked = 0; asked < kQueries && !(isOneLost && answered > 0); ++asked) {
+    try {
+      session.call("gpsOrbGetFwVersion", {std::string(), std::string(), std::string()});
+      ++answered;
+    } catch (const Failure& failure) {
+      if (failure.status() != ExitStatus::NoReply || isOneLost) {
+        throw;
+      }
+      isOneLost = true;
+    }
+  }
+  if (isOneLost) {
+    return {Bad, "receiver", "answers only now and then",
+            "a loose connector, a bad cable, or noise on the line? orbctl log tells what was lost",
+            ExitStatus::NoReply};
+  }
+  return {Good, "receiver", "answers", {}};
+}
+
 Finding lookAtReceiver(Session& session) {
   try {
     if (!session.hasReceiver()) {
@@ -156,8 +180,7 @@ Finding lookAtReceiver(Session& session) {
               "check its power, the cable and the speed; is transmit connected to receive?",
               ExitStatus::NoReceiver};
     }
-    session.call("gpsOrbGetFwVersion", {std::string(), std::string(), std::string()});
-    return {Good, "receiver", "answers", {}};
+    return askForAnswers(session);
   } catch (const Failure& failure) {
     return {Bad, "receiver", failure.what(),
             failure.hint().find("doctor") == std::string::npos

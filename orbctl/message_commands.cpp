@@ -79,7 +79,7 @@ void raw(Session& session, const Options& options, const std::string& payload) {
   }
   if (isRefused) {
     throw Failure(ExitStatus::Refused, "the receiver refuses this message",
-                  fmt::format("{}; see its length with: orbctl messages", kAboutIds), 0,
+                  "compare its length with: orbctl messages; else the firmware does not know it", 0,
                   oneLine(whole));
   }
 }

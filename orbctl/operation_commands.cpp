@@ -53,18 +53,21 @@ std::size_t inputsOf(const Operation& operation) {
 
 const Operation& operationFor(const std::string& name, std::size_t inputs) {
   std::vector<std::string> names;
-  const Operation* other = nullptr;
+  std::vector<std::size_t> counts;
   for (const Operation& operation : operations()) {
     if (operation.name == name && inputsOf(operation) == inputs) {
       return operation;
     }
-    other = operation.name == name ? &operation : other;
+    if (operation.name == name) {
+      counts.push_back(inputsOf(operation));
+    }
     names.emplace_back(operation.name);
   }
-  if (other != nullptr) {
-    throw Failure(ExitStatus::WrongUse,
-                  fmt::format("{} takes {} arguments, not {}", name, inputsOf(*other), inputs),
-                  fmt::format("see: orbctl operations {}", name));
+  if (!counts.empty()) {
+    throw Failure(
+        ExitStatus::WrongUse,
+        fmt::format("{} takes {} arguments, not {}", name, fmt::join(counts, " or "), inputs),
+        fmt::format("see: orbctl operations {}", name));
   }
   const std::string near = nearest(name, names);
   throw Failure(

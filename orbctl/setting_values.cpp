@@ -26,7 +26,9 @@ Argument numberOf(const Setting& setting) {
 
 Failure notTaken(const Setting& setting, const std::string& text) {
   return {ExitStatus::WrongUse,
-          fmt::format("{} takes {}, not '{}'", setting.key, rangeOf(setting), text),
+          fmt::format("{} takes {}{}, not '{}'", setting.key,
+                      setting.kind == Setting::Kind::Number ? "a whole number, " : "",
+                      rangeOf(setting), text),
           fmt::format("nothing was sent; see: orbctl keys {}", setting.key)};
 }
 

@@ -18,16 +18,10 @@ namespace fs = std::filesystem;
 
 fs::path ownFolder() { return fs::read_symlink("/proc/self/exe").parent_path(); }
 
-/// Whether there is a ready scenario of this name, or it is one of a file that can be no command's.
-bool isScenario(const std::string& word) {
-  std::error_code error;
-  const fs::path ready = ownFolder() / "../share/orb-gnss/scenarios" / (word + ".toml");
-  return fs::path(word).extension() == ".toml" || fs::exists(ready, error);
-}
-
 }  // namespace
 
-std::optional<Simulation> takeSimulation(std::vector<std::string>& arguments) {
+std::optional<Simulation> takeSimulation(std::vector<std::string>& arguments,
+                                         const std::vector<std::string>& commands) {
   const std::string option = "--simulate";
   const auto at = std::find_if(arguments.begin(), arguments.end(), [&](const std::string& word) {
     return word == option || word.rfind(option + "=", 0) == 0;
@@ -39,7 +33,8 @@ std::optional<Simulation> takeSimulation(std::vector<std::string>& arguments) {
   auto end = at + 1;
   if (*at != option) {
     simulation.scenario = at->substr(option.size() + 1);
-  } else if (end != arguments.end() && isScenario(*end)) {
+  } else if (end != arguments.end() && end->rfind('-', 0) != 0 &&
+             std::find(commands.begin(), commands.end(), *end) == commands.end()) {
     simulation.scenario = *end++;
   }
   arguments.erase(at, end);

@@ -11,9 +11,10 @@ struct Simulation {
   std::string scenario;  // empty for the default one
 };
 
-/// Takes --simulate and its scenario out of `arguments`. A word after it is its scenario where it
-/// is the name of a ready one, or ends in .toml.
-std::optional<Simulation> takeSimulation(std::vector<std::string>& arguments);
+/// Takes --simulate and its scenario out of `arguments`. A word after it is its scenario unless it
+/// is an option or one of `commands`.
+std::optional<Simulation> takeSimulation(std::vector<std::string>& arguments,
+                                         const std::vector<std::string>& commands);
 
 /// Replaces this process by orb-sim, which runs it anew on the simulated device. Throws Failure.
 [[noreturn]] void runSimulated(const Simulation& simulation,

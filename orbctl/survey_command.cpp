@@ -92,7 +92,7 @@ void addSurveyCommand(CLI::App& app, Action& chosen) {
   CLI::App* const survey =
       addCommand(app, "survey", "Surveys the position, holds one, or navigates", chosen, finish);
   const auto addWait = [=](CLI::App& command) {
-    command.add_flag("--wait", *isWaiting, "Waits until the survey is over");
+    command.add_flag("--wait", *isWaiting, "Waits until the survey is over, beyond any deadline");
   };
   addWait(*survey);
 
@@ -102,13 +102,14 @@ void addSurveyCommand(CLI::App& app, Action& chosen) {
                session.call("setSurveyDynamic");
                finish(session, options);
              });
-  CLI::App* command =
-      addCommand(*survey, "auto", "Surveys the position", chosen,
-                 [=](Session& session, const Options& options) {
-                   requireWithin(surveyLength(), "SECONDS", static_cast<double>(*seconds));
-                   session.call("setSurveyAuto", {*seconds, kDeviation});
-                   finish(session, options);
-                 });
+  CLI::App* command = addCommand(
+      *survey, "auto",
+      "Surveys the position. How far it may vary cannot be set: the receiver keeps its own", chosen,
+      [=](Session& session, const Options& options) {
+        requireWithin(surveyLength(), "SECONDS", static_cast<double>(*seconds));
+        session.call("setSurveyAuto", {*seconds, kDeviation});
+        finish(session, options);
+      });
   addWait(*command);
   command
       ->add_option("SECONDS", *seconds,

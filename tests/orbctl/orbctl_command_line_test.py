@@ -14,13 +14,13 @@ WRONG = [
     (["get", "elevation"], "there is no key 'elevation'", "did you mean elevation-limit?"),
     (["get", "zzzzzzzz"], "there is no key 'zzzzzzzz'", "see all with: orbctl keys"),
     (["set", "elevation-limit", "86"],
-     "elevation-limit takes 3 .. 85 degrees, not '86'",
+     "elevation-limit takes a whole number, 3 .. 85 degrees, not '86'",
      "nothing was sent; see: orbctl keys elevation-limit"),
     (["set", "elevation-limit", "2"],
-     "elevation-limit takes 3 .. 85 degrees, not '2'",
+     "elevation-limit takes a whole number, 3 .. 85 degrees, not '2'",
      "nothing was sent; see: orbctl keys elevation-limit"),
     (["set", "elevation-limit", "15x"],
-     "elevation-limit takes 3 .. 85 degrees, not '15x'",
+     "elevation-limit takes a whole number, 3 .. 85 degrees, not '15x'",
      "nothing was sent; see: orbctl keys elevation-limit"),
     (["set", "sbas", "yes"],
      "sbas takes on, off, not 'yes'", "nothing was sent; see: orbctl keys sbas"),
@@ -50,6 +50,11 @@ WRONG = [
     (["call", "setMinCNo", "41"], "minimum is 0 .. 40 dB-Hz, not '41'", "nothing was sent"),
     (["call", "setAntennaDelay", "1e400"], "delay is -5000 .. 5000 ns, not '1e400'",
      "nothing was sent"),
+    (["call", "setSurveyAuto", "1"], "setSurveyAuto takes 2 or 0 arguments, not 1",
+     "see: orbctl operations setSurveyAuto"),
+    (["set", "constellations", "gps", "galileo"], "there is no key 'galileo'",
+     "separate the words by commas: gps,galileo"),
+    (["set", "sbas", "on", "sbas", "off"], "sbas stands there twice", None),
     (["restore", "missing.toml"], None, None),
     (["restore", "-"], "standard input has no table [settings]",
      "write one with: orbctl backup FILE"),
@@ -99,7 +104,7 @@ class CommandLine(OrbctlTest):
                 result = self.run_program(ORBCTL, *arguments, stdout=full, capture_output=False,
                                           stderr=subprocess.PIPE)
                 self.assertEqual((result.returncode, result.stderr),
-                                 (2, "orbctl: cannot write: No space left on device\n"))
+                                 (7, "orbctl: cannot write: No space left on device\n"))
 
     def test_help_names_the_operations_of_each_command(self):
         names = set(re.findall(r"^(\w+)\(", self.run_alone("operations").stdout, re.MULTILINE))

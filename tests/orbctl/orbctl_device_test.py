@@ -161,6 +161,18 @@ ENDING = """
 kind = "silence"
 message = "query-pps2-frequency"
 """
+LOST_ONCE = """
+[[fault]]
+kind = "no-reply"
+message = "query-software-revision"
+first = 4
+times = 1
+"""
+NO_MASKS = """
+[[fault]]
+kind = "no-reply"
+message = "query-elevation-cnr-mask"
+"""
 INTERFERENCE = """
 [receiver]
 interference-detection = true
@@ -274,7 +286,7 @@ class OnTheDevice(OrbctlTest):
     def test_keeps_the_old_backup_where_another_cannot_be_written(self):
         (self.folder / "saved.toml").write_text("old")
         result = self.shell(f"trap '' XFSZ; ulimit -f 1; {ORBCTL} backup saved.toml")
-        self.check(result, 2, "", "orbctl: cannot write saved.toml: File too large\n")
+        self.check(result, 7, "", "orbctl: cannot write saved.toml: File too large\n")
         self.assertEqual((self.folder / "saved.toml").read_text(), "old")
         self.assertEqual(list(self.folder.glob("saved*")), [self.folder / "saved.toml"])
 
@@ -320,7 +332,7 @@ class OnTheDevice(OrbctlTest):
     def test_restores_nothing_from_a_wrong_file(self):
         (self.folder / "wrong.toml").write_text("[settings]\nelevation-limit = 99\n")
         result = self.orbctl("restore", "wrong.toml")
-        self.check(result, 2, "", "orbctl: elevation-limit takes 3 .. 85 degrees, not '99'\n"
+        self.check(result, 2, "", "orbctl: elevation-limit takes a whole number, 3 .. 85 degrees, not '99'\n"
                    "orbctl: nothing was sent; see: orbctl keys elevation-limit\n")
 
     def test_restores_what_cannot_be_read(self):
@@ -377,9 +389,8 @@ class OnTheDevice(OrbctlTest):
     def test_tells_of_a_refused_message(self):
         result = self.orbctl("raw", "02")
         self.assertEqual((result.returncode, result.stderr),
-                         (1, "orbctl: the receiver refuses this message\norbctl: ids from 62 to 6F "
-                             "have two bytes, as 64 07; all others one, as 2F; see its length with: "
-                             "orbctl messages\n"))
+                         (1, "orbctl: the receiver refuses this message\norbctl: compare its length "
+                             "with: orbctl messages; else the firmware does not know it\n"))
 
     def test_doctor_prints_one_object(self):
         result = self.orbctl("--json", "doctor", device=NO_MODULE)
@@ -408,6 +419,21 @@ class OnTheDevice(OrbctlTest):
                 self.assertEqual(result.stderr, wait.format(holder) +
                                  f"orbctl: process {holder} holds /dev/tty_gps\n"
                                  "orbctl: wait for it to end, or give more time with --deadline\n")
+
+    def test_finds_a_line_that_loses_answers(self):
+        result = self.orbctl("doctor", device=self.scenario(LOST_ONCE))
+        self.assertEqual(result.returncode, 3)
+        self.assertIn("BAD   receiver   answers only now and then\n", result.stdout)
+        self.assertEqual(result.stderr, "orbctl: receiver: answers only now and then\norbctl: a "
+                         "loose connector, a bad cable, or noise on the line? orbctl log tells "
+                         "what was lost\n")
+
+    def test_says_what_was_interrupted(self):
+        result = self.shell(f"env --default-signal=INT {ORBCTL} set sbas off elevation-limit 20 "
+                            "cnr-limit 9 > said & until grep -q sbas said; do sleep 0.1; done; "
+                            "kill -INT $!; wait $!; echo $?", self.scenario(NO_MASKS))
+        self.check(result, 0, "130\n", "orbctl: interrupted at elevation-limit, which may be set "
+                   "or not; changed before: sbas; not tried: cnr-limit\n")
 
     def test_names_another_reader_of_the_line(self):
         result = self.shell(f"exec 3< /dev/tty_gps; {ORBCTL} --deadline 0.3 get sbas 3<&-; echo $$",
@@ -452,6 +478,9 @@ class OnTheDevice(OrbctlTest):
         self.assertEqual(result.returncode, 5)
         (self.folder / "detect").touch()
         self.check(self.run_program(ORBCTL, "--simulate", "detect"), 0, GOOD[0][1], "")
+        result = self.run_program(ORBCTL, "--simulate", "silnt", "--", "detect")
+        self.assertEqual(result.stderr, "orb-sim: there is no scenario silnt; orb-sim scenarios lists "
+                         "them\n")
 
 
 if __name__ == "__main__":
