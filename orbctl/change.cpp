@@ -125,7 +125,7 @@ void makeEach(const std::vector<std::string>& keys, const std::function<bool(std
                                            keys.end());
     const std::string others =
         fmt::format("; changed before: {}; not tried: {}", listed(changed), listed(untried));
-    interruption.prepare(
+    Interruption::prepare(
         fmt::format("orbctl: interrupted at {}, which may be set or not{}\n", keys[i], others));
     try {
       if (make(i)) {

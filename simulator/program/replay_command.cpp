@@ -1,10 +1,12 @@
 #include <unistd.h>
 
+#include <algorithm>
 #include <csignal>
 #include <filesystem>
-#include <map>
 #include <memory>
 #include <string>
+#include <string_view>
+#include <utility>
 
 #include "orb-sim/pty_line.h"
 #include "program/command_line.h"
@@ -23,7 +25,7 @@ constexpr char kReplayDescription[] =
     "begin anew. With COMMAND, runs it as orb-sim run does; with --link, goes on until it is "
     "ended.";
 
-const std::map<std::string, ReplayedTrace::Unknown> kUnknown{
+constexpr std::pair<std::string_view, ReplayedTrace::Unknown> kUnknown[] = {
     {"refuse", ReplayedTrace::Unknown::Refuse},
     {"silent", ReplayedTrace::Unknown::Silent},
     {"exit", ReplayedTrace::Unknown::Exit}};
@@ -79,8 +81,10 @@ void addReplay(CLI::App& app, Invocation& invocation) {
             "What happens to a packet that the trace does not have: refuse, silent, or exit,\n"
             "which ends COMMAND by SIGTERM, with status 125. Default: refuse",
             [options](const std::string& word) {
-              const auto found = kUnknown.find(word);
-              if (found == kUnknown.end()) {
+              const auto* const found =
+                  std::find_if(std::begin(kUnknown), std::end(kUnknown),
+                               [&](const auto& known) { return known.first == word; });
+              if (found == std::end(kUnknown)) {
                 throw CLI::ValidationError(word + " is none of refuse silent exit");
               }
               options->unknown = found->second;
