@@ -130,7 +130,7 @@ BackupText makeBackup(Session& session, ListReader& reader) {
     if (!setting.isReadable()) {
       result.leftOut[key] = "no query reads it";
     } else if (value.is_null()) {
-      result.leftOut[key] = "the receiver did not answer";
+      result.leftOut[key] = "the receiver does not tell it";
     } else if (!canBeSet(setting, value)) {
       result.leftOut[key] = fmt::format("no operation sets {}", textOf(value));
     } else {

@@ -10,9 +10,10 @@ Json ListReader::read(std::string_view name, Json (*function)(Session& session))
   try {
     return function(session_);
   } catch (const Failure& failure) {
+    const bool isUnanswered = failure.status() == ExitStatus::NoReply;
     // A line that loses bytes can lose one detection too.
-    if (failure.status() != ExitStatus::NoReply ||
-        (!session_.looksAgain() && !session_.looksAgain())) {
+    const bool isThere = isUnanswered && (session_.looksAgain() || session_.looksAgain());
+    if (!isThere && failure.status() != ExitStatus::Refused) {
       throw;
     }
     complain(fmt::format("orbctl: {} is left out: {}\n", name, failure.what()));

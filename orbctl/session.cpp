@@ -7,8 +7,10 @@
 #include <cstdio>
 
 #include "board/expected_module.h"
+#include "orb-gnss/catalogue.h"
 #include "orbctl/complaint.h"
 #include "orbctl/device_users.h"
+#include "orbctl/error_log.h"
 #include "orbctl/failure.h"
 #include "orbctl/inventory.h"
 #include "orbctl/results.h"
@@ -25,6 +27,7 @@ constexpr std::chrono::milliseconds kListening{1200};
 constexpr std::chrono::milliseconds kSilentWait{500};
 constexpr char kIsThere[] = "IsOrbitek";
 constexpr char kLookAgain[] = "CreateOrbitek";
+constexpr unsigned char kRefusal = 0x84;
 
 /// What to try next after an operation without a reply.
 std::string hintAfterSilence(LineReport::State line) {
@@ -38,8 +41,7 @@ std::string hintAfterSilence(LineReport::State line) {
     case LineReport::State::Text:
     case LineReport::State::Packets:
     case LineReport::State::NotListened:
-      return "try again: a receiver that was just started needs up to a minute, and older firmware "
-             "refuses some queries: see which with orbctl log, and its refusal with orbctl raw";
+      return "try again: a receiver that was just started needs up to a minute";
   }
   return {};
 }
@@ -66,10 +68,28 @@ Failure withoutReply(const char* what, const std::string& operation, unsigned in
           hint, result};
 }
 
+/// The payloads of what exchangeRaw() leaves, each after its length in two bytes.
+std::vector<std::string> payloadsIn(const Value& left) {
+  const auto& replies = std::get<std::string>(left);
+  std::vector<std::string> payloads;
+  for (std::size_t at = 0; at + 2 <= replies.size(); at += 2 + payloads.back().size()) {
+    const auto length = static_cast<std::size_t>(static_cast<unsigned char>(replies[at]) * 256 +
+                                                 static_cast<unsigned char>(replies[at + 1]));
+    payloads.push_back(replies.substr(at + 2, length));
+  }
+  return payloads;
+}
+
 Failure failureOf(Session& session, const std::string& operation, unsigned int result) {
   const ExitStatus status = exitStatusFor(result);
   switch (status) {
     case ExitStatus::NoReply:
+      if (session.isLastQueryRefused()) {
+        return {ExitStatus::Refused,
+                fmt::format("the receiver refuses the query; its firmware does not know it ({})",
+                            operation),
+                "see which query it is with: orbctl log", result};
+      }
       return withoutReply("the receiver did not answer in time", operation, result,
                           session.listen());
     case ExitStatus::NotSent:
@@ -203,15 +223,28 @@ bool Session::looksAgain() {
 }
 
 std::vector<std::string> Session::exchange(const std::string& payload) {
-  const Values outcome = call("exchangeRaw", {payload, std::string()});
-  const auto& replies = std::get<std::string>(outcome[1]);
-  std::vector<std::string> payloads;
-  for (std::size_t at = 0; at + 2 <= replies.size(); at += 2 + payloads.back().size()) {
-    const auto length = static_cast<std::size_t>(static_cast<unsigned char>(replies[at]) * 256 +
-                                                 static_cast<unsigned char>(replies[at + 1]));
-    payloads.push_back(replies.substr(at + 2, length));
+  return payloadsIn(call("exchangeRaw", {payload, std::string()})[1]);
+}
+
+bool Session::isLastQueryRefused() {
+  const std::vector<std::string> lines = GrowingLog(kErrorLog).take();
+  const LogEntry entry = lines.empty() ? LogEntry() : logEntryFrom(lines.back());
+  for (const ORBMessageInfo& row : ORBMessages) {
+    // A query is its id alone; what has a body may be a setting.
+    const bool hasSubId = row.msgId.subId != 0;
+    if (entry.isUnanswered && row.maxLength == (hasSubId ? 2 : 1) &&
+        entry.message == fmt::format("{:02X} {:02X}", row.msgId.id, row.msgId.subId)) {
+      std::string query(1, static_cast<char>(row.msgId.id));
+      query += hasSubId ? std::string(1, static_cast<char>(row.msgId.subId)) : "";
+      Values arguments = {query, std::string()};
+      callAnyway("exchangeRaw", arguments);
+      const std::vector<std::string> replies = payloadsIn(arguments[1]);
+      return std::any_of(replies.begin(), replies.end(), [](const std::string& reply) {
+        return static_cast<unsigned char>(reply.front()) == kRefusal;
+      });
+    }
   }
-  return payloads;
+  return false;
 }
 
 void Session::requireReceiver() {

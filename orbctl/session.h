@@ -47,6 +47,10 @@ class Session {
   /// acknowledgement ends the wait. Throws Failure where nothing comes.
   std::vector<std::string> exchange(const std::string& payload);
 
+  /// Whether the receiver refuses the query that the error log says was not answered last. The
+  /// library takes a refusal for no answer: the query is sent once more, and what comes looked at.
+  bool isLastQueryRefused();
+
   /// What is heard on the line, which is locked meanwhile. Throws Failure where another process
   /// holds it.
   LineReport listen();
