@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <filesystem>
 
 #include "board/expected_module.h"
 #include "orb-gnss/catalogue.h"
@@ -66,6 +67,11 @@ Failure withoutReply(const char* what, const std::string& operation, unsigned in
   const auto [silence, hint] = explainSilence(line);
   return {ExitStatus::NoReply, fmt::format("{}: {} ({})", what, silence, plainName(operation)),
           hint, result};
+}
+
+std::uintmax_t logSize() {
+  std::error_code error;
+  return std::filesystem::file_size(kErrorLog, error);
 }
 
 /// The payloads of what exchangeRaw() leaves, each after its length in two bytes.
@@ -227,6 +233,9 @@ std::vector<std::string> Session::exchange(const std::string& payload) {
 }
 
 bool Session::isLastQueryRefused() {
+  if (logSize() == logSize_) {
+    return false;
+  }
   const std::vector<std::string> lines = GrowingLog(kErrorLog).take();
   const LogEntry entry = lines.empty() ? LogEntry() : logEntryFrom(lines.back());
   for (const ORBMessageInfo& row : ORBMessages) {
@@ -255,6 +264,7 @@ void Session::requireReceiver() {
 
 Values Session::call(const std::string& operation, Values arguments) {
   requireReceiver();
+  logSize_ = logSize();
   const Value result = callAnyway(operation, arguments);
   if (const auto* const bits = std::get_if<long long>(&result); bits != nullptr && *bits != 0) {
     throw failureOf(*this, operation, static_cast<unsigned int>(*bits));

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <chrono>
+#include <cstdint>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -47,8 +48,9 @@ class Session {
   /// acknowledgement ends the wait. Throws Failure where nothing comes.
   std::vector<std::string> exchange(const std::string& payload);
 
-  /// Whether the receiver refuses the query that the error log says was not answered last. The
-  /// library takes a refusal for no answer: the query is sent once more, and what comes looked at.
+  /// Whether the receiver refuses the query that the last call() has noted in the error log as not
+  /// answered. The library takes a refusal for no answer: the query is sent once more, and what
+  /// comes looked at.
   bool isLastQueryRefused();
 
   /// What is heard on the line, which is locked meanwhile. Throws Failure where another process
@@ -66,6 +68,7 @@ class Session {
   Options options_;
   orbSupervisedController controller_;
   bool isReceiverKnown_ = false;
+  std::uintmax_t logSize_ = 0;  // of the error log, before the last call()
   std::string lastWarning_;
 };
 

@@ -269,6 +269,14 @@ class OnTheDevice(OrbctlTest):
                    + "".join(f"# Left out: {line}\n" for line in left_out) + "[settings]\n",
                    NOT_READ + NOT_READ)
 
+    def test_takes_no_earlier_refusal_for_that_of_another_message(self):
+        result = self.shell(f"{ORBCTL} get frequency-output; {ORBCTL} raw 10",
+                            self.scenario(PARTLY + '[[fault]]\nkind = "no-reply"\n'
+                                          'message = "query-update-rate"\ntarget = "both"\n'))
+        self.assertEqual(result.returncode, 3)
+        self.assertIn("did not answer in time: NMEA text is arriving, so the line is alive "
+                      "(exchangeRaw)\n", result.stderr)
+
     def test_shows_a_status_with_gaps(self):
         result = self.orbctl("status", device=self.scenario(PARTLY))
         self.assertEqual(result.returncode, 1)
