@@ -8,6 +8,7 @@
 
 #include "base/man_page.h"
 #include "base/plain_help.h"
+#include "base/shell_word.h"
 #include "program/failure.h"
 #include "program/standard_streams.h"
 
@@ -78,7 +79,7 @@ std::string unexpected(const CLI::App& app, const Invocation& invocation) {
   const bool mayBeCommand = invocation.command.empty() && words.front().front() != '-';
   if (mayBeCommand && invocation.commandTakers.contains(asked)) {
     message += std::string("\n") + kProgram + ": write COMMAND after --, as in: " + kProgram + " " +
-               asked->get_name() + " [...] -- " + words.front();
+               asked->get_name() + " [...] -- " + shellWord(words.front());
   }
   return message;
 }

@@ -2,6 +2,7 @@
 
 #include <iostream>
 
+#include "base/shell_word.h"
 #include "line/pty_port.h"
 #include "program/command_line.h"
 #include "program/failure.h"
@@ -44,11 +45,11 @@ void requireFreeLink(const fs::path& link) {
     return;
   }
   throw Failure("--link: " + link.string() + " points to " + target.string() +
-                " already; end the orb-sim that offers it, or remove the link");
+                " already; end the orb-sim that offers it, or: rm " + shellWord(link.string()));
 }
 
 void announceLine(const fs::path& link, const std::string& tty) {
-  const std::string place = fs::absolute(link).lexically_normal();
+  const std::string place = shellWord(fs::absolute(link).lexically_normal());
   std::cerr << "orb-sim: the line is at " << place << ", which now points to " << tty << '\n'
             << "orb-sim: for one program, without any rights: orb-sim run --tty " << place
             << " -- COMMAND\n"

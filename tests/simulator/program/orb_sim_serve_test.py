@@ -107,6 +107,25 @@ orb-sim: for all of your programs, once, as root: ln -s {self.link} /dev/tty_gps
 orb-sim: other users' programs need rights to read and write {tty_path}
 """)
 
+    @runs_a_command
+    def test_says_it_in_words_that_a_shell_takes(self):
+        self.link = self.folder / "Ann's line"
+        with self.offered_line("serve", self.link) as (process, said):
+            where, for_one, for_all, _ = said.splitlines()
+            self.assertEqual(shlex.split(where.partition(" is at ")[2].partition(", which")[0]),
+                             [str(self.link)])
+            hint = for_one.partition("rights: orb-sim")[2].replace("COMMAND", "readlink -f gps")
+            self.assertEqual(shlex.split(hint)[:3], ["run", "--tty", str(self.link)])
+            made = for_all.partition("as root: ")[2].replace("/dev/tty_gps", "gps")
+            said = subprocess.run(["bash", "-c", f"{made} && {shlex.quote(ORB_SIM)} {hint}"],
+                                  cwd=self.folder, env=self.environment, timeout=LIMIT,
+                                  capture_output=True, text=True)
+            self.assertEqual((said.stdout, said.stderr), (os.readlink(self.link) + "\n", ""))
+            refusal = self.orb_sim("serve", "--link", str(self.link)).stderr
+            remove = refusal.rstrip().partition("or: ")[2]
+            self.assertEqual(shlex.split(remove), ["rm", str(self.link)])
+            self.end(process, signal.SIGTERM)
+
     def test_ends_well_by_each_signal_and_takes_its_link_along(self):
         for number in (signal.SIGINT, signal.SIGTERM, signal.SIGHUP):
             with self.offered_line("serve", self.link) as (process, _):
@@ -152,7 +171,7 @@ orb-sim: other users' programs need rights to read and write {tty_path}
             tty_path = os.readlink(self.link)
             for command in (("serve",), ("replay", "x.trace"), ("tap", tty_path)):
                 self.check_failure(f"orb-sim: --link: {self.link} points to {tty_path} already; "
-                                   "end the orb-sim that offers it, or remove the link\n",
+                                   f"end the orb-sim that offers it, or: rm {self.link}\n",
                                    *command, "--link", str(self.link))
             self.assertEqual(os.readlink(self.link), tty_path)
             self.assertEqual(ask(self.link)[:9], ACKNOWLEDGED)
