@@ -10,6 +10,7 @@
 #include "base/plain_help.h"
 #include "base/shell_word.h"
 #include "program/failure.h"
+#include "program/installation.h"
 #include "program/standard_streams.h"
 
 namespace orb::sim {
@@ -25,7 +26,8 @@ constexpr char kExamples[] = R"(Examples:
   orb-sim tap /dev/ttyS1 --link /tmp/gps --trace gps.trace
                                                  watches and records a real receiver
 
-`orb-sim SUBCOMMAND --help` tells the options. Everything is explained in docs/simulator.md.)";
+`orb-sim SUBCOMMAND --help` tells the options. Everything is explained in
+)";
 
 /// Help that tells how orb-sim is called.
 class Help : public PlainHelp {
@@ -132,7 +134,7 @@ int execute(int argc, char** argv) {
   app.failure_message([&invocation](const CLI::App* failed, const CLI::Error& error) {
     return failureMessage(*failed, invocation, error);
   });
-  app.footer(kExamples);
+  app.footer(std::string(kExamples) + ORB_SIM_DOCUMENTATION_FOLDER "/simulator.md");
   for (const auto add : {addRun, addScenarios, addServe, addTap, addReplay, addDecode}) {
     add(app, invocation);
   }
@@ -141,6 +143,7 @@ int execute(int argc, char** argv) {
     return 0;
   }
 
+  app.footer(kExamples + documentation("simulator.md").string());
   std::vector<std::string> arguments = splitArguments(argc, argv, invocation.command);
   std::reverse(arguments.begin(), arguments.end());  // as CLI11 takes them
   try {

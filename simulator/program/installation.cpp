@@ -12,9 +12,11 @@ namespace {
 
 namespace fs = std::filesystem;
 
+fs::path ownFolder() { return fs::read_symlink("/proc/self/exe").parent_path(); }
+
 /// The first of `places`, relative to the folder of this program, that exists.
 fs::path find(std::initializer_list<const char*> places) {
-  const fs::path folder = fs::read_symlink("/proc/self/exe").parent_path();
+  const fs::path folder = ownFolder();
   for (const char* const place : places) {
     const fs::path file = (folder / place).lexically_normal();
     if (fs::exists(file)) {
@@ -35,6 +37,10 @@ fs::path preloadLibrary() {
 fs::path inventoryService() { return find({"orb-inventoryd"}); }
 
 fs::path scenarioFolder() { return find({"../" ORB_SIM_DATA_FOLDER "/orb-gnss/scenarios"}); }
+
+fs::path documentation(const char* page) {
+  return (ownFolder() / ".." / ORB_SIM_DOCUMENTATION_FOLDER / page).lexically_normal();
+}
 
 fs::path busDaemon() {
   char found[PATH_MAX];

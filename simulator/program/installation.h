@@ -13,6 +13,9 @@ std::filesystem::path inventoryService();
 /// The folder of the ready scenarios. Throws Failure where it is missing.
 std::filesystem::path scenarioFolder();
 
+/// A page of the documentation, which need not be installed.
+std::filesystem::path documentation(const char* page);
+
 /// The D-Bus daemon, as PATH has it. Throws Failure where there is none.
 std::filesystem::path busDaemon();
 

@@ -13,7 +13,7 @@ namespace {
 
 constexpr char kScenariosDescription[] =
     "Lists the ready scenarios, with a sentence each\n\n"
-    "Each name can be given to --scenario. docs/scenarios.md tells how to write others.";
+    "Each name can be given to --scenario.";
 
 int listScenarios() {
   constexpr int kWidth = 15;
@@ -30,7 +30,9 @@ int listScenarios() {
 }  // namespace
 
 void addScenarios(CLI::App& app, Invocation& invocation) {
-  invocation.actions[addSubcommand(app, "scenarios", "", kScenariosDescription)] = listScenarios;
+  CLI::App* const subcommand = addSubcommand(app, "scenarios", "", kScenariosDescription);
+  subcommand->footer("How to write others:\n" + documentation("scenarios.md").string());
+  invocation.actions[subcommand] = listScenarios;
 }
 
 }  // namespace orb::sim
