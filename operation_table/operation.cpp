@@ -241,8 +241,8 @@ constexpr Operation kOperations[] = {
     operation<&Facade::setAntennaPower>(
         "setAntennaPower", {{"state"}},
         R"(switches the antenna's supply at the carrier board's port expander: "ON" or "OFF", in )"
-        "any case. 0, also where the board does not answer; 1 for another word. Its bus is "
-        "asked of the inventory, for 4 s at most",
+        "any case. 1 for another word, where the bus can be opened; else 0, also where the board "
+        "does not answer. Its bus is asked of the inventory, for 4 s at most",
         1, {0, 4000}, ""),
     operation<&Facade::IsOrbitek>(
         "IsOrbitek", {}, "whether the module was found and the receiver answered at construction",

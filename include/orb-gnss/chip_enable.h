@@ -12,8 +12,8 @@ class ORB_GNSS_EXPORT OrbChipEnableInterface {
   /// Resets the chip. Returns 0.
   virtual int resetOrbChip() = 0;
 
-  /// Switches the antenna's supply: "ON" or "OFF", in any case. Returns 0, or 1 for a word that the
-  /// board does not take.
+  /// Switches the antenna's supply: "ON" or "OFF", in any case. Returns 1 for another word, where
+  /// the board can be reached; else 0.
   virtual int antennaPowerEnable(std::string state) = 0;
 };
 
@@ -27,8 +27,9 @@ class ORB_GNSS_EXPORT BrdOrbChipInterface : public OrbChipEnableInterface {
 
   /// Makes the supply's pin an output, for any `state`, and drives it for "ON" and "OFF". Other
   /// pins keep their state, unless the expander takes a write after it has failed a read: then they
-  /// become outputs that are off. Returns 0, also where the bus cannot be opened or the expander
-  /// does not answer; 1 for another word. What the platform classes throw is passed on.
+  /// become outputs that are off. Returns 1 for another word, where the bus can be opened; else 0,
+  /// also where the bus cannot be opened or the expander does not answer. What the platform classes
+  /// throw is passed on.
   int antennaPowerEnable(std::string state) override;
 };
 

@@ -93,8 +93,9 @@ class ORB_GNSS_EXPORT orbController : public ORBControlInterface {
   /// Closes the general log and releases the chip interface and the controller.
   virtual ~orbController();
 
-  /// Switches the antenna's supply: "ON" or "OFF", in any case. Returns 0, also where the board
-  /// cannot be reached; 1 for another word. Without a receiver it does nothing and returns 0.
+  /// Switches the antenna's supply: "ON" or "OFF", in any case. Returns 1 for another word, where
+  /// the board's bus can be opened; else 0, also where the board cannot be reached. Without a
+  /// receiver it does nothing and returns 0.
   int setAntennaPower(std::string state);
 
   /// Whether the module was found and the receiver answered when the controller was chosen.

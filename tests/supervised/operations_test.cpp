@@ -67,6 +67,12 @@ std::string plain(std::string cell) {
   return std::regex_replace(cell, std::regex("^ +| +$"), "");
 }
 
+/// A member as it is called: what stands in front of a parameter's name is its type.
+std::string withoutTypes(const std::string& declaration) {
+  return std::regex_replace(declaration, std::regex(R"(([(,] ?)[^,()]*[ *&](\w+)(?=[,)]))"),
+                            "$1$2");
+}
+
 /// The cells of a row; none where the line is no row that starts like this.
 std::vector<std::string> cellsOf(const std::string& line, const std::string& start) {
   std::vector<std::string> cells;
@@ -98,10 +104,10 @@ std::map<std::string, Documented> documented() {
       row.result = plain(cells[3]);
       row.toKnow = toKnow;
     }
-    const std::regex signature(R"(`(\w+\([^`]*\))`)");
+    const std::regex signature(R"((\w+\([^`]*\))(?: const)?`)");
     for (std::sregex_iterator match(cells[0].begin(), cells[0].end(), signature), end; match != end;
          ++match) {
-      result[(*match)[1]] = row;
+      result[withoutTypes((*match)[1])] = row;
     }
   }
   return result;
