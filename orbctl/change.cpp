@@ -1,12 +1,11 @@
 #include "orbctl/change.h"
 
 #include <fmt/format.h>
-#include <unistd.h>
 
 #include <algorithm>
-#include <csignal>
 
 #include "orbctl/failure.h"
+#include "orbctl/interruption.h"
 #include "orbctl/setting_values.h"
 
 namespace orb::ctl {
@@ -21,44 +20,6 @@ bool isKey(const std::string& word) {
 std::string listed(const std::vector<std::string>& list) {
   return list.empty() ? "none" : fmt::format("{}", fmt::join(list, ", "));
 }
-
-/// Says what SIGINT has interrupted, while it exists.
-class Interruption {
- public:
-  Interruption() {
-    struct sigaction action {};
-    action.sa_handler = [](int number) {
-      static_cast<void>(!::write(STDERR_FILENO, text().data(), text().size()));
-      ::raise(number);
-    };
-    action.sa_flags = static_cast<int>(SA_RESETHAND);
-    ::sigaction(SIGINT, nullptr, &before_);
-    if (before_.sa_handler != SIG_IGN) {
-      ::sigaction(SIGINT, &action, nullptr);
-    }
-  }
-  Interruption(const Interruption&) = delete;
-  Interruption& operator=(const Interruption&) = delete;
-  ~Interruption() { ::sigaction(SIGINT, &before_, nullptr); }
-
-  static void prepare(std::string next) {
-    sigset_t blocked;
-    sigset_t before;
-    sigemptyset(&blocked);
-    sigaddset(&blocked, SIGINT);
-    ::sigprocmask(SIG_BLOCK, &blocked, &before);
-    text() = std::move(next);
-    ::sigprocmask(SIG_SETMASK, &before, nullptr);
-  }
-
- private:
-  static std::string& text() {
-    static std::string text;
-    return text;
-  }
-
-  struct sigaction before_ {};
-};
 
 }  // namespace
 

@@ -9,6 +9,7 @@
 #include "orbctl/argument.h"
 #include "orbctl/command.h"
 #include "orbctl/failure.h"
+#include "orbctl/interruption.h"
 
 namespace orb::ctl {
 namespace {
@@ -17,6 +18,14 @@ constexpr char kIdentityFile[] = "/tmp/orbitekChip-info.txt";
 
 void done(const Options& options, const std::string& command, const std::string& text) {
   show(options, command, {{"done", true}}, text + "\n");
+}
+
+/// Calls an operation whose interruption leaves open what the receiver has done.
+void order(Session& session, const char* operation, const Values& arguments,
+           const std::string& open) {
+  session.requireReceiver();
+  const Interruption interruption(fmt::format("orbctl: interrupted; {}\n", open));
+  session.call(operation, arguments);
 }
 
 void antennaPower(Session& session, const Options& options, const std::string& state) {
@@ -28,17 +37,17 @@ void antennaPower(Session& session, const Options& options, const std::string& s
 }
 
 void defaults(Session& session, const Options& options, const std::string& which) {
-  if (which == "factory") {
-    session.call("resetFactoryDefaults");
-  } else {
-    session.call(which == "application" ? "setApplicationDefaults" : "setDefaultConfiguration");
-  }
+  const char* const operation = which == "factory"       ? "resetFactoryDefaults"
+                                : which == "application" ? "setApplicationDefaults"
+                                                         : "setDefaultConfiguration";
+  order(session, operation, {},
+        fmt::format("the {} defaults may be set in part; see: orbctl keys --values", which));
   done(options, "defaults", fmt::format("The {} defaults are set.", which));
 }
 
 void reset(Session& session, const Options& options, const std::string& kind) {
   const long long mode = kind == "hot" ? 1 : kind == "warm" ? 2 : 3;
-  session.call("forceRestart", {mode});
+  order(session, "forceRestart", {mode}, "the start may have been requested or not");
   done(options, "reset",
        kind == "warm" ? "An empty restart request was sent: the kind of restart is the receiver's."
                       : fmt::format("A {} start was requested.", kind));
@@ -100,7 +109,7 @@ void addDeviceCommands(CLI::App& app, Action& chosen) {
 
   addCommand(app, "restart", "Restarts the receiver", chosen,
              [](Session& session, const Options& options) {
-               session.call("restart", {true});
+               order(session, "restart", {true}, "the restart may have been requested or not");
                done(options, "restart", "A restart was requested.");
              });
 
