@@ -40,6 +40,12 @@ std::string wordFrom(const toml::node& node, const std::string& key) {
   return words;
 }
 
+/// What is wrong with a value of the file, with the place where it stands.
+Failure at(const toml::source_region& place, const std::string& source, const Failure& failure) {
+  return {failure.status(), fmt::format("{}:{}: {}", source, place.begin.line, failure.what()),
+          failure.hint()};
+}
+
 /// A receiver can hold what no command sets, such as its factory's DOP mask.
 bool canBeSet(const Setting& setting, const Json& value) {
   try {
@@ -165,11 +171,18 @@ Backup readBackup(const std::string& file) {
   }
   for (const auto& [name, node] : *values) {
     const std::string key(name.str());
-    const Setting& setting = settingNamed(key);
-    backup.settings.emplace_back(key, valueFrom(setting, wordFrom(node, key)));
+    try {
+      backup.settings.emplace_back(key, valueFrom(settingNamed(key), wordFrom(node, key)));
+    } catch (const Failure& failure) {
+      throw at(node.source(), source, failure);
+    }
   }
   if (const toml::table* const survey = table["survey"].as_table()) {
-    backup.survey = surveyFrom(*survey);
+    try {
+      backup.survey = surveyFrom(*survey);
+    } catch (const Failure& failure) {
+      throw at(survey->source(), source, failure);
+    }
   }
   return backup;
 }

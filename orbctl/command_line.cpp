@@ -195,7 +195,11 @@ Failure wrongUse(const CLI::App& app, const CLI::ParseError& error,
   std::string hint = "see: orbctl --help";
   const std::vector<CLI::App*> asked = app.get_subcommands();
   if (!asked.empty()) {
-    hint = fmt::format("see: orbctl {} --help", asked.front()->get_name());
+    const std::string name = asked.front()->get_name();
+    const bool isGroup = name == "masks" || name == "pulse" || name == "constellations";
+    hint = isGroup && dynamic_cast<const CLI::ExtrasError*>(&error) != nullptr
+               ? fmt::format("{} only shows settings; change one with: orbctl set KEY VALUE", name)
+               : fmt::format("see: orbctl {} --help", name);
   } else if (!arguments.empty()) {
     const std::vector<std::string> commands = commandsOf(app);
     const std::string near = nearest(arguments.front(), commands);

@@ -109,14 +109,19 @@ Json readSolution(Session& session) {
       fields[line.substr(0, equals)] = line.substr(equals + 1);
     }
   }
+  // Without a fix, the numbers are of no place.
+  const bool isKnown = fields["fix mode"] != "NO-FIX";
+  const auto place = [&](const char* field, double range) {
+    return isKnown ? Json(withSign(number(fields[field]), range)) : Json();
+  };
   return {{"fix", fields["fix mode"]},
           {"satellites", static_cast<int>(number(fields["number if sv in fix"]))},
           {"gps_week", static_cast<int>(number(fields["GPS Week"]))},
           {"time_of_week", number(fields["GPS TOW"])},
-          {"latitude", withSign(number(fields["latitude"]), kDegreeRange)},
-          {"longitude", withSign(number(fields["longitude"]), kDegreeRange)},
-          {"ellipsoid_altitude", withSign(number(fields["ellipsoid altitude"]), kMetreRange)},
-          {"sea_level_altitude", withSign(number(fields["sea level altitude"]), kMetreRange)}};
+          {"latitude", place("latitude", kDegreeRange)},
+          {"longitude", place("longitude", kDegreeRange)},
+          {"ellipsoid_altitude", place("ellipsoid altitude", kMetreRange)},
+          {"sea_level_altitude", place("sea level altitude", kMetreRange)}};
 }
 
 Json readTime(Session& session) {

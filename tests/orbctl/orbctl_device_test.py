@@ -339,7 +339,8 @@ class OnTheDevice(OrbctlTest):
     def test_restores_nothing_from_a_wrong_file(self):
         (self.folder / "wrong.toml").write_text("[settings]\nelevation-limit = 99\n")
         result = self.orbctl("restore", "wrong.toml")
-        self.check(result, 2, "", "orbctl: elevation-limit takes a whole number, 3 .. 85 degrees, not '99'\n"
+        self.check(result, 2, "", "orbctl: wrong.toml:2: elevation-limit takes a whole number, "
+                   "3 .. 85 degrees, not '99'\n"
                    "orbctl: nothing was sent; see: orbctl keys elevation-limit\n")
 
     def test_restores_what_cannot_be_read(self):
@@ -360,7 +361,8 @@ class OnTheDevice(OrbctlTest):
             with self.subTest(survey):
                 (self.folder / "survey.toml").write_text("[settings]\n[survey]\n" + survey + "\n")
                 result = self.orbctl("restore", "survey.toml")
-                self.check(result, 2, "", f"orbctl: {text}\norbctl: {hint}\n")
+                self.check(result, 2, "", 
+                           f"orbctl: survey.toml:2: {text}\norbctl: {hint}\n")
 
     def test_restores_an_altitude_as_the_receiver_holds_it(self):
         (self.folder / "survey.toml").write_text(
@@ -441,6 +443,19 @@ class OnTheDevice(OrbctlTest):
                             "kill -INT $!; wait $!; echo $?", self.scenario(NO_MASKS))
         self.check(result, 0, "130\n", "orbctl: interrupted at elevation-limit, which may be set "
                    "or not; changed before: sbas; not tried: cnr-limit\n")
+
+    def test_says_that_defaults_were_interrupted(self):
+        result = self.shell(f"env --default-signal=INT {ORBCTL} defaults configuration & "
+                            "until grep -q . /var/log/orbset-errors.log; do sleep 0.1; done; "
+                            "kill -INT $!; wait $!; echo $?", self.scenario(NO_MASKS))
+        self.assertEqual((result.stdout, result.stderr.splitlines()[-1]), (
+            "130\n", "orbctl: interrupted; the configuration defaults may be set in part; "
+            "see: orbctl keys --values"))
+
+    def test_leads_from_a_group_to_set(self):
+        self.check(self.orbctl("masks", "15"), 2, "",
+                   "orbctl: The following argument was not expected: 15\n"
+                   "orbctl: masks only shows settings; change one with: orbctl set KEY VALUE\n")
 
     def test_names_another_reader_of_the_line(self):
         result = self.shell(f"exec 3< /dev/tty_gps; {ORBCTL} --deadline 0.3 get sbas 3<&-; echo $$",

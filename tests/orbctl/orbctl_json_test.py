@@ -104,6 +104,14 @@ class JsonOutput(OrbctlTest):
                 self.assertEqual((result.returncode, data["ok"], data["error"]["status"]),
                                  (status, False, status))
 
+    def test_has_no_place_without_a_fix(self):
+        (self.folder / "indoors.toml").write_text('[solution]\nfix = "none"\n')
+        result = self.orbctl("--json", "position", device=["--scenario", "indoors.toml"])
+        data = self.check_json(result, 0, "position")
+        self.assertEqual([data[key] for key in ("fix", "latitude", "longitude",
+                                                "ellipsoid_altitude", "sea_level_altitude")],
+                         ["NO-FIX", None, None, None, None])
+
     def test_a_call_has_the_outputs_of_its_operation(self):
         data = self.json("call", "getElevationLimit")
         for wrong in [{"operation": "getMinCNo"}, {"result": 4}, {"outputs": {}},
