@@ -13,6 +13,7 @@ At the head of a page, `run by` is about all of its blocks.
 
 import dataclasses
 import re
+import shutil
 
 COMMENT = re.compile(r"<!-- (not run|run by|file|shows)(?: \((.*?)\))?: (.*) -->")
 FENCE = re.compile(r"( *)```(\w*)$")
@@ -24,7 +25,7 @@ LOOKS_LIKE = (
     ("cmake", r"find_package\(|target_link_libraries\("),
     ("json", r"\{\""),
     ("toml", r"\[|\w[\w-]* = "),
-    ("sh", r"\$ |(\./)?(orb-sim|orbctl|orb-inventoryd|cmake|g\+\+|cat|ln|demo) ?"),
+    ("sh", r"\$ |\./|(orb-sim|orbctl|orb-inventoryd) "),
 )
 
 
@@ -68,7 +69,8 @@ def kind_of(language, text):
     known = {"bash": "sh", "sh": "sh", "yaml": "yaml"}
     if language:
         return known.get(language, language)
-    return next((kind for kind, start in LOOKS_LIKE if re.match(start, text)), "")
+    kind = next((kind for kind, start in LOOKS_LIKE if re.match(start, text)), "")
+    return kind or ("sh" if shutil.which(text.split()[0]) else "")
 
 
 def blocks_of(name, text):

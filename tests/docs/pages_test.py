@@ -16,7 +16,7 @@ from pages import anchors_of, blocks_of, links_of, signatures_of
 
 SOURCE = pathlib.Path(os.environ["ORB_SOURCE"])
 BUILD = pathlib.Path(os.environ["ORB_BUILD"])
-LIMIT = float(os.environ.get("ORB_TEST_LIMIT", 200))  # seconds for a page
+LIMIT = float(os.environ.get("ORB_TEST_LIMIT", 100))  # seconds for a page
 
 PAGES = {str(path.relative_to(SOURCE)): path.read_text()
          for path in [SOURCE / "README.md", *sorted(SOURCE.glob("docs/*.md"))]}
@@ -34,8 +34,12 @@ FILES = {
 WRAPPING = """
 #include <gtest/gtest.h>
 #include <orb-gnss/orb-gnss.h>
+#include <orb-sim/scenario.h>
 #include <string>
-[[maybe_unused]] static const std::string folder;
+#include <vector>
+extern const std::string folder;
+extern orb::sim::ScenarioDevice device;
+extern orbController controller;
 """
 
 # A build is there already; a subcommand of orb-sim that offers a line goes on until another takes
@@ -161,12 +165,16 @@ class Pages(unittest.TestCase):
         with subprocess.Popen(["bash", "-c", script], cwd=folder, start_new_session=True,
                               env=self.environment | {"HOME": str(folder)}) as process:
             try:
-                process.wait(LIMIT)
+                with contextlib.suppress(subprocess.TimeoutExpired):
+                    process.wait(LIMIT)
             finally:
                 with contextlib.suppress(ProcessLookupError):
                     os.killpg(process.pid, signal.SIGTERM)
         problems = []
         for name, (what, output) in shown.items():
+            if not (folder / f"status.{name}").exists():
+                problems.append(f"{what}\ndoes not end")
+                break
             status = int((folder / f"status.{name}").read_text())
             printed = (folder / f"out.{name}").read_text(errors="replace")
             printed = printed.replace(f"{folder}/gps", "/tmp/gps")
