@@ -251,6 +251,12 @@ class Pages(unittest.TestCase):
         found = signatures_of(PAGES["docs/operations.md"])
         self.assertEqual(len({pointer + name for owner, name, pointer in found
                               if owner == "ORBControlInterface"}), 60)
+        for header in ("controller", "module_driver"):
+            declared = re.findall(r"^  (?:virtual )?(?:const )?[\w:]+(?: int|&)? (\w+)\(",
+                                  (SOURCE / f"include/orb-gnss/{header}.h").read_text(), re.M)
+            self.assertGreater(len(declared), 60)
+            shown = {name for _, name, _ in found} | {"orbController"}  # itself: to construct
+            self.assertEqual(set(declared) - shown, set())
         text = "#include <orb-gnss/orb-gnss.h>\n" + "".join(
             f"auto member{number} = static_cast<{pointer}>(&{owner}::{name});\n"
             for number, (owner, name, pointer) in enumerate(found))
