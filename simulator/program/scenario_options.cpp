@@ -96,6 +96,9 @@ void ScenarioOptions::addReceiverOptions(CLI::App& subcommand) {
   silent_ = addFlag(subcommand, "--silent",
                     "The receiver never sends a byte: a client's first query waits for ever",
                     [](Scenario& scenario) { scenario.presence = Scenario::Presence::Silent; });
+  addFlag(subcommand, "--talk",
+          "The receiver sends its output from the start, without being spoken to first",
+          [](Scenario& scenario) { scenario.talksFromTheStart = true; });
   addValue(subcommand, "--kernel-version", "X.Y.Z", "The receiver's kernel version",
            [](Scenario& scenario, const std::string& text) {
              scenario.state.identity.kernel = version(text);

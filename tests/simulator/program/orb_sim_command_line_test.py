@@ -9,7 +9,7 @@ from orb_sim import ORB_SIM, OrbSimTest
 
 VERSION = os.environ["ORB_VERSION"]
 
-RECEIVER_OPTIONS = {"--help", "--scenario", "--seed", "--silent", "--kernel-version",
+RECEIVER_OPTIONS = {"--help", "--scenario", "--seed", "--silent", "--talk", "--kernel-version",
                     "--odm-version", "--revision"}
 OPTIONS = {
     "run": RECEIVER_OPTIONS | {"--no-receiver", "--hardware-id", "--no-module", "--tty", "--keep"},

@@ -7,7 +7,7 @@ import unittest
 from orb_sim import ASK_FOR_VERSION, ASK_HARDWARE_ID, ASK_VERSION, OrbSimTest
 
 READY = ("chatty-nmea", "cold-start", "flaky-cable", "healthy", "noisy-line", "old-firmware",
-         "silent", "slow-uart", "wrong-module")
+         "silent", "slow-uart", "talking", "wrong-module")
 
 # Half of the answers, as chance has it, have a wrong checksum.
 HALF_BAD = """description = "Every other answer is damaged."

@@ -214,6 +214,17 @@ orb-sim: other users' programs need rights to read and write {tty_path}
                 os.write(line, ASK_VERSION)
                 self.assertEqual(select.select([line], [], [], 0.3)[0], [])
 
+    def test_talks_to_a_program_that_only_listens_where_it_is_told_to(self):
+        for options in (("--talk",), ("--talk", "--scenario", "healthy"),
+                        ("--scenario", "talking")):
+            with self.offered_line("serve", self.link, *options):
+                with opened(self.link) as line:
+                    self.assertEqual(read_exactly(line, 3)[:3], b"$GN", options)
+
+    def test_waits_to_be_spoken_to_otherwise(self):
+        with self.offered_line("serve", self.link), opened(self.link) as line:
+            self.assertEqual(select.select([line], [], [], 1.5)[0], [])
+
     def test_goes_on_where_nobody_reads_what_it_says(self):
         self.assertEqual(check_goes_on(self, "2>/dev/full", "serve", self.link), "")
 

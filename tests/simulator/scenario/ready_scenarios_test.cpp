@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "model/gps_time.h"
 #include "ready_scenario.h"
 #include "simulated_client.h"
 
@@ -50,9 +51,10 @@ std::size_t countOf(const std::string& part, const std::string& text) {
 
 TEST(ReadyScenarios, AreTheseAndEachSaysInASentenceWhatItShows) {
   // A scenario that is added needs a test of what it promises.
-  ASSERT_THAT(names(), ElementsAre("chatty-nmea.toml", "cold-start.toml", "flaky-cable.toml",
-                                   "healthy.toml", "noisy-line.toml", "old-firmware.toml",
-                                   "silent.toml", "slow-uart.toml", "wrong-module.toml"));
+  ASSERT_THAT(names(),
+              ElementsAre("chatty-nmea.toml", "cold-start.toml", "flaky-cable.toml", "healthy.toml",
+                          "noisy-line.toml", "old-firmware.toml", "silent.toml", "slow-uart.toml",
+                          "talking.toml", "wrong-module.toml"));
   for (const std::string& name : names()) {
     const std::string description =
         sim::loadScenario(std::string(ORB_SIM_SCENARIOS) + '/' + name).description;
@@ -190,6 +192,22 @@ TEST(ChattyNmeaScenario, PutsABurstInFrontOfEverySecondAnswer) {
   sim::ScenarioDevice device(readyScenario("chatty-nmea"));
   EXPECT_EQ(countOf("$", text(device.receive(sim::frame(kQueryUpdateRate)))), 20);
   EXPECT_EQ(countOf("$", text(device.receive(sim::frame(kQueryUpdateRate)))), 0);
+}
+
+TEST(TalkingScenario, SendsSentencesOnceASecondFromTheStart) {
+  sim::ScenarioDevice device(readyScenario("talking"));
+  const std::string output = text(SimulatedClient(device).listen(3s + kOutputDelay));
+  for (const char* sentence : {"GGA", "GLL", "RMC", "VTG", "ZDA"}) {
+    EXPECT_EQ(countOf(std::string("$GN") + sentence, output), 3) << sentence;
+  }
+}
+
+TEST(TalkingScenario, HasTheSystemsTime) {
+  const auto before = std::chrono::system_clock::now();
+  const sim::State state = sim::ScenarioDevice(readyScenario("talking")).state();
+  const sim::UtcTime time = sim::utcOf(state.time);
+  EXPECT_GE(time + 1ms, before);
+  EXPECT_LE(time, std::chrono::system_clock::now());
 }
 
 TEST(SilentScenario, NeverSaysAByte) {
