@@ -58,11 +58,12 @@ void reportInterference(const State& state, BodyWriter& body) {
   body.write(state.interferenceDetection, detects ? state.interferenceStatus : kUnknown);
 }
 
-// The leap seconds stand there twice: now, and to come into force; no change is announced.
+// The leap seconds stand there twice: now, and once an announced one has come into force.
 void reportGpsTime(const State& state, BodyWriter& body) {
   const GpsTime time = reportedTime(state);
+  const auto announced = static_cast<std::uint8_t>(time.leapSeconds + (time.leapSecond ? 1 : 0));
   body.write(static_cast<std::uint32_t>(time.timeOfWeek.count()), alignment(state), time.week,
-             time.leapSeconds, time.leapSeconds, time.valid);
+             time.leapSeconds, announced, time.valid);
 }
 
 void reportVersionExtension(const State& state, BodyWriter& body) {

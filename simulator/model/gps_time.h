@@ -16,4 +16,10 @@ UtcTime utcOf(const GpsTime& time);
 /// Sets week and time of week; the leap seconds stay.
 void setUtc(GpsTime& time, UtcTime utc);
 
+/// Moves the time on, or back, and adds the leap second where it has passed that.
+void advance(GpsTime& time, std::chrono::milliseconds elapsed);
+
+/// Whether it is 23:59:60. utcOf() then counts the first second of the next day.
+bool isInLeapSecond(const GpsTime& time);
+
 }  // namespace orb::sim

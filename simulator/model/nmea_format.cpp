@@ -20,8 +20,13 @@ std::string angle(std::int32_t value, int degreeDigits, const char* hemispheres)
                 value < 0 ? hemispheres[1] : hemispheres[0]);
 }
 
+/// In a leap second, the second before: its hour, minute and day are those of the leap second.
+UtcTime dayTime(const GpsTime& time) {
+  return utcOf(time) - std::chrono::seconds{isInLeapSecond(time) ? 1 : 0};
+}
+
 std::chrono::year_month_day day(const GpsTime& time) {
-  return std::chrono::floor<std::chrono::days>(utcOf(time));
+  return std::chrono::floor<std::chrono::days>(dayTime(time));
 }
 
 bool knowsTimeOfDay(const GpsTime& time) { return (time.valid & 0x01) != 0; }
@@ -47,11 +52,11 @@ std::string nmeaTimeOfDay(const GpsTime& time) {
   if (!knowsTimeOfDay(time)) {
     return {};
   }
-  const UtcTime now = utcOf(time);
+  const UtcTime now = dayTime(time);
   const std::chrono::hh_mm_ss clock{now - std::chrono::floor<std::chrono::days>(now)};
   return format("%02d%02d%02d.%03d", static_cast<int>(clock.hours().count()),
                 static_cast<int>(clock.minutes().count()),
-                static_cast<int>(clock.seconds().count()),
+                static_cast<int>(clock.seconds().count()) + (isInLeapSecond(time) ? 1 : 0),
                 static_cast<int>(clock.subseconds().count()));
 }
 

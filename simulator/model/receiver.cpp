@@ -6,6 +6,7 @@
 
 #include "model/commands.h"
 #include "model/draw.h"
+#include "model/gps_time.h"
 #include "model/navigation.h"
 #include "model/nmea_sentences.h"
 #include "model/solution.h"
@@ -17,7 +18,7 @@ namespace {
 
 using std::chrono::milliseconds;
 
-constexpr milliseconds kWeek = std::chrono::hours{7 * 24};
+constexpr milliseconds::rep kSecond = 1000;
 
 /// Keeps the setting and, where one follows it, its attribute byte. Returns whether that asks for
 /// the setting to outlive a restart.
@@ -66,6 +67,18 @@ Bytes epochOutput(const State& state, unsigned int epoch) {
                                                        : Bytes{};
 }
 
+/// Whether the receiver's clock tells its epochs. One that is far too fast or too slow does not, so
+/// that the update rate is what it is on the line.
+bool tellsEpochs(double clockRate) {
+  return clockRate >= 0.99 && clockRate <= 1.01;
+}
+
+/// From the last epoch, by the receiver's clock.
+milliseconds sinceEpochInstant(milliseconds time, milliseconds::rep rate) {
+  const milliseconds::rep passed = time.count() % kSecond;
+  return milliseconds{passed - (passed * rate / kSecond * kSecond + rate - 1) / rate};
+}
+
 }  // namespace
 
 Bytes Receiver::receive(const Bytes& bytes) {
@@ -101,9 +114,10 @@ Bytes Receiver::tick(milliseconds elapsed) {
 Bytes Receiver::speak(milliseconds elapsed) {
   Bytes output;
   sinceByte_ += elapsed;
-  while (untilOutput() <= elapsed) {
-    const bool isEpoch = untilEpoch() == untilOutput();
-    const milliseconds step = untilOutput();
+  // An event at the time of an epoch comes after it.
+  while (untilStep() <= elapsed) {
+    const milliseconds step = untilStep();
+    const bool isEpoch = untilEpoch() == step;
     advance(step);
     elapsed -= step;
     if (isEpoch) {
@@ -123,6 +137,12 @@ Bytes Receiver::speak(milliseconds elapsed) {
 
 void Receiver::endEpoch() {
   sinceEpoch_ = milliseconds{0};
+  if (tellsEpochs(state_.clockRate)) {
+    // Of a clock that drifts, the line's milliseconds miss the epoch by less than one of them.
+    const milliseconds late = sinceEpochInstant(state_.time.timeOfWeek, epochRate());
+    state_.time.timeOfWeek -= late;
+    clockRemainder_ += static_cast<double>(late.count());
+  }
   Draw draw(0, 0, epochs_);  // the same in each run
   const milliseconds jitter{
       draw.below(static_cast<std::uint64_t>(state_.outputJitter.count()) + 1)};
@@ -134,6 +154,27 @@ void Receiver::endEpoch() {
 }
 
 void Receiver::advance(milliseconds elapsed) {
+  letEventsHappen();
+  for (; untilEvent() < elapsed; letEventsHappen()) {
+    const milliseconds step = untilEvent();
+    goOn(step);
+    elapsed -= step;
+  }
+  goOn(elapsed);
+}
+
+void Receiver::letEventsHappen() {
+  std::vector<TimedEvent>& events = state_.timeline;
+  for (; untilEvent() == milliseconds{0}; events.erase(events.begin())) {
+    const TimedEvent& event = events.front();
+    state_.signals = event.signals.value_or(state_.signals);
+    state_.interferenceStatus = event.interferenceStatus.value_or(state_.interferenceStatus);
+    state_.clockRate = event.clockRate.value_or(state_.clockRate);
+    sim::advance(state_.time, event.jump);
+  }
+}
+
+void Receiver::goOn(milliseconds elapsed) {
   uptime_ += elapsed;
   sinceEpoch_ = talking_ ? sinceEpoch_ + elapsed : milliseconds{0};
   // A survey, for one, goes on from the very moment of the first fix.
@@ -149,11 +190,7 @@ void Receiver::pass(milliseconds elapsed) {
   continueSurvey(state_, time);
   continueStart(state_, elapsed);
   state_.sinceBeginning += time;
-  state_.time.timeOfWeek += time;
-  while (state_.time.timeOfWeek >= kWeek) {
-    state_.time.timeOfWeek -= kWeek;
-    ++state_.time.week;
-  }
+  sim::advance(state_.time, time);
 }
 
 milliseconds Receiver::receiverTime(milliseconds elapsed) {
@@ -167,25 +204,40 @@ milliseconds Receiver::receiverTime(milliseconds elapsed) {
 
 bool Receiver::isSilent() const { return state_.startup.silence > milliseconds{0}; }
 
-milliseconds Receiver::untilEpoch() const {
-  constexpr milliseconds::rep kSecond = 1000;
+milliseconds::rep Receiver::epochRate() const {
   constexpr std::uint8_t kPowerSaving = 1;
+  return state_.powerMode == kPowerSaving ? 1 : state_.updateRate;
+}
+
+milliseconds Receiver::untilEpoch() const {
   if (!talking_ || state_.updateRate == 0) {
     return kNever;
   }
-  const milliseconds::rep rate = state_.powerMode == kPowerSaving ? 1 : state_.updateRate;
-  if (state_.clockRate != 1) {
+  const milliseconds::rep rate = epochRate();
+  if (!tellsEpochs(state_.clockRate)) {
     return std::max(milliseconds{kSecond / rate} - sinceEpoch_, milliseconds{0});
   }
   const milliseconds::rep time = state_.time.timeOfWeek.count() % kSecond;
   const milliseconds::rep next = time * rate / kSecond + 1;
-  return milliseconds{(next * kSecond + rate - 1) / rate - time};
+  const milliseconds::rep left = (next * kSecond + rate - 1) / rate - time;
+  // A hair more where the clock drifts, so that rounding does not leave it short of the epoch.
+  const double hair = state_.clockRate == 1 ? 0 : 1e-6;
+  const double onLine = (static_cast<double>(left) - clockRemainder_) / state_.clockRate + hair;
+  return milliseconds{static_cast<milliseconds::rep>(std::ceil(onLine))};
+}
+
+milliseconds Receiver::untilEvent() const {
+  return state_.timeline.empty() ? kNever
+                                 : std::max(state_.timeline.front().at - uptime_, milliseconds{0});
 }
 
 /// Until an epoch ends, or the output of an earlier one leaves.
 milliseconds Receiver::untilOutput() const {
   return outputs_.empty() ? untilEpoch() : std::min(untilEpoch(), outputs_.front().due - uptime_);
 }
+
+/// Until anything happens.
+milliseconds Receiver::untilStep() const { return std::min(untilOutput(), untilEvent()); }
 
 milliseconds Receiver::untilNextOutput() const {
   const std::lock_guard lock(mutex_);

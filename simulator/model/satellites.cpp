@@ -30,9 +30,13 @@ bool passes(const ElevationCnrMask& mask, const Satellite& satellite) {
 
 }  // namespace
 
+bool findsSatellites(const State& state) {
+  return state.signals && state.startup.untilFix <= std::chrono::milliseconds{0};
+}
+
 std::vector<Satellite> satellitesInView(const State& state) {
   std::vector<Satellite> inView;
-  if (state.startup.untilFix > std::chrono::milliseconds{0}) {
+  if (!findsSatellites(state)) {
     return inView;
   }
   const std::uint8_t loss = interferenceLoss(state.interferenceStatus);

@@ -6,8 +6,11 @@
 
 namespace orb::sim {
 
+/// Whether signals reach the receiver, and it has found them after its start.
+bool findsSatellites(const State& state);
+
 /// The satellites of enabled constellations above the horizon, each as strong as interference
-/// leaves it. None while the receiver has not yet found them after a start.
+/// leaves it. None while the receiver does not find them.
 std::vector<Satellite> satellitesInView(const State& state);
 
 /// Those in view that are heard and that the masks let pass.

@@ -122,7 +122,7 @@ void locate(const State& state, Solution& solution) {
 
 Solution solveAsGiven(const State& state) {
   Solution solution{state.navigation, {}, {}};
-  if (state.startup.untilFix > milliseconds{0}) {
+  if (!findsSatellites(state)) {
     dropFix(solution.navigation);
   }
   if (!state.track.waypoints.empty()) {

@@ -54,6 +54,53 @@ void readBaud(TableReader& line, unsigned int& baud) {
   }
 }
 
+/// The time that stands at a key; `accepted` tells in the problem what it has to be.
+std::optional<UtcTime> utcAt(TableReader& time, std::string_view key, const std::string& accepted) {
+  const toml::node& node = *time.find(key);
+  const auto text = node.value_exact<std::string>();
+  const auto dateTime = node.value_exact<toml::date_time>();
+  if (!dateTime) {
+    time.refuse(key,
+                "is " + (text ? inQuotes(*text) : typeName(node)) + "; it has to be " + accepted);
+    return std::nullopt;
+  }
+  const UtcTime utc = utcOf(*dateTime);
+  if (utc < kGpsEpoch || utc >= kLatest) {
+    time.refuse(key,
+                "is outside the receiver's calendar; it has to be from 1980-01-06 to "
+                "2099-12-31");
+    return std::nullopt;
+  }
+  return utc;
+}
+
+void readStartingTime(TableReader& time, Scenario& scenario) {
+  constexpr char kKey[] = "start";
+  const toml::node* start = time.find(kKey);
+  if (start == nullptr) {
+    return;
+  }
+  if (start->value_exact<std::string>() == "now") {
+    scenario.startsNow = true;
+  } else if (const auto utc =
+                 utcAt(time, kKey, "\"now\" or a date and time such as 2026-03-15T12:00:00Z")) {
+    setUtc(scenario.state.time, *utc);
+  }
+}
+
+void readLeapSecond(TableReader& time, GpsTime& gpsTime) {
+  constexpr char kKey[] = "leap-second";
+  if (!time.has(kKey)) {
+    return;
+  }
+  const auto utc = utcAt(time, kKey, "a date and time such as 2027-01-01T00:00:00Z");
+  if (utc && chrono::floor<chrono::minutes>(*utc) != *utc) {
+    time.refuse(kKey, "is within a minute; it has to be the end of one");
+  } else if (utc) {
+    gpsTime.leapSecond = *utc;
+  }
+}
+
 }  // namespace
 
 void readDevice(TableReader& device, Scenario& scenario) {
@@ -69,28 +116,10 @@ void readDevice(TableReader& device, Scenario& scenario) {
 
 void readTime(TableReader& time, Scenario& scenario) {
   State& state = scenario.state;
-  constexpr char kKey[] = "start";
-  time.number("rate", state.clockRate, 0, 1000);
+  time.number("rate", state.clockRate, 0, kFastestClock);
   time.integer("leap-seconds", state.time.leapSeconds, 0, 99);
-  const toml::node* start = time.find(kKey);
-  if (start == nullptr) {
-    return;
-  }
-  const auto text = start->value_exact<std::string>();
-  const auto dateTime = start->value_exact<toml::date_time>();
-  if (text == "now") {
-    scenario.startsNow = true;
-  } else if (!dateTime) {
-    time.refuse(kKey, "is " + (text ? inQuotes(*text) : typeName(*start)) +
-                          "; it has to be \"now\" or a date and time such as "
-                          "2026-03-15T12:00:00Z");
-  } else if (const auto utc = utcOf(*dateTime); utc >= kGpsEpoch && utc < kLatest) {
-    setUtc(state.time, utc);
-  } else {
-    time.refuse(kKey,
-                "is outside the receiver's calendar; it has to be from 1980-01-06 to "
-                "2099-12-31");
-  }
+  readStartingTime(time, scenario);
+  readLeapSecond(time, state.time);
 }
 
 void readStart(TableReader& start, Scenario& scenario) {

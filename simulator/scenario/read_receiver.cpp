@@ -19,8 +19,6 @@ constexpr Word<OutputType> kOutputTypes[] = {
 constexpr Word<std::uint8_t> kRequiredFixes[] = {{"3d", 0}, {"2d", 1}};
 constexpr Word<std::uint16_t> kConstellationBits[] = {
     {"gps", 1}, {"glonass", 2}, {"galileo", 4}, {"beidou", 8}};
-constexpr Word<std::uint8_t> kInterference[] = {
-    {"unknown", 0}, {"none", 1}, {"some", 2}, {"critical", 3}};
 constexpr Word<TimingMode> kTimingModes[] = {{"dynamic", TimingMode::Dynamic},
                                              {"survey", TimingMode::AutoSurvey},
                                              {"static", TimingMode::Static}};

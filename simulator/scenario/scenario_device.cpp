@@ -24,6 +24,11 @@ ScenarioDevice::ScenarioDevice(const Scenario& scenario)
              std::chrono::floor<std::chrono::milliseconds>(std::chrono::system_clock::now()));
     });
   }
+  receiver_.change([](State& state) {
+    if (state.time.leapSecond <= utcOf(state.time)) {
+      state.time.leapSecond.reset();  // it has been counted already
+    }
+  });
   if (scenario.startsCold) {
     receiver_.startCold();
   }

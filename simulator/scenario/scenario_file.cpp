@@ -17,6 +17,7 @@ void readScenario(const toml::table& table, Scenario& scenario, ProblemList& pro
   file.table("receiver", [&](TableReader& receiver) { readReceiver(receiver, scenario.state); });
   readSurroundings(file, scenario.state);
   file.table("time", [&](TableReader& time) { readTime(time, scenario); });
+  file.eachTable("event", [&](TableReader& event) { readEvent(event, scenario.state.timeline); });
   file.table("start", [&](TableReader& start) { readStart(start, scenario); });
   file.table("line", [&](TableReader& line) { readLine(line, scenario.line); });
   file.eachTable("fault", [&](TableReader& fault) { readFault(fault, scenario.faults); });

@@ -27,8 +27,8 @@ namespace orb::sim {
 ///
 /// It stays silent until it has first answered something (see talkFromTheStart()); from then on it
 /// sends, once an epoch, NMEA sentences or binary navigation data, as its output type says. Epochs
-/// are at whole seconds of its clock and whole fractions of them, while that goes as fast as the
-/// line's.
+/// are at whole seconds of its clock and whole fractions of them, while that goes about as fast as
+/// the line's (see State::clockRate).
 ///
 /// A setting whose attribute byte is 1 outlives a restart, any other is lost by it. The settings
 /// that the receiver is constructed with outlive it, too.
@@ -68,11 +68,16 @@ class Receiver : public Device {
   Bytes answer(const std::vector<Frame>& frames);
   Bytes speak(std::chrono::milliseconds elapsed);
   void advance(std::chrono::milliseconds elapsed);
+  void letEventsHappen();
+  void goOn(std::chrono::milliseconds elapsed);
   void pass(std::chrono::milliseconds elapsed);
   std::chrono::milliseconds receiverTime(std::chrono::milliseconds elapsed);
   bool isSilent() const;
   std::chrono::milliseconds untilEpoch() const;
   std::chrono::milliseconds untilOutput() const;
+  std::chrono::milliseconds untilEvent() const;
+  std::chrono::milliseconds untilStep() const;
+  std::chrono::milliseconds::rep epochRate() const;
   void endEpoch();
 
   mutable std::mutex mutex_;

@@ -47,6 +47,19 @@ struct GpsTime {
   std::chrono::milliseconds timeOfWeek{345678000};
   std::uint8_t leapSeconds = 18;
   std::uint8_t valid = 7;  ///< one bit each: time of week, week, leap seconds
+  /// The instant in UTC before which a second 23:59:60 is inserted; once that is over, there is one
+  /// more of the leap seconds, and none is announced.
+  std::optional<std::chrono::time_point<std::chrono::system_clock, std::chrono::milliseconds>>
+      leapSecond{};
+};
+
+/// What changes around the receiver at a certain time. What has no value stays as it is.
+struct TimedEvent {
+  std::chrono::milliseconds at{0};  ///< since the receiver was constructed, on the line's clock
+  std::optional<bool> signals{};
+  std::optional<std::uint8_t> interferenceStatus{};
+  std::optional<double> clockRate{};
+  std::chrono::milliseconds jump{0};  ///< of the receiver's clock
 };
 
 /// How long the receiver takes after a restart, on the line's clock.
@@ -85,6 +98,9 @@ struct State : Settings {
   /// What its interference detection finds: 0 unknown, 1 none, 2 some, 3 critical. Interference
   /// weakens every satellite, by 6 or by 20 dB-Hz.
   std::uint8_t interferenceStatus = 1;
+  /// Whether the signals of satellites reach the antenna. Without, there is no fix, and the
+  /// receiver's clock runs on.
+  bool signals = true;
   std::chrono::milliseconds surveyed{0};  ///< since the survey began, while it had a fix
 
   /// The satellites in view. With some, the receiver works its solution out of those that its
@@ -92,7 +108,8 @@ struct State : Settings {
   std::vector<Satellite> sky;
   Track track;
   /// Seconds that pass for the receiver (its clock, surveys, the track) while one passes on the
-  /// line; 0 stops its clock. What it sends, it sends at its update rate on the line.
+  /// line; 0 stops its clock. What it sends, it sends at its update rate on the line, unless its
+  /// clock merely drifts (0.99 to 1.01): then at whole seconds of its own, and fractions of them.
   double clockRate = 1;
   /// How long after an epoch its output leaves, on the line's clock: the delay, and up to the
   /// jitter more.
@@ -101,6 +118,7 @@ struct State : Settings {
   std::chrono::milliseconds sinceBeginning{0};  ///< of the simulation, by the receiver's clock
   StartTimes startTimes;
   Startup startup;
+  std::vector<TimedEvent> timeline;  ///< in order of time; what has happened is no longer in it
 
   unsigned int softResets = 0;  ///< message 0x01
   Bytes lastSoftReset;          ///< its body

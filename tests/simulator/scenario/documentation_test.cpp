@@ -71,6 +71,8 @@ TEST(ScenarioDocumentation, DescribesTheKeysOfEachTable) {
   }
   EXPECT_EQ(documentedKeys(section("[[satellite]]")),
             acceptedInstead("satellite = [ { constellation = 'gps', number = 1, zzz = 1 } ]"));
+  EXPECT_EQ(documentedKeys(section("[[event]]")),
+            acceptedInstead("event = [ { at = '0s', rate = 1, zzz = 1 } ]"));
 }
 
 TEST(ScenarioDocumentation, DescribesTheReceiversKeys) {

@@ -98,6 +98,18 @@ const Key<sim::State> kStateKeys[] = {
      }},
     {"time.rate = 60", [](R r) { return r.clockRate == 60; }},
     {"time.leap-seconds = 19", [](R r) { return r.time.leapSeconds == 19; }},
+    {"time.leap-second = 2026-12-31T12:30:00-11:30",
+     [](R r) { return r.time.leapSecond == std::chrono::sys_days{2027y / 1 / 1}; }},
+    {"event = [ { at = '2min', jump = '-5s' }, { at = '1.5s', rate = 1.5 } ]",
+     [](R r) {
+       return r.timeline.size() == 2 && r.timeline[0].at == 1500ms && r.timeline[1].at == 2min &&
+              r.timeline[0].clockRate == 1.5 && r.timeline[1].jump == -5s;
+     }},
+    {"event = [ { at = '0s', signals = false, interference = 'some' } ]",
+     [](R r) {
+       return r.timeline.size() == 1 && r.timeline[0].signals == false &&
+              r.timeline[0].interferenceStatus == 2 && !r.timeline[0].clockRate;
+     }},
     {"receiver.kernel-version = '0.9.255'", [](R r) { return r.identity.kernel.x == 0; }},
     {"receiver.kernel-version = '0.9.255'", [](R r) { return r.identity.kernel.y == 9; }},
     {"receiver.kernel-version = '0.9.255'", [](R r) { return r.identity.kernel.z == 255; }},

@@ -44,8 +44,9 @@ void expectProblems(std::initializer_list<BadScenario> scenarios) {
 }
 
 constexpr char kTopKeys[] =
-    "description, seed, device, receiver, position, track, satellite, solution, time, start, line "
-    "or fault";
+    "description, seed, device, receiver, position, track, satellite, solution, time, event, "
+    "start, "
+    "line or fault";
 constexpr char kVersion[] = "three numbers from 0 to 255, such as \"1.0.12\"";
 constexpr char kDate[] = "a date from 2000-01-01 to 2099-12-31";
 constexpr char kMessage[] =
@@ -125,6 +126,21 @@ TEST(ScenarioProblems, OfTheSurroundings) {
   });
 }
 
+TEST(ScenarioProblems, OfEvents) {
+  constexpr char kNothing[] =
+      "is all that there is; signals, interference, jump or rate has to say what happens then";
+  expectProblems({
+      {"[[event]]\nsignals = false", "f:1: event.at: is missing", kThere},
+      {"[[event]]\nat = '1s'", std::string("f:2: event.at: ") + kNothing, ""},
+      {"[[event]]\nat = '-1s'\njump = '1s'", "f:2: event.at: is \"-1s\"", "from 0s to 8784h"},
+      {"[[event]]\nat = '1s'\njump = '200001h'", "f:3: event.jump: is \"200001h\"",
+       "from -200000h to 200000h"},
+      {"[[event]]\nat = '1s'\nrate = 1001", "f:3: event.rate: is 1001", "from 0 to 1000"},
+      {"[[event]]\nat = '1s'\ninterference = 'much'", "f:3: event.interference: is \"much\"",
+       R"("unknown", "none", "some" or "critical")"},
+  });
+}
+
 TEST(ScenarioProblems, OfTheTimeAndTheStart) {
   expectProblems({
       {"[time]\nstart = 'today'", "f:2: time.start: is \"today\"", kStart},
@@ -133,6 +149,12 @@ TEST(ScenarioProblems, OfTheTimeAndTheStart) {
        "f:2: time.start: is outside the receiver's calendar", kCalendar},
       {"[time]\nstart = 2100-01-01T00:00:00Z",
        "f:2: time.start: is outside the receiver's calendar", kCalendar},
+      {"[time]\nleap-second = 'now'", "f:2: time.leap-second: is \"now\"",
+       "a date and time such as 2027-01-01T00:00:00Z"},
+      {"[time]\nleap-second = 2027-01-01T00:00:01Z", "f:2: time.leap-second: is within a minute",
+       "the end of one"},
+      {"[time]\nleap-second = 2100-01-01T00:00:00Z",
+       "f:2: time.leap-second: is outside the receiver's calendar", kCalendar},
       {"[time]\nrate = -1", "f:2: time.rate: is -1", "from 0 to 1000"},
       {"[start]\ncold-fix = '-1s'", "f:2: start.cold-fix: is \"-1s\"", "from 0s to 24h"},
   });
