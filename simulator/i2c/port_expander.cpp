@@ -18,11 +18,18 @@ void PortExpander::set(unsigned int number, std::uint8_t value) noexcept {
   }
 }
 
-std::uint8_t PortExpander::input(unsigned int port) const noexcept {
+bool PortExpander::feedsAntenna() const noexcept {
+  constexpr unsigned int kPort = 1;
+  return (level(kPort) & kAntennaSupplyPin) != 0;
+}
+
+unsigned int PortExpander::level(unsigned int port) const noexcept {
   const unsigned int direction = registers_[kDirection + port];
-  const unsigned int level =
-      (registers_[kOutput + port] & ~direction) | (kOutsideLevel & direction);
-  return static_cast<std::uint8_t>(level ^ registers_[kPolarity + port]);
+  return (registers_[kOutput + port] & ~direction) | (kOutsideLevel & direction);
+}
+
+std::uint8_t PortExpander::input(unsigned int port) const noexcept {
+  return static_cast<std::uint8_t>(level(port) ^ registers_[kPolarity + port]);
 }
 
 void PortExpander::write(const std::uint8_t* bytes, std::size_t count) noexcept {

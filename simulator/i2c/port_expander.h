@@ -28,6 +28,10 @@ class PortExpander {
 
   std::uint8_t get(unsigned int number) const noexcept;
 
+  /// Whether the antenna has its supply: not while the pin is driven low. A pin that nobody drives,
+  /// as after power-up, is pulled up.
+  bool feedsAntenna() const noexcept;
+
   /// Sets a register; the input registers stay as their pins are.
   void set(unsigned int number, std::uint8_t value) noexcept;
 
@@ -43,6 +47,7 @@ class PortExpander {
   static constexpr unsigned int kRegisterCount = 8;
 
  private:
+  unsigned int level(unsigned int port) const noexcept;
   std::uint8_t input(unsigned int port) const noexcept;
   void selectOtherPort() noexcept { selected_ ^= 1; }
 

@@ -12,7 +12,7 @@ const char* antennaSupply(const PortExpander& expander) noexcept {
   if ((expander.get(PortExpander::kDirection + kPort) & kPin) != 0) {
     return "not driven";
   }
-  return (expander.get(PortExpander::kOutput + kPort) & kPin) != 0 ? "on" : "off";
+  return expander.feedsAntenna() ? "on" : "off";
 }
 
 }  // namespace

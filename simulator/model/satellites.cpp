@@ -31,7 +31,8 @@ bool passes(const ElevationCnrMask& mask, const Satellite& satellite) {
 }  // namespace
 
 bool findsSatellites(const State& state) {
-  return state.signals && state.startup.untilFix <= std::chrono::milliseconds{0};
+  return state.signals && state.antennaSupply &&
+         state.startup.untilFix <= std::chrono::milliseconds{0};
 }
 
 std::vector<Satellite> satellitesInView(const State& state) {

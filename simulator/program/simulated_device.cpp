@@ -10,8 +10,8 @@
 #include "base/checked.h"
 #include "i2c/register_text.h"
 #include "interpose/program_file.h"
-#include "orb-sim/scenario.h"
 #include "program/failure.h"
+#include "program/fed_receiver.h"
 #include "program/installation.h"
 #include "program/serial_port.h"
 #include "program/services.h"
@@ -22,6 +22,7 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr char kLineName[] = "tty_gps";
+constexpr char kRegisters[] = "i2c-registers.txt";
 
 /// The files that the library writes; their names are kept in the private folder.
 constexpr const char* kWrittenFiles[] = {
@@ -34,14 +35,15 @@ constexpr const char* kWrittenFiles[] = {
 constexpr const char* kLockFiles[] = {"/run/lock/LCK..tty_gps", "/var/lock/LCK..tty_gps"};
 
 /// What COMMAND finds at the far end of its line; none where there is no line or it is another's.
-std::unique_ptr<Device> makeReceiver(const RunOptions& options, std::function<void()> endCommand) {
+std::unique_ptr<Device> makeReceiver(const RunOptions& options, const fs::path& files,
+                                     std::function<void()> endCommand) {
   if (!options.tty.empty() || options.scenario.presence == Scenario::Presence::Absent) {
     return nullptr;
   }
   if (options.replay) {
     return options.replay->receiver(std::move(endCommand));
   }
-  return std::make_unique<ScenarioDevice>(options.scenario);
+  return std::make_unique<FedReceiver>(options.scenario, files / kRegisters);
 }
 
 fs::path makeFilesFolder(const RunOptions& options, const fs::path& folder) {
@@ -61,10 +63,10 @@ fs::path linkLibrary(const fs::path& folder) {
 }
 
 /// Makes the I2C bus, and beside it a link to the registers of its port expander, which are as
-/// after power-up; the registers themselves are for people to look at. The bus is a socket's name,
-/// which nothing can open: the preloaded library alone makes a device of it.
+/// after power-up; the receiver looks at the registers, and so can people. The bus is a socket's
+/// name, which nothing can open: the preloaded library alone makes a device of it.
 fs::path makeI2cBus(const fs::path& files, const fs::path& folder) {
-  const fs::path registers = files / "i2c-registers.txt";
+  const fs::path registers = files / kRegisters;
   std::ofstream stream(registers, std::ios::binary);
   stream << RegisterText(PortExpander()).view();
   if (!stream.flush()) {
@@ -96,7 +98,7 @@ SimulatedDevice::SimulatedDevice(const RunOptions& options, const fs::path& fold
       library_(linkLibrary(folder)),
       tty_(options.tty.empty() ? folder / kLineName : fs::absolute(options.tty)),
       use_(options.tty.empty() ? OwnedDescriptor() : markUse(tty_)),
-      receiver_(makeReceiver(options, std::move(endCommand))),
+      receiver_(makeReceiver(options, files_, std::move(endCommand))),
       busAddress_(startBus(folder)) {
   startInventory(folder, busAddress_, options.scenario.hardwareId);
   if (receiver_) {

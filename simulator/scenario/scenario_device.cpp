@@ -53,6 +53,10 @@ bool ScenarioDevice::takeHangUp() { return answers_ && line_.takeHangUp(); }
 
 bool ScenarioDevice::takesMore() const { return !answers_ || line_.takesMore(); }
 
+void ScenarioDevice::supplyAntenna(bool on) {
+  receiver_.change([&](State& state) { state.antennaSupply = on; });
+}
+
 State ScenarioDevice::state() const { return receiver_.state(); }
 
 std::vector<FaultyDevice::Event> ScenarioDevice::events() const { return faulty_.events(); }

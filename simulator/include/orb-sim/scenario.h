@@ -66,6 +66,9 @@ class ScenarioDevice : public Device {
   bool takeHangUp() override;
   bool takesMore() const override;
 
+  /// Switches the supply of the antenna, without which the receiver hears no satellites.
+  void supplyAntenna(bool on);
+
   /// A copy of the receiver's state, and the faults that have happened.
   State state() const;
   std::vector<FaultyDevice::Event> events() const;

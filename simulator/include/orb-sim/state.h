@@ -98,9 +98,10 @@ struct State : Settings {
   /// What its interference detection finds: 0 unknown, 1 none, 2 some, 3 critical. Interference
   /// weakens every satellite, by 6 or by 20 dB-Hz.
   std::uint8_t interferenceStatus = 1;
-  /// Whether the signals of satellites reach the antenna. Without, there is no fix, and the
-  /// receiver's clock runs on.
+  /// Whether the signals of satellites reach the antenna, and whether that has its supply. Without
+  /// either, there is no fix, and the receiver's clock runs on.
   bool signals = true;
+  bool antennaSupply = true;
   std::chrono::milliseconds surveyed{0};  ///< since the survey began, while it had a fix
 
   /// The satellites in view. With some, the receiver works its solution out of those that its

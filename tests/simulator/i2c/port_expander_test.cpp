@@ -35,6 +35,19 @@ TEST(PortExpander, HasItsRegistersAfterWritesFromARegisterOn) {
   }
 }
 
+TEST(PortExpander, FeedsTheAntennaUnlessItsPinIsDrivenLow) {
+  sim::PortExpander expander;
+  EXPECT_TRUE(expander.feedsAntenna()) << "as after power-up";
+  set(expander, 3, {0xFE});
+  EXPECT_TRUE(expander.feedsAntenna()) << "an input is pulled up";
+  set(expander, 7, {0xFE});
+  EXPECT_FALSE(expander.feedsAntenna());
+  set(expander, 5, {0x01});
+  EXPECT_FALSE(expander.feedsAntenna()) << "the polarity is that of reading";
+  set(expander, 3, {0x01});
+  EXPECT_TRUE(expander.feedsAntenna());
+}
+
 TEST(PortExpander, ContinuesAReadInItsPairWhereTheLastTransferStopped) {
   sim::PortExpander expander;
   set(expander, 2, {0x12, 0x34, 0x12});

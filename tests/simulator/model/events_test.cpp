@@ -167,6 +167,13 @@ TEST(Event, TakesAGivenSolutionAwayToo) {
   EXPECT_EQ(toldIn(1s, state), Texts{"000101.000 V 080224"});
 }
 
+TEST(Antenna, WithoutSupplyHearsNothingWhateverTheSignals) {
+  sim::State state = talkative({signals(1500ms, false), signals(2500ms, true)});
+  state.antennaSupply = false;
+  EXPECT_EQ(toldIn(3s, state),
+            (Texts{"000101.000 V 080224", "000102.000 V 080224", "000103.000 V 080224"}));
+}
+
 TEST(Event, ComesAfterTheEpochThatItCoincidesWith) {
   EXPECT_EQ(toldIn(2s, talkative({signals(1s, false)})),
             (Texts{"000101.000 A 080224", "000102.000 V 080224"}));

@@ -2,11 +2,36 @@
 expander's registers that `orb-sim run` leaves."""
 
 import os
+import sys
 import unittest
 
 from orb_sim import OrbSimTest
 
 SWITCH_ANTENNA = os.environ["ORB_SWITCH_ANTENNA"]
+
+# Switches the antenna's supply as each argument says, none first, and prints the status of the first
+# two RMC sentences of seconds that have begun after it.
+LISTEN = f"""
+import os, subprocess, sys, tty
+line = os.open("/dev/tty_gps", os.O_RDWR | os.O_NOCTTY)
+tty.setraw(line)
+sentences = os.fdopen(line, encoding="ascii", newline="\\r\\n")
+
+def next_rmc():
+    while True:
+        fields = sentences.readline().split(",")
+        if fields[0].endswith("RMC"):
+            return fields
+
+for state in [None, *sys.argv[1:]]:
+    if state:
+        subprocess.run(({SWITCH_ANTENNA!r}, state), check=True)
+    next_rmc()  # it may be of before
+    for rmc in (next_rmc(), next_rmc()):
+        assert rmc[1].endswith(".000"), rmc
+        print(rmc[2], end="")
+    print(flush=True)
+"""
 
 
 class AntennaSupply(OrbSimTest):
@@ -28,6 +53,10 @@ class AntennaSupply(OrbSimTest):
                 self.assertEqual(lines[2].split(), ["2", "3", "output", *output])
                 self.assertEqual(lines[4].split(), ["6", "7", "direction", *direction])
                 self.assertEqual(lines[6], f"antenna supply{supply:>25}")
+
+    def test_cut_leaves_the_receiver_without_satellites_and_with_its_time(self):
+        result = self.run_command(sys.executable, "-c", LISTEN, "off", "on", options=("--talk",))
+        self.assertEqual(self.output_of(result), "AA\nVV\nAA\n")
 
     def test_is_shared_by_the_programs_of_a_run_which_can_look_at_it(self):
         output = self.run_shell(f"""

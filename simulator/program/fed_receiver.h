@@ -1,0 +1,30 @@
+#pragma once
+
+#include <filesystem>
+#include <utility>
+
+#include "orb-sim/scenario.h"
+
+namespace orb::sim {
+
+/// A receiver whose antenna is fed as the port expander on the I2C bus has been set, of which
+/// `registers` is the text. It looks there each time that the line calls it.
+class FedReceiver : public Device {
+ public:
+  FedReceiver(const Scenario& scenario, std::filesystem::path registers)
+      : receiver_(scenario), registers_(std::move(registers)) {}
+
+  Bytes receive(const Bytes& bytes) override;
+  Bytes tick(std::chrono::milliseconds elapsed) override;
+  std::chrono::milliseconds untilNextOutput() const override { return receiver_.untilNextOutput(); }
+  bool takeHangUp() override { return receiver_.takeHangUp(); }
+  bool takesMore() const override { return receiver_.takesMore(); }
+
+ private:
+  void feedAntenna();
+
+  ScenarioDevice receiver_;
+  const std::filesystem::path registers_;
+};
+
+}  // namespace orb::sim
