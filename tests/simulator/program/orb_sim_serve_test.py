@@ -1,6 +1,7 @@
 """Looks at the receiver that `orb-sim serve` offers: who reaches it, and how it ends."""
 
 import contextlib
+import itertools
 import os
 import pathlib
 import pty
@@ -17,6 +18,16 @@ import unittest
 
 from orb_sim import (ACKNOWLEDGED, ASK_FOR_VERSION, ASK_VERSION, LIMIT, ORB_SIM, OrbSimTest,
                      runs_a_command, wait_until)
+
+CORNERS = """
+time = { start = 2016-12-31T23:59:57.5Z, leap-second = 2017-01-01T00:00:00Z }
+[[event]]
+at = "4s"
+signals = false
+[[event]]
+at = "5s"
+signals = true
+"""
 
 ANSWER_LENGTH = 30  # acknowledgement and version
 
@@ -220,6 +231,19 @@ orb-sim: other users' programs need rights to read and write {tty_path}
             with self.offered_line("serve", self.link, *options):
                 with opened(self.link) as line:
                     self.assertEqual(read_exactly(line, 3)[:3], b"$GN", options)
+
+    def test_tells_a_leap_second_and_a_loss_of_signals_to_one_that_listens(self):
+        (self.folder / "corners.toml").write_text(CORNERS)
+        with self.offered_line("serve", self.link, "--talk", "--scenario", "corners.toml"), \
+                opened(self.link) as line, os.fdopen(os.dup(line), encoding="ascii") as sentences:
+            rmc = (text.split(",") for text in sentences if text.startswith("$GNRMC,"))
+            told = list(itertools.takewhile(lambda pair: pair[0] != "000002.000",
+                                            (fields[1:3] for fields in rmc)))
+        expected = [["235958.000", "A"], ["235959.000", "A"], ["235960.000", "A"],
+                    ["000000.000", "A"], ["000001.000", "V"]]
+        # The first ones may have been told before the line was opened.
+        self.assertGreaterEqual(len(told), 3)
+        self.assertEqual(told, expected[-len(told):])
 
     def test_waits_to_be_spoken_to_otherwise(self):
         with self.offered_line("serve", self.link), opened(self.link) as line:
