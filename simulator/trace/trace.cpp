@@ -4,12 +4,12 @@
 #include <array>
 #include <cerrno>
 #include <cmath>
-#include <ctime>
 #include <nlohmann/json.hpp>
 #include <stdexcept>
 #include <system_error>
 
 #include "trace/hex.h"
+#include "trace/utc_time.h"
 
 namespace orb::sim {
 namespace {
@@ -43,7 +43,8 @@ const json& member(const json& object, const char* name) {
   return *found;
 }
 
-void checkHeader(const json& header) {
+/// Checks the header; returns when the trace began, where that is told.
+std::optional<WallTime> startedIn(const json& header) {
   const auto version = header.find("orb-sim-trace");
   if (version == header.end()) {
     throw Problem("not a trace: it does not begin with \"orb-sim-trace\"");
@@ -51,6 +52,9 @@ void checkHeader(const json& header) {
   if (*version != kVersion) {
     throw Problem("traces of version " + version->dump() + " are not known");
   }
+  const auto started = header.find("started");
+  return started != header.end() && started->is_string() ? parseUtc(started->get<std::string>())
+                                                         : std::nullopt;
 }
 
 microseconds timeOf(const json& record) {
@@ -95,16 +99,6 @@ TraceRecord recordOf(const json& object, microseconds previous) {
     throw Problem("\"time\" is earlier than in the line before");
   }
   return record;
-}
-
-/// As in 2026-11-21T08:20:00Z.
-std::string utcNow() {
-  const std::time_t now = std::time(nullptr);
-  std::tm parts{};
-  gmtime_r(&now, &parts);
-  std::array<char, 32> text{};
-  std::strftime(text.data(), text.size(), "%FT%TZ", &parts);
-  return text.data();
 }
 
 [[noreturn]] void fail(const std::filesystem::path& file) {
@@ -160,7 +154,7 @@ void TraceParser::takeLine(const Sink& sink) {
     if (hasHeader_) {
       record = recordOf(object, last_);
     } else {
-      checkHeader(object);
+      started_ = startedIn(object);
     }
   } catch (const Problem& problem) {
     fail(problem.what());
@@ -178,9 +172,10 @@ void TraceParser::fail(const std::string& problem) const {
   throw std::runtime_error(name_ + ":" + std::to_string(lineNumber_) + ": " + problem);
 }
 
-std::vector<TraceRecord> loadTrace(const std::filesystem::path& file, bool* isCut) {
-  std::vector<TraceRecord> records;
-  const auto keep = [&](const TraceRecord& record) { records.push_back(record); };
+namespace {
+
+/// Passes on the records of a trace file; returns the parser that has read it.
+TraceParser parseFile(const std::filesystem::path& file, const TraceParser::Sink& sink) {
   TraceParser parser(file.string());
   errno = 0;
   std::ifstream stream(file, std::ios::binary);
@@ -190,12 +185,21 @@ std::vector<TraceRecord> loadTrace(const std::filesystem::path& file, bool* isCu
   std::array<char, 65536> block;
   do {
     stream.read(block.data(), block.size());
-    parser.push({block.data(), static_cast<std::size_t>(stream.gcount())}, keep);
+    parser.push({block.data(), static_cast<std::size_t>(stream.gcount())}, sink);
   } while (stream);
   if (stream.bad()) {
     fail(file);
   }
-  parser.finish(keep);
+  parser.finish(sink);
+  return parser;
+}
+
+}  // namespace
+
+std::vector<TraceRecord> loadTrace(const std::filesystem::path& file, bool* isCut) {
+  std::vector<TraceRecord> records;
+  const TraceParser parser =
+      parseFile(file, [&](const TraceRecord& record) { records.push_back(record); });
   if (isCut != nullptr) {
     *isCut = parser.isCut();
   }
@@ -203,27 +207,19 @@ std::vector<TraceRecord> loadTrace(const std::filesystem::path& file, bool* isCu
 }
 
 TraceWriter::TraceWriter(const std::filesystem::path& file, const std::string& device)
-    : file_(file) {
-  errno = 0;
-  stream_.open(file, std::ios::binary | std::ios::trunc);
-  if (!stream_) {
-    fail(file);
-  }
-  nlohmann::ordered_json header;
-  header["orb-sim-trace"] = kVersion;
-  header["started"] = utcNow();
-  header["device"] = device;
-  // A name that is no UTF-8 is noted as well as it goes.
-  writeLine(header.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace));
+    : file_(file), device_(device) {
+  begin();
 }
 
 TraceWriter::TraceWriter(const std::filesystem::path& file) : file_(file) {
-  bool isCut = false;
-  const std::vector<TraceRecord> records = loadTrace(file, &isCut);
-  if (isCut) {
+  const TraceParser parser =
+      parseFile(file, [this](const TraceRecord& record) { start_ = record.at; });
+  if (parser.isCut()) {
     throw std::runtime_error(file.string() + ": the last line is cut off");
   }
-  start_ = records.empty() ? microseconds{0} : records.back().at;
+  if (parser.started()) {
+    start_ = std::max(start_, wallTimeNow() - *parser.started());
+  }
   errno = 0;
   stream_.open(file, std::ios::binary | std::ios::app);
   if (!stream_) {
@@ -231,17 +227,51 @@ TraceWriter::TraceWriter(const std::filesystem::path& file) : file_(file) {
   }
 }
 
+void TraceWriter::rotateAt(std::uintmax_t size, const std::string& device) {
+  largest_ = size;
+  device_ = device;
+  size_ = std::filesystem::file_size(file_);
+}
+
+/// Begins an empty file.
+void TraceWriter::begin() {
+  errno = 0;
+  stream_.open(file_, std::ios::binary | std::ios::trunc);
+  if (!stream_) {
+    fail(file_);
+  }
+  size_ = 0;
+  nlohmann::ordered_json header;
+  header["orb-sim-trace"] = kVersion;
+  header["started"] = utcText(wallTimeNow());
+  header["device"] = device_;
+  // A name that is no UTF-8 is noted as well as it goes.
+  writeLine(header.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace));
+}
+
 void TraceWriter::write(const TraceRecord& record) {
-  nlohmann::ordered_json line;
-  line["time"] = std::chrono::duration<double>(start_ + record.at).count();
-  line["from"] = nameOf(record.from);
-  line["bytes"] = toHex(record.bytes);
-  writeLine(line.dump());
+  const auto lineAt = [&record](microseconds at) {
+    nlohmann::ordered_json line;
+    line["time"] = std::chrono::duration<double>(at).count();
+    line["from"] = nameOf(record.from);
+    line["bytes"] = toHex(record.bytes);
+    return line.dump();
+  };
+  std::string line = lineAt(start_ + record.at);
+  if (largest_ != 0 && size_ + line.size() >= largest_) {
+    stream_.close();
+    std::filesystem::rename(file_, file_.string() + ".1");
+    begin();
+    start_ = -record.at;
+    line = lineAt(microseconds{0});
+  }
+  writeLine(line);
 }
 
 void TraceWriter::writeLine(const std::string& line) {
   errno = 0;
   stream_ << line << '\n' << std::flush;
+  size_ += line.size() + 1;
   if (!stream_) {
     fail(file_);
   }

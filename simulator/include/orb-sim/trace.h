@@ -17,6 +17,9 @@ namespace orb::sim {
 /// A trace is the record of what went over a serial line: a file of JSON lines, one for each piece
 /// of either side, as docs/traces.md describes it.
 
+/// A time of the system's clock.
+using WallTime = std::chrono::time_point<std::chrono::system_clock, std::chrono::microseconds>;
+
 /// Who has said something.
 enum class Speaker : std::uint8_t { Client, Receiver };
 
@@ -55,6 +58,9 @@ class TraceParser {
   /// Whether the last line was cut off.
   bool isCut() const { return isCut_; }
 
+  /// When the trace began; nothing where its header, which comes before any record, does not tell.
+  std::optional<WallTime> started() const { return started_; }
+
  private:
   void takeLine(const Sink& sink);
   [[noreturn]] void fail(const std::string& problem) const;
@@ -64,6 +70,7 @@ class TraceParser {
   std::size_t lineNumber_ = 1;
   bool hasHeader_ = false;
   bool isCut_ = false;
+  std::optional<WallTime> started_;
   std::chrono::microseconds last_{0};
 };
 
@@ -78,18 +85,27 @@ class TraceWriter {
   /// Replaces a file of this name. `device` is noted in the header.
   TraceWriter(const std::filesystem::path& file, const std::string& device);
 
-  /// Goes on with a trace, whose last record is where its time begins. Throws as loadTrace() does,
-  /// and std::runtime_error where its last line is cut off.
+  /// Goes on with a trace. Its time goes on meanwhile, or where its header does not tell when it
+  /// began, from its last record. Throws as loadTrace() does, and std::runtime_error where its last
+  /// line is cut off.
   explicit TraceWriter(const std::filesystem::path& file);
 
   void write(const TraceRecord& record);
 
+  /// From now on, before the file gets larger than so many bytes, it is renamed to FILE.1, which is
+  /// replaced, and a trace begins in a new one. `device` is noted there.
+  void rotateAt(std::uintmax_t size, const std::string& device);
+
  private:
+  void begin();
   void writeLine(const std::string& line);
 
   std::filesystem::path file_;
+  std::string device_;
   std::ofstream stream_;
-  std::chrono::microseconds start_{0};
+  std::chrono::microseconds start_{0};  ///< of the records' time in the file
+  std::uintmax_t largest_ = 0;          ///< of the file; 0: no limit
+  std::uintmax_t size_ = 0;
 };
 
 }  // namespace orb::sim

@@ -9,6 +9,7 @@
 
 #include "rate_query.h"
 #include "support/temporary_folder.h"
+#include "trace/utc_time.h"
 
 namespace orb::sim {
 
@@ -75,14 +76,14 @@ TEST_F(Trace, IsALineForEachPieceAfterAHeader) {
   sim::TraceWriter writer(file_, "/dev/\"odd\"\n\xFF");
   writer.write({microseconds(1'234'567), sim::Speaker::Client, hex("A0 0d")});
   writer.write({microseconds(2'000'000), sim::Speaker::Receiver, hex("01")});
-  EXPECT_THAT(written(),
-              testing::MatchesRegex(R"(\{"orb-sim-trace":1,"started":"20..-..-..T..:..:..Z",)"
-                                    R"("device":"/dev/\\"odd\\"\\n.*"\})"
-                                    "\n"
-                                    R"(\{"time":1.234567,"from":"client","bytes":"A00D"\})"
-                                    "\n"
-                                    R"(\{"time":2.0,"from":"receiver","bytes":"01"\})"
-                                    "\n"));
+  EXPECT_THAT(written(), testing::MatchesRegex(
+                             R"(\{"orb-sim-trace":1,"started":"20..-..-..T..:..:..[.]......Z",)"
+                             R"("device":"/dev/\\"odd\\"\\n.*"\})"
+                             "\n"
+                             R"(\{"time":1.234567,"from":"client","bytes":"A00D"\})"
+                             "\n"
+                             R"(\{"time":2.0,"from":"receiver","bytes":"01"\})"
+                             "\n"));
 }
 
 TEST_F(Trace, ReplacesAnEarlierOneAndIsWholeUpToItsLastLineWhileItIsWritten) {
@@ -112,6 +113,62 @@ TEST_F(Trace, IsContinuedWhereItEnded) {
   EXPECT_EQ(sim::loadTrace(file_), expected);
   write(std::string(kHeader) + "\n{\"time\":1");
   EXPECT_THROW(sim::TraceWriter writer(file_), std::runtime_error);
+}
+
+TEST_F(Trace, GoesOnByTheClock) {
+  const auto yesterday = sim::wallTimeNow() - std::chrono::hours(24);
+  write(R"({"orb-sim-trace":1,"started":")" + sim::utcText(yesterday) + "\"}\n");
+  sim::TraceWriter(file_).write({seconds(2), sim::Speaker::Client, {}});
+  const auto at = sim::loadTrace(file_).at(0).at;
+  EXPECT_GE(at, std::chrono::hours(24) + seconds(2));
+  EXPECT_LT(at, std::chrono::hours(25));
+}
+
+TEST_F(Trace, TellsWhenItBegan) {
+  const auto startedIn = [](const std::string& header) {
+    sim::TraceParser parser("trace");
+    parser.push(header + "\n", [](const sim::TraceRecord&) {});
+    return parser.started();
+  };
+  EXPECT_EQ(startedIn(R"({"orb-sim-trace":1,"started":"2026-11-21T08:43:11Z"})"),
+            sim::parseUtc("2026-11-21T08:43:11Z"));
+  EXPECT_EQ(startedIn(kHeader), std::nullopt);
+  EXPECT_EQ(startedIn(R"({"orb-sim-trace":1,"started":"today"})"), std::nullopt);
+  EXPECT_EQ(startedIn(R"({"orb-sim-trace":1,"started":7})"), std::nullopt);
+}
+
+TEST_F(Trace, GoesOnInANewFileBeforeItGetsTooLarge) {
+  constexpr std::uintmax_t kLargest = 400;
+  const std::filesystem::path before = file_.string() + ".1";
+  sim::TraceWriter writer(file_, "/dev/ttyS1");
+  writer.rotateAt(kLargest, "/dev/ttyS1");
+  const auto at = [](int i) { return seconds(i) + microseconds(i); };
+  for (int i = 1; i <= 50; ++i) {
+    writer.write({at(i), sim::Speaker::Client, {static_cast<std::uint8_t>(i)}});
+    EXPECT_LE(file_size(file_), kLargest);
+    const std::vector<sim::TraceRecord> records = sim::loadTrace(file_);
+    ASSERT_FALSE(records.empty());
+    const int first = records.front().bytes.at(0);
+    EXPECT_EQ(records.front().at, first == 1 ? at(1) : microseconds(0));
+    EXPECT_EQ(records.back().at - records.front().at, at(i) - at(first));
+    EXPECT_EQ(records.back().bytes, sim::Bytes{static_cast<std::uint8_t>(i)});
+    if (first != 1) {
+      EXPECT_EQ(sim::loadTrace(before).back().bytes.at(0), first - 1) << "nothing is lost";
+    }
+  }
+  EXPECT_GT(file_size(before), kLargest / 2);
+  EXPECT_FALSE(exists(std::filesystem::path(file_.string() + ".2")));
+}
+
+TEST_F(Trace, IsRotatedWhereItIsContinued) {
+  sim::TraceWriter(file_, "/dev/ttyS1").write({seconds(1), sim::Speaker::Client, {1}});
+  sim::TraceWriter writer(file_);
+  writer.rotateAt(file_size(file_) + 1, "/dev/ttyS2");
+  writer.write({seconds(5), sim::Speaker::Client, {2}});
+  EXPECT_THAT(written(), testing::HasSubstr("/dev/ttyS2"));
+  EXPECT_EQ(sim::loadTrace(file_),
+            (std::vector<sim::TraceRecord>{{seconds(0), sim::Speaker::Client, {2}}}));
+  EXPECT_EQ(sim::loadTrace(file_.string() + ".1").at(0).bytes, sim::Bytes{1});
 }
 
 TEST_F(Trace, IsTakenToItsLastWholeLine) {
@@ -196,6 +253,25 @@ TEST(TraceParser, TakesTextThatIsCutAnywhere) {
     parser.push(text.substr(cut), sink);
     parser.finish(sink);
     EXPECT_EQ(bytes, hex("01 02")) << "cut at " << cut;
+  }
+}
+
+TEST(UtcTime, IsReadAsItIsWritten) {
+  const std::pair<const char*, const char*> times[] = {
+      {"2026-11-21T08:43:11Z", "2026-11-21T08:43:11.000000Z"},
+      {"2024-02-29T23:59:59.999999Z", "2024-02-29T23:59:59.999999Z"},
+      {"2000-01-01T00:00:00.25Z", "2000-01-01T00:00:00.250000Z"},
+  };
+  for (const auto& [text, expected] : times) {
+    ASSERT_TRUE(sim::parseUtc(text)) << text;
+    EXPECT_EQ(sim::utcText(*sim::parseUtc(text)), expected);
+  }
+  EXPECT_EQ(sim::parseUtc("1970-01-01T00:00:01.5Z")->time_since_epoch(),
+            std::chrono::milliseconds(1500));
+  for (const char* const text :
+       {"", "2026-11-21", "2026-11-21T08:43:11", "2026-11-21T08:43:11.Z",
+        "2026-11-21T08:43:11.1e9Z", "2026-11-21T08:43:11Zx", "2026-13-21T08:43:11Z"}) {
+    EXPECT_FALSE(sim::parseUtc(text)) << text;
   }
 }
 
