@@ -3,7 +3,6 @@
 
 #include <array>
 #include <filesystem>
-#include <iomanip>
 #include <iostream>
 #include <memory>
 #include <string>
@@ -14,8 +13,10 @@
 #include "orb-sim/trace.h"
 #include "program/command_line.h"
 #include "program/failure.h"
+#include "program/listing_options.h"
 #include "program/standard_streams.h"
 #include "trace/description.h"
+#include "trace/listing.h"
 #include "trace/stream_decoder.h"
 #include "trace/transcript.h"
 
@@ -25,7 +26,8 @@ namespace {
 constexpr char kDecodeDescription[] =
     "Prints captured bytes as messages, and how many were good, bad and unknown\n\n"
     "Takes any bytes, and traces of orb-sim tap. Without FILE, or with -, reads standard input\n"
-    "and prints what comes as it comes.";
+    "and prints what comes as it comes. On a terminal, unless NO_COLOR is set, what is damaged is\n"
+    "red, what a client says cyan, and what is no message faint.";
 
 /// A file, or standard input.
 class Input {
@@ -70,22 +72,33 @@ void passAll(std::string_view start, Input& input, Take take) {
 }
 
 /// Prints the messages of a stream of bytes after their offsets.
-void decodeBytes(std::string_view start, Input& input) {
+void decodeBytes(std::string_view start, Input& input, const ListingForm& form) {
+  if (form.wallClock) {
+    throw Failure("--wall-clock: " + input.name() + " is no trace, and tells no time");
+  }
+  Listing listing(std::cout, form);
   StreamCounts counts;
   StreamDecoder decoder([&](const StreamItem& item) {
     counts.add(item);
-    std::cout << std::setw(10) << item.offset << "  " << describe(item) << '\n';
+    listing.add(item);
   });
   passAll(start, input,
           [&](std::string_view text) { decoder.push(Bytes(text.begin(), text.end())); });
   decoder.finish();
-  std::cout << counts.text() << '\n';
+  listing.conclude(counts.text());
 }
 
-void decodeTrace(std::string_view start, Input& input) {
-  Transcript transcript(std::cout);
+void decodeTrace(std::string_view start, Input& input, const ListingForm& form) {
+  Transcript transcript(std::cout, form);
   TraceParser parser(input.name());
-  const auto add = [&](const TraceRecord& record) { transcript.add(record); };
+  const auto add = [&](const TraceRecord& record) {
+    if (parser.started()) {
+      transcript.setStart(*parser.started());
+    } else if (form.wallClock) {
+      throw Failure("--wall-clock: " + input.name() + " does not tell when it began");
+    }
+    transcript.add(record);
+  };
   passAll(start, input, [&](std::string_view text) { parser.push(text, add); });
   parser.finish(add);
   transcript.finish();
@@ -94,7 +107,7 @@ void decodeTrace(std::string_view start, Input& input) {
   }
 }
 
-int decode(const std::filesystem::path& file) {
+int decode(const std::filesystem::path& file, const ListingForm& form) {
   std::ios::sync_with_stdio(false);
   Input input(file);
   std::string start(input.read());
@@ -105,8 +118,8 @@ int decode(const std::filesystem::path& file) {
     }
     start += more;
   }
-  TraceParser::isTrace(start).value_or(false) ? decodeTrace(start, input)
-                                              : decodeBytes(start, input);
+  TraceParser::isTrace(start).value_or(false) ? decodeTrace(start, input, form)
+                                              : decodeBytes(start, input, form);
   requireOutput();
   return 0;
 }
@@ -114,10 +127,11 @@ int decode(const std::filesystem::path& file) {
 }  // namespace
 
 void addDecode(CLI::App& app, Invocation& invocation) {
-  CLI::App* const subcommand = addSubcommand(app, "decode", "[FILE]", kDecodeDescription);
+  CLI::App* const subcommand = addSubcommand(app, "decode", "[OPTIONS] [FILE]", kDecodeDescription);
   const auto file = std::make_shared<std::filesystem::path>();
   addPath(*subcommand, "FILE", "", *file, "Captured bytes, or a trace");
-  invocation.actions[subcommand] = [file] { return decode(*file); };
+  const auto form = addListingOptions(*subcommand);
+  invocation.actions[subcommand] = [file, form] { return decode(*file, *form); };
 }
 
 }  // namespace orb::sim

@@ -10,6 +10,7 @@
 #include "line/available_bytes.h"
 #include "program/failure.h"
 #include "program/standard_streams.h"
+#include "trace/utc_time.h"
 
 namespace orb::sim {
 namespace {
@@ -21,12 +22,16 @@ constexpr std::size_t kMostForPort = 16384;
 }  // namespace
 
 Tap::Tap(OwnedDescriptor port, std::string name, const std::filesystem::path& link,
-         std::optional<TraceWriter> trace)
+         std::optional<TraceWriter> trace, const ListingForm& form)
     : port_(std::move(port)),
       name_(std::move(name)),
-      client_(link),
       trace_(std::move(trace)),
-      transcript_(std::cout) {}
+      transcript_(std::cout, form) {
+  transcript_.setStart(wallTimeNow() - now());
+  if (!link.empty()) {
+    client_.emplace(link);
+  }
+}
 
 void Tap::run(const EndSignals& end) {
   checkDisplay();
@@ -46,7 +51,9 @@ bool Tap::passOn(const EndSignals& end) {
   std::array<pollfd, 3> polled{{
       {end.descriptor(), POLLIN, 0},
       {port_.get(), events(true, !toPort_.empty()), 0},
-      {client_.descriptor(), events(toPort_.size() < kMostForPort, !toClient_.empty()), 0},
+      // poll leaves out what is negative.
+      {client_ ? client_->descriptor() : -1,
+       events(toPort_.size() < kMostForPort, !toClient_.empty()), 0},
   }};
   const auto patience = std::chrono::ceil<std::chrono::milliseconds>(Transcript::kPatience);
   const int limit = transcript_.isMidItem() ? static_cast<int>(patience.count()) : -1;
@@ -62,7 +69,9 @@ bool Tap::passOn(const EndSignals& end) {
   if ((polled[2].revents & POLLIN) != 0) {
     takeFromClient();
   }
-  client_.write(toClient_);
+  if (client_) {
+    client_->write(toClient_);
+  }
   if (!writeAvailable(port_.get(), toPort_)) {
     throw Failure(name_ + " has hung up");
   }
@@ -79,13 +88,13 @@ void Tap::takeFromPort() {
   }
   note(Speaker::Receiver, *bytes);
   // As on a UART, what comes is lost while nobody takes it.
-  if (toClient_.empty()) {
+  if (client_ && toClient_.empty()) {
     toClient_ = *bytes;
   }
 }
 
 void Tap::takeFromClient() {
-  const Bytes bytes = client_.read();
+  const Bytes bytes = client_->read();
   if (bytes.empty()) {
     return;
   }

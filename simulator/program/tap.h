@@ -13,16 +13,16 @@
 namespace orb::sim {
 
 /// Stands between a serial port and the clients of a pty: passes everything on, both ways, and
-/// writes it down.
+/// writes it down. Without a pty, it writes down what comes from the port.
 class Tap {
  public:
-  /// `port` is an open serial port, which errors call `name`; `link` points to the pty. Bytes are
-  /// recorded where there is a `trace`.
+  /// `port` is an open serial port, which errors call `name`; `link` points to the pty; where it
+  /// is empty, there is none. Bytes are recorded where there is a `trace`.
   Tap(OwnedDescriptor port, std::string name, const std::filesystem::path& link,
-      std::optional<TraceWriter> trace);
+      std::optional<TraceWriter> trace, const ListingForm& form);
 
-  /// The tty for clients.
-  std::string tty() const { return client_.path(); }
+  /// The tty for clients; empty for none.
+  std::string tty() const { return client_ ? client_->path() : ""; }
 
   /// Works until a signal asks for the end; also where standard output cannot be written, which it
   /// says once. Throws Failure where the port is gone, and as TraceWriter does.
@@ -41,7 +41,7 @@ class Tap {
   const Clock::time_point start_ = Clock::now();
   OwnedDescriptor port_;
   const std::string name_;
-  PtyPort client_;
+  std::optional<PtyPort> client_;
   std::optional<TraceWriter> trace_;
   Transcript transcript_;
 

@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "model/packet_layout.h"
+#include "trace/fields.h"
 #include "trace/hex.h"
 
 namespace orb::sim {
@@ -28,6 +29,19 @@ std::string_view catalogueText(const Frame& frame, std::size_t length) {
 
 bool isKnown(const Frame& frame) { return !catalogueText(frame, frame.payload.size()).empty(); }
 
+/// What the fields hold, and the bytes that belong to none of them; empty where none is known.
+std::string describeFields(const FieldValues& values) {
+  std::string text;
+  for (const FieldValue& field : values.named) {
+    text += (text.empty() ? "" : ", ") + std::string(field.name) + " " + field.text;
+    text += (field.unit.empty() ? "" : " ") + std::string(field.unit);
+  }
+  if (text.empty()) {
+    return text;
+  }
+  return " (" + text + (values.rest.empty() ? "" : ", and " + toHex(values.rest, " ")) + ")";
+}
+
 /// One column for the id, or for what stands in its place.
 std::string labelled(std::string label, const std::string& text) {
   constexpr std::size_t kWidth = 7;
@@ -38,29 +52,21 @@ std::string labelled(std::string label, const std::string& text) {
 std::string describePacket(const Frame& frame) {
   const bool hasSub = hasSubId(frame.payload[0]) && frame.payload.size() > 1;
   const Bytes id(frame.payload.begin(), frame.payload.begin() + (hasSub ? 2 : 1));
-  std::string text(catalogueText(frame, 0));
+  std::string text(catalogueText(frame));
   if (text.empty()) {
     text = "unknown message";
   } else if (!isKnown(frame)) {
     text += ", of an unknown length";
   }
   const std::string body = toHex(frame.body(), " ");
-  return labelled(toHex(id, "/"), body.empty() ? text : text + ": " + body);
-}
-
-/// A line's text without its end; empty where there are other bytes in it.
-std::string lineOf(const Bytes& bytes) {
-  auto end = bytes.end();
-  while (end != bytes.begin() && (end[-1] == '\n' || end[-1] == '\r')) {
-    --end;
-  }
-  return std::all_of(bytes.begin(), end, isText) ? std::string(bytes.begin(), end) : std::string();
+  return labelled(toHex(id, "/"),
+                  body.empty() ? text : text + ": " + body + describeFields(fieldValues(frame)));
 }
 
 std::string describeOther(const StreamItem& item) {
   constexpr std::size_t kFewBytes = 16;
-  const std::string line = lineOf(item.bytes);
-  if (!line.empty() && item.length == item.bytes.size()) {
+  const std::string line = lineOf(item);
+  if (!line.empty()) {
     return labelled("text", line);
   }
   const auto shown = static_cast<std::ptrdiff_t>(std::min(kFewBytes, item.bytes.size()));
@@ -110,6 +116,18 @@ std::string StreamCounts::text() const {
   return text + ", " + counted(otherBytes, "other byte", "other bytes");
 }
 
+std::string_view catalogueText(const Frame& frame) { return catalogueText(frame, 0); }
+
+std::string lineOf(const StreamItem& item) {
+  auto end = item.bytes.end();
+  while (end != item.bytes.begin() && (end[-1] == '\n' || end[-1] == '\r')) {
+    --end;
+  }
+  const bool isLine =
+      item.length == item.bytes.size() && std::all_of(item.bytes.begin(), end, isText);
+  return isLine ? std::string(item.bytes.begin(), end) : std::string();
+}
+
 std::string describe(const StreamItem& item) {
   switch (item.kind) {
     case StreamItem::Kind::Packet:
@@ -117,7 +135,7 @@ std::string describe(const StreamItem& item) {
     case StreamItem::Kind::Damaged:
       return labelled("bad", withTrouble(item, toHex(item.bytes, " ")));
     case StreamItem::Kind::Sentence:
-      return labelled("nmea", withTrouble(item, lineOf(item.bytes)));
+      return labelled("nmea", withTrouble(item, lineOf(item)));
     case StreamItem::Kind::Other:
       break;
   }

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <string>
+#include <string_view>
 
 #include "trace/stream_decoder.h"
 
@@ -22,8 +23,15 @@ struct StreamCounts {
   std::string text() const;
 };
 
-/// An item in words, on one line of printable characters: message id, the catalogue's description
-/// and the body's bytes, or what else it is.
+/// The catalogue's words for a message of whatever length; empty for one that it does not have.
+std::string_view catalogueText(const Frame& frame);
+
+/// The text of a sentence, or of other text, without the line's end; empty for what is no text, or
+/// is too long.
+std::string lineOf(const StreamItem& item);
+
+/// An item in words, on one line of printable characters: message id, the catalogue's description,
+/// the body's bytes and fields, or what else it is.
 std::string describe(const StreamItem& item);
 
 }  // namespace orb::sim

@@ -1,17 +1,11 @@
 #include "trace/transcript.h"
 
-#include <ostream>
-
-#include "model/nmea_format.h"
-
 namespace orb::sim {
 
 Transcript::Side::Side(Transcript& transcript, Speaker speaker)
     : decoder([this, &transcript, speaker](const StreamItem& item) {
         counts.add(item);
-        const double seconds = std::chrono::duration<double>(last).count();
-        transcript.output_ << format("%12.6f  %-8s  ", seconds, nameOf(speaker)) << describe(item)
-                           << '\n';
+        transcript.listing_.add(item, speaker, last);
       }) {}
 
 void Transcript::add(const TraceRecord& record) {
@@ -36,8 +30,8 @@ bool Transcript::isMidItem() const {
 void Transcript::finish() {
   client_.decoder.finish();
   receiver_.decoder.finish();
-  output_ << "client: " << client_.counts.text() << '\n'
-          << "receiver: " << receiver_.counts.text() << '\n';
+  listing_.conclude("client: " + client_.counts.text());
+  listing_.conclude("receiver: " + receiver_.counts.text());
 }
 
 }  // namespace orb::sim

@@ -2,9 +2,11 @@
 
 #include <chrono>
 #include <iosfwd>
+#include <utility>
 
 #include "orb-sim/trace.h"
 #include "trace/description.h"
+#include "trace/listing.h"
 #include "trace/stream_decoder.h"
 
 namespace orb::sim {
@@ -17,7 +19,11 @@ class Transcript {
   static constexpr std::chrono::microseconds kPatience = std::chrono::seconds(1);
 
   /// `output` must outlive this.
-  explicit Transcript(std::ostream& output) : output_(output) {}
+  explicit Transcript(std::ostream& output, ListingForm form = {})
+      : listing_(output, std::move(form)) {}
+
+  /// The time of day at which the records' time begins.
+  void setStart(WallTime start) { listing_.setStart(start); }
 
   /// Takes the next piece; pieces come in the order of their times.
   void add(const TraceRecord& record);
@@ -40,7 +46,7 @@ class Transcript {
     StreamDecoder decoder;
   };
 
-  std::ostream& output_;
+  Listing listing_;
   Side client_{*this, Speaker::Client};
   Side receiver_{*this, Speaker::Receiver};
 };

@@ -11,13 +11,15 @@ VERSION = os.environ["ORB_VERSION"]
 
 RECEIVER_OPTIONS = {"--help", "--scenario", "--seed", "--silent", "--talk", "--kernel-version",
                     "--odm-version", "--revision"}
+LISTING_OPTIONS = {"--json", "--only", "--no-nmea", "--wall-clock"}
 OPTIONS = {
     "run": RECEIVER_OPTIONS | {"--no-receiver", "--hardware-id", "--no-module", "--tty", "--keep"},
     "scenarios": {"--help"},
     "serve": RECEIVER_OPTIONS | {"--link", "--tcp"},
-    "tap": {"--help", "--link", "--trace", "--append", "--force", "--baud"},
+    "tap": LISTING_OPTIONS | {"--help", "--link", "--trace", "--append", "--force", "--rotate",
+                              "--baud"},
     "replay": {"--help", "--link", "--fast", "--unknown"},
-    "decode": {"--help"},
+    "decode": LISTING_OPTIONS | {"--help"},
 }
 
 
@@ -121,6 +123,18 @@ class CommandLine(OrbSimTest):
         self.check("--tcp: 65536 is not a whole number from 0 to 65535", "serve", "--tcp", "65536",
                    see="serve ")
 
+    def test_with_an_impossible_message_is_refused(self):
+        for message in ("x", "", "0x", "0x10000", "0x12G", "6501", "serial-port"):
+            self.check(f"--only: {message} is no message; it has to be a number such as 0x6501, or "
+                       "a name such as set-timing, query-timing or timing", "decode", "--only",
+                       message, see="decode ")
+
+    def test_with_an_impossible_size_is_refused(self):
+        for size in ("0", "-1", "999", "x", "1X", ""):
+            result = self.orb_sim("tap", "/dev/null", "--trace", "x", "--rotate", size)
+            self.assertEqual((result.returncode, result.stdout), (125, ""))
+            self.assertRegex(result.stderr, "^orb-sim: --rotate: ")
+
     def test_with_a_link_that_cannot_be_made_is_refused(self):
         file = self.folder / "file"
         file.write_text("kept")
@@ -136,7 +150,7 @@ class CommandLine(OrbSimTest):
     def test_without_what_it_needs_is_refused(self):
         self.check_failure("orb-sim: give --link PATH or --tcp PORT, or both\n", "serve")
         self.check("DEVICE is required", "tap", "--link", "x", see="tap ")
-        self.check("--link is required", "tap", "/dev/null", see="tap ")
+        self.check("--rotate requires --trace", "tap", "/dev/null", "--rotate", "1MB", see="tap ")
         self.check("TRACE is required", "replay", see="replay ")
         for arguments in (("x",), ("x", "--link", "y", "--", "true")):
             self.check_failure("orb-sim: give either --link PATH or COMMAND, after --\n",

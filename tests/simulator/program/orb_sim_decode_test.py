@@ -1,6 +1,8 @@
 """Prints bytes of every kind with `orb-sim decode`."""
 
+import json
 import os
+import pty
 import resource
 import select
 import subprocess
@@ -9,6 +11,10 @@ import unittest
 from orb_sim import ACKNOWLEDGED, ASK_VERSION, LIMIT, ORB_SIM, OrbSimTest, not_emulated
 
 NOTHING = "0 good packets (0 unknown), 0 bad packets, 0 sentences, 0 other bytes\n"
+
+SET_MASKS = bytes.fromhex("A0A100052B01050C00230D0A")
+SENTENCE = b"$GPZDA*48\r\n"
+TRACE = b'{"orb-sim-trace":1}\n{"time":1.5,"from":"client","bytes":"A0A100020201030D0A"}\n'
 
 
 class Decode(OrbSimTest):
@@ -21,9 +27,9 @@ class Decode(OrbSimTest):
         unknown = bytes.fromhex("A0A1000170700D0A")
         data = ASK_VERSION + b"\x00" + ACKNOWLEDGED + damaged + unknown + b"$GPZDA*48\r\n"
         self.assertEqual(self.decode(data), """\
-         0  02     Query revision information of software: 01
+         0  02     Query revision information of software: 01 (type 1)
          9  other  1 byte: 00
-        10  83     Message Acknowledged: 02
+        10  83     Message Acknowledged: 02 (message 0x02)
         19  bad    wrong checksum: A0 A1 00 02 02 01 00 0D 0A
         28  70     unknown message
         36  nmea   $GPZDA*48
@@ -37,12 +43,73 @@ class Decode(OrbSimTest):
         self.assertEqual(self.decode(ASK_VERSION, "-"), expected)
 
     def test_prints_a_trace(self):
-        self.assertEqual(self.decode(
-            b'{"orb-sim-trace":1}\n{"time":1.5,"from":"client","bytes":"A0A100020201030D0A"}\n'),
-            """\
-    1.500000  client    02     Query revision information of software: 01
+        self.assertEqual(self.decode(TRACE), """\
+    1.500000  client    02     Query revision information of software: 01 (type 1)
 client: 1 good packet (0 unknown), 0 bad packets, 0 sentences, 0 other bytes
 receiver: """ + NOTHING)
+
+    def test_names_fields(self):
+        self.assertIn("  2B     Configure values of Elevation and CNR Mask: 01 05 0C 00 (mode on, "
+                      "elevation mask 5 degrees, CNR mask 12 dB-Hz, attribute 0)\n",
+                      self.decode(SET_MASKS))
+
+    def test_prints_an_object_on_each_line(self):
+        masks, sentence = map(json.loads, self.decode(SET_MASKS + SENTENCE, "--json").splitlines())
+        self.assertEqual(masks, {
+            "offset": 0, "kind": "message", "id": "0x2B00", "message": "set-elevation-cnr-mask",
+            "description": "Configure values of Elevation and CNR Mask",
+            "fields": {"mode": "on", "elevation_mask": 5, "CNR_mask": 12, "attribute": 0},
+            "bytes": SET_MASKS.hex().upper()})
+        self.assertEqual((sentence["kind"], sentence["text"]), ("sentence", "$GPZDA*48"))
+        record, = self.decode(TRACE, "--json").splitlines()
+        self.assertEqual(list(json.loads(record))[:3], ["time", "from", "kind"])
+
+    def test_prints_what_is_wanted(self):
+        data = SET_MASKS + SENTENCE + b"noise" + ASK_VERSION + ACKNOWLEDGED
+        counts = "3 good packets (0 unknown), 0 bad packets, 1 sentence, 5 other bytes"
+        for options, expected in (
+                (("--no-nmea",), ["2B", "text", "02", "83"]),
+                (("--only", "0x2B00"), ["2B"]),
+                (("--only", "set-elevation-cnr-mask"), ["2B"]),
+                (("--only", "elevation-cnr-mask"), []),
+                (("--only", "acknowledged", "--only", "0x0200", "-"), ["02", "83"])):
+            *lines, last = self.decode(data, *options).splitlines()
+            self.assertEqual([line.split()[1] for line in lines], expected, options)
+            self.assertEqual(last, counts)  # of all that there is
+
+    def test_tells_the_time_of_day_where_the_trace_does(self):
+        started = TRACE.replace(b"1}", b'1,"started":"2026-11-21T23:59:59.25Z"}', 1)
+        self.assertIn("2026-11-22T00:00:00.750000Z  client    02  ",
+                      self.decode(started, "--wall-clock"))
+        record, = self.decode(started, "--wall-clock", "--json").splitlines()
+        self.assertEqual(json.loads(record)["clock"], "2026-11-22T00:00:00.750000Z")
+        for data, what in ((TRACE, "does not tell when it began"),
+                           (SENTENCE, "is no trace, and tells no time")):
+            self.check_result(
+                self.orb_sim("decode", "--wall-clock", input=data.decode()), 125, "",
+                f"orb-sim: --wall-clock: standard input {what}\n")
+
+    def on_a_terminal(self, *arguments, **environment):
+        """What is printed on a terminal."""
+        (self.folder / "bytes").write_bytes(SENTENCE)
+        terminal, stdout = pty.openpty()
+        with open(terminal, "rb", buffering=0) as output:
+            with open(stdout, "wb") as end:
+                subprocess.run([ORB_SIM, "decode", *arguments, "bytes"], check=True, stdout=end,
+                               cwd=self.folder, timeout=LIMIT,
+                               env=self.environment | {"TERM": "xterm"} | environment)
+                return output.read(4096).decode()
+
+    def test_is_in_colour_on_a_terminal_alone(self):
+        self.environment.pop("NO_COLOR", None)
+        coloured = self.on_a_terminal()
+        self.assertIn("\033[2m         0  nmea   $GPZDA*48\033[0m\r\n", coloured)
+        self.assertEqual(self.on_a_terminal(NO_COLOR=""), coloured)
+        for environment in ({"NO_COLOR": "1"}, {"TERM": "dumb"}, {"TERM": ""}):
+            self.assertNotIn("\033", self.on_a_terminal(**environment))
+        self.assertNotIn("\033", self.on_a_terminal("--json"))
+        self.environment["TERM"] = "xterm"
+        self.assertNotIn("\033", self.decode(SENTENCE))
 
     def test_takes_what_only_begins_like_a_trace_for_bytes(self):
         for text, count in ((b"", "0 other bytes"), (b"{", "1 other byte"),

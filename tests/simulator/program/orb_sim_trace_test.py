@@ -1,9 +1,12 @@
 """Watches a receiver with `orb-sim tap` and plays it back with `orb-sim replay`."""
 
 import contextlib
+import datetime
 import json
 import os
 import pty
+import re
+import select
 import signal
 import subprocess
 import termios
@@ -42,10 +45,11 @@ class Tap(TapTest):
             lines = [process.stdout.readline().rstrip() for _ in range(3)]  # at once
             lines += self.end(process, signal.SIGINT).splitlines()
         self.assertEqual([line[14:] for line in lines[:3]], [
-            "client    02     Query revision information of software: 01",
-            "receiver  83     Message Acknowledged: 02",
+            "client    02     Query revision information of software: 01 (type 1)",
+            "receiver  83     Message Acknowledged: 02 (message 0x02)",
             "receiver  80     Software revision of the receiver: "
-            "01 00 01 00 0C 00 01 02 00 00 18 03 0F"])
+            "01 00 01 00 0C 00 01 02 00 00 18 03 0F (type 1, kernel version 1.0.12, ODM version 1.2.0, "
+            "revision 2024-03-15)"])
         self.assertEqual(lines[-2:], [
             "client: 1 good packet (0 unknown), 0 bad packets, 0 sentences, 0 other bytes",
             "receiver: 2 good packets (0 unknown), 0 bad packets, 0 sentences, 0 other bytes"])
@@ -83,6 +87,66 @@ class Tap(TapTest):
             said = "".join(record["bytes"] for record in self.records()[1:])
             self.assertEqual(said.count(ASK_VERSION.hex().upper()),
                              2 if options == ("--append",) else 1)
+
+    def test_prints_as_it_is_told(self):
+        with self.tapped("--json", "--wall-clock", "--only", "software-revision") as process:
+            before = datetime.datetime.now(datetime.timezone.utc)
+            ask(self.link)
+            message = json.loads(process.stdout.readline())
+            after = datetime.datetime.now(datetime.timezone.utc)
+            self.assertEqual(self.end(process, signal.SIGTERM), "")
+        self.assertEqual(message["message"], "software-revision")
+        self.assertEqual(message["fields"]["kernel_version"], "1.0.12")
+        clock = datetime.datetime.strptime(message["clock"], "%Y-%m-%dT%H:%M:%S.%f%z")
+        margin = datetime.timedelta(seconds=1)  # the system's clock may be set meanwhile
+        self.assertTrue(before - margin < clock < after + margin, (before, clock, after))
+
+    @contextlib.contextmanager
+    def listening(self, *options):
+        """A tap without a line of its own. Yields its process and the receiver's end of the port."""
+        receiver, port = pty.openpty()
+        try:
+            with self.background("tap", os.ttyname(port), *options) as process:
+                self.assertEqual(process.stderr.readline(),
+                                 f"orb-sim: listens to {os.ttyname(port)}\n")
+                yield process, receiver
+        finally:
+            os.close(receiver)
+            os.close(port)
+
+    def test_without_a_link_only_listens(self):
+        with self.listening("--trace", str(self.trace)) as (process, receiver):
+            before = set(os.listdir(self.folder))
+            os.write(receiver, b"$GPZDA*48\r\n" + bytes.fromhex("A0A100028302810D0A"))
+            lines = [process.stdout.readline()[14:] for _ in range(2)]
+            self.assertEqual(lines, ["receiver  nmea   $GPZDA*48\n",
+                                     "receiver  83     Message Acknowledged: 02 (message 0x02)\n"])
+            self.assertEqual(select.select([receiver], [], [], 0)[0], [], "nothing is sent")
+            terminals = [os.readlink(f"/proc/{process.pid}/fd/{number}")
+                         for number in os.listdir(f"/proc/{process.pid}/fd")]
+            self.assertNotIn("/dev/ptmx", terminals)
+            self.assertIn("\nreceiver: 1 good packet ", self.end(process, signal.SIGTERM))
+            self.assertEqual(set(os.listdir(self.folder)), before)
+        self.assertEqual({record["from"] for record in self.records()[1:]}, {"receiver"})
+
+    def test_keeps_two_files_of_limited_size(self):
+        rotated = self.folder / "gps.trace.1"
+        options = ("--trace", str(self.trace), "--rotate", "1kB")
+        with self.listening(*options) as (process, receiver):
+            for number in range(100):
+                os.write(receiver, b"sentence %3d\r\n" % number)
+                self.assertIn(b"sentence %3d" % number, process.stdout.readline().encode())
+            self.end(process, signal.SIGTERM)
+        said = ""
+        for file in (rotated, self.trace):
+            self.assertLessEqual(file.stat().st_size, 1024)
+            decoded = self.output_of(self.orb_sim("decode", str(file)))
+            said += "".join(re.findall(r"text   (sentence +\d+)\n", decoded))
+        self.assertTrue(said.endswith("sentence  98sentence  99"), said)
+        self.assertGreater(said.count("sentence"), 6)
+        self.trace.unlink()
+        self.check_failure(f"orb-sim: {rotated} is there already; with --append or --force, "
+                           "--rotate replaces it\n", "tap", "/dev/null", *options)
 
     def test_does_not_spin_when_its_client_hangs_up(self):
         with self.tapped() as process:
@@ -180,7 +244,7 @@ class RoundTrip(TapTest):
 
 class Replay(TapTest):
     UNKNOWN = ("orb-sim: the trace does not have: 02     Query revision information of software: "
-               "00\n")
+               "00 (type 0)\n")
 
     def write_trace(self, *records):
         lines = [json.dumps({"time": time, "from": speaker, "bytes": data.hex()})

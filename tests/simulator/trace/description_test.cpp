@@ -30,19 +30,20 @@ sim::Bytes text(const std::string& text) { return {text.begin(), text.end()}; }
 
 TEST(Description, HasTheCataloguesWords) {
   EXPECT_EQ(described(sim::frame(0x0200, hex("01"))),
-            "02     Query revision information of software: 01\n");
+            "02     Query revision information of software: 01 (type 1)\n");
   EXPECT_EQ(described(sim::frame(0x1000)),
             "10     Query the position update rate of GNSS system\n");
   EXPECT_EQ(described(sim::frame(0x649F, hex("01"))),
-            "64/9F  Second band status of GNSS receiver: 01\n");
-  EXPECT_EQ(described(sim::acknowledge(0x0200)), "83     Message Acknowledged: 02\n");
+            "64/9F  Second band status of GNSS receiver: 01 (second band on)\n");
+  EXPECT_EQ(described(sim::acknowledge(0x0200)),
+            "83     Message Acknowledged: 02 (message 0x02)\n");
 }
 
 TEST(Description, TellsMessagesThatTheCatalogueDoesNotHave) {
   EXPECT_EQ(described(sim::frame(0x7000, hex("01 02"))), "70     unknown message: 01 02\n");
   EXPECT_EQ(described(sim::frame(0x643F)), "64/3F  unknown message\n");
   EXPECT_EQ(described(sim::frame(0x8300, hex("02 03"))),
-            "83     Message Acknowledged, of an unknown length: 02 03\n");
+            "83     Message Acknowledged, of an unknown length: 02 03 (message 0x02, and 03)\n");
 }
 
 TEST(Description, TellsDamage) {

@@ -17,12 +17,13 @@ TEST(Transcript, TellsWhoSaidWhatAndWhen) {
   transcript.add({1234567us, sim::Speaker::Receiver,
                   sim::acknowledge(0x1000) + sim::frame(0x8600, hex("01"))});
   transcript.finish();
-  EXPECT_EQ(output.str(),
-            "    0.000000  client    10     Query the position update rate of GNSS system\n"
-            "    1.234567  receiver  83     Message Acknowledged: 10\n"
-            "    1.234567  receiver  86     Position update rate of GNSS system: 01\n"
-            "client: 1 good packet (0 unknown), 0 bad packets, 0 sentences, 0 other bytes\n"
-            "receiver: 2 good packets (0 unknown), 0 bad packets, 0 sentences, 0 other bytes\n");
+  EXPECT_EQ(
+      output.str(),
+      "    0.000000  client    10     Query the position update rate of GNSS system\n"
+      "    1.234567  receiver  83     Message Acknowledged: 10 (message 0x10)\n"
+      "    1.234567  receiver  86     Position update rate of GNSS system: 01 (update rate 1 Hz)\n"
+      "client: 1 good packet (0 unknown), 0 bad packets, 0 sentences, 0 other bytes\n"
+      "receiver: 2 good packets (0 unknown), 0 bad packets, 0 sentences, 0 other bytes\n");
 }
 
 TEST(Transcript, KeepsTheSidesApart) {
@@ -32,9 +33,10 @@ TEST(Transcript, KeepsTheSidesApart) {
   transcript.add({1us, sim::Speaker::Client, sim::Bytes(query.begin(), query.begin() + 4)});
   transcript.add({2us, sim::Speaker::Receiver, sim::frame(0x8600, hex("01"))});
   transcript.add({3us, sim::Speaker::Client, sim::Bytes(query.begin() + 4, query.end())});
-  EXPECT_EQ(output.str(),
-            "    0.000002  receiver  86     Position update rate of GNSS system: 01\n"
-            "    0.000003  client    10     Query the position update rate of GNSS system\n");
+  EXPECT_EQ(
+      output.str(),
+      "    0.000002  receiver  86     Position update rate of GNSS system: 01 (update rate 1 Hz)\n"
+      "    0.000003  client    10     Query the position update rate of GNSS system\n");
 }
 
 TEST(Transcript, WritesDownWhatStaysIncomplete) {
