@@ -85,7 +85,7 @@ void Listing::print(const StreamItem& item, const Said* said) {
 
 bool Listing::isWanted(const StreamItem& item) const {
   if (!form_.only.empty()) {
-    return item.kind == Kind::Packet && form_.only.count(frameOf(item.bytes.data()).id()) != 0;
+    return item.kind == Kind::Packet && form_.only.contains(frameOf(item.bytes.data()).id());
   }
   return item.kind != Kind::Sentence || !form_.withoutSentences;
 }

@@ -7,6 +7,7 @@
 #include <nlohmann/json.hpp>
 #include <stdexcept>
 #include <system_error>
+#include <utility>
 
 #include "trace/hex.h"
 #include "trace/utc_time.h"
@@ -206,8 +207,8 @@ std::vector<TraceRecord> loadTrace(const std::filesystem::path& file, bool* isCu
   return records;
 }
 
-TraceWriter::TraceWriter(const std::filesystem::path& file, const std::string& device)
-    : file_(file), device_(device) {
+TraceWriter::TraceWriter(std::filesystem::path file, std::string device)
+    : file_(std::move(file)), device_(std::move(device)) {
   begin();
 }
 

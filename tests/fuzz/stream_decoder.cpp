@@ -1,10 +1,15 @@
 // The stream decoder: cuts any bytes into items. Input: the lengths of seven pieces, the bytes.
 
 #include "trace/stream_decoder.h"
+
+#include <nlohmann/json.hpp>
+#include <sstream>
+
 #include "orb-sim/frame.h"
 #include "support/check.h"
 #include "support/input.h"
 #include "trace/description.h"
+#include "trace/listing.h"
 
 namespace orb::test {
 namespace {
@@ -49,6 +54,9 @@ void checkItem(const sim::StreamItem& item, const Bytes& stream, std::uint64_t o
   check(item.kind != Kind::Packet || item.trouble.empty(), "a packet is whole");
   check(item.kind != Kind::Damaged || !item.trouble.empty(), "what is damaged has its trouble");
   check(isPrintableLine(sim::describe(item)), "an item is described on one printable line");
+  std::ostringstream object;
+  sim::Listing(object, {.json = true}).add(item);
+  check(nlohmann::json::accept(object.str()), "an item is an object of JSON");
 }
 
 void compareWithReader(const Items& items, const Bytes& stream) {

@@ -28,6 +28,8 @@ constexpr char kName[] = "f";
 struct Parsed {
   Records records;
   std::string problem;
+  std::optional<sim::WallTime> started;
+  bool isCut = false;
 };
 
 Parsed parse(const std::vector<Bytes>& pieces) {
@@ -39,6 +41,8 @@ Parsed parse(const std::vector<Bytes>& pieces) {
       parser.push({reinterpret_cast<const char*>(piece.data()), piece.size()}, keep);
     }
     parser.finish(keep);
+    parsed.started = parser.started();
+    parsed.isCut = parser.isCut();
   } catch (const std::runtime_error& error) {
     parsed.problem = error.what();
     check(parsed.problem.starts_with(std::string(kName) + ':'), "a problem names the file");
@@ -54,7 +58,7 @@ bool isEqual(const Records& left, const Records& right) {
 }
 
 /// Reads the lines of a trace that has no problem once more, each by itself.
-void compareWithLines(const Records& records, const Bytes& text) {
+void compareWithLines(const Records& records, bool isCut, const Bytes& text) {
   constexpr int kBase = 16;
   std::istringstream lines(std::string(text.begin(), text.end()));
   std::string line;
@@ -70,18 +74,26 @@ void compareWithLines(const Records& records, const Bytes& text) {
     const bool isClient = record.from == sim::Speaker::Client;
     check(object.at("from") == (isClient ? "client" : "receiver"), "who speaks");
   }
-  check(!std::getline(lines, line), "a line has its record");
+  const bool hasMore = static_cast<bool>(std::getline(lines, line));
+  check(hasMore == isCut, "a line has its record, unless it is cut off");
 }
 
-void writeTranscript(const Records& trace) {
+void writeTranscript(const Records& trace, std::optional<sim::WallTime> started, bool json) {
   std::ostringstream text;
-  sim::Transcript transcript(text);
+  sim::Transcript transcript(text, {.json = json, .wallClock = true});
+  if (started) {
+    transcript.setStart(*started);
+  }
   for (const sim::TraceRecord& record : trace) {
     transcript.add(record);
   }
   transcript.finish();
   check(!transcript.isMidItem(), "the transcript is complete");
-  check(text.str().ends_with('\n'), "it consists of lines");
+  check(json || text.str().ends_with('\n'), "it consists of lines");
+  std::istringstream lines(text.str());
+  for (std::string line; json && std::getline(lines, line);) {
+    check(nlohmann::json::accept(line), "a line is an object of JSON");
+  }
 }
 
 /// Says what the client said in the trace, and gives the device the time that it asks for.
@@ -117,8 +129,9 @@ void tryInput(Input input) {
     last = record;
   }
   if (whole.problem.empty()) {
-    compareWithLines(whole.records, text);
-    writeTranscript(whole.records);
+    compareWithLines(whole.records, whole.isCut, text);
+    writeTranscript(whole.records, whole.started, false);
+    writeTranscript(whole.records, whole.started, true);
     replay(whole.records, sim::ReplayDevice::Pace::Recorded);
     replay(whole.records, sim::ReplayDevice::Pace::Fast);
   }

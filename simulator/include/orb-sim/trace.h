@@ -83,7 +83,7 @@ std::vector<TraceRecord> loadTrace(const std::filesystem::path& file, bool* isCu
 class TraceWriter {
  public:
   /// Replaces a file of this name. `device` is noted in the header.
-  TraceWriter(const std::filesystem::path& file, const std::string& device);
+  TraceWriter(std::filesystem::path file, std::string device);
 
   /// Goes on with a trace. Its time goes on meanwhile, or where its header does not tell when it
   /// began, from its last record. Throws as loadTrace() does, and std::runtime_error where its last
