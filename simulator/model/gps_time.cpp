@@ -32,6 +32,15 @@ void advance(GpsTime& time, milliseconds elapsed) {
   }
 }
 
+milliseconds untilSecondOf(const GpsTime& time) {
+  constexpr std::chrono::seconds kSecond{1};
+  return kSecond - time.timeOfWeek % kSecond;
+}
+
+milliseconds between(const GpsTime& from, const GpsTime& to) {
+  return weeks{to.week} - weeks{from.week} + to.timeOfWeek - from.timeOfWeek;
+}
+
 bool isInLeapSecond(const GpsTime& time) {
   return time.leapSecond && utcOf(time) >= *time.leapSecond;
 }

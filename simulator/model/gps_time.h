@@ -19,6 +19,11 @@ void setUtc(GpsTime& time, UtcTime utc);
 /// Moves the time on, or back, and adds the leap second where it has passed that.
 void advance(GpsTime& time, std::chrono::milliseconds elapsed);
 
+/// Until the next second begins.
+std::chrono::milliseconds untilSecondOf(const GpsTime& time);
+
+std::chrono::milliseconds between(const GpsTime& from, const GpsTime& to);
+
 /// Whether it is 23:59:60. utcOf() then counts the first second of the next day.
 bool isInLeapSecond(const GpsTime& time);
 

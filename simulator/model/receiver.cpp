@@ -69,9 +69,7 @@ Bytes epochOutput(const State& state, unsigned int epoch) {
 
 /// Whether the receiver's clock tells its epochs. One that is far too fast or too slow does not, so
 /// that the update rate is what it is on the line.
-bool tellsEpochs(double clockRate) {
-  return clockRate >= 0.99 && clockRate <= 1.01;
-}
+bool tellsEpochs(double clockRate) { return clockRate >= 0.99 && clockRate <= 1.01; }
 
 /// From the last epoch, by the receiver's clock.
 milliseconds sinceEpochInstant(milliseconds time, milliseconds::rep rate) {
@@ -97,6 +95,7 @@ Bytes Receiver::answer(const std::vector<Frame>& frames) {
     }
   }
   talking_ = talking_ || !answers.empty();
+  tellFrequency();
   return answers;
 }
 
@@ -178,19 +177,58 @@ void Receiver::goOn(milliseconds elapsed) {
   uptime_ += elapsed;
   sinceEpoch_ = talking_ ? sinceEpoch_ + elapsed : milliseconds{0};
   // A survey, for one, goes on from the very moment of the first fix.
-  const milliseconds withoutFix = std::min(state_.startup.untilFix, elapsed);
-  if (withoutFix > milliseconds{0}) {
-    pass(withoutFix);
-  }
-  pass(elapsed - withoutFix);
+  do {
+    const milliseconds untilFix = state_.startup.untilFix;
+    const milliseconds step =
+        std::min({elapsed, untilSecond(), untilFix > milliseconds{0} ? untilFix : elapsed});
+    pass(step);
+    elapsed -= step;
+  } while (elapsed > milliseconds{0});
 }
 
 void Receiver::pass(milliseconds elapsed) {
   const milliseconds time = receiverTime(elapsed);
+  const GpsTime before = state_.time;
   continueSurvey(state_, time);
   continueStart(state_, elapsed);
   state_.sinceBeginning += time;
   sim::advance(state_.time, time);
+  tellPulses(before);
+}
+
+/// Until the next second of its clock begins, where that matters to somebody.
+milliseconds Receiver::untilSecond() const {
+  if (!pulseListener_ || !(state_.clockRate > 0)) {
+    return kNever;
+  }
+  const auto left = static_cast<double>(untilSecondOf(state_.time).count());
+  const double onLine = std::ceil((left - clockRemainder_) / state_.clockRate);
+  return onLine < static_cast<double>(std::chrono::hours{1} / milliseconds{1})
+             ? std::max(milliseconds{static_cast<milliseconds::rep>(onLine)}, milliseconds{1})
+             : kNever;
+}
+
+/// Of a clock that is faster than the line's, several seconds may have begun.
+void Receiver::tellPulses(const GpsTime& before) {
+  if (!pulseListener_) {
+    return;
+  }
+  State then = state_;
+  then.time = before;
+  for (milliseconds left = untilSecondOf(before); left <= between(then.time, state_.time);
+       left = untilSecondOf(then.time)) {
+    for (const PulseEvent& edge : pulseEdges(then)) {
+      pulseListener_(edge);
+    }
+    sim::advance(then.time, left);
+  }
+}
+
+void Receiver::tellFrequency() {
+  if (pulseListener_ && toldFrequency_ != state_.pps2Frequency) {
+    toldFrequency_ = state_.pps2Frequency;
+    pulseListener_(frequencyEvent(state_));
+  }
 }
 
 milliseconds Receiver::receiverTime(milliseconds elapsed) {
@@ -244,7 +282,8 @@ milliseconds Receiver::untilNextOutput() const {
   if (isSilent()) {
     return state_.startup.silence;
   }
-  return reader_.midFrame() ? std::min(untilOutput(), kFrameTimeout - sinceByte_) : untilOutput();
+  const milliseconds next = std::min(untilOutput(), untilSecond());
+  return reader_.midFrame() ? std::min(next, kFrameTimeout - sinceByte_) : next;
 }
 
 State Receiver::state() const {
@@ -255,6 +294,7 @@ State Receiver::state() const {
 void Receiver::change(const std::function<void(State&)>& edit) {
   const std::lock_guard lock(mutex_);
   edit(state_);
+  tellFrequency();
 }
 
 Settings Receiver::savedSettings() const {
@@ -265,6 +305,7 @@ Settings Receiver::savedSettings() const {
 void Receiver::startCold() {
   const std::lock_guard lock(mutex_);
   startAnew(state_, saved_, Start::Cold);
+  tellFrequency();
 }
 
 FrameReader::Counts Receiver::readerCounts() const {
@@ -275,6 +316,13 @@ FrameReader::Counts Receiver::readerCounts() const {
 void Receiver::talkFromTheStart() {
   const std::lock_guard lock(mutex_);
   talking_ = true;
+}
+
+void Receiver::listenToPulses(PulseListener listener) {
+  const std::lock_guard lock(mutex_);
+  pulseListener_ = std::move(listener);
+  toldFrequency_.reset();
+  tellFrequency();
 }
 
 }  // namespace orb::sim

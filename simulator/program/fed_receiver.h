@@ -20,6 +20,8 @@ class FedReceiver : public Device {
   bool takeHangUp() override { return receiver_.takeHangUp(); }
   bool takesMore() const override { return receiver_.takesMore(); }
 
+  void listenToPulses(PulseListener listener) { receiver_.listenToPulses(std::move(listener)); }
+
  private:
   void feedAntenna();
 

@@ -20,6 +20,9 @@ struct RunOptions {
   /// The line that COMMAND finds at /dev/tty_gps instead of one with a simulated receiver.
   std::filesystem::path tty;
 
+  /// Where the events at the timing outputs are noted; empty: nowhere.
+  std::filesystem::path pulses;
+
   /// Where the log and identity files are left; empty: they go with the run.
   std::filesystem::path keep;
 

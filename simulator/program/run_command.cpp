@@ -30,6 +30,7 @@ void addRun(CLI::App& app, Invocation& invocation) {
           "simulated receiver")
       ->excludes("--silent")
       ->excludes("--no-receiver");
+  addPulsesOption(*run, options->run.pulses)->excludes("--tty");
   addPath(*run, "--keep", "DIR", options->run.keep,
           "Leaves the log and identity files in this folder, and makes it if need be; the\n"
           "next run continues them. i2c-registers.txt is left there too, anew in each run");

@@ -126,6 +126,12 @@ void ScenarioOptions::addDeviceOptions(CLI::App& subcommand) {
   })->excludes(id);
 }
 
+CLI::Option* addPulsesOption(CLI::App& subcommand, std::filesystem::path& file) {
+  return addPath(subcommand, "--pps", "FILE", file,
+                 "Appends a line to this file or FIFO for each edge of the 1PPS output, and for\n"
+                 "each frequency of the second output");
+}
+
 Scenario ScenarioOptions::scenario() const {
   Scenario scenario = name_.empty() ? Scenario{} : loadScenario(scenarioFile(name_));
   for (const Edit& edit : edits_) {

@@ -39,4 +39,7 @@ class ScenarioOptions {
   std::vector<Edit> edits_;
 };
 
+/// Adds --pps: where the events at the timing outputs are noted.
+CLI::Option* addPulsesOption(CLI::App& subcommand, std::filesystem::path& file);
+
 }  // namespace orb::sim

@@ -11,6 +11,7 @@
 #include "program/command_line.h"
 #include "program/failure.h"
 #include "program/offered_line.h"
+#include "program/pulse_file.h"
 #include "program/scenario_options.h"
 #include "program/signals.h"
 
@@ -24,6 +25,7 @@ constexpr char kServeDescription[] =
 struct ServeOptions {
   ScenarioOptions scenario;
   std::filesystem::path link;
+  std::filesystem::path pulses;
   std::optional<std::uint16_t> tcpPort;
 };
 
@@ -39,7 +41,12 @@ int serve(const ServeOptions& options) {
     requireFreeLink(options.link);
   }
   const EndSignals end;
+  std::optional<PulseFile> pulses;
   ScenarioDevice receiver(scenario);
+  if (!options.pulses.empty()) {
+    pulses.emplace(options.pulses);
+    receiver.listenToPulses([&](const PulseEvent& event) { pulses->append(event); });
+  }
   SharedDevice shared(receiver);
   const bool hasBoth = !options.link.empty() && options.tcpPort;
   std::optional<PtyLine> pty;
@@ -67,6 +74,7 @@ void addServe(CLI::App& app, Invocation& invocation) {
       *subcommand, "--tcp", "PORT",
       "Offers the line on this port of 127.0.0.1 as well, or alone; 0: any free one",
       [options](const std::string& text) { options->tcpPort = wholeNumber<std::uint16_t>(text); });
+  addPulsesOption(*subcommand, options->pulses);
   options->scenario.addReceiverOptions(*subcommand);
   invocation.actions[subcommand] = [options] { return serve(*options); };
 }

@@ -13,6 +13,7 @@
 #include "program/failure.h"
 #include "program/fed_receiver.h"
 #include "program/installation.h"
+#include "program/pulse_file.h"
 #include "program/serial_port.h"
 #include "program/services.h"
 
@@ -36,14 +37,18 @@ constexpr const char* kLockFiles[] = {"/run/lock/LCK..tty_gps", "/var/lock/LCK..
 
 /// What COMMAND finds at the far end of its line; none where there is no line or it is another's.
 std::unique_ptr<Device> makeReceiver(const RunOptions& options, const fs::path& files,
-                                     std::function<void()> endCommand) {
+                                     std::function<void()> endCommand, PulseFile* pulses) {
   if (!options.tty.empty() || options.scenario.presence == Scenario::Presence::Absent) {
     return nullptr;
   }
   if (options.replay) {
     return options.replay->receiver(std::move(endCommand));
   }
-  return std::make_unique<FedReceiver>(options.scenario, files / kRegisters);
+  auto receiver = std::make_unique<FedReceiver>(options.scenario, files / kRegisters);
+  if (pulses != nullptr) {
+    receiver->listenToPulses([pulses](const PulseEvent& event) { pulses->append(event); });
+  }
+  return receiver;
 }
 
 fs::path makeFilesFolder(const RunOptions& options, const fs::path& folder) {
@@ -98,7 +103,8 @@ SimulatedDevice::SimulatedDevice(const RunOptions& options, const fs::path& fold
       library_(linkLibrary(folder)),
       tty_(options.tty.empty() ? folder / kLineName : fs::absolute(options.tty)),
       use_(options.tty.empty() ? OwnedDescriptor() : markUse(tty_)),
-      receiver_(makeReceiver(options, files_, std::move(endCommand))),
+      pulses_(options.pulses.empty() ? nullptr : std::make_unique<PulseFile>(options.pulses)),
+      receiver_(makeReceiver(options, files_, std::move(endCommand), pulses_.get())),
       busAddress_(startBus(folder)) {
   startInventory(folder, busAddress_, options.scenario.hardwareId);
   if (receiver_) {

@@ -12,6 +12,8 @@
 
 namespace orb::sim {
 
+class PulseFile;
+
 /// The device that a COMMAND sees: the receiver on its line, the inventory on the system bus, the
 /// port expander on the I2C bus, and private files in the places of the real ones.
 class SimulatedDevice {
@@ -34,6 +36,7 @@ class SimulatedDevice {
   const std::filesystem::path library_;  ///< a link, whose path LD_PRELOAD can take
   const std::filesystem::path tty_;      ///< what COMMAND finds at /dev/tty_gps
   const OwnedDescriptor use_;            ///< of a line that others may use as well
+  std::unique_ptr<PulseFile> pulses_;
   std::unique_ptr<Device> receiver_;
   std::unique_ptr<PtyLine> line_;
   const std::string busAddress_;

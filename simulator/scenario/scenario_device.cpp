@@ -1,6 +1,7 @@
 #include "orb-sim/scenario.h"
 
 #include <chrono>
+#include <utility>
 
 #include "model/gps_time.h"
 
@@ -60,5 +61,9 @@ void ScenarioDevice::supplyAntenna(bool on) {
 State ScenarioDevice::state() const { return receiver_.state(); }
 
 std::vector<FaultyDevice::Event> ScenarioDevice::events() const { return faulty_.events(); }
+
+void ScenarioDevice::listenToPulses(PulseListener listener) {
+  receiver_.listenToPulses(std::move(listener));
+}
 
 }  // namespace orb::sim

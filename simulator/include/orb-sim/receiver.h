@@ -4,11 +4,13 @@
 #include <deque>
 #include <functional>
 #include <mutex>
+#include <optional>
 #include <utility>
 
 #include "orb-sim/bytes.h"
 #include "orb-sim/device.h"
 #include "orb-sim/frame.h"
+#include "orb-sim/pulses.h"
 #include "orb-sim/state.h"
 
 namespace orb::sim {
@@ -64,6 +66,11 @@ class Receiver : public Device {
   /// Sends navigation output without waiting to be spoken to first.
   void talkFromTheStart();
 
+  /// From now on, `listener` is called for what happens at the timing outputs, within the call in
+  /// whose time it happens: both edges of a pulse when its second begins, the frequency of the
+  /// second output at once and whenever it changes.
+  void listenToPulses(PulseListener listener);
+
  private:
   Bytes answer(const std::vector<Frame>& frames);
   Bytes speak(std::chrono::milliseconds elapsed);
@@ -71,6 +78,9 @@ class Receiver : public Device {
   void letEventsHappen();
   void goOn(std::chrono::milliseconds elapsed);
   void pass(std::chrono::milliseconds elapsed);
+  std::chrono::milliseconds untilSecond() const;
+  void tellPulses(const GpsTime& before);
+  void tellFrequency();
   std::chrono::milliseconds receiverTime(std::chrono::milliseconds elapsed);
   bool isSilent() const;
   std::chrono::milliseconds untilEpoch() const;
@@ -90,6 +100,8 @@ class Receiver : public Device {
   double clockRemainder_ = 0;  // of a millisecond
   unsigned int epochs_ = 0;
   bool talking_ = false;
+  PulseListener pulseListener_;
+  std::optional<std::uint32_t> toldFrequency_;
 
   struct Output {
     std::chrono::milliseconds due;  ///< by the time up

@@ -10,6 +10,7 @@
 #include "orb-sim/device.h"
 #include "orb-sim/faults.h"
 #include "orb-sim/line_conditions.h"
+#include "orb-sim/pulses.h"
 #include "orb-sim/receiver.h"
 #include "orb-sim/state.h"
 
@@ -72,6 +73,9 @@ class ScenarioDevice : public Device {
   /// A copy of the receiver's state, and the faults that have happened.
   State state() const;
   std::vector<FaultyDevice::Event> events() const;
+
+  /// See Receiver::listenToPulses().
+  void listenToPulses(PulseListener listener);
 
  private:
   bool answers_;
