@@ -17,6 +17,14 @@ double rangeDeviation(milliseconds surveyed) {
   return kOfOneRange / std::sqrt(1 + std::chrono::duration<double>(surveyed).count());
 }
 
+/// How far the mean may be off, in the unit of the timing setting.
+std::uint32_t surveyDeviation(milliseconds surveyed, const Navigation& fix) {
+  constexpr double kUnitsPerMetre = 100;
+  const double positionDop = fix.dops[1] / 100.0;
+  return static_cast<std::uint32_t>(
+      std::lround(rangeDeviation(surveyed) * positionDop * kUnitsPerMetre));
+}
+
 }  // namespace
 
 TimingMode State::runningTimingMode() const {
@@ -36,12 +44,11 @@ void continueSurvey(State& state, milliseconds elapsed) {
   }
   const milliseconds length = std::chrono::seconds{state.timing.surveyLength};
   state.surveyed = std::min(state.surveyed + elapsed, length);
-  if (state.surveyed == length) {
-    const Place place = surveyedPlace(state, fix);
-    state.timing.latitude = place.latitude;
-    state.timing.longitude = place.longitude;
-    state.timing.altitude = static_cast<float>(place.altitude);
-  }
+  const Place place = surveyedPlace(state, fix);
+  state.timing.latitude = place.latitude;
+  state.timing.longitude = place.longitude;
+  state.timing.altitude = static_cast<float>(place.altitude);
+  state.timing.standardDeviation = surveyDeviation(state.surveyed, fix);
 }
 
 Place surveyedPlace(const State& state, const Navigation& fix) {

@@ -211,6 +211,18 @@ class OnTheDevice(OrbctlTest):
         self.assertRegex(result.stdout, r"\Aauto, \d+ s of 7200 s\n"
                          r"survey        auto, \d+ s of 7200 s\n\Z")
 
+    def test_shows_the_mean_so_far_and_its_shrinking_deviation(self):
+        result = self.shell(f"{ORBCTL} -q survey auto 1000000 && "
+                            f"for i in 1 2 3; do {ORBCTL} --json survey; sleep 0.2; done",
+                            self.scenario(FAST))
+        self.assertEqual((result.returncode, result.stderr), (0, ""))
+        surveys = [json.loads(line)["survey"] for line in result.stdout.splitlines()]
+        deviations = [survey["deviation"] for survey in surveys]
+        self.assertTrue(30 > deviations[0] > deviations[1] > deviations[2], deviations)
+        for survey in surveys:
+            self.assertAlmostEqual(survey["latitude"], 48.3712345, delta=1e-5)
+            self.assertAlmostEqual(survey["longitude"], 11.5678901, delta=1e-5)
+
     def test_does_not_wait_for_a_survey_that_is_none(self):
         self.check(self.orbctl("survey", "--wait"), 0, "dynamic\n", "")
 

@@ -42,7 +42,8 @@ struct FixNavMask {
 struct Timing {
   TimingMode mode = TimingMode::Dynamic;
   std::uint32_t surveyLength = 2000;  ///< seconds
-  std::uint32_t standardDeviation = 30;
+  // A survey puts here what it has found so far.
+  std::uint32_t standardDeviation = 30;  ///< of the position, in centimetres
   double latitude = 0;   ///< degrees
   double longitude = 0;  ///< degrees
   float altitude = 0;    ///< metres above the ellipsoid

@@ -50,7 +50,6 @@ TEST(Survey, EndsInAStaticReceiverAtTheSurveyedPlace) {
   SurveyingReceiver receiver(1000);
   receiver.tick(milliseconds(999999));
   EXPECT_EQ(receiver.state().runningTimingMode(), sim::TimingMode::AutoSurvey);
-  EXPECT_EQ(receiver.state().timing.latitude, 0);
   receiver.tick(milliseconds(1));
   const sim::State state = receiver.state();
   EXPECT_EQ(state.runningTimingMode(), sim::TimingMode::Static);
@@ -79,6 +78,47 @@ TEST(Survey, TellsWhereItStandsInTheTimingReply) {
   EXPECT_NEAR(degrees[0], 48.3712345, 1e-5);
   EXPECT_NEAR(degrees[1], 11.5678901, 1e-5);
   EXPECT_NEAR(altitude, 520.12, 1);
+}
+
+/// What the reply to the timing query tells.
+sim::Timing reportedBy(sim::Receiver& receiver) {
+  const Bytes reply = replyTo(0x4400, receiver);
+  sim::Timing timing;
+  sim::BodyReader(reply).read(timing);
+  return timing;
+}
+
+TEST(Survey, ReportsTheMeanSoFarAndItsDeviationWhileItRuns) {
+  SurveyingReceiver receiver(1000);
+  EXPECT_EQ(reportedBy(receiver).standardDeviation, 30U) << "nothing has been measured";
+  EXPECT_EQ(reportedBy(receiver).latitude, 0);
+
+  const double dop = receiver.state().solution().dops[1] / 100.0;
+  const auto expectProgress = [&](double root) {
+    const sim::Timing timing = reportedBy(receiver);
+    const auto deviation = static_cast<std::uint32_t>(std::lround(200 * dop / root));
+    EXPECT_EQ(timing.standardDeviation, deviation);
+    const sim::Navigation solution = receiver.state().solution();
+    EXPECT_EQ(std::lround(timing.latitude * 1e7), solution.latitude);
+    EXPECT_EQ(std::lround(timing.longitude * 1e7), solution.longitude);
+    EXPECT_NEAR(timing.altitude, solution.ellipsoidAltitude / 100.0, 0.006);
+  };
+  receiver.tick(seconds(8));
+  expectProgress(3);
+  receiver.tick(seconds(91));
+  expectProgress(10);
+  receiver.tick(seconds(901));
+  EXPECT_EQ(receiver.state().runningTimingMode(), sim::TimingMode::Static);
+  expectProgress(std::sqrt(1001));
+}
+
+TEST(Survey, KeepsWhatItHasFoundWhileThereIsNoFix) {
+  SurveyingReceiver receiver(1000);
+  receiver.tick(seconds(20));
+  const Bytes before = replyTo(0x4400, receiver);
+  receiver.change([](sim::State& state) { state.constellations = 0; });
+  receiver.tick(seconds(20));
+  EXPECT_EQ(replyTo(0x4400, receiver), before);
 }
 
 TEST(Survey, HoldsThePlaceWhenTheAntennaMovesAway) {
