@@ -13,9 +13,10 @@ RECEIVER_OPTIONS = {"--help", "--scenario", "--seed", "--silent", "--talk", "--k
                     "--odm-version", "--revision"}
 LISTING_OPTIONS = {"--json", "--only", "--no-nmea", "--wall-clock"}
 OPTIONS = {
-    "run": RECEIVER_OPTIONS | {"--no-receiver", "--hardware-id", "--no-module", "--tty", "--keep"},
+    "run": RECEIVER_OPTIONS | {"--no-receiver", "--hardware-id", "--no-module", "--tty", "--keep",
+                              "--pps"},
     "scenarios": {"--help"},
-    "serve": RECEIVER_OPTIONS | {"--link", "--tcp"},
+    "serve": RECEIVER_OPTIONS | {"--link", "--tcp", "--pps"},
     "tap": LISTING_OPTIONS | {"--help", "--link", "--trace", "--append", "--force", "--rotate",
                               "--baud"},
     "replay": {"--help", "--link", "--fast", "--unknown"},
