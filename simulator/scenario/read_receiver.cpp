@@ -104,11 +104,9 @@ void readEnabled(TableReader& receiver, std::string_view key, std::uint8_t& enab
 
 void readOutput(TableReader& receiver, State& state) {
   Settings& settings = state;
-  receiver.word("output", settings.outputType, kOutputTypes);
   receiver.integer("update-rate", settings.updateRate, 0, 50);
   receiver.duration("output-delay", state.outputDelay, 0ms, 1s);
   receiver.duration("output-jitter", state.outputJitter, 0ms, 1s);
-  receiver.integer("navigation-interval", settings.navMessageInterval, 0);
   receiver.table("nmea-intervals", [&](TableReader& intervals) {
     for (std::size_t i = 0; i < std::size(kSentences); ++i) {
       intervals.integer(kSentences[i], settings.nmeaIntervals[i], 0);
@@ -117,15 +115,10 @@ void readOutput(TableReader& receiver, State& state) {
 }
 
 void readSatelliteSettings(TableReader& receiver, Settings& settings) {
-  readConstellations(receiver, settings);
-  readEnabled(receiver, "sbas", settings.sbas[0]);
-  readEnabled(receiver, "qzss", settings.qzss[0]);
-  readEnabled(receiver, "second-band", settings.secondBand);
   receiver.integer("elevation-mask", settings.elevationCnrMask.elevation, 0, 90);
   receiver.integer("cnr-mask", settings.elevationCnrMask.cnr, 0, 60);
   receiver.word("first-fix", settings.fixNavMask.first, kRequiredFixes);
   receiver.word("later-fixes", settings.fixNavMask.second, kRequiredFixes);
-  receiver.integer("navigation-mode", settings.navigationMode, 0, 5);
 }
 
 void readDopMask(TableReader& receiver, DopMask& mask) {
@@ -149,7 +142,6 @@ void readPulses(TableReader& receiver, Settings& settings) {
   receiver.duration("cable-delay", delay, -5us, 5us);
   settings.cableDelay = delay.count();
   receiver.word("pps", settings.ppsOutput.mode, kPulseConditions);
-  receiver.word("time-reference", settings.ppsOutput.alignSource, kTimeReferences);
   receiver.integer("pps2-frequency", settings.pps2Frequency, 0, 19'200'000);
 }
 
@@ -173,15 +165,27 @@ void readTiming(TableReader& receiver, State& state) {
 
 }  // namespace
 
+void readSharedSettings(TableReader& table, Settings& settings) {
+  readConstellations(table, settings);
+  readEnabled(table, "sbas", settings.sbas[0]);
+  readEnabled(table, "qzss", settings.qzss[0]);
+  readEnabled(table, "second-band", settings.secondBand);
+  readEnabled(table, "interference-detection", settings.interferenceDetection);
+  table.integer("navigation-mode", settings.navigationMode, 0, 5);
+  table.word("time-reference", settings.ppsOutput.alignSource, kTimeReferences);
+  table.word("output", settings.outputType, kOutputTypes);
+  table.integer("navigation-interval", settings.navMessageInterval, 0);
+}
+
 void readReceiver(TableReader& receiver, State& state) {
   readIdentity(receiver, state.identity);
   receiver.word("power-mode", state.powerMode, kPowerModes);
+  readSharedSettings(receiver, state);
   readOutput(receiver, state);
   readSatelliteSettings(receiver, state);
   readDopMask(receiver, state.dopMask);
   readPulses(receiver, state);
   readTiming(receiver, state);
-  readEnabled(receiver, "interference-detection", state.interferenceDetection);
   receiver.word("interference", state.interferenceStatus, kInterference);
 }
 

@@ -21,7 +21,9 @@ inline constexpr double kFastestClock = 1000;  ///< seconds of the receiver in o
 
 void readDevice(TableReader& device, Scenario& scenario);
 void readReceiver(TableReader& receiver, State& state);
-void readSurroundings(TableReader& file, State& state);  ///< [position], [track], the sky
+void readSharedSettings(TableReader& table, Settings& settings);  ///< of [receiver] and [settings]
+void readBackup(TableReader& file, Settings& settings);           ///< [settings], [survey]
+void readSurroundings(TableReader& file, State& state);           ///< [position], [track], the sky
 void readTime(TableReader& time, Scenario& scenario);
 void readEvent(TableReader& event, std::vector<TimedEvent>& timeline);
 void readStart(TableReader& start, Scenario& scenario);

@@ -15,6 +15,7 @@ void readScenario(const toml::table& table, Scenario& scenario, ProblemList& pro
   file.integer("seed", scenario.seed, 0);
   file.table("device", [&](TableReader& device) { readDevice(device, scenario); });
   file.table("receiver", [&](TableReader& receiver) { readReceiver(receiver, scenario.state); });
+  readBackup(file, scenario.state);
   readSurroundings(file, scenario.state);
   file.table("time", [&](TableReader& time) { readTime(time, scenario); });
   file.eachTable("event", [&](TableReader& event) { readEvent(event, scenario.state.timeline); });

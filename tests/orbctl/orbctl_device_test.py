@@ -360,6 +360,36 @@ class OnTheDevice(OrbctlTest):
         result = self.orbctl("restore", "output.toml")
         self.assertEqual((result.returncode, result.stderr), (0, ""))
 
+    def test_saves_what_starts_a_simulated_receiver_that_saves_the_same(self):
+        """Each setting is another than a receiver has by itself."""
+        changed = {"antenna-delay": "-28", "constellations": "galileo,beidou", "sbas": "off",
+                   "qzss": "off", "second-band": "on", "cnr-limit": "20", "elevation-limit": "15",
+                   "fix-mode": "2d-3d", "dop-mask": "default", "navigation-mode": "3",
+                   "interference-detection": "on", "time-reference": "utc", "pps-mode": "2",
+                   "pulse-width": "2000", "frequency-output": "10000000",
+                   "power-mode": "powersave", "update-rate": "20", "navigation-interval": "3",
+                   "nmea-interval": "2"}
+        words = " ".join(f"{key} {value}" for key, value in changed.items() if key != "second-band")
+        script = (f"{ORBCTL} -q backup plain.toml && {ORBCTL} -q set {words} && "
+                  f"{ORBCTL} -q survey static 48.123456789 -11.5 -20.25 && "
+                  f"{ORBCTL} -q backup first.toml")
+        self.check(self.shell(script, self.scenario("[receiver]\nsecond-band = true\n")), 0, "", "")
+        self.check(self.orbctl("-q", "backup", "second.toml",
+                               device=["--scenario", "first.toml"]), 0, "", "")
+        plain, first, second = ((self.folder / f"{name}.toml").read_text()
+                                for name in ("plain", "first", "second"))
+        self.assertEqual(second, first)
+        unchanged = set(plain.splitlines()) & set(first.splitlines())
+        self.assertEqual({line.split(" =")[0] for line in unchanged if " = " in line} - {"length"},
+                         {"second-band"})
+        self.assertIn("second-band = true\n", first)
+
+    def test_simulates_a_receiver_that_it_has_saved(self):
+        (self.folder / "saved.toml").write_text(
+            '[settings]\noutput = "binary"\n[survey]\nmode = "auto"\nlength = 7200\n')
+        result = self.run_program(ORBCTL, "--simulate", "saved.toml", "status")
+        self.assertRegex(result.stdout, r"survey        auto, \d+ s of 7200 s\n")
+
     def test_refuses_a_survey_that_is_none(self):
         for survey, text, hint in [
                 ('mode = "static"', "[survey] latitude has to be -90 .. 90 degrees",

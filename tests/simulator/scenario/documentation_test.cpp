@@ -66,7 +66,7 @@ std::set<std::string> documentedKeys(const std::string& text) {
 TEST(ScenarioDocumentation, DescribesTheKeysOfEachTable) {
   for (const std::string table :
        {"device", "receiver.nmea-intervals", "receiver.dop-mask", "receiver.timing", "position",
-        "solution", "time", "start", "line"}) {
+        "solution", "time", "start", "line", "settings", "survey"}) {
     EXPECT_EQ(documentedKeys(section('[' + table + ']')), acceptedInstead(table + ".zzz = 1"));
   }
   EXPECT_EQ(documentedKeys(section("[[satellite]]")),

@@ -44,9 +44,8 @@ void expectProblems(std::initializer_list<BadScenario> scenarios) {
 }
 
 constexpr char kTopKeys[] =
-    "description, seed, device, receiver, position, track, satellite, solution, time, event, "
-    "start, "
-    "line or fault";
+    "description, seed, device, receiver, settings, survey, position, track, satellite, solution, "
+    "time, event, start, line or fault";
 constexpr char kVersion[] = "three numbers from 0 to 255, such as \"1.0.12\"";
 constexpr char kDate[] = "a date from 2000-01-01 to 2099-12-31";
 constexpr char kMessage[] =
