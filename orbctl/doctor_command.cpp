@@ -10,6 +10,7 @@
 #include <filesystem>
 #include <optional>
 
+#include "base/line_speed.h"
 #include "base/owned_descriptor.h"
 #include "board/expected_module.h"
 #include "orbctl/command.h"
@@ -75,18 +76,6 @@ Finding lookAtUsers() {
   return {Good, "users", "nobody else has it open", {}};
 }
 
-int baudOf(speed_t speed) {
-  constexpr std::pair<speed_t, int> kSpeeds[] = {
-      {B4800, 4800},   {B9600, 9600},     {B19200, 19200},   {B38400, 38400},
-      {B57600, 57600}, {B115200, 115200}, {B230400, 230400}, {B460800, 460800}};
-  for (const auto& [known, baud] : kSpeeds) {
-    if (known == speed) {
-      return baud;
-    }
-  }
-  return 0;
-}
-
 Finding lookAtSpeed() {
   const OwnedDescriptor line(::open(kDevice, O_RDONLY | O_NOCTTY | O_NONBLOCK | O_CLOEXEC));
   termios settings{};
@@ -96,8 +85,7 @@ Finding lookAtSpeed() {
   }
   return {Good,
           "speed",
-          fmt::format("{} bit/s; the receiver has to be set to the same",
-                      baudOf(::cfgetospeed(&settings))),
+          fmt::format("{} bit/s; the receiver has to be set to the same", baudOf(settings)),
           {}};
 }
 

@@ -43,4 +43,14 @@ bool SharedDevice::End::takesMore() const {
   return shared_.device_.takesMore();
 }
 
+unsigned int SharedDevice::End::speed() const {
+  const std::lock_guard lock(shared_.mutex_);
+  return shared_.device_.speed();
+}
+
+void SharedDevice::End::setClientSpeed(unsigned int baud) {
+  const std::lock_guard lock(shared_.mutex_);
+  shared_.device_.setClientSpeed(baud);
+}
+
 }  // namespace orb::sim

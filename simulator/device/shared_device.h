@@ -28,6 +28,8 @@ class SharedDevice {
     std::chrono::milliseconds untilNextOutput() const override;
     bool takeHangUp() override;
     bool takesMore() const override;
+    unsigned int speed() const override;
+    void setClientSpeed(unsigned int baud) override;
 
    private:
     SharedDevice& shared_;

@@ -81,6 +81,8 @@ class FaultyDevice::Implementation {
     return !outbox_.isFull() && device_.takesMore();
   }
 
+  unsigned int speed() const { return device_.speed(); }
+
   std::vector<Event> events() const {
     const std::lock_guard lock(mutex_);
     return events_;
@@ -202,6 +204,8 @@ milliseconds FaultyDevice::untilNextOutput() const { return implementation_->unt
 bool FaultyDevice::takeHangUp() { return implementation_->takeHangUp(); }
 
 bool FaultyDevice::takesMore() const { return implementation_->takesMore(); }
+
+unsigned int FaultyDevice::speed() const { return implementation_->speed(); }
 
 std::vector<FaultyDevice::Event> FaultyDevice::events() const { return implementation_->events(); }
 

@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <optional>
 #include <utility>
 
 #include "faults/outbox.h"
@@ -19,13 +20,17 @@ class LineShaper::Implementation {
         seed_(seed),
         fromClient_(conditions_.baud),
         toClient_(conditions_.baud),
-        nextChatter_(chatters() ? conditions_.chatterInterval : kNever) {}
+        speed_(conditions_.checksSpeed ? device.speed() : 0),
+        nextSpeed_(speed_),
+        nextChatter_(chatters() ? conditions_.chatterInterval : kNever) {
+    pace();
+  }
 
   Bytes receive(const Bytes& bytes) {
     if (hangUp_) {
       return {};
     }
-    fromClient_.add(bytes);
+    fromClient_.add(onTheLine(bytes));
     arrive(fromClient_.take(milliseconds{0}));
     hear();
     return takeOutput();
@@ -50,6 +55,14 @@ class LineShaper::Implementation {
 
   bool takeHangUp() { return std::exchange(hangUp_, false); }
 
+  unsigned int speed() const { return speed_; }
+
+  void setClientSpeed(unsigned int baud) {
+    if (conditions_.checksSpeed) {
+      clientSpeed_ = baud;
+    }
+  }
+
   bool takesMore() const {
     return fromClient_.waiting() + toClient_.waiting() <= kLongestBacklog &&
            !heardLater_.isFull() && device_.takesMore();
@@ -64,12 +77,13 @@ class LineShaper::Implementation {
   Bytes letPass(milliseconds elapsed) {
     const bool lineIsDown = hangUp_;
     now_ += elapsed;
-    Bytes output = lineIsDown ? Bytes{} : toClient_.take(elapsed);
+    Bytes output = lineIsDown ? Bytes{} : leave(toClient_.take(elapsed));
     const Bytes unasked = device_.tick(elapsed);
     if (toClient_.waiting() <= kLongestBacklog) {
       toClient_.add(unasked);
     }
     askForHangUp();
+    followSpeed();
     chatter();
     arrive(fromClient_.take(elapsed));
     hear();
@@ -106,6 +120,7 @@ class LineShaper::Implementation {
     if (!heard.empty()) {
       toClient_.add(device_.receive(heard));
       askForHangUp();
+      followSpeed();
     }
   }
 
@@ -130,11 +145,62 @@ class LineShaper::Implementation {
 
   /// What is still on its way to the client when the line is dropped is lost.
   Bytes takeOutput() {
-    Bytes output = toClient_.take(milliseconds{0});
+    Bytes output = leave(toClient_.take(milliseconds{0}));
     if (hangUp_) {
       toClient_.clear();
+      changeSpeed();
     }
     return output;
+  }
+
+  /// Where the device has changed its speed, what it has said until now leaves at the old one.
+  void followSpeed() {
+    const unsigned int speed = conditions_.checksSpeed ? device_.speed() : 0;
+    if (speed != nextSpeed_) {
+      nextSpeed_ = speed;
+      leaveBefore_ = toClient_.waiting();
+      if (leaveBefore_ == 0) {
+        changeSpeed();
+      }
+    }
+  }
+
+  void changeSpeed() {
+    speed_ = nextSpeed_;
+    leaveBefore_ = 0;
+    pace();
+  }
+
+  void pace() {
+    if (conditions_.checksSpeed && conditions_.baud != 0) {
+      fromClient_.setBaud(speed_);
+      toClient_.setBaud(speed_);
+    }
+  }
+
+  Bytes leave(Bytes bytes) {
+    Bytes left;
+    if (leaveBefore_ != 0) {
+      left = onTheLine(takeFirst(bytes, std::min(bytes.size(), leaveBefore_)));
+      leaveBefore_ -= left.size();
+      if (leaveBefore_ == 0) {
+        changeSpeed();
+      }
+    }
+    append(left, onTheLine(std::move(bytes)));
+    return left;
+  }
+
+  /// What the far end makes of bytes: none stays what it was where the speeds differ.
+  Bytes onTheLine(Bytes bytes) {
+    constexpr std::uint64_t kStream = ~std::uint64_t{1};  // apart from the others
+    if (clientSpeed_ && *clientSpeed_ != speed_) {
+      for (std::uint8_t& byte : bytes) {
+        Draw draw(seed_, kStream, garbled_++);
+        byte = static_cast<std::uint8_t>(byte ^ (1 + draw.below(0xFF)));
+      }
+    }
+    return bytes;
   }
 
   Device& device_;
@@ -149,6 +215,11 @@ class LineShaper::Implementation {
   Outbox heardLater_;
 
   Pacer toClient_;
+  unsigned int speed_;           ///< of the device; 0: any will do
+  unsigned int nextSpeed_;       ///< another, where the device has changed it
+  std::size_t leaveBefore_ = 0;  ///< so many bytes still leave at the old one
+  std::optional<unsigned int> clientSpeed_;
+  std::uint64_t garbled_ = 0;
   milliseconds nextChatter_;
   bool hangUp_ = false;  ///< the line has not been told yet, and carries nothing until then
 };
@@ -167,5 +238,9 @@ milliseconds LineShaper::untilNextOutput() const { return implementation_->until
 bool LineShaper::takeHangUp() { return implementation_->takeHangUp(); }
 
 bool LineShaper::takesMore() const { return implementation_->takesMore(); }
+
+unsigned int LineShaper::speed() const { return implementation_->speed(); }
+
+void LineShaper::setClientSpeed(unsigned int baud) { implementation_->setClientSpeed(baud); }
 
 }  // namespace orb::sim

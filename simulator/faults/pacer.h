@@ -16,6 +16,7 @@ class Pacer {
   /// At 0 baud, bytes pass at once.
   explicit Pacer(unsigned int baud) : baud_(baud) {}
 
+  void setBaud(unsigned int baud) { baud_ = baud; }
   void add(const Bytes& bytes) { append(waiting_, bytes); }
   std::size_t waiting() const { return waiting_.size(); }
   void clear() { waiting_.clear(); }

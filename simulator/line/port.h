@@ -1,5 +1,7 @@
 #pragma once
 
+#include <optional>
+
 #include "orb-sim/bytes.h"
 
 namespace orb::sim {
@@ -21,6 +23,11 @@ class Port {
   /// Sends the client as many of the bytes, from the first on, as there is room for, and takes
   /// them out of `bytes`. Never blocks.
   virtual void write(Bytes& bytes) = 0;
+
+  /// The speed that the client's end is set to, in baud, or 0 for one that has no name; none where
+  /// there is no such thing.
+  virtual std::optional<unsigned int> clientSpeed() const { return std::nullopt; }
+  virtual void setClientSpeed(unsigned int /*baud*/) {}
 
   /// Drops the line under clients that hold it open, and offers a new one. Clients get a moment to
   /// read what has been written.

@@ -11,6 +11,7 @@
 #include <thread>
 #include <utility>
 
+#include "base/line_speed.h"
 #include "line/available_bytes.h"
 
 namespace orb::sim {
@@ -59,6 +60,20 @@ std::string PtyPort::path() const {
 Bytes PtyPort::read() { return readAvailable(pty_.master.get()).value_or(Bytes{}); }
 
 void PtyPort::write(Bytes& bytes) { writeAvailable(pty_.master.get(), bytes); }
+
+// The tty's settings are those of its clients.
+std::optional<unsigned int> PtyPort::clientSpeed() const {
+  termios settings{};
+  return ::tcgetattr(pty_.tty.get(), &settings) == 0 ? std::optional(baudOf(settings))
+                                                     : std::nullopt;
+}
+
+void PtyPort::setClientSpeed(unsigned int baud) {
+  termios settings{};
+  if (::tcgetattr(pty_.tty.get(), &settings) == 0 && setBaud(settings, baud)) {
+    ::tcsetattr(pty_.tty.get(), TCSANOW, &settings);
+  }
+}
 
 // The new pty is in its place before the old one goes, so that a client that sees the hang-up finds
 // it at once.

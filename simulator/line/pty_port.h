@@ -26,6 +26,9 @@ class PtyPort : public Port {
   Bytes read() override;
   void write(Bytes& bytes) override;
 
+  std::optional<unsigned int> clientSpeed() const override;
+  void setClientSpeed(unsigned int baud) override;
+
   /// Offers another pty. Clients that have the old tty open see a hang-up: reads end, writes fail
   /// with EIO. Where no other pty is to be had, the line stays as it is.
   void hangUp() override;

@@ -40,7 +40,7 @@ Server::Server(Device& device, Port& port, ReceivedLog* log)
       port_(port),
       log_(log),
       wake_(::eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC), "eventfd"),
-      thread_(startWithoutSignals([this] { run(); })) {}
+      thread_(start()) {}
 
 Server::~Server() {
   {
@@ -49,6 +49,18 @@ Server::~Server() {
   }
   wake();
   thread_.join();
+}
+
+std::thread Server::start() {
+  setUpClient();
+  return startWithoutSignals([this] { run(); });
+}
+
+/// A new end of the line is as it is on a machine whose speed has been set once.
+void Server::setUpClient() {
+  if (device_.speed() != 0) {
+    port_.setClientSpeed(device_.speed());
+  }
 }
 
 void Server::send(const Bytes& bytes) {
@@ -111,6 +123,9 @@ int Server::sleepLimit() const {
 void Server::letTimePass(milliseconds elapsed) {
   elapsed = std::max(elapsed, milliseconds{0});
   deviceTime_ += elapsed;
+  if (const auto speed = device_.speed() != 0 ? port_.clientSpeed() : std::nullopt) {
+    device_.setClientSpeed(*speed);
+  }
   const Bytes unasked = device_.tick(elapsed);
   {
     const std::lock_guard lock(mutex_);
@@ -150,6 +165,7 @@ void Server::hangUpIfDropped() {
   }
   flush();
   port_.hangUp();
+  setUpClient();
   const std::lock_guard lock(mutex_);
   outgoing_.clear();
   full_ = false;

@@ -26,10 +26,12 @@ class Server {
   using Clock = std::chrono::steady_clock;
   using Milliseconds = std::chrono::milliseconds;
 
+  std::thread start();
   void run();
   bool sleep();
   int sleepLimit() const;
   void wake();
+  void setUpClient();
   void letTimePass(Milliseconds elapsed);
   void serveClient();
   void hangUpIfDropped();

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
+#include <iterator>
 
 #include "model/commands.h"
 #include "model/draw.h"
@@ -95,7 +96,7 @@ Bytes Receiver::answer(const std::vector<Frame>& frames) {
     }
   }
   talking_ = talking_ || !answers.empty();
-  tellFrequency();
+  followSettings();
   return answers;
 }
 
@@ -224,7 +225,12 @@ void Receiver::tellPulses(const GpsTime& before) {
   }
 }
 
-void Receiver::tellFrequency() {
+/// Makes known what may have been set.
+void Receiver::followSettings() {
+  const SerialPort& serial = state_.serialPort;
+  if (serial.port == 0 && serial.baudCode < std::size(kSerialSpeeds)) {
+    speed_ = kSerialSpeeds[serial.baudCode];
+  }
   if (pulseListener_ && toldFrequency_ != state_.pps2Frequency) {
     toldFrequency_ = state_.pps2Frequency;
     pulseListener_(frequencyEvent(state_));
@@ -286,6 +292,11 @@ milliseconds Receiver::untilNextOutput() const {
   return reader_.midFrame() ? std::min(next, kFrameTimeout - sinceByte_) : next;
 }
 
+unsigned int Receiver::speed() const {
+  const std::lock_guard lock(mutex_);
+  return speed_;
+}
+
 State Receiver::state() const {
   const std::lock_guard lock(mutex_);
   return state_;
@@ -294,7 +305,7 @@ State Receiver::state() const {
 void Receiver::change(const std::function<void(State&)>& edit) {
   const std::lock_guard lock(mutex_);
   edit(state_);
-  tellFrequency();
+  followSettings();
 }
 
 Settings Receiver::savedSettings() const {
@@ -305,7 +316,7 @@ Settings Receiver::savedSettings() const {
 void Receiver::startCold() {
   const std::lock_guard lock(mutex_);
   startAnew(state_, saved_, Start::Cold);
-  tellFrequency();
+  followSettings();
 }
 
 FrameReader::Counts Receiver::readerCounts() const {
@@ -322,7 +333,7 @@ void Receiver::listenToPulses(PulseListener listener) {
   const std::lock_guard lock(mutex_);
   pulseListener_ = std::move(listener);
   toldFrequency_.reset();
-  tellFrequency();
+  followSettings();
 }
 
 }  // namespace orb::sim

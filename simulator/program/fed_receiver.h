@@ -19,6 +19,8 @@ class FedReceiver : public Device {
   std::chrono::milliseconds untilNextOutput() const override { return receiver_.untilNextOutput(); }
   bool takeHangUp() override { return receiver_.takeHangUp(); }
   bool takesMore() const override { return receiver_.takesMore(); }
+  unsigned int speed() const override { return receiver_.speed(); }
+  void setClientSpeed(unsigned int baud) override { receiver_.setClientSpeed(baud); }
 
   void listenToPulses(PulseListener listener) { receiver_.listenToPulses(std::move(listener)); }
 

@@ -6,34 +6,24 @@
 #include <termios.h>
 #include <unistd.h>
 
-#include <algorithm>
-#include <array>
 #include <cerrno>
 #include <iostream>
 #include <string>
-#include <utility>
 
+#include "base/line_speed.h"
 #include "program/failure.h"
 
 namespace orb::sim {
 namespace {
 
-constexpr std::pair<unsigned int, speed_t> kSpeeds[] = {
-    {4800, B4800},     {9600, B9600},     {19200, B19200},   {38400, B38400},  {57600, B57600},
-    {115200, B115200}, {230400, B230400}, {460800, B460800}, {921600, B921600}};
-
 void setSpeed(termios& settings, unsigned int baud) {
-  const auto* const found = std::find_if(std::begin(kSpeeds), std::end(kSpeeds),
-                                         [&](const auto& speed) { return speed.first == baud; });
-  if (found == std::end(kSpeeds)) {
+  if (!setBaud(settings, baud)) {
     std::string known;
-    for (const auto& speed : kSpeeds) {
+    for (const auto& speed : kLineSpeeds) {
       known += " " + std::to_string(speed.first);
     }
     throw Failure("--baud: " + std::to_string(baud) + " is none of" + known);
   }
-  cfsetispeed(&settings, found->second);
-  cfsetospeed(&settings, found->second);
 }
 
 }  // namespace

@@ -135,6 +135,12 @@ void readLine(TableReader& line, LineConditions& conditions) {
   line.duration("latency", conditions.latency, 0ms, 1h);
   line.duration("spread", conditions.spread, 0ms, 1h);
   readBaud(line, conditions.baud);
+  line.flag("checks-speed", conditions.checksSpeed);
+  if (conditions.checksSpeed && conditions.baud > *std::rbegin(kSerialSpeeds)) {
+    line.refuse("baud", "is " + std::to_string(conditions.baud) +
+                            ", beside checks-speed; it has to be at most 115200, as the "
+                            "receiver's serial port");
+  }
   line.duration("chatter-interval", conditions.chatterInterval, 1ms, 1h);
   line.text("chatter", conditions.chatter, kLongestChatter);
 }

@@ -1,6 +1,9 @@
 #include "orb-sim/scenario.h"
 
+#include <algorithm>
 #include <chrono>
+#include <iterator>
+#include <stdexcept>
 #include <utility>
 
 #include "model/gps_time.h"
@@ -14,9 +17,27 @@ State ordinaryState() {
   return state;
 }
 
+namespace {
+
+/// The receiver's serial port is set to the speed of its line, where that matters.
+State startOf(const Scenario& scenario) {
+  State state = scenario.state;
+  if (scenario.line.checksSpeed && scenario.line.baud != 0) {
+    const auto* const speed =
+        std::find(std::begin(kSerialSpeeds), std::end(kSerialSpeeds), scenario.line.baud);
+    if (speed == std::end(kSerialSpeeds)) {
+      throw std::invalid_argument("a receiver cannot be set to this speed of its line");
+    }
+    state.serialPort = {0, static_cast<std::uint8_t>(speed - std::begin(kSerialSpeeds))};
+  }
+  return state;
+}
+
+}  // namespace
+
 ScenarioDevice::ScenarioDevice(const Scenario& scenario)
     : answers_(scenario.presence == Scenario::Presence::Answering),
-      receiver_(scenario.state),
+      receiver_(startOf(scenario)),
       faulty_(receiver_, scenario.faults, scenario.seed),
       line_(faulty_, scenario.line, scenario.seed) {
   if (scenario.startsNow) {
@@ -57,6 +78,10 @@ bool ScenarioDevice::takesMore() const { return !answers_ || line_.takesMore(); 
 void ScenarioDevice::supplyAntenna(bool on) {
   receiver_.change([&](State& state) { state.antennaSupply = on; });
 }
+
+unsigned int ScenarioDevice::speed() const { return answers_ ? line_.speed() : 0; }
+
+void ScenarioDevice::setClientSpeed(unsigned int baud) { line_.setClientSpeed(baud); }
 
 State ScenarioDevice::state() const { return receiver_.state(); }
 

@@ -41,6 +41,14 @@ class Device {
   /// Whether the device takes more bytes now. As long as it does not, the line reads none from its
   /// clients, whose writes then wait.
   virtual bool takesMore() const { return true; }
+
+  /// The speed in baud that the device talks at, where it has one; otherwise 0. A line that can
+  /// sets its end to it when the client's end is new.
+  virtual unsigned int speed() const { return 0; }
+
+  /// The speed of the client's end; 0: one that no device has. A line that knows it says so before
+  /// each receive() and tick() of a device that has a speed.
+  virtual void setClientSpeed(unsigned int /*baud*/) {}
 };
 
 }  // namespace orb::sim

@@ -90,6 +90,7 @@ class FaultyDevice : public Device {
   std::chrono::milliseconds untilNextOutput() const override;
   bool takeHangUp() override;
   bool takesMore() const override;
+  unsigned int speed() const override;
 
   /// All that has happened so far. May be called from any thread.
   std::vector<Event> events() const;

@@ -17,6 +17,9 @@ struct LineConditions {
   std::chrono::milliseconds latency{0};
   std::chrono::milliseconds spread{0};  ///< up to so much is added, drawn for each message
   unsigned int baud = 0;                ///< paces both directions, 10 bits a byte; 0: at once
+  /// Bytes go wrong, both ways, while the client's end is set to another speed than the device's;
+  /// then the device's speed, and not `baud`, paces them, unless `baud` is 0.
+  bool checksSpeed = false;
   std::chrono::milliseconds chatterInterval{0};  ///< 0: no chatter
   std::string chatter = "chatter\r\n";           ///< is left out while the line carries an answer
 };
@@ -37,6 +40,8 @@ class LineShaper : public Device {
   std::chrono::milliseconds untilNextOutput() const override;
   bool takeHangUp() override;
   bool takesMore() const override;
+  unsigned int speed() const override;
+  void setClientSpeed(unsigned int baud) override;
 
  private:
   class Implementation;

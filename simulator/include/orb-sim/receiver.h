@@ -40,11 +40,17 @@ class Receiver : public Device {
   static constexpr std::chrono::milliseconds kFrameTimeout{1000};
 
   explicit Receiver(State state = {})
-      : state_(std::move(state)), saved_(static_cast<const Settings&>(state_)) {}
+      : state_(std::move(state)), saved_(static_cast<const Settings&>(state_)) {
+    followSettings();
+  }
 
   Bytes receive(const Bytes& bytes) override;
   Bytes tick(std::chrono::milliseconds elapsed) override;
   std::chrono::milliseconds untilNextOutput() const override;
+
+  /// That of port 0, which it is plugged in at. The command for the serial port changes it when it
+  /// has been acknowledged; another port, or a number that stands for no speed, leaves it alone.
+  unsigned int speed() const override;
 
   /// A copy of the state. Its time is that of the last receive() or tick().
   State state() const;
@@ -80,7 +86,7 @@ class Receiver : public Device {
   void pass(std::chrono::milliseconds elapsed);
   std::chrono::milliseconds untilSecond() const;
   void tellPulses(const GpsTime& before);
-  void tellFrequency();
+  void followSettings();
   std::chrono::milliseconds receiverTime(std::chrono::milliseconds elapsed);
   bool isSilent() const;
   std::chrono::milliseconds untilEpoch() const;
@@ -100,6 +106,7 @@ class Receiver : public Device {
   double clockRemainder_ = 0;  // of a millisecond
   unsigned int epochs_ = 0;
   bool talking_ = false;
+  unsigned int speed_ = 115200;
   PulseListener pulseListener_;
   std::optional<std::uint32_t> toldFrequency_;
 

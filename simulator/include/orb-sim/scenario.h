@@ -57,8 +57,9 @@ Scenario parseScenario(std::string_view text, const std::string& name);
 /// A receiver in the circumstances of a scenario, to be plugged into a line.
 class ScenarioDevice : public Device {
  public:
-  /// Throws std::invalid_argument for a fault without meaning (see FaultyDevice). Where no byte
-  /// ever comes from the device, it takes every byte and does nothing.
+  /// Throws std::invalid_argument for a fault without meaning (see FaultyDevice), and for a speed
+  /// of the line that is checked and that the receiver cannot be set to. Where no byte ever comes
+  /// from the device, it takes every byte and does nothing.
   explicit ScenarioDevice(const Scenario& scenario);
 
   Bytes receive(const Bytes& bytes) override;
@@ -66,6 +67,8 @@ class ScenarioDevice : public Device {
   std::chrono::milliseconds untilNextOutput() const override;
   bool takeHangUp() override;
   bool takesMore() const override;
+  unsigned int speed() const override;
+  void setClientSpeed(unsigned int baud) override;
 
   /// Switches the supply of the antenna, without which the receiver hears no satellites.
   void supplyAntenna(bool on);

@@ -16,8 +16,10 @@ enum class TimingMode : std::uint8_t { Dynamic = 0, AutoSurvey = 1, Static = 2 }
 
 struct SerialPort {
   std::uint8_t port = 0;
-  std::uint8_t baudCode = 5;  ///< 0 to 5: 4800, 9600, 19200, 38400, 57600, 115200 baud
+  std::uint8_t baudCode = 5;  ///< place in kSerialSpeeds
 };
+
+inline constexpr unsigned int kSerialSpeeds[] = {4800, 9600, 19200, 38400, 57600, 115200};
 
 /// No fix where a dilution of precision is above its limit.
 struct DopMask {
@@ -44,9 +46,9 @@ struct Timing {
   std::uint32_t surveyLength = 2000;  ///< seconds
   // A survey puts here what it has found so far.
   std::uint32_t standardDeviation = 30;  ///< of the position, in centimetres
-  double latitude = 0;   ///< degrees
-  double longitude = 0;  ///< degrees
-  float altitude = 0;    ///< metres above the ellipsoid
+  double latitude = 0;                   ///< degrees
+  double longitude = 0;                  ///< degrees
+  float altitude = 0;                    ///< metres above the ellipsoid
 };
 
 struct PpsOutput {

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <utility>
 
 #include "orb-sim/faults.h"
@@ -29,11 +30,13 @@ class Recorder : public sim::Device {
   Bytes tick(milliseconds) override { return std::exchange(output, {}); }
   milliseconds untilNextOutput() const override { return output.empty() ? kNever : 0ms; }
   bool takeHangUp() override { return std::exchange(hangUp, false); }
+  unsigned int speed() const override { return baud; }
 
   Bytes heard;
   Bytes answer;
   Bytes output;
   bool hangUp = false;
+  unsigned int baud = 0;
 };
 
 class LineShaperBefore : public testing::Test {
@@ -216,6 +219,96 @@ TEST_F(LineShaperBefore, AFaultyDeviceKeepsThePiecesOfALateAnswerApart) {
   sim::LineShaper line(faulty, conditions_, 1);
   const Bytes first(kRateAnswer.begin(), kRateAnswer.end() - 1);
   EXPECT_EQ(timelineOf(line, kRateQuery, 200), (Timeline{{100, first}, {105, hex("0A")}}));
+}
+
+/// The query of a client whose end has this speed, and what it hears.
+Bytes heardAt(unsigned int baud, sim::LineShaper& line, const Bytes& query) {
+  line.setClientSpeed(baud);
+  Bytes heard = line.receive(query);
+  sim::append(heard, line.tick(1s));
+  return heard;
+}
+
+constexpr std::uint16_t kSetSerialPort = 0x0500;
+constexpr std::uint8_t kCodeOf9600 = 1;
+
+TEST_F(LineShaperBefore, AReceiverOfAnotherSpeedTurnsAllBytesIntoOthers) {
+  conditions_.checksSpeed = true;
+  sim::LineShaper line(recorder_, conditions_, 1);
+  recorder_.baud = 115200;  // after the line was made
+  line.tick(1ms);
+  EXPECT_EQ(line.speed(), 115200U);
+
+  recorder_.answer = Bytes(1000, 0x41);
+  const Bytes heard = heardAt(9600, line, kRateQuery);
+  EXPECT_EQ(recorder_.heard.size(), kRateQuery.size());
+  for (std::size_t i = 0; i < kRateQuery.size(); ++i) {
+    EXPECT_NE(recorder_.heard[i], kRateQuery[i]);
+  }
+  EXPECT_EQ(heard.size(), 1000U);
+  EXPECT_EQ(std::count(heard.begin(), heard.end(), 0x41), 0);
+
+  recorder_.heard.clear();
+  recorder_.answer = kRateAnswer;
+  EXPECT_EQ(heardAt(115200, line, kRateQuery), kRateAnswer);
+  EXPECT_EQ(recorder_.heard, kRateQuery);
+}
+
+TEST_F(LineShaperBefore, AReceiverOfAnotherSpeedTurnsBytesIntoThoseOfTheSeed) {
+  conditions_.checksSpeed = true;
+  recorder_.baud = 115200;
+  const auto heardWith = [&](std::uint64_t seed) {
+    sim::LineShaper line(recorder_, conditions_, seed);
+    recorder_.answer = Bytes(20, 0x41);
+    return heardAt(0, line, kRateQuery);
+  };
+  const Bytes heard = heardWith(1);
+  EXPECT_EQ(heardWith(1), heard);
+  EXPECT_NE(heardWith(2), heard);
+}
+
+TEST_F(LineShaperBefore, AReceiverOfAnotherSpeedChangesNothingUnlessToldTo) {
+  sim::LineShaper line(receiver_, conditions_, 1);
+  EXPECT_EQ(line.speed(), 0U);
+  EXPECT_EQ(heardAt(4800, line, kRateQuery), kRateAnswer);
+}
+
+TEST_F(LineShaperBefore, AReceiverWhoseSpeedIsSetAcknowledgesAtTheOldOne) {
+  conditions_.checksSpeed = true;
+  conditions_.baud = 115200;
+  sim::LineShaper line(receiver_, conditions_, 1);
+  EXPECT_EQ(heardAt(115200, line, sim::frame(kSetSerialPort, {0, kCodeOf9600, 0})),
+            sim::acknowledge(kSetSerialPort));
+  EXPECT_EQ(line.speed(), 9600U);
+  EXPECT_NE(heardAt(115200, line, kRateQuery), kRateAnswer);
+  EXPECT_EQ(heardAt(9600, line, kRateQuery), kRateAnswer);
+}
+
+TEST_F(LineShaperBefore, AReceiverWhoseSpeedIsSetKeepsThatPace) {
+  conditions_.checksSpeed = true;
+  conditions_.baud = 115200;
+  sim::LineShaper line(recorder_, conditions_, 1);
+  recorder_.baud = 9600;
+  line.tick(1ms);
+  line.setClientSpeed(9600);
+  recorder_.output = Bytes(2000, 0x41);
+  line.tick(1ms);
+  EXPECT_NEAR(static_cast<double>(line.tick(1s).size()), 960, 2);
+}
+
+TEST_F(LineShaperBefore, AReceiverThatRestartsHasTheSpeedThatWasKept) {
+  conditions_.checksSpeed = true;
+  sim::LineShaper line(receiver_, conditions_, 1);
+  const auto set = [&](std::uint8_t port, std::uint8_t code, std::uint8_t attribute) {
+    heardAt(line.speed(), line, sim::frame(kSetSerialPort, {port, code, attribute}));
+    return line.speed();
+  };
+  EXPECT_EQ(set(0, 2, 1), 19200U);
+  EXPECT_EQ(set(0, kCodeOf9600, 0), 9600U);
+  EXPECT_EQ(set(1, 4, 0), 9600U) << "another port";
+  EXPECT_EQ(set(0, 6, 0), 9600U) << "no speed";
+  heardAt(9600, line, sim::frame(0x643F, {0}));  // a restart
+  EXPECT_EQ(line.speed(), 19200U);
 }
 
 }  // namespace

@@ -63,6 +63,7 @@ const Key<sim::Scenario> kKeys[] = {
     {"start.cold = true", [](S s) { return s.startsCold; }},
     {"line.latency = '120ms'", [](S s) { return s.line.latency == 120ms; }},
     {"line.spread = '80ms'", [](S s) { return s.line.spread == 80ms; }},
+    {"line.checks-speed = true", [](S s) { return s.line.checksSpeed; }},
     {"line.baud = 921600", [](S s) { return s.line.baud == 921'600; }},
     {"line.chatter-interval = '50ms'", [](S s) { return s.line.chatterInterval == 50ms; }},
     {"line.chatter = 'x'", [](S s) { return s.line.chatter == "x"; }},

@@ -161,6 +161,9 @@ TEST(ScenarioProblems, OfTheTimeAndTheStart) {
 
 TEST(ScenarioProblems, OfTheLineAndTheFaults) {
   expectProblems({
+      {"[line]\nchecks-speed = true\nbaud = 230400",
+       "f:3: line.baud: is 230400, beside checks-speed",
+       "at most 115200, as the receiver's serial port"},
       {"[line]\nbaud = 14400", "f:2: line.baud: is 14400",
        "4800, 9600, 19200, 38400, 57600, 115200, 230400, 460800 or 921600"},
       {"[[fault]]\nchance = 0.5", "f:1: fault.kind: is missing", kThere},
