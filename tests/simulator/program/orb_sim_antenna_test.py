@@ -9,8 +9,8 @@ from orb_sim import OrbSimTest
 
 SWITCH_ANTENNA = os.environ["ORB_SWITCH_ANTENNA"]
 
-# Switches the antenna's supply as each argument says, none first, and prints the status of the first
-# two RMC sentences of seconds that have begun after it.
+# Switches the antenna's supply as each argument says, after a look at it as it is. Prints the status
+# of two RMC sentences each time, of seconds that have begun after it.
 LISTEN = f"""
 import os, subprocess, sys, tty
 line = os.open("/dev/tty_gps", os.O_RDWR | os.O_NOCTTY)
