@@ -9,7 +9,7 @@ from orb_sim import OrbSimTest
 
 SWITCH_ANTENNA = os.environ["ORB_SWITCH_ANTENNA"]
 
-# Switches the antenna's supply as each argument says, after a look at it as it is. Prints the status
+# Switches the antenna's supply as each argument says, after a look without that. Prints the status
 # of two RMC sentences each time, of seconds that have begun after it.
 LISTEN = f"""
 import os, subprocess, sys, tty
