@@ -33,6 +33,8 @@ void show(const Options& options, const std::string& command, const Json& data,
 
 void addStatusCommands(CLI::App& app, Action& chosen);
 void addSettingCommands(CLI::App& app, Action& chosen);
+/// Whether this command shows a group of settings.
+bool isGroup(const std::string& command);
 void addBackupCommands(CLI::App& app, Action& chosen);
 void addSurveyCommand(CLI::App& app, Action& chosen);
 void addDeviceCommands(CLI::App& app, Action& chosen);

@@ -196,8 +196,7 @@ Failure wrongUse(const CLI::App& app, const CLI::ParseError& error,
   const std::vector<CLI::App*> asked = app.get_subcommands();
   if (!asked.empty()) {
     const std::string name = asked.front()->get_name();
-    const bool isGroup = name == "masks" || name == "pulse" || name == "constellations";
-    hint = isGroup && dynamic_cast<const CLI::ExtrasError*>(&error) != nullptr
+    hint = isGroup(name) && dynamic_cast<const CLI::ExtrasError*>(&error) != nullptr
                ? fmt::format("{} only shows settings; change one with: orbctl set KEY VALUE", name)
                : fmt::format("see: orbctl {} --help", name);
   } else if (!arguments.empty()) {

@@ -100,22 +100,33 @@ void keys(Session& session, const Options& options, const std::vector<std::strin
   }
 }
 
-void addGroup(CLI::App& app, Action& chosen, const char* name, const char* description,
-              const std::vector<std::string>& keys) {
-  addCommand(app, name, description, chosen,
-             [=](Session& session, const Options& options) { get(session, options, name, keys); });
-}
+/// Settings that one command shows.
+struct Group {
+  const char* name;
+  const char* description;
+  std::vector<std::string> keys;
+};
 
-void addGroups(CLI::App& app, Action& chosen) {
-  addGroup(app, chosen, "pulse", "The pulse outputs and what they are aligned to",
-           {"pulse-width", "pps-mode", "time-reference", "antenna-delay", "frequency-output"});
-  addGroup(app, chosen, "constellations", "The satellite systems in use",
-           {"constellations", "sbas", "qzss", "second-band"});
-  addGroup(app, chosen, "masks", "What satellites and fixes have to be",
-           {"elevation-limit", "cnr-limit", "dop-mask", "fix-mode"});
+const std::vector<Group>& groups() {
+  static const std::vector<Group> kGroups{
+      {"pulse",
+       "The pulse outputs and what they are aligned to",
+       {"pulse-width", "pps-mode", "time-reference", "antenna-delay", "frequency-output"}},
+      {"constellations",
+       "The satellite systems in use",
+       {"constellations", "sbas", "qzss", "second-band"}},
+      {"masks",
+       "What satellites and fixes have to be",
+       {"elevation-limit", "cnr-limit", "dop-mask", "fix-mode"}}};
+  return kGroups;
 }
 
 }  // namespace
+
+bool isGroup(const std::string& command) {
+  return std::any_of(groups().begin(), groups().end(),
+                     [&](const Group& group) { return group.name == command; });
+}
 
 void addSettingCommands(CLI::App& app, Action& chosen) {
   const auto words = std::make_shared<std::vector<std::string>>();
@@ -143,7 +154,12 @@ void addSettingCommands(CLI::App& app, Action& chosen) {
   command->add_option("KEY", *words, "These alone");
   command->add_flag("--values", *flag, "Reads their present values too");
 
-  addGroups(app, chosen);
+  for (const Group& group : groups()) {
+    addCommand(app, group.name, group.description, chosen,
+               [&group](Session& session, const Options& options) {
+                 get(session, options, group.name, group.keys);
+               });
+  }
 }
 
 }  // namespace orb::ctl

@@ -27,6 +27,7 @@ Bytes SharedDevice::End::tick(milliseconds elapsed) {
 milliseconds SharedDevice::End::untilNextOutput() const {
   // The other end may leave something at any time.
   constexpr milliseconds kPollInterval{20};
+  const std::lock_guard lock(shared_.mutex_);
   return std::min(kPollInterval, shared_.device_.untilNextOutput());
 }
 

@@ -172,7 +172,7 @@ class LineShaper::Implementation {
   }
 
   void pace() {
-    if (conditions_.checksSpeed && conditions_.baud != 0) {
+    if (speed_ != 0 && conditions_.baud != 0) {
       fromClient_.setBaud(speed_);
       toClient_.setBaud(speed_);
     }
@@ -194,7 +194,7 @@ class LineShaper::Implementation {
   /// What the far end makes of bytes: none stays what it was where the speeds differ.
   Bytes onTheLine(Bytes bytes) {
     constexpr std::uint64_t kStream = ~std::uint64_t{1};  // apart from the others
-    if (clientSpeed_ && *clientSpeed_ != speed_) {
+    if (speed_ != 0 && clientSpeed_ && *clientSpeed_ != speed_) {
       for (std::uint8_t& byte : bytes) {
         Draw draw(seed_, kStream, garbled_++);
         byte = static_cast<std::uint8_t>(byte ^ (1 + draw.below(0xFF)));

@@ -56,7 +56,7 @@ std::thread Server::start() {
   return startWithoutSignals([this] { run(); });
 }
 
-/// A new end of the line is as it is on a machine whose speed has been set once.
+/// A new client finds its end set to the speed that the device has now.
 void Server::setUpClient() {
   if (device_.speed() != 0) {
     port_.setClientSpeed(device_.speed());

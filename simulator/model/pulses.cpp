@@ -29,7 +29,12 @@ std::string timeText(const PulseEvent& event) {
 /// An event `later` than a time of the receiver's clock, which a leap second may just have passed.
 PulseEvent eventAt(PulseEvent::Kind kind, const GpsTime& time, nanoseconds later) {
   const PulseEvent::Time utc = utcOf(time) + later;
-  return {kind, utc, time.leapSecond && utc >= *time.leapSecond};
+  if (!time.leapSecond || utc < *time.leapSecond) {
+    return {kind, utc};
+  }
+  constexpr seconds kLeap{1};
+  const bool isInLeapSecond = utc < *time.leapSecond + kLeap;
+  return {kind, isInLeapSecond ? utc : utc - kLeap, isInLeapSecond};
 }
 
 }  // namespace

@@ -137,20 +137,19 @@ Bytes Receiver::speak(milliseconds elapsed) {
 
 void Receiver::endEpoch() {
   sinceEpoch_ = milliseconds{0};
+  State atEpoch = state_;
   if (tellsEpochs(state_.clockRate)) {
     // Of a clock that drifts, the line's milliseconds miss the epoch by less than one of them.
-    const milliseconds late = sinceEpochInstant(state_.time.timeOfWeek, epochRate());
-    state_.time.timeOfWeek -= late;
-    clockRemainder_ += static_cast<double>(late.count());
+    atEpoch.time.timeOfWeek -= sinceEpochInstant(state_.time.timeOfWeek, epochRate());
   }
-  Draw draw(0, 0, epochs_);  // the same in each run
+  Draw draw(state_.seed, 0, epochs_);
   const milliseconds jitter{
       draw.below(static_cast<std::uint64_t>(state_.outputJitter.count()) + 1)};
   milliseconds due = uptime_ + state_.outputDelay + jitter;
   if (!outputs_.empty()) {
     due = std::max(due, outputs_.back().due);
   }
-  outputs_.push_back({due, epochOutput(state_, ++epochs_)});
+  outputs_.push_back({due, epochOutput(atEpoch, ++epochs_)});
 }
 
 void Receiver::advance(milliseconds elapsed) {
@@ -211,7 +210,7 @@ milliseconds Receiver::untilSecond() const {
 
 /// Of a clock that is faster than the line's, several seconds may have begun.
 void Receiver::tellPulses(const GpsTime& before) {
-  if (!pulseListener_) {
+  if (!pulseListener_ || untilSecondOf(before) > between(before, state_.time)) {
     return;
   }
   State then = state_;
@@ -225,7 +224,7 @@ void Receiver::tellPulses(const GpsTime& before) {
   }
 }
 
-/// Makes known what may have been set.
+/// The line's speed, and what listeners to the pulses know of the second output, are as set.
 void Receiver::followSettings() {
   const SerialPort& serial = state_.serialPort;
   if (serial.port == 0 && serial.baudCode < std::size(kSerialSpeeds)) {
@@ -264,9 +263,10 @@ milliseconds Receiver::untilEpoch() const {
   const milliseconds::rep time = state_.time.timeOfWeek.count() % kSecond;
   const milliseconds::rep next = time * rate / kSecond + 1;
   const milliseconds::rep left = (next * kSecond + rate - 1) / rate - time;
-  // A hair more where the clock drifts, so that rounding does not leave it short of the epoch.
-  const double hair = state_.clockRate == 1 ? 0 : 1e-6;
-  const double onLine = (static_cast<double>(left) - clockRemainder_) / state_.clockRate + hair;
+  // Where the clock drifts, rounding must not leave it short of the epoch.
+  const double roundingMargin = state_.clockRate == 1 ? 0 : 1e-6;  // of a millisecond
+  const double onLine =
+      (static_cast<double>(left) - clockRemainder_) / state_.clockRate + roundingMargin;
   return milliseconds{static_cast<milliseconds::rep>(std::ceil(onLine))};
 }
 

@@ -170,8 +170,9 @@ std::optional<Pulses> State::pulses() const {
   constexpr std::uint8_t kWithSatellite = 2;
   constexpr double kCableDelaysPerNanosecond = 100;
   const Navigation now = solution();
+  const bool hearsNone = sky.empty() ? now.satellites == 0 : satellitesHeard(*this).empty();
   const bool held = (ppsOutput.mode == kWithFix && now.fixMode == kNoFix) ||
-                    (ppsOutput.mode == kWithSatellite && now.satellites == 0);
+                    (ppsOutput.mode == kWithSatellite && hearsNone);
   if (held || startup.silence > milliseconds{0}) {
     return std::nullopt;
   }

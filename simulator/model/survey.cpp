@@ -44,11 +44,16 @@ void continueSurvey(State& state, milliseconds elapsed) {
   }
   const milliseconds length = std::chrono::seconds{state.timing.surveyLength};
   state.surveyed = std::min(state.surveyed + elapsed, length);
-  const Place place = surveyedPlace(state, fix);
-  state.timing.latitude = place.latitude;
-  state.timing.longitude = place.longitude;
-  state.timing.altitude = static_cast<float>(place.altitude);
-  state.timing.standardDeviation = surveyDeviation(state.surveyed, fix);
+  const bool hasProgress = !state.sky.empty();
+  if (hasProgress) {
+    state.timing.standardDeviation = surveyDeviation(state.surveyed, fix);
+  }
+  if (hasProgress || state.surveyed == length) {
+    const Place place = surveyedPlace(state, fix);
+    state.timing.latitude = place.latitude;
+    state.timing.longitude = place.longitude;
+    state.timing.altitude = static_cast<float>(place.altitude);
+  }
 }
 
 Place surveyedPlace(const State& state, const Navigation& fix) {

@@ -1,8 +1,8 @@
 #include "program/fed_receiver.h"
 
-#include <fstream>
-#include <iterator>
-#include <string>
+#include <unistd.h>
+
+#include <array>
 
 #include "i2c/register_text.h"
 
@@ -19,10 +19,10 @@ Bytes FedReceiver::tick(std::chrono::milliseconds elapsed) {
 }
 
 void FedReceiver::feedAntenna() {
-  std::ifstream file(registers_);
-  const std::string text{std::istreambuf_iterator<char>(file), {}};
+  std::array<char, RegisterText::kSize + 1> text{};
   PortExpander expander;
-  if (RegisterText::read(text.c_str(), expander)) {
+  if (::pread(registers_.get(), text.data(), RegisterText::kSize, 0) > 0 &&
+      RegisterText::read(text.data(), expander)) {
     receiver_.supplyAntenna(expander.feedsAntenna());
   }
 }

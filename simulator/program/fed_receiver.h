@@ -1,8 +1,10 @@
 #pragma once
 
-#include <filesystem>
-#include <utility>
+#include <fcntl.h>
 
+#include <filesystem>
+
+#include "base/owned_descriptor.h"
 #include "orb-sim/scenario.h"
 
 namespace orb::sim {
@@ -11,8 +13,9 @@ namespace orb::sim {
 /// `registers` is the text. It looks there each time that the line calls it.
 class FedReceiver : public Device {
  public:
-  FedReceiver(const Scenario& scenario, std::filesystem::path registers)
-      : receiver_(scenario), registers_(std::move(registers)) {}
+  FedReceiver(const Scenario& scenario, const std::filesystem::path& registers)
+      : receiver_(scenario),
+        registers_(::open(registers.c_str(), O_RDONLY | O_CLOEXEC), registers.string()) {}
 
   Bytes receive(const Bytes& bytes) override;
   Bytes tick(std::chrono::milliseconds elapsed) override;
@@ -28,7 +31,7 @@ class FedReceiver : public Device {
   void feedAntenna();
 
   ScenarioDevice receiver_;
-  const std::filesystem::path registers_;
+  const OwnedDescriptor registers_;
 };
 
 }  // namespace orb::sim

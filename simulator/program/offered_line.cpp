@@ -29,8 +29,8 @@ std::string obstacle(const std::string& text) {
 
 CLI::Option* addLinkOption(CLI::App& subcommand, fs::path& link) {
   return addPath(subcommand, "--link", "PATH", link,
-                 "Where clients find the line: a symbolic link, which replaces one that leads\n"
-                 "nowhere, and goes at the end")
+                 "Where clients find the line: a symbolic link, which replaces one that a\n"
+                 "killed orb-sim has left, and goes at the end")
       ->check(obstacle);
 }
 

@@ -65,9 +65,13 @@ void checkTrace(const TapOptions& options) {
 
 TraceWriter openTrace(const TapOptions& options) {
   std::error_code ignored;
+  bool isCut = false;
   TraceWriter trace = options.appends && fs::exists(options.trace, ignored)
-                          ? TraceWriter(options.trace)
+                          ? TraceWriter(options.trace, &isCut)
                           : TraceWriter(options.trace, options.device);
+  if (isCut) {
+    warnOfCutTrace(options.trace);
+  }
   if (options.rotation != 0) {
     trace.rotateAt(options.rotation, options.device);
   }

@@ -6,6 +6,9 @@
 // What `orbctl backup` writes of a receiver, as the settings that a simulated one starts with.
 
 namespace orb::sim {
+
+using namespace std::chrono_literals;
+
 namespace {
 
 constexpr Word<FixNavMask> kFixPairs[] = {
@@ -44,7 +47,8 @@ void readRates(TableReader& table, Settings& settings) {
 
 }  // namespace
 
-void readBackup(TableReader& file, Settings& settings) {
+void readBackup(TableReader& file, State& state) {
+  Settings& settings = state;
   file.table("settings", [&](TableReader& table) {
     readSharedSettings(table, settings);
     readMasks(table, settings);
@@ -60,6 +64,7 @@ void readBackup(TableReader& file, Settings& settings) {
     table.number("longitude", timing.longitude, -180, 180);
     table.number("altitude", altitude, -1e6, 1e6);
     timing.altitude = static_cast<float>(altitude);
+    state.surveyed = 0s;
   });
 }
 

@@ -22,7 +22,7 @@ inline constexpr double kFastestClock = 1000;  ///< seconds of the receiver in o
 void readDevice(TableReader& device, Scenario& scenario);
 void readReceiver(TableReader& receiver, State& state);
 void readSharedSettings(TableReader& table, Settings& settings);  ///< of [receiver] and [settings]
-void readBackup(TableReader& file, Settings& settings);           ///< [settings], [survey]
+void readBackup(TableReader& file, State& state);                 ///< [settings], [survey]
 void readSurroundings(TableReader& file, State& state);           ///< [position], [track], the sky
 void readTime(TableReader& time, Scenario& scenario);
 void readEvent(TableReader& event, std::vector<TimedEvent>& timeline);

@@ -22,6 +22,7 @@ namespace {
 /// The receiver's serial port is set to the speed of its line, where that matters.
 State startOf(const Scenario& scenario) {
   State state = scenario.state;
+  state.seed = scenario.seed;
   if (scenario.line.checksSpeed && scenario.line.baud != 0) {
     const auto* const speed =
         std::find(std::begin(kSerialSpeeds), std::end(kSerialSpeeds), scenario.line.baud);

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cctype>
 #include <charconv>
 #include <cmath>
 #include <iterator>
@@ -351,6 +352,11 @@ void setInteger(const Field& field, std::int64_t value, FieldValue& result) {
     result.text = bitsText(field.words, value);
   } else if (index < field.words.size() && !field.words[index].empty()) {
     result.text = field.words[index];
+    result.isNumber =
+        std::isdigit(static_cast<unsigned char>(result.text.front())) != 0 && !field.unit.empty();
+  } else if (!field.unit.empty() && !field.words.empty()) {
+    result.text = "code " + std::to_string(value);
+    result.unit = {};
   } else {
     result.text =
         format("%.*f", field.decimals, static_cast<double>(value) / std::pow(10, field.decimals));

@@ -102,6 +102,17 @@ TraceRecord recordOf(const json& object, microseconds previous) {
   return record;
 }
 
+/// How many bytes of a trace its lines take, without a last one that has no end.
+std::uintmax_t lengthOfLines(const std::filesystem::path& file) {
+  const std::uintmax_t size = std::filesystem::file_size(file);
+  std::string end(std::min<std::uintmax_t>(size, TraceParser::kLongestLine + 1), '\0');
+  std::ifstream stream(file, std::ios::binary);
+  stream.seekg(static_cast<std::streamoff>(size - end.size()));
+  stream.read(end.data(), static_cast<std::streamsize>(end.size()));
+  const std::size_t last = end.rfind('\n');
+  return last == std::string::npos ? 0 : size - (end.size() - 1 - last);
+}
+
 [[noreturn]] void fail(const std::filesystem::path& file) {
   throw std::system_error(errno != 0 ? errno : EIO, std::generic_category(), file.string());
 }
@@ -212,11 +223,16 @@ TraceWriter::TraceWriter(std::filesystem::path file, std::string device)
   begin();
 }
 
-TraceWriter::TraceWriter(const std::filesystem::path& file) : file_(file) {
+TraceWriter::TraceWriter(const std::filesystem::path& file, bool* isCut) : file_(file) {
   const TraceParser parser =
       parseFile(file, [this](const TraceRecord& record) { start_ = record.at; });
+  const std::uintmax_t lines = lengthOfLines(file);
+  const bool lacksItsEnd = lines != std::filesystem::file_size(file) && !parser.isCut();
   if (parser.isCut()) {
-    throw std::runtime_error(file.string() + ": the last line is cut off");
+    std::filesystem::resize_file(file, lines);
+  }
+  if (isCut != nullptr) {
+    *isCut = parser.isCut();
   }
   if (parser.started()) {
     start_ = std::max(start_, wallTimeNow() - *parser.started());
@@ -225,6 +241,9 @@ TraceWriter::TraceWriter(const std::filesystem::path& file) : file_(file) {
   stream_.open(file, std::ios::binary | std::ios::app);
   if (!stream_) {
     fail(file);
+  }
+  if (lacksItsEnd) {
+    writeLine("");
   }
 }
 

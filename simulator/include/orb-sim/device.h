@@ -42,8 +42,8 @@ class Device {
   /// clients, whose writes then wait.
   virtual bool takesMore() const { return true; }
 
-  /// The speed in baud that the device talks at, where it has one; otherwise 0. A line that can
-  /// sets its end to it when the client's end is new.
+  /// The speed in baud that the device talks at, where it has one; otherwise 0. Where the line's
+  /// kind has a speed, a new client finds it set to this.
   virtual unsigned int speed() const { return 0; }
 
   /// The speed of the client's end; 0: one that no device has. A line that knows it says so before

@@ -13,8 +13,8 @@ namespace orb::sim {
 /// What happens at a timing output.
 struct PulseEvent {
   enum class Kind : std::uint8_t {
-    Rising,     ///< an edge of the 1PPS output
-    Falling,    ///< another
+    Rising,     ///< a pulse of the 1PPS output begins
+    Falling,    ///< it ends
     Frequency,  ///< the frequency of the second output is now this one
   };
   using Time = std::chrono::time_point<std::chrono::system_clock, std::chrono::nanoseconds>;

@@ -47,8 +47,8 @@ struct GpsTime {
   std::chrono::milliseconds timeOfWeek{345678000};
   std::uint8_t leapSeconds = 18;
   std::uint8_t valid = 7;  ///< one bit each: time of week, week, leap seconds
-  /// The instant in UTC before which a second 23:59:60 is inserted; once that is over, there is one
-  /// more of the leap seconds, and none is announced.
+  /// The midnight in UTC that follows a second 23:59:60 to come. Once that is over, there is one
+  /// more of the leap seconds, and none is to come.
   std::optional<std::chrono::time_point<std::chrono::system_clock, std::chrono::milliseconds>>
       leapSecond{};
 };
@@ -116,6 +116,7 @@ struct State : Settings {
   /// jitter more.
   std::chrono::milliseconds outputDelay{0};
   std::chrono::milliseconds outputJitter{0};
+  std::uint64_t seed = 0;                       ///< the jitter is drawn from it
   std::chrono::milliseconds sinceBeginning{0};  ///< of the simulation, by the receiver's clock
   StartTimes startTimes;
   Startup startup;

@@ -86,9 +86,9 @@ class TraceWriter {
   TraceWriter(std::filesystem::path file, std::string device);
 
   /// Goes on with a trace. Its time goes on meanwhile, or where its header does not tell when it
-  /// began, from its last record. Throws as loadTrace() does, and std::runtime_error where its last
-  /// line is cut off.
-  explicit TraceWriter(const std::filesystem::path& file);
+  /// began, from its last record. A last line that is cut off is removed, which `isCut` tells.
+  /// Throws as loadTrace() does.
+  explicit TraceWriter(const std::filesystem::path& file, bool* isCut = nullptr);
 
   void write(const TraceRecord& record);
 

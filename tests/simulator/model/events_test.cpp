@@ -229,6 +229,18 @@ TEST(Event, LetsTheClockDriftWhichStillTellsWholeSeconds) {
   }
 }
 
+TEST(Event, LetsADriftingClockCountEachMillisecondOnce) {
+  sim::State state = talkative();
+  state.updateRate = 50;
+  state.clockRate = 1.01;
+  sim::Receiver receiver(state);
+  receiver.talkFromTheStart();
+  receiver.tick(1000s);
+  const milliseconds passed = receiver.state().time.timeOfWeek - state.time.timeOfWeek;
+  EXPECT_LE(std::chrono::abs(passed - 1010s), 1ms);
+  EXPECT_EQ(receiver.state().sinceBeginning, passed);
+}
+
 TEST(Event, HappensAtItsTimeInATickOfAnyLength) {
   const sim::State state = talkative({signals(1300ms, false), rate(1700ms, 1.005),
                                       jump(2500ms, 10s), signals(7100ms, true), jump(8s, -1234ms)});

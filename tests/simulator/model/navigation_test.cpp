@@ -146,6 +146,20 @@ TEST_F(TalkingReceiver, SendsAfterADelay) {
   EXPECT_EQ(outputOver(1000).size(), 20U);
 }
 
+TEST(Jitter, IsDrawnFromTheSeed) {
+  const auto firstDelay = [](std::uint64_t seed) {
+    sim::State state;
+    state.seed = seed;
+    state.outputJitter = milliseconds(999);
+    sim::Receiver receiver(state);
+    receiver.talkFromTheStart();
+    receiver.tick(milliseconds(1000));
+    return receiver.untilNextOutput();
+  };
+  EXPECT_EQ(firstDelay(1), firstDelay(1));
+  EXPECT_NE(firstDelay(1), firstDelay(2));
+}
+
 TEST_F(TalkingReceiver, SendsInOrderWithinItsJitter) {
   receiver_.change([](sim::State& state) {
     state.outputDelay = milliseconds(10);

@@ -64,6 +64,17 @@ TEST(Pulses, AreHeldBackAsTheirModeSays) {
   EXPECT_FALSE(pulsesIn(1) || pulsesIn(2));
 }
 
+TEST(Pulses, ComeWithASatelliteThatIsHeardAlsoWithoutAFix) {
+  sim::State state;
+  state.ppsOutput.mode = 2;
+  state.sky = sim::ordinarySky();
+  state.sky.resize(1);
+  EXPECT_EQ(state.solution().fixMode, 0);
+  EXPECT_TRUE(state.pulses());
+  state.signals = false;
+  EXPECT_FALSE(state.pulses());
+}
+
 TEST(Pulses, AreNoneWhileTheReceiverIsStillSilentAfterARestart) {
   sim::Receiver receiver;
   receiver.change([](sim::State& state) { state.startTimes.silence = seconds(1); });
@@ -152,6 +163,9 @@ TEST(PulseEdges, PassALeapSecond) {
           "2024-02-09T00:00:01.099999993Z pps falling"}));
   state.ppsOutput.alignSource = 1;  // UTC
   EXPECT_EQ(lines().at(2), "2024-02-08T23:59:60.000000000Z pps rising");
+  state.ppsPulseWidth = 999'999;
+  state.cableDelay = -500'000;  // later by 5 us
+  EXPECT_EQ(lines().at(3), "2024-02-09T00:00:00.000004000Z pps falling");
 }
 
 TEST(PulseEdges, WakeTheLineInTime) {

@@ -112,6 +112,18 @@ TEST(Survey, ReportsTheMeanSoFarAndItsDeviationWhileItRuns) {
   expectProgress(std::sqrt(1001));
 }
 
+TEST(Survey, KeepsWhatWasSetWhereThereIsNoSky) {
+  sim::State state;
+  ASSERT_TRUE(state.sky.empty());
+  state.timing = {sim::TimingMode::AutoSurvey, 100, 30, 1, 2, 3};
+  sim::Receiver receiver(state);
+  receiver.tick(seconds(99));
+  EXPECT_EQ(reportedBy(receiver).standardDeviation, 30U);
+  EXPECT_EQ(reportedBy(receiver).latitude, 1);
+  receiver.tick(seconds(1));
+  EXPECT_NE(reportedBy(receiver).latitude, 1);
+}
+
 TEST(Survey, KeepsWhatItHasFoundWhileThereIsNoFix) {
   SurveyingReceiver receiver(1000);
   receiver.tick(seconds(20));

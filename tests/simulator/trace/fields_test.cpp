@@ -37,6 +37,7 @@ constexpr Known kMessages[] = {
     {0x0400, "01", "type 1"},
     {0x643F, "01", "forget on"},
     {0x0500, "00 04 01", "port 0, speed 57600 baud, attribute 1"},
+    {0x0500, "01 09 01", "port 1, speed code 9, attribute 1"},
     {0x0900, "02 00", "output binary, attribute 0"},
     {0x0C00, "01 00", "power mode power-saving, attribute 0"},
     {0x0E00, "0A 00", "update rate 10 Hz, attribute 0"},

@@ -111,8 +111,20 @@ TEST_F(Trace, IsContinuedWhereItEnded) {
   expected[1].at = seconds(4);
   expected[2].at = seconds(6);
   EXPECT_EQ(sim::loadTrace(file_), expected);
-  write(std::string(kHeader) + "\n{\"time\":1");
-  EXPECT_THROW(sim::TraceWriter writer(file_), std::runtime_error);
+}
+
+TEST_F(Trace, IsContinuedAfterItsLastWholeLine) {
+  const sim::TraceRecord record{seconds(0), sim::Speaker::Client, hex("01")};
+  const std::string line = R"({"time":1,"from":"client","bytes":"02"})";
+  bool isCut = false;
+  write(std::string(kHeader) + "\n" + line + "\n{\"time\":1");
+  sim::TraceWriter(file_, &isCut).write(record);
+  EXPECT_TRUE(isCut);
+  EXPECT_EQ(sim::loadTrace(file_).size(), 2U);
+  write(std::string(kHeader) + "\n" + line);  // only the line's end is missing
+  sim::TraceWriter(file_, &isCut).write(record);
+  EXPECT_FALSE(isCut);
+  EXPECT_EQ(sim::loadTrace(file_).size(), 2U);
 }
 
 TEST_F(Trace, GoesOnByTheClock) {
