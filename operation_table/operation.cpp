@@ -242,7 +242,8 @@ constexpr Operation kOperations[] = {
         "setAntennaPower", {{"state"}},
         R"(switches the antenna's supply at the carrier board's port expander: "ON" or "OFF", in )"
         "any case. 1 for another word, where the bus can be opened; else 0, also where the board "
-        "does not answer. Its bus is asked of the inventory, for 4 s at most",
+        "does not answer, and without a receiver. Its bus is asked of the inventory, for 4 s at "
+        "most",
         1, {0, 4000}, ""),
     operation<&Facade::IsOrbitek>(
         "IsOrbitek", {}, "whether the module was found and the receiver answered at construction",
@@ -254,9 +255,10 @@ constexpr Operation kOperations[] = {
                                        kQuery, {1, 0}, ""),
     operation<&Facade::configuraProtocolsDefault>("configuraProtocolsDefault", {}, "does nothing",
                                                   kNone, {0, 0}, ""),
-    operation<&Facade::CreateOrbitek>("CreateOrbitek", {{"device"}},
-                                      "looks for module and receiver again, for 5 s at most", kNone,
-                                      {0, 5000}, ""),
+    operation<&Facade::CreateOrbitek>(
+        "CreateOrbitek", {{"device"}},
+        "looks for module and receiver again; on a line that carries bytes, for 5 s at most", kNone,
+        {0, 5000}, ""),
     operation<&Facade::saveorbitekChipInfo>("saveorbitekChipInfo", {},
                                             "writes /tmp/orbitekChip-info.txt, unless it is there: "
                                             "whether there is a receiver, and its firmware's date",
