@@ -10,24 +10,27 @@ from orb_sim import OrbSimTest
 SWITCH_ANTENNA = os.environ["ORB_SWITCH_ANTENNA"]
 
 # Switches the antenna's supply as each argument says, after a look without that. Prints the status
-# of two RMC sentences each time, of seconds that have begun after it.
+# of two RMC sentences each time, of seconds that have begun after it: the receiver has the system's
+# time.
 LISTEN = f"""
 import os, subprocess, sys, tty
+from datetime import datetime, timezone
 line = os.open("/dev/tty_gps", os.O_RDWR | os.O_NOCTTY)
 tty.setraw(line)
 sentences = os.fdopen(line, encoding="ascii", newline="\\r\\n")
 
-def next_rmc():
+def next_rmc(after):
     while True:
         fields = sentences.readline().split(",")
-        if fields[0].endswith("RMC"):
+        if (fields[0].endswith("RMC")
+                and datetime.strptime(fields[9] + fields[1] + "Z", "%d%m%y%H%M%S.%f%z") > after):
             return fields
 
 for state in [None, *sys.argv[1:]]:
     if state:
         subprocess.run(({SWITCH_ANTENNA!r}, state), check=True)
-    next_rmc()  # it may be of before
-    for rmc in (next_rmc(), next_rmc()):
+    now = datetime.now(timezone.utc)
+    for rmc in (next_rmc(now), next_rmc(now)):
         assert rmc[1].endswith(".000"), rmc
         print(rmc[2], end="")
     print(flush=True)
@@ -55,7 +58,8 @@ class AntennaSupply(OrbSimTest):
                 self.assertEqual(lines[6], f"antenna supply{supply:>25}")
 
     def test_cut_leaves_the_receiver_without_satellites_and_with_its_time(self):
-        result = self.run_command(sys.executable, "-c", LISTEN, "off", "on", options=("--talk",))
+        result = self.run_command(sys.executable, "-c", LISTEN, "off", "on",
+                                  options=("--scenario", "talking"))
         self.assertEqual(self.output_of(result), "AA\nVV\nAA\n")
 
     def test_is_shared_by_the_programs_of_a_run_which_can_look_at_it(self):

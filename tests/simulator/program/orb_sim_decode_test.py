@@ -1,5 +1,6 @@
 """Prints bytes of every kind with `orb-sim decode`."""
 
+import contextlib
 import json
 import os
 import pty
@@ -98,7 +99,11 @@ receiver: """ + NOTHING)
                 subprocess.run([ORB_SIM, "decode", *arguments, "bytes"], check=True, stdout=end,
                                cwd=self.folder, timeout=LIMIT,
                                env=self.environment | {"TERM": "xterm"} | environment)
-                return output.read(4096).decode()
+            printed = b""
+            with contextlib.suppress(OSError):  # at the end, which no process has open any more
+                while some := output.read(4096):
+                    printed += some
+            return printed.decode()
 
     def test_is_in_colour_on_a_terminal_alone(self):
         self.environment.pop("NO_COLOR", None)

@@ -48,8 +48,8 @@ class Tap(TapTest):
             "client    02     Query revision information of software: 01 (type 1)",
             "receiver  83     Message Acknowledged: 02 (message 0x02)",
             "receiver  80     Software revision of the receiver: "
-            "01 00 01 00 0C 00 01 02 00 00 18 03 0F (type 1, kernel version 1.0.12, ODM version 1.2.0, "
-            "revision 2024-03-15)"])
+            "01 00 01 00 0C 00 01 02 00 00 18 03 0F (type 1, kernel version 1.0.12, "
+            "ODM version 1.2.0, revision 2024-03-15)"])
         self.assertEqual(lines[-2:], [
             "client: 1 good packet (0 unknown), 0 bad packets, 0 sentences, 0 other bytes",
             "receiver: 2 good packets (0 unknown), 0 bad packets, 0 sentences, 0 other bytes"])
