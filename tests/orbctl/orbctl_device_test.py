@@ -404,7 +404,7 @@ class OnTheDevice(OrbctlTest):
             with self.subTest(survey):
                 (self.folder / "survey.toml").write_text("[settings]\n[survey]\n" + survey + "\n")
                 result = self.orbctl("restore", "survey.toml")
-                self.check(result, 2, "", 
+                self.check(result, 2, "",
                            f"orbctl: survey.toml:2: {text}\norbctl: {hint}\n")
 
     def test_restores_an_altitude_as_the_receiver_holds_it(self):
