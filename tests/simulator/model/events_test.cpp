@@ -30,30 +30,6 @@ sim::State talkative(std::vector<sim::TimedEvent> events = {}) {
   return state;
 }
 
-sim::TimedEvent at(milliseconds time) {
-  sim::TimedEvent event;
-  event.at = time;
-  return event;
-}
-
-sim::TimedEvent signals(milliseconds time, bool there) {
-  sim::TimedEvent event = at(time);
-  event.signals = there;
-  return event;
-}
-
-sim::TimedEvent jump(milliseconds time, milliseconds jump) {
-  sim::TimedEvent event = at(time);
-  event.jump = jump;
-  return event;
-}
-
-sim::TimedEvent rate(milliseconds time, double rate) {
-  sim::TimedEvent event = at(time);
-  event.clockRate = rate;
-  return event;
-}
-
 Texts linesOf(const Bytes& bytes) {
   std::istringstream stream(std::string(bytes.begin(), bytes.end()));
   Texts lines;
@@ -146,13 +122,14 @@ TEST(WeekRollOver, CarriesOnWhereTenBitsOfTheWeekBeginAnew) {
 }
 
 TEST(Event, TakesTheSignalsAwayWhileTheTimeRunsOn) {
-  EXPECT_EQ(toldIn(5s, talkative({signals(1500ms, false), signals(3500ms, true)})),
-            (Texts{"000101.000 A 080224", "000102.000 V 080224", "000103.000 V 080224",
-                   "000104.000 A 080224", "000105.000 A 080224"}));
+  EXPECT_EQ(
+      toldIn(5s, talkative({{.at = 1500ms, .signals = false}, {.at = 3500ms, .signals = true}})),
+      (Texts{"000101.000 A 080224", "000102.000 V 080224", "000103.000 V 080224",
+             "000104.000 A 080224", "000105.000 A 080224"}));
 }
 
 TEST(Event, LeavesNoFixAndNoSatelliteWithoutSignals) {
-  sim::State state = talkative({signals(0s, false)});
+  sim::State state = talkative({{.signals = false}});
   state.nmeaIntervals = {1, 0, 1};
   sim::Receiver receiver(state);
   receiver.talkFromTheStart();
@@ -162,28 +139,26 @@ TEST(Event, LeavesNoFixAndNoSatelliteWithoutSignals) {
 }
 
 TEST(Event, TakesAGivenSolutionAwayToo) {
-  sim::State state = talkative({signals(0s, false)});
+  sim::State state = talkative({{.signals = false}});
   state.sky.clear();
   EXPECT_EQ(toldIn(1s, state), Texts{"000101.000 V 080224"});
 }
 
 TEST(Antenna, WithoutSupplyHearsNothingWhateverTheSignals) {
-  sim::State state = talkative({signals(1500ms, false), signals(2500ms, true)});
+  sim::State state = talkative({{.at = 1500ms, .signals = false}, {.at = 2500ms, .signals = true}});
   state.antennaSupply = false;
   EXPECT_EQ(toldIn(3s, state),
             (Texts{"000101.000 V 080224", "000102.000 V 080224", "000103.000 V 080224"}));
 }
 
 TEST(Event, ComesAfterTheEpochThatItCoincidesWith) {
-  EXPECT_EQ(toldIn(2s, talkative({signals(1s, false)})),
+  EXPECT_EQ(toldIn(2s, talkative({{.at = 1s, .signals = false}})),
             (Texts{"000101.000 A 080224", "000102.000 V 080224"}));
 }
 
 TEST(Event, RaisesTheInterferenceThatIsDetected) {
   constexpr std::uint16_t kQueryInterference = 0x6407;
-  sim::TimedEvent event = at(10s);
-  event.interferenceStatus = std::uint8_t{3};
-  sim::State state = talkative({event});
+  sim::State state = talkative({{.at = 10s, .interferenceStatus = std::uint8_t{3}}});
   state.interferenceDetection = 1;
   sim::Receiver receiver(state);
   EXPECT_EQ(replyTo(kQueryInterference, receiver), hex("01 01"));
@@ -194,21 +169,21 @@ TEST(Event, RaisesTheInterferenceThatIsDetected) {
 }
 
 TEST(Event, MakesTheClockJump) {
-  EXPECT_EQ(toldIn(3s, talkative({jump(1s, 1h)})),
+  EXPECT_EQ(toldIn(3s, talkative({{.at = 1s, .jump = 1h}})),
             (Texts{"000101.000 A 080224", "010102.000 A 080224", "010103.000 A 080224"}));
-  EXPECT_EQ(toldIn(2s, talkative({jump(1s, -2min)})),
+  EXPECT_EQ(toldIn(2s, talkative({{.at = 1s, .jump = -2min}})),
             (Texts{"000101.000 A 080224", "235902.000 A 070224"}));
 }
 
 TEST(Event, MovesTheEpochsWithAClockThatJumpsByAFraction) {
-  sim::Receiver receiver(talkative({jump(1s, 300ms)}));
+  sim::Receiver receiver(talkative({{.at = 1s, .jump = 300ms}}));
   receiver.talkFromTheStart();
   EXPECT_EQ(toldIn(1699ms, receiver), Texts{"000101.000 A 080224"});
   EXPECT_EQ(toldIn(1ms, receiver), Texts{"000102.000 A 080224"});
 }
 
 TEST(Event, SendsTheClockBackAsAReceiverThatTakesAWeekForOneAThousandWeeksAgo) {
-  sim::Receiver receiver(talkative({jump(0s, -std::chrono::weeks{1024})}));
+  sim::Receiver receiver(talkative({{.jump = -std::chrono::weeks{1024}}}));
   receiver.talkFromTheStart();
   EXPECT_EQ(toldIn(1s, receiver), Texts{"000101.000 A 240604"});
   EXPECT_EQ(receiver.state().time.week, 2300 - 1024);
@@ -220,7 +195,7 @@ TEST(Event, LetsTheClockDriftWhichStillTellsWholeSeconds) {
        {std::pair(1.01, kSeconds + 100), std::pair(1.0001, kSeconds + 1),
         std::pair(0.9999, kSeconds - 1), std::pair(1.0, kSeconds)}) {
     // With the first drift, the last epoch is 11 ms old by then: no millisecond has got lost.
-    const Texts times = toldIn(kSeconds * 1s + 11ms, talkative({rate(50ms, drift)}));
+    const Texts times = toldIn(kSeconds * 1s + 11ms, talkative({{.at = 50ms, .clockRate = drift}}));
     EXPECT_EQ(times.size(), told);
     EXPECT_EQ(std::set<std::string>(times.begin(), times.end()).size(), times.size());
     for (const std::string& time : times) {
@@ -242,8 +217,11 @@ TEST(Event, LetsADriftingClockCountEachMillisecondOnce) {
 }
 
 TEST(Event, HappensAtItsTimeInATickOfAnyLength) {
-  const sim::State state = talkative({signals(1300ms, false), rate(1700ms, 1.005),
-                                      jump(2500ms, 10s), signals(7100ms, true), jump(8s, -1234ms)});
+  const sim::State state = talkative({{.at = 1300ms, .signals = false},
+                                      {.at = 1700ms, .clockRate = 1.005},
+                                      {.at = 2500ms, .jump = 10s},
+                                      {.at = 7100ms, .signals = true},
+                                      {.at = 8s, .jump = -1234ms}});
   sim::Receiver whole(state);
   sim::Receiver pieces(state);
   whole.talkFromTheStart();
@@ -259,7 +237,10 @@ TEST(Event, HappensAtItsTimeInATickOfAnyLength) {
 }
 
 TEST(Event, HappensToAReceiverThatIsStillSilent) {
-  sim::State state = talkative({rate(1s, 2), jump(2s, 1h), rate(3s, 1), signals(4s, false)});
+  sim::State state = talkative({{.at = 1s, .clockRate = 2},
+                                {.at = 2s, .jump = 1h},
+                                {.at = 3s, .clockRate = 1},
+                                {.at = 4s, .signals = false}});
   state.startTimes.silence = 5s;
   sim::Receiver receiver(state);
   receiver.startCold();
