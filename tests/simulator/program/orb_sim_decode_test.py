@@ -103,6 +103,7 @@ receiver: """ + NOTHING)
             with contextlib.suppress(OSError):  # at the end, which no process has open any more
                 while some := output.read(4096):
                     printed += some
+            self.assertTrue(printed.endswith(b"\n"), printed)
             return printed.decode()
 
     def test_is_in_colour_on_a_terminal_alone(self):
