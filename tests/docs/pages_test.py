@@ -10,6 +10,7 @@ import shutil
 import signal
 import subprocess
 import tempfile
+import time
 import unittest
 
 from pages import anchors_of, blocks_of, links_of, signatures_of
@@ -17,6 +18,7 @@ from pages import anchors_of, blocks_of, links_of, signatures_of
 SOURCE = pathlib.Path(os.environ["ORB_SOURCE"])
 BUILD = pathlib.Path(os.environ["ORB_BUILD"])
 LIMIT = float(os.environ.get("ORB_TEST_LIMIT", 100))  # seconds for a page
+GRACE = 2  # seconds to end on request
 
 PAGES = {str(path.relative_to(SOURCE)): path.read_text()
          for path in [SOURCE / "README.md", *sorted(SOURCE.glob("docs/*.md"))]}
@@ -103,10 +105,10 @@ class Pages(unittest.TestCase):
             "BUILD": str(BUILD), "TMPDIR": folder.name, "PKG_CONFIG_PATH": str(packages),
             "PATH": f"{cls.prefix}/bin:{os.environ['PATH']}"}
         cls.blocks = {name: blocks_of(name, text) for name, text in PAGES.items()}
-        readme = next(block.text for block in cls.blocks["README.md"]
-                      if block.comment("file") == "client.cpp")
+        cls.program = next(block.text for block in cls.blocks["README.md"]
+                           if block.comment("file") == "client.cpp")
         cls.client = cls.folder / "client"
-        cls.build(readme, cls.client)
+        cls.build(cls.program, cls.client)
 
     @classmethod
     def build(cls, program, target):
@@ -160,7 +162,7 @@ class Pages(unittest.TestCase):
             (folder / name).write_text(text)
         script, shown, ran = self.script_of(page, folder)
         own = folder / "client.cpp"
-        if own.exists():
+        if own.exists() and own.read_text() != self.program:
             self.build(own.read_text(), folder / "client")
         with subprocess.Popen(["bash", "-c", script], cwd=folder, start_new_session=True,
                               env=self.environment | {"HOME": str(folder)}) as process:
@@ -168,8 +170,12 @@ class Pages(unittest.TestCase):
                 with contextlib.suppress(subprocess.TimeoutExpired):
                     process.wait(LIMIT)
             finally:
+                hangs = process.returncode is None
                 with contextlib.suppress(ProcessLookupError):
                     os.killpg(process.pid, signal.SIGTERM)
+                    if hangs:
+                        time.sleep(GRACE)
+                        os.killpg(process.pid, signal.SIGKILL)
         problems = []
         for name, (what, output) in shown.items():
             if not (folder / f"status.{name}").exists():
