@@ -1,9 +1,11 @@
 #include "orbctl/device_users.h"
 
+#include <fcntl.h>
 #include <fmt/format.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 
@@ -25,12 +27,26 @@ std::vector<fs::path> entriesOf(const fs::path& folder) {
   return entries;
 }
 
-/// What a process has open.
+/// Whether a descriptor cannot take what comes.
+bool isForWritingOnly(const fs::path& process, const fs::path& descriptor) {
+  std::ifstream info(process / "fdinfo" / descriptor);
+  for (std::string key, value; info >> key >> value;) {
+    if (key == "flags:") {
+      constexpr int kOctal = 8;
+      return (std::strtoul(value.c_str(), nullptr, kOctal) & O_ACCMODE) == O_WRONLY;
+    }
+  }
+  return false;
+}
+
+/// What a process has open for reading.
 std::vector<fs::path> filesOf(const fs::path& process) {
   std::vector<fs::path> files;
   for (const fs::path& descriptor : entriesOf(process / "fd")) {
     std::error_code ignored;
-    files.push_back(fs::read_symlink(descriptor, ignored));
+    if (!isForWritingOnly(process, descriptor.filename())) {
+      files.push_back(fs::read_symlink(descriptor, ignored));
+    }
   }
   return files;
 }

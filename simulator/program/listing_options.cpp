@@ -23,19 +23,26 @@ bool isColoured() {
          terminal != nullptr && *terminal != '\0' && std::string_view(terminal) != "dumb";
 }
 
-message::Id messageOf(const std::string& text) {
+/// A number such as 0x6501, or, for a message without a sub-id, 0x2B.
+std::optional<message::Id> numberedMessage(std::string_view text) {
   constexpr int kBase = 16;
-  if (const auto id = findMessage(text)) {
-    return *id;
+  constexpr std::size_t kDigitsOfId = 2;
+  if (!text.starts_with("0x") && !text.starts_with("0X")) {
+    return std::nullopt;
   }
+  text.remove_prefix(2);
   message::Id id = 0;
-  const bool isHex = text.starts_with("0x") || text.starts_with("0X");
-  const char* const end = text.data() + text.size();
-  if (isHex) {
-    const auto [last, error] = std::from_chars(text.data() + 2, end, id, kBase);
-    if (error == std::errc() && last == end) {
-      return id;
-    }
+  const auto [last, error] = std::from_chars(text.data(), text.data() + text.size(), id, kBase);
+  if (error != std::errc() || last != text.data() + text.size()) {
+    return std::nullopt;
+  }
+  return text.size() > kDigitsOfId ? id : static_cast<message::Id>(id << 8);
+}
+
+message::Id messageOf(const std::string& text) {
+  const auto named = findMessage(text);
+  if (const auto id = named ? named : numberedMessage(text)) {
+    return *id;
   }
   throw CLI::ValidationError("--only: " + text +
                              " is no message; it has to be a number such as 0x6501, or a " +

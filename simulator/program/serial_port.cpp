@@ -65,11 +65,13 @@ OwnedDescriptor openSerialPort(const std::filesystem::path& device,
     setSpeed(settings, *baud);
   }
   checked(tcsetattr(port.get(), TCSANOW, &settings), device);
+  tcflush(port.get(), TCIFLUSH);  // what was said before anybody listened
   return port;
 }
 
+// For writing alone, so that nobody takes this for another reader of the line.
 OwnedDescriptor markUse(const std::filesystem::path& tty) {
-  OwnedDescriptor opened(open(tty.c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC));
+  OwnedDescriptor opened(open(tty.c_str(), O_WRONLY | O_NOCTTY | O_NONBLOCK | O_CLOEXEC));
   struct flock mark {};
   mark.l_type = F_WRLCK;
   mark.l_whence = SEEK_SET;

@@ -118,6 +118,7 @@ void addTap(CLI::App& app, Invocation& invocation) {
               "Records all bytes in this file, for orb-sim replay and decode");
   CLI::Option* const append = subcommand->add_flag(
       "--append", options->appends, "Goes on with the trace in FILE, if there is one");
+  append->needs(trace);
   subcommand->add_flag("--force", options->replaces, "Replaces FILE, if there is one")
       ->excludes(append);
   subcommand

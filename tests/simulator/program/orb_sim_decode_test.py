@@ -71,6 +71,7 @@ receiver: """ + NOTHING)
         for options, expected in (
                 (("--no-nmea",), ["2B", "text", "02", "83"]),
                 (("--only", "0x2B00"), ["2B"]),
+                (("--only", "0x2b"), ["2B"]),
                 (("--only", "set-elevation-cnr-mask"), ["2B"]),
                 (("--only", "elevation-cnr-mask"), []),
                 (("--only", "acknowledged", "--only", "0x0200", "-"), ["02", "83"])):

@@ -219,6 +219,14 @@ orb-sim: other users' programs need rights to read and write {tty_path}
             first.communicate(timeout=LIMIT)
             self.assertEqual(self.run_command("true", options=("--tty", self.link)).stderr, "")
 
+    @runs_a_command
+    def test_has_no_other_reader_when_it_is_the_line_of_a_command(self):
+        with self.offered_line("serve", self.link):
+            orbctl = pathlib.Path(ORB_SIM).with_name("orbctl")
+            result = self.run_command(str(orbctl), "doctor", options=("--tty", self.link))
+            self.assertIn("ok    users      nobody else has it open\n", result.stdout)
+            self.assertEqual(result.returncode, 0, result.stdout)
+
     def test_has_the_circumstances_of_its_scenario(self):
         with self.offered_line("serve", self.link, "--scenario", "silent"):
             with opened(self.link) as line:
