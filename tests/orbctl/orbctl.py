@@ -26,6 +26,13 @@ def processes(name, folder):
     return found
 
 
+def part_of(tests):
+    """Of all tests those that this process is to run: they wait more than they compute."""
+    each = [test for case in tests for test in case]
+    return unittest.TestSuite(each[int(os.environ.get("ORBCTL_SHARD", 0))::
+                                   int(os.environ.get("ORBCTL_SHARDS", 1))])
+
+
 class OrbctlTest(unittest.TestCase):
     maxDiff = None
 

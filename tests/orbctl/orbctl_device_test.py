@@ -4,7 +4,7 @@ import json
 import socket
 import unittest
 
-from orbctl import ORBCTL, ORB_SIM, OrbctlTest
+from orbctl import ORBCTL, ORB_SIM, OrbctlTest, part_of
 
 SILENT = ("--silent",)
 NO_DEVICE = ("--no-receiver",)
@@ -546,6 +546,10 @@ class OnTheDevice(OrbctlTest):
         result = self.run_program(ORBCTL, "--simulate", "silnt", "--", "detect")
         self.assertEqual(result.stderr, "orb-sim: there is no scenario silnt; orb-sim scenarios lists "
                          "them\n")
+
+
+def load_tests(_loader, tests, _pattern):
+    return part_of(tests)
 
 
 if __name__ == "__main__":
