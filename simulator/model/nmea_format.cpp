@@ -5,6 +5,7 @@
 #include <numeric>
 
 #include "model/gps_time.h"
+#include "model/solution.h"
 
 namespace orb::sim {
 namespace {
