@@ -7,14 +7,25 @@
 namespace {
 
 std::atomic<long> liveBlocks{0};
-std::atomic<int> allocationsUntilFailure{0};  // 0: none is to fail
+std::atomic<bool> failing{false};
+std::atomic<bool> undisturbed{false};
+std::atomic<int> allocationsUntilFailure{0};
+std::atomic<bool> laterFail{false};
 
 std::atomic<bool> noting{false};
 std::size_t notedCount = 0;
 const void* noted[orb::test::ReleasedBlocks::kCapacity];
 
+bool failsNow() {
+  if (!failing || undisturbed) {
+    return false;
+  }
+  const int left = --allocationsUntilFailure;
+  return left == 0 || (left < 0 && laterFail);
+}
+
 void* allocate(std::size_t size) {
-  if (allocationsUntilFailure > 0 && --allocationsUntilFailure == 0) {
+  if (failsNow()) {
     throw std::bad_alloc();
   }
   void* const block = std::malloc(size > 0 ? size : 1);
@@ -49,8 +60,17 @@ namespace orb::test {
 
 long liveAllocations() { return liveBlocks; }
 
-FailingAllocation::FailingAllocation(int number) { allocationsUntilFailure = number; }
-FailingAllocation::~FailingAllocation() { allocationsUntilFailure = 0; }
+FailingAllocation::FailingAllocation(int number, Later later) {
+  allocationsUntilFailure = number;
+  laterFail = later == Later::kFail;
+  failing = true;
+}
+FailingAllocation::~FailingAllocation() { failing = false; }
+
+bool FailingAllocation::hasHappened() const { return allocationsUntilFailure <= 0; }
+
+UndisturbedAllocations::UndisturbedAllocations() { undisturbed = true; }
+UndisturbedAllocations::~UndisturbedAllocations() { undisturbed = false; }
 
 ReleasedBlocks::ReleasedBlocks() {
   notedCount = 0;

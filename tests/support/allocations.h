@@ -10,13 +10,28 @@ namespace orb::test {
 /// How many blocks operator new has handed out that operator delete has not taken back.
 long liveAllocations();
 
-/// While it exists, allocation `number` fails with std::bad_alloc, 1 being the next.
+/// While it exists, allocation `number` fails with std::bad_alloc, 1 being the next; if it is to be
+/// so, all later ones do as well.
 class FailingAllocation {
  public:
-  explicit FailingAllocation(int number);
+  enum class Later { kSucceed, kFail };
+
+  explicit FailingAllocation(int number, Later later = Later::kSucceed);
   FailingAllocation(const FailingAllocation&) = delete;
   FailingAllocation& operator=(const FailingAllocation&) = delete;
   ~FailingAllocation();
+
+  /// Whether so many were asked for.
+  bool hasHappened() const;
+};
+
+/// While it exists, allocations neither fail nor are counted by a FailingAllocation.
+class UndisturbedAllocations {
+ public:
+  UndisturbedAllocations();
+  UndisturbedAllocations(const UndisturbedAllocations&) = delete;
+  UndisturbedAllocations& operator=(const UndisturbedAllocations&) = delete;
+  ~UndisturbedAllocations();
 };
 
 /// While it exists, notes the first blocks that are released, in order.
