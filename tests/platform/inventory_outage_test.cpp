@@ -10,6 +10,7 @@
 #include <chrono>
 #include <functional>
 #include <thread>
+#include <vector>
 
 #include "base/owned_descriptor.h"
 #include "dbus/inventory_interface.h"
@@ -189,6 +190,34 @@ TEST_F(InventoryBus, AnErrorIsReportedInOneLineOfPlainCharactersAndBoundedLength
     });
     expectNoModules("org.example.Error.Broken: " + reported);
   }
+}
+
+TEST_F(InventoryBus, AnAnswerMayBeHuge) {
+  const std::vector<std::uint32_t> many(4'000'000, 7);
+  const OneAnswer service([&many](sd_bus_message* call) {
+    sd_bus_message* raw = nullptr;
+    sd_bus_message_new_method_return(call, &raw);
+    const MessageHandle answer(raw);
+    sd_bus_message_append_array(answer.get(), 'u', many.data(), many.size() * sizeof many[0]);
+    return sd_bus_send(nullptr, answer.get(), nullptr);
+  });
+  EXPECT_THAT(durationOf([&] {
+                EXPECT_EQ(GDBusSystemInventoryClient().GetModuleLocations().size(), many.size());
+              }),
+              Lt(kStuck));
+}
+
+TEST_F(InventoryBus, AServiceThatGoesInMidCallHasNoModules) {
+  const OneAnswer service([](sd_bus_message* call) {
+    sd_bus_close(sd_bus_message_get_bus(call));
+    return 0;
+  });
+  EXPECT_THAT(durationOf([] {
+                expectNoModules(
+                    "org.freedesktop.DBus.Error.NoReply: Message recipient disconnected from "
+                    "message bus without replying");
+              }),
+              Lt(kStuck));
 }
 
 TEST_F(InventoryBus, AClientFindsTheServiceThatStartedLater) {
