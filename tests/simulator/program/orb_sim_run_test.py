@@ -4,11 +4,13 @@ import contextlib
 import os
 import pathlib
 import pty
+import random
 import select
 import shlex
 import shutil
 import signal
 import subprocess
+import time
 import unittest
 
 from orb_sim import (ACKNOWLEDGED, ASK_FOR_ACKNOWLEDGEMENT, ASK_FOR_VERSION, ASK_HARDWARE_ID, LIMIT,
@@ -288,6 +290,25 @@ class Killed(RunTest):
             self.assertEqual(process.wait(LIMIT), 137)
             self.assertEqual(processes_of(self.run_folder()), [])
             self.assertEqual(list(self.temporary.iterdir()), [])
+
+    # More of them on request.
+    MOMENTS = int(os.environ.get("ORB_SIM_KILLS", "10"))
+
+    def test_any_process_at_any_moment_leaves_nothing(self):
+        for number in range(self.MOMENTS):
+            chance = random.Random(number)
+            with self.subTest(number), subprocess.Popen(
+                    self.arguments((), ("sleep", "1000")), env=self.environment,
+                    stderr=subprocess.DEVNULL, start_new_session=True) as process:
+                time.sleep(chance.uniform(0, 0.3))
+                victim = chance.choice([process.pid, *sorted(processes_of(self.run_folder()))])
+                with contextlib.suppress(ProcessLookupError):
+                    os.kill(victim, signal.SIGKILL)
+                # The run goes on without its bus or its inventory, as a device does.
+                with contextlib.suppress(subprocess.TimeoutExpired):
+                    process.wait(0.5)
+                process.terminate()
+                self.assert_all_ends()
 
 
 class SeveralRuns(RunTest):
