@@ -4,10 +4,12 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
+#include <ctime>
 #include <filesystem>
 #include <iostream>
 #include <iterator>
 #include <map>
+#include <numeric>
 #include <set>
 #include <string>
 #include <vector>
@@ -17,6 +19,7 @@
 #include "orb-sim/frame.h"
 #include "orb-sim/line_conditions.h"
 #include "orb-sim/receiver.h"
+#include "support/allocations.h"
 #include "support/captured_output.h"
 #include "support/device_files.h"
 #include "support/simulated_line.h"
@@ -272,24 +275,56 @@ class Soak : public testing::TestWithParam<int> {
   static std::ptrdiff_t openDescriptors() {
     return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});
   }
+
+  /// In the long run neither memory nor the processor's time grows. Of few sessions there is no
+  /// long run; the tally itself takes a block for each name that is new in it.
+  static void expectThatTheyAreFlat(const std::vector<long>& blocks,
+                                    const std::vector<std::chrono::duration<double>>& costs) {
+    constexpr std::size_t kLongRun = 20;
+    constexpr long kTally = 150;
+    EXPECT_LE(blocks.back(), blocks.front() + kTally);
+    if (costs.size() < kLongRun) {
+      return;
+    }
+    const auto tenth = static_cast<std::ptrdiff_t>(costs.size() / 10);
+    const auto sum = [](auto first, auto last) {
+      return std::accumulate(first, last, std::chrono::duration<double>::zero());
+    };
+    EXPECT_LT(sum(costs.end() - tenth, costs.end()), 2 * sum(costs.begin(), costs.begin() + tenth));
+    EXPECT_EQ(blocks.back(), blocks[blocks.size() / 2]);
+  }
 };
+
+std::chrono::duration<double> processorTime() {
+  return std::chrono::duration<double>(static_cast<double>(std::clock()) / CLOCKS_PER_SEC);
+}
 
 TEST_P(Soak, NeverTakesAWrongValueForSuccessWhereAChecksumCanTell) {
   Tally tally;
   const std::ptrdiff_t descriptors = openDescriptors();
+  std::vector<long> blocks;                          // that are in use after each session
+  std::vector<std::chrono::duration<double>> costs;  // of each, in time of the processor
   {
     const CapturedOutput standardOutput(1);
     const CapturedOutput standardError(2);
-    for (int i = 0; i < sessionsPerShard(); ++i) {
+    const int sessions = sessionsPerShard();
+    blocks.reserve(static_cast<std::size_t>(sessions));
+    costs.reserve(static_cast<std::size_t>(sessions));
+    for (int i = 0; i < sessions; ++i) {
+      const std::chrono::duration<double> start = processorTime();
       Session(static_cast<unsigned int>(1 + GetParam() + kShards * i), tally).carryOutAll();
+      costs.push_back(processorTime() - start);
+      blocks.push_back(liveAllocations());
     }
     std::fflush(stdout);  // what the library has printed goes where it is captured
   }
   EXPECT_EQ(openDescriptors(), descriptors);
+  expectThatTheyAreFlat(blocks, costs);
   EXPECT_THAT(tally.failures, testing::IsEmpty());
   std::cout << tally.operations << " operations, " << tally.succeeded << " succeeded, "
             << tally.untroubled << " met no fault, " << tally.deceived
-            << " were deceived by a fitting checksum\n";
+            << " were deceived by a fitting checksum; " << blocks.front() << " blocks in use after "
+            << costs.front() << ", " << blocks.back() << " after the last " << costs.back() << "\n";
 
   // The test is worth something: everything happened, and most went well.
   for (int kind = 0; kind <= static_cast<int>(sim::FaultKind::SlowRestart); ++kind) {
