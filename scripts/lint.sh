@@ -1,13 +1,13 @@
 #!/bin/sh
-# Checks all sources with clang-format and clang-tidy. Only version 14 of them counts: others have
-# other opinions.
+# Checks all sources with clang-format and clang-tidy, and the product's with cppcheck. Only versions
+# 14 and 2.10 of them count: others have other opinions. gcc 12's -fanalyzer does not know C++.
 set -eu
 cd "$(dirname "$0")/.."
 
-# is_version_14 TOOL: otherwise says which version it is.
-is_version_14() {
-  "$1" --version | grep -q 'version 14\.' && return
-  echo "skipped: this is not $1 14 but $("$1" --version | grep -o 'version.*')"
+# is_version VERSION TOOL: otherwise says which version it is.
+is_version() {
+  "$2" --version | grep -q -i "\(version\|cppcheck\) $1\b" && return
+  echo "skipped: this is not $2 $1 but $("$2" --version | grep -o -i '\(version\|cppcheck\) .*')"
   return 1
 }
 
@@ -15,10 +15,18 @@ product="base board commands controller examples operation_table orbctl platform
   supervised transport"
 
 # shellcheck disable=SC2086  # the folders are words
-if is_version_14 clang-format; then
+if is_version 14 clang-format; then
   find $product include tests benchmarks \( -name '*.h' -o -name '*.cpp' \) -print0 |
     xargs -0 clang-format --dry-run -Werror
   echo "clang-format has nothing to say"
+fi
+
+# shellcheck disable=SC2086  # the folders are words
+if is_version 2.10 cppcheck; then
+  cppcheck -q --error-exitcode=1 --enable=warning,portability --std=c++20 --language=c++ \
+    --suppressions-list=scripts/cppcheck_suppressions.txt \
+    -I . -I include -I platform/include -I simulator -I simulator/include $product
+  echo "cppcheck has nothing to say"
 fi
 
 # tidy_all [OPTION...]: clang-tidy over the files that standard input names.
@@ -27,7 +35,7 @@ tidy_all() {
     { grep -v ' warnings generated' build/lint.log; exit 1; }
 }
 
-if is_version_14 clang-tidy; then
+if is_version 14 clang-tidy; then
   mkdir -p build
   cmake --preset lint > build/lint.log || { cat build/lint.log; exit 1; }
   # What is compiled: sources, and groups of the product's, which take longest.

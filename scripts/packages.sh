@@ -11,7 +11,7 @@ ORB_TEST_PACKAGES="bash binutils clang dbus-bin diffutils fish gpsbabel i2c-tool
   python3-nmea2 python3-ntp python3-smbus strace tmux util-linux valgrind zsh"
 
 # What the steps `lint` and `coverage` of ./test take besides.
-ORB_LINT_PACKAGES="clang-format clang-tidy"
+ORB_LINT_PACKAGES="clang-format clang-tidy cppcheck"
 ORB_COVERAGE_PACKAGES="gcovr"
 
 # What the benchmark takes besides building the product.

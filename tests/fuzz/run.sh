@@ -15,9 +15,12 @@ case $seconds in
     ;;
 esac
 
+limit=-max_total_time=$seconds
+[ -z "${ORB_FUZZ_RUNS:-}" ] || limit=-runs=$ORB_FUZZ_RUNS
+
 [ ! -s "$dictionary" ] || set -- "-dict=$dictionary" "$@"
 mkdir -p "$folder/inputs" "$folder/findings"
 cd "$folder"
-exec "$target" -max_total_time="$seconds" -timeout=10 -rss_limit_mb=2048 \
+exec "$target" "$limit" -timeout=10 -rss_limit_mb=2048 \
   -artifact_prefix="$folder/findings/" -print_final_stats=1 "$@" \
   "$folder/inputs" "$folder/findings" "$seeds"
