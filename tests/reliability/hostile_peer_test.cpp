@@ -88,6 +88,10 @@ TEST_P(HostilePeer, DecidesWithItsBytesAloneAtEveryLength) {
     const CapturedOutput standardError(2);
     for (std::size_t length = 0; length <= kLongestBody; ++length) {
       for (int filling = 0; filling < kFillings; ++filling) {
+        // With sanitizers, which take most of the time, one of them.
+        if (ORB_IS_SANITIZED && length % kFillings != static_cast<std::size_t>(filling)) {
+          continue;
+        }
         const sim::Bytes packet = sim::frame(reply_, body(length, filling));
         different += outcomeOf(packet) != expected(packet) ? 1 : 0;
       }
