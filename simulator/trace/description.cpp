@@ -119,13 +119,14 @@ std::string StreamCounts::text() const {
 std::string_view catalogueText(const Frame& frame) { return catalogueText(frame, 0); }
 
 std::string lineOf(const StreamItem& item) {
-  auto end = item.bytes.end();
-  while (end != item.bytes.begin() && (end[-1] == '\n' || end[-1] == '\r')) {
-    --end;
+  std::string line(item.bytes.begin(), item.bytes.end());
+  while (!line.empty() && (line.back() == '\n' || line.back() == '\r')) {
+    line.pop_back();
   }
-  const bool isLine =
-      item.length == item.bytes.size() && std::all_of(item.bytes.begin(), end, isText);
-  return isLine ? std::string(item.bytes.begin(), end) : std::string();
+  const bool isLine = item.length == item.bytes.size() &&
+                      std::all_of(line.begin(), line.end(),
+                                  [](char c) { return isText(static_cast<std::uint8_t>(c)); });
+  return isLine ? line : std::string();
 }
 
 std::string describe(const StreamItem& item) {
