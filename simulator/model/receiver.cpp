@@ -137,11 +137,10 @@ Bytes Receiver::speak(milliseconds elapsed) {
 
 void Receiver::endEpoch() {
   sinceEpoch_ = milliseconds{0};
-  State atEpoch = state_;
-  if (tellsEpochs(state_.clockRate)) {
-    // Of a clock that drifts, the line's milliseconds miss the epoch by less than one of them.
-    atEpoch.time.timeOfWeek -= sinceEpochInstant(state_.time.timeOfWeek, epochRate());
-  }
+  // Of a clock that drifts, the line's milliseconds miss the epoch by less than one of them.
+  const milliseconds late = tellsEpochs(state_.clockRate)
+                                ? sinceEpochInstant(state_.time.timeOfWeek, epochRate())
+                                : milliseconds{0};
   Draw draw(state_.seed, 0, epochs_);
   const milliseconds jitter{
       draw.below(static_cast<std::uint64_t>(state_.outputJitter.count()) + 1)};
@@ -149,7 +148,9 @@ void Receiver::endEpoch() {
   if (!outputs_.empty()) {
     due = std::max(due, outputs_.back().due);
   }
-  outputs_.push_back({due, epochOutput(atEpoch, ++epochs_)});
+  state_.time.timeOfWeek -= late;
+  outputs_.push_back({due, epochOutput(state_, ++epochs_)});
+  state_.time.timeOfWeek += late;
 }
 
 void Receiver::advance(milliseconds elapsed) {

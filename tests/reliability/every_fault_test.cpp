@@ -44,6 +44,7 @@ constexpr unsigned int kResultBits = 1 | 4 | 8;
 
 // With sanitizers, each third fault, since they take most of the time.
 constexpr int kStride = ORB_IS_SANITIZED ? 3 : 1;
+constexpr int kLeastStride = ORB_IS_SANITIZED ? 4 : 1;  // not all kinds fall on each call
 
 // Longer than any operation takes that comes to an end.
 constexpr std::chrono::minutes kForEver{10};
@@ -258,7 +259,7 @@ TEST_P(EveryFault, OfASystemCall) {
       faults += hasHappened ? 1 : 0;
     }
   }
-  EXPECT_GE(faults, GetParam().systemFaultsAtLeast / kStride);
+  EXPECT_GE(faults, GetParam().systemFaultsAtLeast / kLeastStride);
 }
 
 TEST_P(EveryFault, OfAnAllocation) {
@@ -272,7 +273,7 @@ TEST_P(EveryFault, OfAnAllocation) {
       faults += hasHappened ? 1 : 0;
     }
   }
-  EXPECT_GE(faults, GetParam().failedAllocationsAtLeast / kStride);
+  EXPECT_GE(faults, GetParam().failedAllocationsAtLeast / kLeastStride);
 }
 
 TEST(EveryFaultPage, TellsTheirNumber) {

@@ -190,10 +190,9 @@ TEST(Event, SendsTheClockBackAsAReceiverThatTakesAWeekForOneAThousandWeeksAgo) {
 }
 
 TEST(Event, LetsTheClockDriftWhichStillTellsWholeSeconds) {
-  constexpr int kSeconds = 10'000;
-  for (const auto& [drift, told] :
-       {std::pair(1.01, kSeconds + 100), std::pair(1.0001, kSeconds + 1),
-        std::pair(0.9999, kSeconds - 1), std::pair(1.0, kSeconds)}) {
+  constexpr int kSeconds = 1'000;
+  for (const auto& [drift, told] : {std::pair(1.01, kSeconds + 10), std::pair(1.001, kSeconds + 1),
+                                    std::pair(0.999, kSeconds - 1), std::pair(1.0, kSeconds)}) {
     // With the first drift, the last epoch is 11 ms old by then: no millisecond has got lost.
     const Texts times = toldIn(kSeconds * 1s + 11ms, talkative({{.at = 50ms, .clockRate = drift}}));
     EXPECT_EQ(times.size(), told);
@@ -210,9 +209,9 @@ TEST(Event, LetsADriftingClockCountEachMillisecondOnce) {
   state.clockRate = 1.01;
   sim::Receiver receiver(state);
   receiver.talkFromTheStart();
-  receiver.tick(1000s);
+  receiver.tick(100s);
   const milliseconds passed = receiver.state().time.timeOfWeek - state.time.timeOfWeek;
-  EXPECT_LE(std::chrono::abs(passed - 1010s), 1ms);
+  EXPECT_LE(std::chrono::abs(passed - 101s), 1ms);
   EXPECT_EQ(receiver.state().sinceBeginning, passed);
 }
 
