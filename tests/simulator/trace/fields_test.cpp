@@ -14,8 +14,6 @@
 namespace orb::test {
 namespace {
 
-using std::string_literals::operator""s;
-
 /// What is printed of a message's fields.
 std::string fieldsIn(sim::message::Id id, const sim::Bytes& body) {
   const sim::Bytes packet = sim::frame(id, body);
@@ -176,7 +174,8 @@ TEST(Fields, AreNamedAsFarAsTheMessageHasThem) {
     const sim::Bytes cut(body.begin(), body.begin() + static_cast<std::ptrdiff_t>(length));
     EXPECT_EQ(fieldsIn(0x2B00, cut), expected[length]);
   }
-  EXPECT_EQ(fieldsIn(0x2B00, hex("01 05 0C 00 AA BB")), expected[3] + ", attribute 0, and AA BB"s);
+  EXPECT_EQ(fieldsIn(0x2B00, hex("01 05 0C 00 AA BB")),
+            std::string(expected[3]) + ", attribute 0, and AA BB");
   EXPECT_EQ(fieldsIn(0xAF00, hex("01 00")), "mode on, and 00");
   EXPECT_EQ(fieldsIn(0xAF00, hex("01")), "mode on");
   EXPECT_EQ(fieldsIn(0xBB00, hex("01 02 03")), "") << "no field is whole";
