@@ -98,17 +98,6 @@ std::optional<std::string> standardInput(ProblemList& problems) {
   return text;
 }
 
-toml::table tableIn(const std::string& file, const std::string& source) {
-  ProblemList problems(source);
-  const std::optional<std::string> text =
-      file == kStandardStream ? standardInput(problems) : readTextFile(file, problems);
-  std::optional<toml::table> table = text ? parseToml(*text, problems) : std::nullopt;
-  if (!table) {
-    throw Failure(ExitStatus::WrongUse, problems.lines().front());
-  }
-  return *std::move(table);
-}
-
 void insert(toml::table& values, std::string_view key, const Json& value) {
   if (value.is_boolean()) {
     values.insert(key, value.get<bool>());
@@ -162,7 +151,22 @@ BackupText makeBackup(Session& session, ListReader& reader) {
 
 Backup readBackup(const std::string& file) {
   const std::string source = file == kStandardStream ? "standard input" : file;
-  const toml::table table = tableIn(file, source);
+  ProblemList problems(source);
+  const std::optional<std::string> text =
+      file == kStandardStream ? standardInput(problems) : readTextFile(file, problems);
+  if (!text) {
+    throw Failure(ExitStatus::WrongUse, problems.lines().front());
+  }
+  return backupFrom(*text, source);
+}
+
+Backup backupFrom(const std::string& text, const std::string& source) {
+  ProblemList problems(source);
+  const std::optional<toml::table> parsed = parseToml(text, problems);
+  if (!parsed) {
+    throw Failure(ExitStatus::WrongUse, problems.lines().front());
+  }
+  const toml::table& table = *parsed;
   Backup backup;
   const toml::table* const values = table["settings"].as_table();
   if (values == nullptr) {

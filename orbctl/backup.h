@@ -31,6 +31,8 @@ BackupText makeBackup(Session& session, ListReader& reader);
 
 /// Throws Failure where the file cannot be read, or holds what is no setting.
 Backup readBackup(const std::string& file);
+/// As readBackup() of the text of a file, which is called `source` in what is thrown.
+Backup backupFrom(const std::string& text, const std::string& source);
 
 bool isSurveyAsIn(Session& session, const Backup& backup);
 void restoreSurvey(Session& session, const Backup& backup);

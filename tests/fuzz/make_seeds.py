@@ -35,6 +35,7 @@ def read_catalogue():
 
 MESSAGES = list(read_catalogue())
 LONGEST_PAYLOAD = 261
+LONGEST_FILE = b"# a comment\n".ljust(1 << 20, b"#")
 NMEA = b"$GPZDA,000002.00,11,10,2024,00,00*6F\r\n"
 
 
@@ -151,7 +152,8 @@ def trace_file():
 
 
 def scenario_file():
-    return [file.read_bytes() for file in sorted((ROOT / "simulator/scenarios").glob("*.toml"))]
+    files = sorted((ROOT / "simulator/scenarios").glob("*.toml"))
+    return [file.read_bytes() for file in files] + [LONGEST_FILE]
 
 
 def inventory_file():
@@ -161,7 +163,26 @@ def inventory_file():
         b'[module.records]\nHardwareSetId = "47205318-001"\n'
         b'"Other\\u0041" = { type = 2, data = "x\\u0042" }\n',
         b'[[module]]\nlocation = 1\n[module.records]\n"null\\u0000" = "x"\n',
+        LONGEST_FILE,
     ]
+
+
+def backup_file():
+    return [
+        b'[settings]\nelevation-limit = 15\nconstellations = ["gps", "galileo"]\n'
+        b'interference-detection = true\n[survey]\nmode = "static"\nlatitude = 48.37\n'
+        b"longitude = 11.56\naltitude = 520\n",
+        b'[settings]\n[survey]\nmode = "auto"\nlength = 2000\n',
+        b"[settings]\nelevation-limit = 200\n",
+        LONGEST_FILE,
+    ]
+
+
+def worker_frames():
+    number = struct.pack("<BQ", 1, 7)
+    text = struct.pack("<BI", 3, 2) + b"ab"
+    values = struct.pack("<I", 2) + text + struct.pack("<Bd", 2, 0.5)
+    return [b"\0" + struct.pack("<I", 7) + values, b"\1\0" + number + values, b"\1\2" + text * 2]
 
 
 def elf_program(owner):
@@ -253,6 +274,8 @@ TARGETS = {
     trace_file: lambda: TRACE_WORDS,
     scenario_file: lambda: toml_words("docs/scenarios.md", r"`[^`]+`|^    .*$"),
     inventory_file: lambda: toml_words("platform/inventoryd/inventory.example.toml", r"^[^#\n]+"),
+    backup_file: lambda: toml_words("docs/orbctl.md", r"`[^`]+`|^    .*$"),
+    worker_frames: set,
     program_file: lambda: PROGRAM_WORDS,
     i2c_bus: lambda: PORT_WORDS,
 }

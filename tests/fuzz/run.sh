@@ -21,6 +21,6 @@ limit=-max_total_time=$seconds
 [ ! -s "$dictionary" ] || set -- "-dict=$dictionary" "$@"
 mkdir -p "$folder/inputs" "$folder/findings"
 cd "$folder"
-exec "$target" "$limit" -timeout=10 -rss_limit_mb=2048 \
+exec "$target" "$limit" -timeout=60 -rss_limit_mb=2048 \
   -artifact_prefix="$folder/findings/" -print_final_stats=1 "$@" \
   "$folder/inputs" "$folder/findings" "$seeds"

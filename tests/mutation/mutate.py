@@ -14,13 +14,16 @@ one survives that survivors.txt does not have, with the reason.
 
 import argparse
 import collections
+import concurrent.futures
 import dataclasses
 import fnmatch
 import hashlib
 import json
 import os
 import pathlib
+import queue
 import re
+import shlex
 import shutil
 import subprocess
 import sys
@@ -117,70 +120,116 @@ def all_sites(pattern):
                     yield Site(name, number, line, seen[line], changed)
 
 
-def run(command, limit=None):
-    return subprocess.run(command, cwd=WORK, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL,
+def run(command, folder=WORK, limit=None):
+    return subprocess.run(command, cwd=folder, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL,
                           timeout=limit, check=False).returncode
 
 
-def build():
-    return run(["cmake", "--build", str(BUILD), "--target", "orb-gnss", *ALL_PROGRAMS]) == 0
+class Library:
+    """The library's objects and commands, in the copy of the tree that is built as it stands."""
+
+    def __init__(self):
+        files = subprocess.run(["git", "ls-files", "-z"], cwd=ROOT, stdout=subprocess.PIPE, check=True)
+        shutil.rmtree(TREE, ignore_errors=True)
+        for name in files.stdout.decode().split("\0")[:-1]:
+            (TREE / name).parent.mkdir(parents=True, exist_ok=True)
+            shutil.copy2(ROOT / name, TREE / name)
+        subprocess.run(["cmake", "-S", str(TREE), "-B", str(BUILD), "-G", "Ninja",
+                        "-DCMAKE_BUILD_TYPE=Debug", "-DCMAKE_CXX_FLAGS_DEBUG=-O0",
+                        "-DORB_JOIN_SOURCES=OFF"], check=True, stdout=subprocess.DEVNULL)
+        if run(["cmake", "--build", str(BUILD), "--target", "orb-gnss", *ALL_PROGRAMS]) != 0:
+            sys.exit("the tree does not build")
+        self.compile = {}  # by source
+        for entry in json.loads((BUILD / "compile_commands.json").read_text()):
+            if "orb-gnss.dir/" in entry["command"]:
+                source = str(pathlib.Path(entry["file"]).relative_to(TREE))
+                self.compile[source] = shlex.split(entry["command"])
+        commands = subprocess.run(["ninja", "-t", "commands", "lib/liborb-gnss.so"], cwd=BUILD,
+                                  stdout=subprocess.PIPE, text=True, check=True).stdout
+        link = next(line for line in commands.splitlines() if " -shared " in line and
+                    "soname,liborb-gnss.so" in line)
+        self.link = [word for word in shlex.split(link) if word not in (":", "&&")]
+        self.unchanged = {}  # hash, by source or ""
 
 
-def library_hash():
-    return hashlib.sha256((BUILD / "lib/liborb-gnss.so.0").read_bytes()).hexdigest()
+class Workplace:
+    """Where one fault at a time is planted, and the tests run against what comes of it."""
 
+    def __init__(self, library, folder):
+        self.library_ = library
+        self.folder_ = folder
+        self.output_ = folder / "liborb-gnss.so.0"
+        shutil.rmtree(folder, ignore_errors=True)
+        folder.mkdir(parents=True)
 
-def prepare():
-    """Copies the tree, builds it and measures how long the tests take. Returns their limits."""
-    files = subprocess.run(["git", "ls-files", "-z"], cwd=ROOT, stdout=subprocess.PIPE, check=True)
-    shutil.rmtree(TREE, ignore_errors=True)
-    for name in files.stdout.decode().split("\0")[:-1]:
-        (TREE / name).parent.mkdir(parents=True, exist_ok=True)
-        shutil.copy2(ROOT / name, TREE / name)
-    subprocess.run(["cmake", "-S", str(TREE), "-B", str(BUILD), "-G", "Ninja",
-                    "-DCMAKE_BUILD_TYPE=Debug", "-DCMAKE_CXX_FLAGS_DEBUG=-O0",
-                    "-DORB_JOIN_SOURCES=OFF", "-DCMAKE_LINK_DEPENDS_NO_SHARED=ON"],
-                   check=True, stdout=subprocess.DEVNULL)
-    if not build():
-        sys.exit("the tree does not build")
-    limits = {}
-    for program in ALL_PROGRAMS:
-        start = time.monotonic()
-        if failure_of(program, None):
-            sys.exit(f"{program} fails without a fault")
-        limits[program] = 10 + 4 * (time.monotonic() - start)
-    return limits
+    def build(self, name, text):
+        """The library's hash with a text in place of a file's, or None."""
+        # A header changes every source: all of them are compiled as one.
+        changed = self.folder_ / "changed" / name
+        shutil.rmtree(self.folder_ / "changed", ignore_errors=True)
+        changed.parent.mkdir(parents=True)
+        changed.write_text(text)
+        source = name
+        if name.endswith(".h"):
+            source = sorted(self.library_.compile)[0]
+            changed = self.folder_ / "changed" / "all.cpp"
+            changed.write_text("".join(f'#include "{each}"\n' for each in sorted(self.library_.compile)))
+        compile_command = list(self.library_.compile[source])
+        original_object = compile_command[compile_command.index("-o") + 1]
+        new_object = str(self.folder_ / "changed.o")
+        compile_command[compile_command.index("-o") + 1] = new_object
+        compile_command[compile_command.index("-c") + 1] = str(changed)
+        compile_command.insert(1, f"-I{self.folder_ / 'changed'}")
+        link = list(self.library_.link)
+        link[link.index("-o") + 1] = str(self.output_)
+        if name.endswith(".h"):
+            link = [word for word in link if not word.endswith(".cpp.o")] + [new_object]
+        else:
+            link[link.index(original_object)] = new_object
+        try:
+            if run(compile_command, BUILD, 120) != 0 or run(link, BUILD) != 0:
+                return None
+        except subprocess.TimeoutExpired:
+            return None  # a loop in what the compiler computes
+        return hashlib.sha256(self.output_.read_bytes()).hexdigest()
 
+    def failure_of(self, program, limit=None):
+        """None, or which program has failed."""
+        command = ["env", "GTEST_FAIL_FAST=1", f"LD_LIBRARY_PATH={self.folder_}",
+                   str(BUILD / "tests" / program)]
+        try:
+            return program if run(command, self.folder_, limit) != 0 else None
+        except subprocess.TimeoutExpired:
+            return f"{program}, which does not end"
 
-def failure_of(program, limit):
-    """None, or which program has failed."""
-    try:
-        command = ["env", "GTEST_FAIL_FAST=1", str(BUILD / "tests" / program)]
-        return program if run(command, limit) != 0 else None
-    except subprocess.TimeoutExpired:
-        return f"{program}, which does not end"
+    def limits(self):
+        """How long each program may take, from how long it takes without a fault."""
+        limits = {}
+        for program in ALL_PROGRAMS:
+            start = time.monotonic()
+            if self.failure_of(program):
+                sys.exit(f"{program} fails without a fault")
+            limits[program] = 60 + 10 * (time.monotonic() - start)
+        return limits
 
-
-def outcome(site, limits, unchanged):
-    """What becomes of a fault: the program that catches it, or why none does."""
-    file = TREE / site.file
-    original = file.read_text()
-    lines = original.split("\n")
-    lines[site.number] = site.changed
-    file.write_text("\n".join(lines))
-    try:
-        if not build():
+    def outcome(self, site, limits):
+        """What becomes of a fault: the program that catches it, or why none does."""
+        lines = (TREE / site.file).read_text().split("\n")
+        unchanged = self.library_.unchanged
+        if site.file not in unchanged:
+            unchanged[site.file] = self.build(site.file, "\n".join(lines))
+        lines[site.number] = site.changed
+        built = self.build(site.file, "\n".join(lines))
+        if built is None:
             return "does not compile"
-        if library_hash() == unchanged:
+        if built == unchanged[site.file]:
             return "changes nothing"
         first = PROGRAMS[site.file.split("/")[0]]
         for program in first + [other for other in ALL_PROGRAMS if other not in first]:
-            failure = failure_of(program, limits[program])
+            failure = self.failure_of(program, limits[program])
             if failure:
                 return failure
         return "survives"
-    finally:
-        file.write_text(original)
 
 
 def known_results():
@@ -200,6 +249,8 @@ def main():
     parser = argparse.ArgumentParser(description=__doc__.split("\n")[0])
     parser.add_argument("--every", type=int, default=1, metavar="N", help="only each N-th fault")
     parser.add_argument("--files", default="*", metavar="PATTERN", help="such as 'commands/*'")
+    parser.add_argument("--jobs", type=int, default=os.cpu_count(), metavar="N",
+                        help="faults that are tried at once")
     options = parser.parse_args()
 
     WORK.mkdir(parents=True, exist_ok=True)
@@ -208,15 +259,27 @@ def main():
     results = known_results()
     missing = [site for site in sites if site.key() not in results]
     if missing:
-        limits = prepare()
-        unchanged = library_hash()
-    with RESULTS.open("a") as kept:
-        for done, site in enumerate(missing, 1):
-            result = outcome(site, limits, unchanged)
-            results[site.key()] = result
-            kept.write(json.dumps({"fault": site.key(), "outcome": result}) + "\n")
-            kept.flush()
-            print(f"{done}/{len(missing)} {result}: {site}", flush=True)
+        library = Library()
+        workplaces = queue.SimpleQueue()
+        for number in range(options.jobs):
+            workplaces.put(Workplace(library, WORK / f"workplace-{number}"))
+        first = workplaces.get()
+        limits = first.limits()
+        workplaces.put(first)
+
+        def outcome(site):
+            workplace = workplaces.get()
+            try:
+                return workplace.outcome(site, limits)
+            finally:
+                workplaces.put(workplace)
+
+        with RESULTS.open("a") as kept, concurrent.futures.ThreadPoolExecutor(options.jobs) as pool:
+            for done, (site, result) in enumerate(zip(missing, pool.map(outcome, missing)), 1):
+                results[site.key()] = result
+                kept.write(json.dumps({"fault": site.key(), "outcome": result}) + "\n")
+                kept.flush()
+                print(f"{done}/{len(missing)} {result}: {site}", flush=True)
 
     outcomes = [results[site.key()] for site in sites]
     survivors = [site for site, result in zip(sites, outcomes) if result == "survives"]
