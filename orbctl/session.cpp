@@ -173,7 +173,8 @@ void Session::checkLastCall(const std::string& operation) {
       throw Failure(ExitStatus::Held, call.problem,
                     "wait for it to end, or give more time with --deadline");
     case Ending::NotStarted:
-      throw Failure(ExitStatus::NotSent, call.problem, "the installation is not complete");
+      throw Failure(ExitStatus::NotSent, call.problem,
+                    "the installation is not complete, or a limit is too low (ulimit -a)");
     case Ending::WorkerEnded:
       throw Failure(ExitStatus::NoReply, call.problem, "try again; the line is free");
     case Ending::DeadlineMissed:

@@ -39,7 +39,7 @@ SURVIVORS = pathlib.Path(__file__).with_name("survivors.txt")
 FOLDERS = ["protocol", "transport", "controller", "commands", "board"]
 # The quickest ones that are likely to see a fault first.
 PROGRAMS = {
-    "protocol": ["catalogue_test", "protocol_test", "serial_channel_test"],
+    "protocol": ["protocol_test", "serial_channel_test", "catalogue_test"],
     "transport": ["serial_channel_test", "protocol_test", "serial_line_test"],
     "controller": ["controller_test"],
     "commands": ["commands_test", "controller_test"],
@@ -195,7 +195,7 @@ class Workplace:
 
     def failure_of(self, program, limit=None):
         """None, or which program has failed."""
-        command = ["env", "GTEST_FAIL_FAST=1", f"LD_LIBRARY_PATH={self.folder_}",
+        command = ["env", "GTEST_FAIL_FAST=1", "ORB_TEST_TIMEOUT=40", f"LD_LIBRARY_PATH={self.folder_}",
                    str(BUILD / "tests" / program)]
         try:
             return program if run(command, self.folder_, limit) != 0 else None
@@ -275,7 +275,9 @@ def main():
                 workplaces.put(workplace)
 
         with RESULTS.open("a") as kept, concurrent.futures.ThreadPoolExecutor(options.jobs) as pool:
-            for done, (site, result) in enumerate(zip(missing, pool.map(outcome, missing)), 1):
+            waiting = {pool.submit(outcome, site): site for site in missing}
+            for done, ended in enumerate(concurrent.futures.as_completed(waiting), 1):
+                site, result = waiting[ended], ended.result()
                 results[site.key()] = result
                 kept.write(json.dumps({"fault": site.key(), "outcome": result}) + "\n")
                 kept.flush()

@@ -1,6 +1,7 @@
 """What orbctl does on the simulated device, in success and in each kind of failure."""
 
 import json
+import os
 import socket
 import unittest
 
@@ -309,6 +310,14 @@ class OnTheDevice(OrbctlTest):
         self.check(result, 7, "", "orbctl: cannot write saved.toml: File too large\n")
         self.assertEqual((self.folder / "saved.toml").read_text(), "old")
         self.assertEqual(list(self.folder.glob("saved*")), [self.folder / "saved.toml"])
+
+    @unittest.skipIf(os.environ.get("ORB_SANITIZE"), "sanitizers take descriptors of their own")
+    def test_ends_in_order_where_descriptors_are_few(self):
+        tries = "".join(f"(ulimit -n {limit}; exec {ORBCTL} get elevation-limit); echo $?; "
+                        for limit in range(4, 17))
+        output = self.shell(tries).stdout.replace("5 degrees\n0\n", "done\n").split()
+        self.assertEqual(sorted(set(output)), ["4", "done"])
+        self.assertEqual(output, sorted(output))
 
     def test_says_what_was_changed_before_a_failure(self):
         (self.folder / "wanted.toml").write_text(

@@ -245,6 +245,27 @@ TEST(SupervisedController, OutlivesAWorkerWithoutMemory) {
   EXPECT_EQ(receiver.getInfo(info), 0U);
 }
 
+TEST(SupervisedController, IsOfUseAgainOnceThereAreDescriptors) {
+  rlimit usual{};
+  ASSERT_EQ(::getrlimit(RLIMIT_NOFILE, &usual), 0);
+  const OwnedDescriptor lowest(::open("/dev/null", O_RDONLY | O_CLOEXEC));
+  unsigned int refusals = 0;
+  for (rlim_t spare = 0; spare < 12; ++spare) {
+    const rlimit few{static_cast<rlim_t>(lowest.get()) + 1 + spare, usual.rlim_max};
+    ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &few), 0);
+    orbSupervisedController receiver;
+    std::string info;
+    const unsigned int result = receiver.getInfo(info);
+    EXPECT_TRUE(result == 0 || result == 8) << result;
+    refusals += result != 0 ? 1 : 0;
+    ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &usual), 0);
+    EXPECT_EQ(receiver.getInfo(info), 0U) << spare;
+    EXPECT_NE(info, "");
+  }
+  EXPECT_GT(refusals, 0U);
+  EXPECT_LT(refusals, 12U);
+}
+
 TEST(SupervisedController, RefusesAnArgumentThatIsTooLong) {
   orbSupervisedController receiver;
   std::string info(std::size_t{8} << 20, 'x');

@@ -90,6 +90,27 @@ class Command(RunTest):
                 self.assertEqual(result.returncode, 125)
                 self.assert_nothing_is_left()
 
+    def test_is_not_run_where_processes_are_few_and_nothing_is_left(self):
+        # The kernel does not limit root's processes; nobody's are as good as none but this test's.
+        as_other = ["setpriv", "--reuid=65534", "--regid=65534", "--clear-groups"]
+        if os.geteuid() != 0 or self.run_program(*as_other, ORB_SIM, "--version").returncode:
+            self.skipTest("needs root's right to run orb-sim as another user")
+        for folder in (self.folder, self.temporary):
+            os.chown(folder, 65534, 65534)
+        statuses = []
+        for limit in (*range(8), 500):
+            with self.subTest(limit):
+                result = self.run_program(*as_other, "prlimit", f"--nproc={limit}", "--",
+                                          *self.arguments((), ("echo", "done")))
+                statuses.append(result.returncode)
+                self.assert_nothing_is_left()
+                if result.returncode == 0:
+                    self.assertEqual(result.stdout, "done\n")
+                else:
+                    self.assertIn(result.returncode, (125, 126))
+                    self.assertIn("Resource temporarily unavailable", result.stderr)
+        self.assertEqual((statuses[0], statuses[-1]), (125, 0))
+
     def test_finds_no_signal_blocked(self):
         self.assertEqual(self.run_shell("grep SigBlk /proc/self/status").split()[1], "0" * 16)
 
