@@ -46,7 +46,8 @@ PROGRAMS = {
     "board": ["board_test", "controller_test"],
 }
 ALL_PROGRAMS = ["catalogue_test", "protocol_test", "serial_channel_test", "board_test",
-                "controller_test", "serial_line_test", "commands_test", "waiting_test"]
+                "controller_test", "serial_line_test", "commands_test", "waiting_test",
+                "assembler_reference_test"]
 LOWEST_SHARE = 0.97
 
 SWAPS = [("==", "!="), ("!=", "=="), ("<=", "<"), (">=", ">"), (" < ", " <= "), (" > ", " >= "),

@@ -112,6 +112,11 @@ TEST_F(MessageBuilder, GoesOnWhereAPacketHasEnded) {
   }
 }
 
+TEST_F(MessageBuilder, LooksAtNothingBeforeTheBuffer) {
+  update(hex("A1") + kAck);
+  EXPECT_EQ(counts(), (Counts{.good = 1, .acknowledged = 1}));
+}
+
 TEST_F(MessageBuilder, TellsWhereAFalseHeaderHasStoppedIt) {
   EXPECT_EQ(update(kAck + hex("A0 A1 FF FF 83 00") + kOtherAck + kRefusal), 8u);
 }

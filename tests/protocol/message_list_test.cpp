@@ -164,7 +164,8 @@ TEST(MessageListMemory, IsAllReleased) {
 
 TEST_F(MessageList, IsUsableAfterItWasEmptied) {
   list_.Empty();
-  add({acknowledgement()});
+  add({acknowledgement(), refusal(), refusal(), refusal()});
+  delete list_.getMessage();
   list_.Empty();
   ORBMessage* const later = refusal();
   add({later});
