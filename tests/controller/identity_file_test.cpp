@@ -50,6 +50,15 @@ TEST_F(IdentityFile, HasNoInfoWhenTheReceiverDoesNotAnswerAnyMore) {
   expectFile("OK", "");
 }
 
+TEST_F(IdentityFile, HasTheRightsThatTheUmaskLeaves) {
+  const mode_t usual = ::umask(S_IWOTH);
+  orbController facade;
+  facade.saveorbitekChipInfo();
+  ::umask(usual);
+  EXPECT_EQ(std::filesystem::status(files_.identityFile).permissions(),
+            std::filesystem::perms{0664});
+}
+
 TEST_F(IdentityFile, IsLeftByteForByteWhenItExists) {
   using std::string_literals::operator""s;
   for (const std::string& content : {"anything at all\0\xFF, without end of line"s, ""s}) {
