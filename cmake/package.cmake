@@ -21,4 +21,4 @@ configure_file(cmake/orb-gnss.pc.in ${PROJECT_BINARY_DIR}/orb-gnss.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/orb-gnss.pc
   DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT development)
 
-install(DIRECTORY docs/ DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT runtime)
+add_subdirectory(docs)

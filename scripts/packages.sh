@@ -3,12 +3,15 @@
 # What building and running the product takes.
 ORB_BUILD_PACKAGES="g++ cmake ninja-build pkg-config libsystemd-dev libtomlplusplus-dev
   libcli11-dev libeigen3-dev libfmt-dev libncurses-dev nlohmann-json3-dev
-  dbus-daemon"
+  dbus-daemon python3"
 
 # What testing it takes besides.
 ORB_TEST_PACKAGES="bash binutils clang dbus-bin diffutils fish gpsbabel i2c-tools iproute2
   libclang-rt-dev libgmock-dev libgtest-dev locales mandoc procps python3 python3-jsonschema
   python3-nmea2 python3-ntp python3-smbus strace tmux util-linux valgrind zsh"
+
+# What making the reference of the headers takes besides: a test makes it.
+ORB_DOC_PACKAGES="doxygen python3"
 
 # What the steps `lint` and `coverage` of ./test take besides.
 ORB_LINT_PACKAGES="clang-format clang-tidy cppcheck"

@@ -3,9 +3,12 @@
 #include "orb-gnss/export.h"
 #include "orb-gnss/packet.h"
 
+/// \file
+/// The messages of the receiver's protocol, in words. Any thread may use all of it.
+
 /// One message of the receiver's protocol.
 struct ORBMessageInfo {
-  ORBMsgId msgId;
+  ORBMsgId msgId;            ///< id and sub-id
   unsigned short minLength;  ///< smallest accepted payload length
   unsigned short maxLength;  ///< largest accepted payload length
   unsigned short reserved;   ///< always 0

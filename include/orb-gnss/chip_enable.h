@@ -4,7 +4,7 @@
 
 #include "orb-gnss/export.h"
 
-/// What the board can do for the receiver chip.
+/// What the board can do for the receiver chip. One thread at a time uses an object.
 class ORB_GNSS_EXPORT OrbChipEnableInterface {
  public:
   virtual ~OrbChipEnableInterface();

@@ -13,7 +13,8 @@
 /// and the receiver answers on the serial line, the chip is reset once and every operation goes to
 /// the module's driver. Otherwise every operation goes to a null controller, which accepts every
 /// call and does nothing: construction does not fail for lack of a receiver. It waits for ever,
-/// though, on a line that carries no byte at all (see orbIO::ReceiveMessage).
+/// though, on a line that carries no byte at all (see orbIO::ReceiveMessage). One thread at a time
+/// uses a controller, and one controller at a time the line.
 class ORB_GNSS_EXPORT orbController : public ORBControlInterface {
  public:
   /// Looks for the receiver on /dev/tty_gps. What the platform classes throw is passed on.
@@ -128,10 +129,12 @@ class ORB_GNSS_EXPORT orbController : public ORBControlInterface {
   /// file as saveorbitekChipInfo() does. IsOrbitek() and the chip interface stay as they were.
   void checkorbitekCheckId();
 
-  // The fields that parserGnssChipInfo() kept last, such as "KernelVersion 1.0.12"; else empty.
-
+  /// The field "KernelVersion" that parserGnssChipInfo() kept last, such as "KernelVersion 1.0.12";
+  /// empty before.
   const std::string& kernelVersionField() const;
+  /// The field "ODMVersion", likewise.
   const std::string& odmVersionField() const;
+  /// The field "Revision", likewise.
   const std::string& revisionField() const;
 
  private:

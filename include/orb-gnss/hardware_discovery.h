@@ -4,8 +4,10 @@
 
 #include "orb-gnss/export.h"
 
-// What the device's inventory says of a module location. Each call asks anew. An empty location
-// answers false or an empty text. What the platform classes throw is passed on.
+/// \file
+/// What the device's inventory says of a module location. Each call asks anew, with an object of
+/// its own, so that any thread may call. An empty location answers false or an empty text. What the
+/// platform classes throw is passed on.
 
 /// Whether a module is fitted at `location`.
 ORB_GNSS_EXPORT bool checkAddress(int location);

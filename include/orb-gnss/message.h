@@ -7,7 +7,7 @@
 #include "orb-gnss/packet.h"
 
 /// One message, held as a complete packet that is ready to be sent: the checksum is kept valid
-/// after every change.
+/// after every change. One thread at a time uses a message.
 class ORB_GNSS_EXPORT ORBMessage {
  public:
   /// A message of identity `type` with `payloadLength` bytes of payload (id, sub-id and body).
@@ -31,12 +31,14 @@ class ORB_GNSS_EXPORT ORBMessage {
   unsigned long getPayloadLength() const;
   /// The payload; its first byte is the message id.
   unsigned char* getPayloadData();
+  /// The same, of a message that is not changed.
   const unsigned char* getPayloadData() const;
 
   /// Number of packet bytes: the payload length and 7.
   unsigned long getPacketLength() const;
   /// The packet; its first byte is the first start byte.
   unsigned char* getPacketData();
+  /// The same, of a message that is not changed.
   const unsigned char* getPacketData() const;
 
   /// Sets body byte `index` (0 is the first byte after the id or sub-id), renews the checksum and
@@ -64,10 +66,11 @@ class ORB_GNSS_EXPORT ORBMessage {
   /// flushes it. std::cout is left in decimal with the fill character '0'.
   void showPacket() const;
 
-  /// Construction in steps, used by the constructor: allocates a packet filled with zeros for
-  /// `payloadLength`, then writes the fields and, unless `data` is null, the body.
+  /// Used by the constructor: allocatePacketDataBuffer(), then constructPacket().
   void buildMessage(const unsigned char* data, unsigned long payloadLength);
+  /// Allocates a packet filled with zeros for `payloadLength` bytes of payload.
   void allocatePacketDataBuffer(unsigned long payloadLength);
+  /// Writes the fields and, unless `data` is null, the body.
   void constructPacket(const unsigned char* data, unsigned long payloadLength);
 
  private:

@@ -8,7 +8,7 @@
 /// A packet counts when its id and sub-id stand in the catalogue and its checksum is right; its
 /// length is not compared with the catalogue's limits, and its end bytes are not read. The builder
 /// keeps nothing of a buffer: called again with a buffer that has grown, it lists, and counts, the
-/// packets in it again.
+/// packets in it again. One thread at a time uses a builder and its list.
 class ORB_GNSS_EXPORT ORBMessageBuilder {
  public:
   /// Messages go into `list`, which outlives the builder and stays the caller's.
@@ -40,6 +40,7 @@ class ORB_GNSS_EXPORT ORBMessageBuilder {
   /// Good negative acknowledgements (0x8400).
   unsigned int getNakMessageCount() const;
 
+  /// Sets the five counts to 0.
   void resetMessageCounters();
 
  private:

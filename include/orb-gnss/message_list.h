@@ -7,7 +7,7 @@
 #include "orb-gnss/message.h"
 
 /// Received messages, newest first. The list owns what it holds; a message that is taken out
-/// belongs to the caller, who deletes it.
+/// belongs to the caller, who deletes it. One thread at a time uses a list.
 class ORB_GNSS_EXPORT ORBMessageList {
  public:
   ORBMessageList();
@@ -24,6 +24,7 @@ class ORB_GNSS_EXPORT ORBMessageList {
   /// Takes out the newest message of identity `value`; null when there is none.
   ORBMessage* findFirstOfMessage(ORBMessageMsgValue value);
 
+  /// Whether there is no message.
   bool isEmpty() const;
 
   /// Deletes all messages, newest first.

@@ -3,7 +3,7 @@
 #include "orb-gnss/export.h"
 #include "orb-gnss/message.h"
 
-/// A channel on which messages are exchanged with the receiver.
+/// A channel on which messages are exchanged with the receiver. One thread at a time uses it.
 class ORB_GNSS_EXPORT ORBMessagingInterface {
  public:
   /// Sends a message, which stays the caller's. Returns 0, or -1 when it could not be sent whole.

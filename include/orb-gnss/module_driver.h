@@ -32,7 +32,7 @@ using obt_DynamicState_t = unsigned int;
 /// The device is opened for each command and closed after it. On a line that stays silent a query
 /// does not return (see orbIO::ReceiveMessage). A failed exchange adds one line to
 /// /var/log/orbset-errors.log; a log that cannot be opened is silent and no error. "Prints" means
-/// to standard output.
+/// to standard output. One thread at a time uses a driver, and one driver at a time the line.
 class ORB_GNSS_EXPORT orbController_QN4470T01 : public ORBControlInterface {
  public:
   orbController_QN4470T01();

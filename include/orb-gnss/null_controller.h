@@ -8,7 +8,7 @@
 /// its arguments, sends nothing and logs nothing. So setters report success without effect, and
 /// getters report success and leave what the caller had. Two operations differ: gpsObtSetMsgType()
 /// answers 1; timeStamp() throws std::logic_error. The 0 of gpsObtChipDetect() means that no
-/// receiver is there.
+/// receiver is there. Any thread may call.
 class ORB_GNSS_EXPORT orbController_null : public ORBControlInterface {
  public:
   orbController_null();

@@ -1,6 +1,16 @@
 #pragma once
 
-// The whole interface of liborb-gnss. A client needs orbController alone.
+/// \mainpage
+/// orbController is the receiver as a client sees it, and orbSupervisedController the same with a
+/// deadline for each call; ORBControlInterface describes the operations of both, with results,
+/// units and ranges, and orbController_QN4470T01 the further ones of the module's driver. Clients
+/// need no more.
+///
+/// What orbController learns of the device comes from the classes of orb-platform/orb-platform.h,
+/// which a board can bring itself. orb::sim has the simulated receiver, for test programs.
+
+/// \file
+/// The whole interface of liborb-gnss.
 
 #include "orb-gnss/catalogue.h"
 #include "orb-gnss/chip_enable.h"

@@ -2,19 +2,21 @@
 
 #include "orb-gnss/export.h"
 
-// Packet layout, L being the payload length that the packet carries:
-//
-//   offset   width  content
-//   0        2      start bytes A0 A1
-//   2        2      L, big-endian: counts the id, the sub-id where there is one, and the body
-//   4        1      message id
-//   5        1      sub-id, for message ids 0x62 .. 0x6F only
-//   5 or 6          body
-//   4 + L    1      checksum: exclusive-or of the L payload bytes
-//   5 + L    2      end bytes 0D 0A
-//
-// The functions below write and read these fields in a plain buffer. They check no bounds: the
-// buffer holds at least L + 7 bytes.
+/// \file
+/// The fields of a packet, L being the payload length that the packet carries:
+///
+/// | offset | width | content |
+/// |---|---|---|
+/// | 0 | 2 | start bytes A0 A1 |
+/// | 2 | 2 | L, big-endian: counts the id, the sub-id where there is one, and the body |
+/// | 4 | 1 | message id |
+/// | 5 | 1 | sub-id, for message ids 0x62 .. 0x6F only |
+/// | 5 or 6 | | body |
+/// | 4 + L | 1 | checksum: exclusive-or of the L payload bytes |
+/// | 5 + L | 2 | end bytes 0D 0A |
+///
+/// The functions write and read these fields in a plain buffer. They check no bounds: the buffer
+/// holds at least L + 7 bytes. Any thread may call them, on a buffer of its own.
 
 /// A message's identity as two bytes.
 struct ORBMsgId {

@@ -17,8 +17,8 @@
 /// tools (LCK..tty_gps in /run/lock or /var/lock), so that processes that keep to it take turns.
 ///
 /// No process is left behind, whatever ends this one. Nothing the library prints reaches standard
-/// output or standard error; lastCall() has it. Use -lorb-gnss-supervised, or the CMake target
-/// orb-gnss::supervised.
+/// output or standard error; lastCall() has it. Link `-lorb-gnss-supervised`, or the target
+/// "supervised" of the CMake package orb-gnss.
 ///
 /// Each operation is described at ORBControlInterface, and returns the same; one that did not come
 /// to its end in time adds the bit 4, one for which the line could not be had or no worker could be
@@ -49,15 +49,15 @@ class ORB_GNSS_EXPORT orbSupervisedController : public ORBControlInterface {
 
   /// What is known of a call besides its result.
   struct Call {
-    Ending ending = Ending::Done;
-    Line line = Line::NotListened;
+    Ending ending = Ending::Done;   ///< how it ended
+    Line line = Line::NotListened;  ///< what was heard after a missed deadline
     /// In words, what went wrong and what was heard; empty for a call that was done.
     std::string problem;
     /// Why the line was not locked; empty where it was.
     std::string warning;
     /// What the library printed during the call.
     std::string standardOutput;
-    std::string standardError;
+    std::string standardError;  ///< the same, on standard error
   };
 
   /// Starts nothing yet: the first call does, and looks for module and receiver as orbController

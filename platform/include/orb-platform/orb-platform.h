@@ -1,5 +1,6 @@
 #pragma once
 
+/// \file
 /// The classes through which the library sees the device it runs on: its inventory of modules and
 /// its I2C buses. The reference implementation is `liborb-platform.so.0`; a device with services of
 /// its own installs another library under that name, built against these headers.

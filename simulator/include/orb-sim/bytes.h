@@ -5,10 +5,13 @@
 #include <cstdint>
 #include <vector>
 
+/// The simulated receiver, its faults, lines, scenarios and traces, for test programs.
 namespace orb::sim {
 
+/// Bytes of the line.
 using Bytes = std::vector<std::uint8_t>;
 
+/// Adds `more` at the end.
 inline void append(Bytes& bytes, const Bytes& more) {
   bytes.insert(bytes.end(), more.begin(), more.end());
 }

@@ -50,17 +50,18 @@ enum class FaultTarget : std::uint8_t { Reply, Acknowledgement, Both };
 
 /// When which fault occurs.
 struct FaultRule {
+  /// As `times`: without limit.
   static constexpr std::size_t kUnlimited = static_cast<std::size_t>(-1);
 
-  FaultKind kind = FaultKind::NoReply;
-  FaultTarget target = FaultTarget::Reply;
-  std::optional<std::uint16_t> message{};  ///< the client's message; none: every message
-  std::size_t first = 1;                   ///< the first occurrence that counts, from 1
-  std::size_t every = 1;                   ///< from there on, each so-many-th
-  std::size_t times = kUnlimited;          ///< and at most so often
-  double chance = 1;                       ///< 0 to 1
-  std::chrono::milliseconds delay{0};
-  std::size_t length = 0;
+  FaultKind kind = FaultKind::NoReply;      ///< what goes wrong
+  FaultTarget target = FaultTarget::Reply;  ///< with which frames
+  std::optional<std::uint16_t> message{};   ///< the client's message; none: every message
+  std::size_t first = 1;                    ///< the first occurrence that counts, from 1
+  std::size_t every = 1;                    ///< from there on, each so-many-th
+  std::size_t times = kUnlimited;           ///< and at most so often
+  double chance = 1;                        ///< 0 to 1
+  std::chrono::milliseconds delay{0};       ///< as the kind uses it
+  std::size_t length = 0;                   ///< bytes or sentences, as the kind uses it
 };
 
 /// A device between a receiver and its line that spoils its answers by rules.

@@ -15,8 +15,8 @@ namespace orb::sim {
 struct Frame {
   Bytes payload;  ///< Id byte, sub-id byte where there is one, body; never empty.
 
-  std::uint16_t id() const;
-  Bytes body() const;
+  std::uint16_t id() const;  ///< id byte and sub-id byte as one number
+  Bytes body() const;        ///< what follows them
 
   /// The whole packet as it stands on the line.
   Bytes packet() const;
@@ -36,12 +36,13 @@ Bytes refuse(std::uint16_t id);
 
 /// Cuts a byte stream into frames. Any stream will do: noise is skipped, a frame may arrive in any
 /// number of pieces, and a damaged frame costs its first byte only, so that a good frame inside
-/// the length that it claims is found.
+/// the length that it claims is found. One thread at a time uses a reader.
 class FrameReader {
  public:
   /// The longest payload of any message; a longer length field is taken for noise.
   static constexpr std::size_t kLongestPayload = 261;
 
+  /// What became of the bytes so far.
   struct Counts {
     std::size_t frames = 0;        ///< good frames
     std::size_t badLengths = 0;    ///< start bytes with a length of 0 or above kLongestPayload
@@ -59,6 +60,7 @@ class FrameReader {
   /// Gives up the incomplete frame; returns the good frames that follow its start.
   std::vector<Frame> abandon();
 
+  /// Counted since construction.
   const Counts& counts() const { return counts_; }
 
  private:

@@ -35,8 +35,10 @@ namespace orb::sim {
 /// a device sends one after the other are, where the line has more to say meanwhile.
 class PtyLine {
  public:
+  /// The clock that times the device.
   using Clock = std::chrono::steady_clock;
 
+  /// How long the waits below last at most.
   static constexpr std::chrono::milliseconds kLimit{5000};
 
   /// Plugs in `device`, which must outlive the line. With `link`, a symbolic link of that name
@@ -53,11 +55,13 @@ class PtyLine {
   /// All bytes that clients have written since the start or the last forgetReceived(). So that a
   /// line may serve for ever, the oldest go: it keeps 2^20 bytes, and 2^16 packets to wait for.
   Bytes received() const;
+  /// Begins anew with what received() returns and the waits count.
   void forgetReceived();
 
-  /// Wait until clients have written so many bytes, or `count` packets of a message, and the device
-  /// has seen them. False when that took longer than `limit`.
+  /// Waits until clients have written so many bytes, and the device has seen them. False when that
+  /// took longer than `limit`.
   [[nodiscard]] bool waitForBytes(std::size_t count, std::chrono::milliseconds limit = kLimit);
+  /// Waits likewise for `count` packets of message `id`.
   [[nodiscard]] bool waitForMessage(std::uint16_t id, std::size_t count = 1,
                                     std::chrono::milliseconds limit = kLimit);
 

@@ -12,14 +12,16 @@ namespace orb::sim {
 
 /// What happens at a timing output.
 struct PulseEvent {
+  /// What happens.
   enum class Kind : std::uint8_t {
     Rising,     ///< a pulse of the 1PPS output begins
     Falling,    ///< it ends
     Frequency,  ///< the frequency of the second output is now this one
   };
+  /// A moment in UTC.
   using Time = std::chrono::time_point<std::chrono::system_clock, std::chrono::nanoseconds>;
 
-  Kind kind = Kind::Rising;
+  Kind kind = Kind::Rising;     ///< what happens
   Time utc;                     ///< by the receiver's clock
   bool inLeapSecond = false;    ///< it is 23:59:60, and `utc` in the first second of the next day
   std::uint32_t frequency = 0;  ///< Hz

@@ -39,6 +39,7 @@ class Receiver : public Device {
   /// A frame that stays incomplete for so long without another byte is given up.
   static constexpr std::chrono::milliseconds kFrameTimeout{1000};
 
+  /// As constructed it is long since up, with these settings saved.
   explicit Receiver(State state = {})
       : state_(std::move(state)), saved_(static_cast<const Settings&>(state_)) {
     followSettings();

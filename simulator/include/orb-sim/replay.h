@@ -28,17 +28,20 @@ namespace orb::sim {
 /// up.
 class ReplayDevice : public Device {
  public:
+  /// When an answer comes.
   enum class Pace {
-    Recorded,
-    Fast,  ///< What came within a second comes at once.
+    Recorded,  ///< With its recorded delays.
+    Fast,      ///< What came within a second comes at once.
   };
 
+  /// What comes within this time of a packet is its answer.
   static constexpr std::chrono::milliseconds kAnswerTime{1000};
 
   /// Is called with each packet that the trace does not have, and returns the answer. It must not
   /// call the device.
   using AnswerUnknown = std::function<Bytes(const Frame& packet)>;
 
+  /// The receiver's side of `trace`.
   explicit ReplayDevice(
       const std::vector<TraceRecord>& trace, Pace pace = Pace::Recorded,
       AnswerUnknown answerUnknown = [](const Frame& packet) { return refuse(packet.id()); });

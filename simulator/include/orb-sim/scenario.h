@@ -26,25 +26,25 @@ State ordinaryState();
 struct Scenario {
   /// What there is at the far end of the serial line.
   enum class Presence : std::uint8_t {
-    Answering,
-    Silent,  ///< the line is there, and no byte ever comes from it
-    Absent,  ///< there is no line
+    Answering,  ///< a receiver that answers
+    Silent,     ///< the line is there, and no byte ever comes from it
+    Absent,     ///< there is no line
   };
 
   std::string description;  ///< one sentence
-  std::uint64_t seed = 1;
+  std::uint64_t seed = 1;   ///< decides all that is left to chance
 
   /// What the inventory says of module location 1; nothing where no module is fitted.
   std::optional<std::string> hardwareId = kFittedModule;
 
-  Presence presence = Presence::Answering;
-  bool talksFromTheStart = false;  ///< else it is silent until it has first been spoken to
-  bool startsCold = false;         ///< else it has its fix from the start
+  Presence presence = Presence::Answering;  ///< what there is at the far end
+  bool talksFromTheStart = false;           ///< else it is silent until it has first been spoken to
+  bool startsCold = false;                  ///< else it has its fix from the start
   /// At the moment that the device is constructed, its clock is set to the system's.
   bool startsNow = false;
-  State state = ordinaryState();
-  LineConditions line;
-  std::vector<FaultRule> faults;
+  State state = ordinaryState();  ///< the receiver at the start
+  LineConditions line;            ///< how slow and noisy its line is
+  std::vector<FaultRule> faults;  ///< what goes wrong with its answers
 };
 
 /// Reads a scenario from a TOML file (see docs/scenarios.md). Throws std::runtime_error with one
@@ -73,8 +73,9 @@ class ScenarioDevice : public Device {
   /// Switches the supply of the antenna, without which the receiver hears no satellites.
   void supplyAntenna(bool on);
 
-  /// A copy of the receiver's state, and the faults that have happened.
+  /// A copy of the receiver's state.
   State state() const;
+  /// The faults that have happened.
   std::vector<FaultyDevice::Event> events() const;
 
   /// See Receiver::listenToPulses().

@@ -33,12 +33,15 @@ class Script : public Device {
 
   /// Without a device, what no rule answers is met with silence.
   Script() = default;
+  /// In front of `device`, which must outlive this.
   explicit Script(Device& device) : device_(&device) {}
 
-  /// A rule for a message, for one exact packet, or for every packet. It comes into force as a
-  /// whole when the Rule is destroyed: at the end of the statement.
+  /// A rule for a message. It comes into force as a whole when the Rule is destroyed: at the end of
+  /// the statement.
   Rule on(std::uint16_t id);
+  /// A rule for one exact packet.
   Rule on(const Bytes& packet);
+  /// A rule for every packet.
   Rule onAny();
 
   /// Forgets all rules. What is already on its way still arrives.
@@ -79,7 +82,7 @@ class Script : public Device {
 
 /// One rule in the making. Without answer(), nothing() or refusal(), the device sees the
 /// packet, and its answer is what the rule delays or cuts; with one of them, it never sees
-/// the packet. Functions that a rule is given must not call the script.
+/// the packet. Functions that a rule is given must not call the script. One thread uses a rule.
 class Script::Rule {
  public:
   Rule(const Rule&) = delete;

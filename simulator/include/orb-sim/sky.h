@@ -10,7 +10,7 @@ enum class Constellation : std::uint8_t { Gps, Glonass, Galileo, Beidou, Qzss, S
 
 /// A satellite above the horizon, as the antenna sees it.
 struct Satellite {
-  Constellation constellation = Constellation::Gps;
+  Constellation constellation = Constellation::Gps;  ///< whose it is
   std::uint8_t number = 1;  ///< PRN or slot within its constellation, counted from 1
   double elevation = 45;    ///< degrees above the horizon
   double azimuth = 0;       ///< degrees from north through east

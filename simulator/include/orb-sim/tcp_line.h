@@ -32,6 +32,7 @@ class TcpLine {
   TcpLine& operator=(const TcpLine&) = delete;
   ~TcpLine();
 
+  /// Where clients connect.
   std::uint16_t port() const;
 
  private:

@@ -29,13 +29,14 @@ const char* nameOf(Speaker speaker);
 /// Bytes that came from one side at one moment. They are cut as they came, not at packets.
 struct TraceRecord {
   std::chrono::microseconds at{0};  ///< since the trace began
-  Speaker from = Speaker::Client;
-  Bytes bytes;
+  Speaker from = Speaker::Client;   ///< who said it
+  Bytes bytes;                      ///< what was said
 };
 
-/// Reads a trace piece by piece, keeping no more than one line of it.
+/// Reads a trace piece by piece, keeping no more than one line of it. One thread at a time uses it.
 class TraceParser {
  public:
+  /// Takes a record.
   using Sink = std::function<void(const TraceRecord&)>;
 
   /// A longer line is an error.
@@ -79,7 +80,8 @@ class TraceParser {
 std::vector<TraceRecord> loadTrace(const std::filesystem::path& file, bool* isCut = nullptr);
 
 /// Writes a trace to a file, a line at a time, so that it is whole up to its last line whenever it
-/// is looked at. Members throw std::system_error where the file cannot be written.
+/// is looked at. Members throw std::system_error where the file cannot be written. One thread at a
+/// time uses it.
 class TraceWriter {
  public:
   /// Replaces a file of this name. `device` is noted in the header.
@@ -90,6 +92,7 @@ class TraceWriter {
   /// Throws as loadTrace() does.
   explicit TraceWriter(const std::filesystem::path& file, bool* isCut = nullptr);
 
+  /// Adds a record. Its time is not less than that of the one before.
   void write(const TraceRecord& record);
 
   /// From now on, before the file gets larger than so many bytes, it is renamed to FILE.1, which is

@@ -5,6 +5,7 @@
 
 namespace orb::sim {
 
+/// A place at a time.
 struct Waypoint {
   std::chrono::milliseconds at{0};  ///< since the simulation began, by the receiver's clock
   double latitude = 0;              ///< degrees
