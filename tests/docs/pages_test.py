@@ -155,7 +155,7 @@ class Pages(unittest.TestCase):
 
     def run_page(self, page):
         """Runs its commands; returns what is wrong with them, and how many blocks ran."""
-        folder = self.folder / pathlib.Path(page).stem
+        folder = self.folder / page.removesuffix(".md").replace("/", "-")
         folder.mkdir()
         shutil.copy(self.client, folder / "client")
         for name, text in FILES.get(page, {}).items():
