@@ -73,6 +73,7 @@ PAGES = [
     Page("orb-gnss-inventory", 5, "the modules of a device, for orb-inventoryd",
          [("DESCRIPTION", ["Its file"])], file="docs/platform.md"),
 ]
+WHOLE_CELL = 12  # characters of a table's cell that is not broken into lines
 PROGRAMS = {1: ("orbctl", "orb-sim"), 8: ("orb-inventoryd",)}
 
 
@@ -116,7 +117,7 @@ def cells_of(row):
 
 
 def capital(text):
-    return text[:1].upper() + text[1:]
+    return re.sub(r"^(\*\*)?[a-z]", lambda start: start[0].upper(), text.strip())
 
 
 def list_of(head, rows):
@@ -140,9 +141,13 @@ def list_of(head, rows):
 
 
 def table_of(head, rows):
-    lines = [".TS", " ".join("lb" for _ in head), " ".join(["l"] * (len(head) - 1) + ["lx"]) + "."]
+    first = "lw(20)" if len(head) > 4 else "l"
+    lines = [".TS", " ".join("lb" for _ in head),
+             " ".join([first] + ["l"] * (len(head) - 2) + ["lx"]) + "."]
     for row in [head, *rows]:
-        lines.append("\t".join(f"T{{\n{inline(cell)}\nT}}" if cell else "" for cell in row))
+        # What is short stays whole, and widens its column.
+        lines.append("\t".join(f"T{{\n{inline(cell)}\nT}}" if len(cell) > WHOLE_CELL
+                               else inline(cell) for cell in row))
     return [".Pp", *"\n".join(lines).split("\n"), ".TE"]
 
 
