@@ -21,7 +21,7 @@ export PKG_CONFIG_PATH
 
 cmake -S "$source/examples" -B "$work/find-package" -G Ninja \
   -DCMAKE_CXX_COMPILER="$compiler" -DCMAKE_PREFIX_PATH="$prefix" > "$work/find-package.log"
-cmake --build "$work/find-package" >> "$work/find-package.log"
+cmake --build "$work/find-package" --target identify >> "$work/find-package.log"
 
 for client in "$work/identify-pkg-config" "$work/find-package/identify"; do
   # The client loads the library of the prefix, and names it alone or with the platform library.
