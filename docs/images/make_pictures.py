@@ -233,7 +233,7 @@ def draw_command(trace, path):
             y += row / 2
         y += row
         before = message["time"]
-        identity = message["id"][2:4] + (f" {message['id'][4:]}" if message["id"][4:] != "00" else "")
+        identity = f"{message['id'][2:4]} {message['id'][4:]}".removesuffix(" 00")
         name = message["message"].replace("-", " ")
         values = {"elevation_mask": "{} degrees", "CNR_mask": "{} dB-Hz", "message": "{}"}
         said = ", ".join(text.format(message["fields"][key]) for key, text in values.items()
@@ -285,8 +285,8 @@ def draw_survey(table, path):
                              'stroke-width="2"/>')
     for seconds in (60, 300, 600):
         row = min(rows, key=lambda each: abs(each["seconds"] - seconds))
-        picture.parts.append(f'<circle cx="{x(row["seconds"]):.1f}" cy="{y(row["deviation_cm"]):.1f}"'
-                             f' r="3.5" fill="{BLUE}"/>')
+        picture.parts.append(f'<circle cx="{x(row["seconds"]):.1f}" r="3.5" fill="{BLUE}" '
+                             f'cy="{y(row["deviation_cm"]):.1f}"/>')
         picture.text(x(row["seconds"]), y(row["deviation_cm"]) - 10,
                      f"{row['deviation_cm']:.0f} cm after {row['seconds']:.0f} s",
                      "end" if seconds == SURVEY_SECONDS else "start")

@@ -78,7 +78,7 @@ PROGRAMS = {1: ("orbctl", "orb-sim"), 8: ("orb-inventoryd",)}
 
 
 def sections_of(text):
-    """Triples of heading, the heading of level 2 above it, and the lines between it and the next."""
+    """Triples of heading, the heading of level 2 above it, and the lines up to the next."""
     sections, above, is_code = [], "", False
     for line in text.splitlines():
         is_code ^= line.lstrip().startswith("```")

@@ -1,4 +1,4 @@
-"""The commands of docs/client.md, with the installation that it begins with, and its two terminals."""
+"""The commands of docs/client.md: those of each block, and its two terminals."""
 
 import contextlib
 import os
@@ -19,7 +19,8 @@ LINK = "/tmp/gps"
 class ClientPage(unittest.TestCase):
     @classmethod
     def setUpClass(cls):
-        folder = tempfile.TemporaryDirectory(prefix="client.", dir="/tmp")  # a socket's path is short
+        # A socket's path is short.
+        folder = tempfile.TemporaryDirectory(prefix="client.", dir="/tmp")
         cls.addClassCleanup(folder.cleanup)
         cls.folder = pathlib.Path(folder.name)
         prefix = cls.folder / "prefix"

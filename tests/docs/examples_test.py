@@ -17,8 +17,8 @@ PRINTED = {
     "antenna": ((), "reset skipp!\nantenna OFF\nantenna ON\n"),
     "constellations": ((), "reset skipp!\nGPS GALILEO with SBAS\n"),
     "deadline": ((), VERSION + "\n"),
-    "defaults": ((), "reset skipp!\ncable delay 28 ns, elevation mask 10 degrees, CNR mask 0 dB-Hz, "
-                     "survey AUTO\n"),
+    "defaults": ((), "reset skipp!\ncable delay 28 ns, elevation mask 10 degrees, "
+                     "CNR mask 0 dB-Hz, survey AUTO\n"),
     "identify": ((), (SOURCE / "tests/package/identify.expected").read_text()),
     "pps": ((), "reset skipp!\npulse_length_us: 10000\n1PPS output mode: 1 \n"
                 "1PPS Align source: 1 \n"),
@@ -29,7 +29,8 @@ FAULTS = {
     "antenna": ("set-output-type", "the output was not switched: result 4"),
     "constellations": ("query-sbas", "failed: result 5"),
     "defaults": ("query-cable-delay",
-                 "not all was set: result 5, see /var/log/orbset-errors.log\nnot all was read: result 4"),
+                 "not all was set: result 5, see /var/log/orbset-errors.log\n"
+                 "not all was read: result 4"),
     "pps": ("query-pps-pulse-width", "the pulse width failed: result 5"),
     "survey": ("query-timing", "the survey was not begun: result 1"),
 }
@@ -65,7 +66,8 @@ class Examples(unittest.TestCase):
         for name, (arguments, printed) in PRINTED.items():
             with self.subTest(name):
                 result = self.run_on_device(name, arguments)
-                self.assertEqual((result.returncode, result.stdout, result.stderr), (0, printed, ""))
+                self.assertEqual((result.returncode, result.stdout, result.stderr),
+                                 (0, printed, ""))
 
     def test_says_that_there_is_no_receiver(self):
         for name, (arguments, _) in PRINTED.items():

@@ -30,7 +30,7 @@ class Pictures(unittest.TestCase):
         self.assertEqual(drawn, {"command.svg", "layers.svg", "survey.svg"})
         for name in drawn:
             self.assertEqual((IMAGES / name).read_text(), (self.folder / name).read_text(),
-                             f"draw it anew: docs/images/make_pictures.py draw docs/images ({name})")
+                             f"{name}: run docs/images/make_pictures.py draw docs/images")
 
     def said(self, trace):
         """Each side's messages, without their times."""

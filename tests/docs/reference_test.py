@@ -32,8 +32,8 @@ class Reference(unittest.TestCase):
         declared = set()
         for header in SOURCE.glob("**/include/orb-*/*.h"):
             if "build" not in header.relative_to(SOURCE).parts:
-                declared |= set(re.findall(r"^class (?:ORB_\w+ )?([\w:]+)[^;]*\{", header.read_text(),
-                                           re.MULTILINE))
+                declared |= set(re.findall(r"^class (?:ORB_\w+ )?([\w:]+)[^;]*\{",
+                                           header.read_text(), re.MULTILINE))
         self.assertGreater(len(declared), 25)
         known = {name.removeprefix("orb::sim::") for name in self.classes}
         self.assertEqual(declared - known, set())
