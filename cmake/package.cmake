@@ -22,3 +22,8 @@ install(FILES ${PROJECT_BINARY_DIR}/orb-gnss.pc
   DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT development)
 
 add_subdirectory(docs)
+
+# Who brings up a board changes a copy of the rule in /etc/udev/rules.d.
+install(FILES packaging/system/60-orb-gnss.rules DESTINATION lib/udev/rules.d COMPONENT runtime)
+install(FILES packaging/system/orb-gnss.logrotate
+  DESTINATION ${CMAKE_INSTALL_SYSCONFDIR}/logrotate.d RENAME orb-gnss COMPONENT runtime)
