@@ -27,6 +27,10 @@ ORB_AARCH64_SYSROOT_PACKAGES="libc6-dev libcli11-dev libeigen3-dev libfmt-dev li
   libgtest-dev libncurses-dev
   libstdc++6 libsystemd-dev libtomlplusplus-dev nlohmann-json3-dev"
 
+# What scripts/make_packages.sh takes besides building the product, and the step `packages` of ./test.
+ORB_PACKAGING_PACKAGES="build-essential debhelper debian-archive-keyring fakeroot"
+ORB_PACKAGING_TEST_PACKAGES="binutils diffoscope-minimal lintian make mmdebstrap python3-kconfiglib"
+
 # What drawing the benchmark's figures takes besides.
 ORB_PLOT_PACKAGES="python3-matplotlib"
 
