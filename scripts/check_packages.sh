@@ -47,7 +47,8 @@ check_run_paths() {
   for package in "$1"/*.deb; do
     dpkg-deb --extract "$package" "$other/tree"
   done
-  find "$other/tree" -type f -exec readelf --wide --dynamic {} + 2> /dev/null > "$other/dynamic"
+  # It fails on what is no program.
+  find "$other/tree" -type f -exec readelf --wide --dynamic {} + > "$other/dynamic" 2> /dev/null || :
   rm -r "$other/tree"
   [ "$(grep -c NEEDED "$other/dynamic")" -gt 20 ] || fail "readelf found no programs"
   ! grep -E 'R(UN)?PATH' "$other/dynamic" || fail "a RUNPATH is in $1"
