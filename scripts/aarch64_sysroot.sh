@@ -7,7 +7,6 @@ cd "$(dirname "$0")/.."
 . scripts/packages.sh
 
 sysroot=$PWD/build/aarch64-sysroot
-mirror=$(debian_mirror)
 
 . /etc/os-release
 if [ "$ID" != debian ]; then
@@ -25,27 +24,8 @@ fi
 
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
-mkdir -p "$work/empty" "$work/state" "$work/cache/archives/partial" build
-: > "$work/status"
-echo "deb [signed-by=/usr/share/keyrings/debian-archive-keyring.gpg] $mirror $VERSION_CODENAME main" \
-  > "$work/sources.list"
-cat > "$work/apt.conf" << END
-APT::Architecture "arm64";
-APT::Architectures { "arm64"; };
-APT::Install-Recommends "false";
-APT::Sandbox::User "";
-Acquire::Languages "none";
-Dir::State "$work/state";
-Dir::State::status "$work/status";
-Dir::Cache "$work/cache";
-Dir::Etc::sourcelist "$work/sources.list";
-Dir::Etc::sourceparts "$work/empty";
-Dir::Etc::preferences "$work/empty/none";
-Dir::Etc::preferencesparts "$work/empty";
-END
-export APT_CONFIG="$work/apt.conf"
-
-apt-get update -qq
+mkdir -p build
+use_own_apt "$work"
 # shellcheck disable=SC2086  # the packages are words
 apt-get install -qq -y --download-only $ORB_AARCH64_SYSROOT_PACKAGES > /dev/null
 

@@ -30,6 +30,12 @@ ORB_AARCH64_SYSROOT_PACKAGES="libc6-dev libcli11-dev libeigen3-dev libfmt-dev li
 # What scripts/make_packages.sh takes besides building the product, and the step `packages` of ./test.
 ORB_PACKAGING_PACKAGES="build-essential debhelper debian-archive-keyring fakeroot"
 ORB_PACKAGING_TEST_PACKAGES="binutils diffoscope-minimal lintian make mmdebstrap python3-kconfiglib"
+# What the step `target` of ./test takes besides, and what the emulated machine's root and kernel are
+# made of (tests/target/make_root.sh).
+ORB_TARGET_PACKAGES="cpio kmod qemu-system-arm"
+ORB_TARGET_ROOT_PACKAGES="base-passwd bash coreutils dbus findutils grep gzip i2c-tools kmod libfmt-dev
+  libncursesw6 libstdc++6 logrotate mount procps sed systemd systemd-sysv udev util-linux"
+ORB_TARGET_KERNEL_PACKAGE="linux-image-arm64"
 
 # What drawing the benchmark's figures takes besides.
 ORB_PLOT_PACKAGES="python3-matplotlib"
@@ -40,6 +46,34 @@ debian_mirror() {
   mirror=${ORB_DEBIAN_MIRROR:-$(apt-get indextargets --format '$(REPO_URI)' 'Origin: Debian' \
     'Label: Debian' 2> /dev/null | head -n 1)}
   echo "${mirror:-http://deb.debian.org/debian}"
+}
+
+# use_own_apt FOLDER: from here on apt-get knows the packages of this Debian release for arm64, and
+# nothing of this machine's own, which stay as they are. It keeps all in FOLDER.
+use_own_apt() {
+  own_apt_mirror=$(debian_mirror)
+  mkdir -p "$1/empty" "$1/state" "$1/cache/archives/partial"
+  : > "$1/status"
+  echo "deb [signed-by=/usr/share/keyrings/debian-archive-keyring.gpg] $own_apt_mirror $(
+    . /etc/os-release
+    echo "$VERSION_CODENAME"
+  ) main" > "$1/sources.list"
+  cat > "$1/apt.conf" << END
+APT::Architecture "arm64";
+APT::Architectures { "arm64"; };
+APT::Install-Recommends "false";
+APT::Sandbox::User "";
+Acquire::Languages "none";
+Dir::State "$1/state";
+Dir::State::status "$1/status";
+Dir::Cache "$1/cache";
+Dir::Etc::sourcelist "$1/sources.list";
+Dir::Etc::sourceparts "$1/empty";
+Dir::Etc::preferences "$1/empty/none";
+Dir::Etc::preferencesparts "$1/empty";
+END
+  export APT_CONFIG="$1/apt.conf"
+  apt-get update -qq
 }
 
 is_installed() {
