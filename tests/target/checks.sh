@@ -128,8 +128,8 @@ check any_user_may_ask
 # ---- no port
 
 without_a_port_nothing_is_sent() {
-  run $client ask 1
-  has "$output" "asked 1: 8 after" || return
+  run $client ask <<< ""
+  has "$output" "result 8 after" || return
   run orbctl get elevation-limit
   note "orbctl without a port: status $status after $took ms: ${output//$'\n'/ | }"
   is "$status" 4
@@ -200,5 +200,232 @@ check the_shipped_rule_names_a_usb_adapter
 
 every_operation_over_usb() { every_operation usb-serial; }
 check every_operation_over_usb
+
+every_operation_with_split_and_late_answers() {
+  unplug && plug split || return
+  every_operation "answers in pieces, or late"
+}
+check every_operation_with_split_and_late_answers
+
+who_may_use_the_port() {
+  run setpriv --reuid=65534 --regid=20 --clear-groups $client ask <<< ""
+  has "$output" "result 0 after" || return
+  run setpriv --reuid=65534 --regid=65534 --clear-groups $client ask <<< ""
+  has "$output" "result 8 after"
+}
+check who_may_use_the_port
+
+# ---- the adapter is pulled
+
+# start WHAT: a client that asks once for each call of ask. said N: the answer that it gave N-th.
+start() {
+  rm -f /run/questions
+  mkfifo /run/questions
+  $client "$1" < /run/questions > /dev/null 2> /run/answers &
+  asked=$!
+  exec 3> /run/questions
+}
+ask() { echo >&3; }
+said() { grep '^limit\|^result\|^Could not\|result' /run/answers | grep result | sed -n "$1p"; }
+has_said() { [ -n "$(said "$1")" ]; }
+end() {
+  exec 3>&-
+  kill "$asked" 2> /dev/null
+  wait "$asked" 2> /dev/null
+}
+processor_time_of() { cut -d ' ' -f 14,15 "/proc/$1/stat" | sed 's/ / + /'; } # hundredths
+
+pulled_between_calls() {
+  unplug && plug usb || return
+  start ask
+  ask && wait_until 5 has_said 1 && unplug || return
+  ask && wait_until 5 has_said 2 && plug usb || return
+  ask && wait_until 5 has_said 3
+  end
+  note "a client, before: $(said 1); pulled: $(said 2); plugged in again: $(said 3)"
+  has "$(said 1)" "result 0" && has "$(said 2)" "result 8" && has "$(said 3)" "result 0"
+}
+check pulled_between_calls
+
+# A call without a deadline does not return. It costs next to no processor time, and holds up
+# nobody else.
+pulled_during_an_exchange() {
+  local before after
+  unplug && plug late || return
+  start ask
+  ask && sleep 1
+  unplug || return
+  before=$(($(processor_time_of "$asked")))
+  sleep 10
+  after=$(($(processor_time_of "$asked")))
+  note "a client, pulled in a wait: in 10 s of silence $(((after - before) * 10)) ms of the processor"
+  [ -e "/proc/$asked" ] || { why="it has ended"; return 1; }
+  is "$(said 1)" "" || return
+  within $((after - before)) 0 100 || return
+  plug usb || return
+  note "plugged in again while that client waits, it is $(readlink -f /dev/tty_gps)"
+  run $client ask <<< ""
+  has "$output" "result 0 after" || return
+  is "$(said 1)" "" || return
+  end
+  unplug && plug usb || return
+  port_is ttyUSB0 || { why="/dev/tty_gps is $(readlink -f /dev/tty_gps)"; return 1; }
+}
+check pulled_during_an_exchange
+end 2> /dev/null
+
+# Each call returns, and the controller goes on when the adapter is back.
+a_supervised_controller_survives_pulls() {
+  start supervise
+  ask && wait_until 20 has_said 1 && unplug || return
+  ask && wait_until 20 has_said 2 && plug late || return
+  ask && sleep 1
+  unplug && wait_until 30 has_said 3 && plug usb || return
+  ask && wait_until 20 has_said 4
+  end
+  note "supervised, before: $(said 1)"
+  note "supervised, pulled: $(said 2)"
+  note "supervised, pulled in a wait: $(said 3)"
+  note "supervised, plugged in again: $(said 4)"
+  has "$(said 1)" "result 0" && has "$(said 2)" "result 8" && has "$(said 3)" "result 4" &&
+    has "$(said 3)" "cannot be opened" && has "$(said 4)" "result 0" || return
+  [ ! -e /run/lock/LCK..tty_gps ] || { why="the lock stays"; return 1; }
+}
+check a_supervised_controller_survives_pulls
+end 2> /dev/null
+
+orbctl_says_that_the_adapter_was_pulled() {
+  local asking
+  unplug && plug late || return
+  orbctl --deadline 8 get elevation-limit > /run/said 2>&1 &
+  asking=$!
+  sleep 5
+  unplug || return
+  wait $asking
+  status=$?
+  note "orbctl, pulled in a wait: status $status: $(tr '\n' '|' < /run/said)"
+  is $status 3 || return
+  has "$(< /run/said)" "/dev/tty_gps" || return
+  plug usb || return
+  run orbctl get elevation-limit
+  note "orbctl, plugged in again: status $status after $took ms: $output"
+  is "$status" 0 || return
+  is "$(pgrep -c orb-gnss-worker)" 0
+}
+check orbctl_says_that_the_adapter_was_pulled
+
+doctor_finds_nothing_wrong() {
+  run orbctl doctor
+  note "doctor took $took ms"
+  is "$status" 0 || { echo "$output"; return 1; }
+}
+check doctor_finds_nothing_wrong
+
+# ---- the logs and the identity file
+
+# Without a port each call is a line in the log.
+logs_are_rotated_under_a_running_client() {
+  local lines
+  unplug || return
+  rm -f $log*
+  start ask
+  ask && ask && ask && wait_until 5 has_said 3 || return
+  lines=$(wc -l < $log)
+  ((lines >= 3)) || { why="$lines lines in the log"; return 1; }
+  logrotate --force --state /run/logrotate /etc/logrotate.d/orb-gnss ||
+    { why="logrotate: $?"; return 1; }
+  is "$(stat -c %s $log)" 0 || return
+  is "$(zcat $log.1.gz | wc -l)" "$lines" || return
+  ask && ask && wait_until 5 has_said 5 || return
+  is "$(wc -l < $log)" 2 || return
+  is "$(tr -d '\0' < $log | wc -c)" "$(wc -c < $log)" || return
+  end
+}
+check logs_are_rotated_under_a_running_client
+end 2> /dev/null
+
+# planted_link TARGET: /tmp's file is another user's link when it is to be written.
+planted_link() {
+  rm -f $identity
+  setpriv --reuid=65534 --clear-groups ln -s "$1" $identity
+  run $client identity
+  is "$status" 0 && is "$(readlink $identity)" "$1"
+}
+
+identity_file() {
+  echo "$1" > /proc/sys/fs/protected_symlinks
+  is "$(stat -c %a /tmp)" 1777 || return
+  rm -f $identity
+  run $client identity
+  is "$status" 0 && is "$(stat -c '%F %U' $identity)" "regular file root" || return
+  note "protected_symlinks $1: the identity file: $(tr '\n' '|' < $identity)"
+  echo precious > /root/precious
+  planted_link /root/precious && is "$(< /root/precious)" precious || return
+  planted_link /root/missing || return
+  [ ! -e /root/missing ] || { why="a file was made through a dangling link"; return 1; }
+  rm -f $identity
+}
+identity_file_with_protected_links() { plug usb && identity_file 1; }
+check identity_file_with_protected_links
+identity_file_without_protected_links() { identity_file 0; }
+check identity_file_without_protected_links
+
+# ---- I2C
+
+# switch_antenna BUS: on and off, among pins of others, which keep what they have.
+switch_antenna() {
+  i2ctransfer -y 0 w3@0x21 2 0x5a 0xa4 && i2ctransfer -y 0 w3@0x21 6 0xf0 0x0f ||
+    { why="i2ctransfer"; return 1; }
+  please expect-transfers "$1" "w 02 5a a4; w 06 f0 0f"
+  run orbctl antenna-power on
+  is "$status" 0 || { why="$why: $output"; return 1; }
+  please expect-transfers "$1" "w 06 r 2; w 06 f0 0e; w 02 r 2; w 02 5a a5"
+  run orbctl antenna-power off
+  is "$status" 0 || { why="$why: $output"; return 1; }
+  is "$(i2ctransfer -y 0 w1@0x21 2 r2)" "0x5a 0xa4" || return
+  is "$(i2ctransfer -y 0 w1@0x21 6 r2)" "0xf0 0x0e" || return
+  please expect-transfers "$1" "w 06 r 2; w 06 f0 0e; w 02 r 2; w 02 5a a4; w 02 r 2; w 06 r 2"
+}
+
+antenna_power_over_plain_i2c() {
+  modprobe i2c-dev && please attach plain && wait_until 20 test -e /dev/i2c-0 || return
+  note "i2c-0 is $(< /sys/class/i2c-adapter/i2c-0/name)"
+  switch_antenna plain
+}
+check antenna_power_over_plain_i2c
+
+nothing_is_written_where_the_expander_does_not_answer() {
+  please mute plain
+  wait_until 5 expander_is_mute || return
+  please forget-transfers plain
+  run orbctl antenna-power on
+  note "orbctl antenna-power without an expander: status $status: $output"
+  please expect-transfers plain "w 06 nak; w 02 nak"
+  please unmute plain
+  wait_until 5 expander_answers || return
+  is "$(i2ctransfer -y 0 w1@0x21 2 r2)" "0x5a 0xa4"
+}
+expander_is_mute() { ! i2ctransfer -y 0 w1@0x21 2 r2; }
+expander_answers() { i2ctransfer -y 0 w1@0x21 2 r2; }
+check nothing_is_written_where_the_expander_does_not_answer
+
+antenna_power_over_smbus() {
+  please detach plain
+  wait_until 20 test ! -e /dev/i2c-0 || return
+  run orbctl antenna-power on
+  note "orbctl antenna-power without a bus: status $status: $output"
+  please attach smbus && wait_until 20 test -e /dev/i2c-0 || return
+  has "$(i2cdetect -F 0 | tr -s ' ')" "I2C no" || return
+  switch_antenna_over_smbus
+}
+
+switch_antenna_over_smbus() {
+  i2cset -y 0 0x21 2 0x5a 0xa4 i && i2cset -y 0 0x21 6 0xf0 0x0f i || { why="i2cset"; return 1; }
+  please expect-transfers smbus "w 02 5a a4; w 06 f0 0f"
+  run orbctl antenna-power on
+  is "$status" 0 || { why="$why: $output"; return 1; }
+  please expect-transfers smbus "w 06 r 2; w 06 f0 0e; w 02 r 2; w 02 5a a5"
+}
+check antenna_power_over_smbus
 
 echo "@end checks"

@@ -1,19 +1,20 @@
-// What the checks on the target run: the driver, without a deadline.
+// What the checks on the target run.
 //
 //   target-client operations     each of its operations once, then each query again, with results
-//                                and outputs compared with those of a receiver that keeps its settings
-//   target-client ask COUNT      a query, COUNT times or without end, with its result and duration
+//                                and outputs compared with those of a receiver that keeps its
+//                                settings
+//   target-client ask            a query for each line of standard input, with result and duration
+//   target-client supervise      the same of the supervised controller, with what it says besides
 //   target-client identity       writes the identity file
 
 #include <chrono>
-#include <cstdlib>
 #include <iostream>
 #include <string>
 #include <string_view>
-#include <thread>
 
 #include "operations/operations.h"
 #include "orb-gnss/controller.h"
+#include "orb-gnss/supervised_controller.h"
 
 namespace orb::test {
 namespace {
@@ -46,7 +47,8 @@ class EveryOperation {
     const Drawn drawn = operation.draw(numbers_);
     const Clock::time_point start = Clock::now();
     const Outcome outcome = drawn.call(driver_);
-    const bool isRight = outcome.result == drawn.result && isTrue(operation, outcome.outputs, state_);
+    const bool isRight =
+        outcome.result == drawn.result && isTrue(operation, outcome.outputs, state_);
     ++calls_;
     failures_ += isRight ? 0 : 1;
     std::cerr << (isRight ? "right " : "WRONG ") << operation.name << ": " << outcome.result << " ("
@@ -65,20 +67,34 @@ class EveryOperation {
   int failures_ = 0;
 };
 
-int ask(long count) {
-  constexpr std::chrono::milliseconds kPause{100};
-  Driver driver;
-  bool isAnswered = true;
-  for (long i = 1; count == 0 || i <= count; ++i) {
+/// Calls `query` once for each line of standard input.
+template <typename Query>
+int askForEachLine(Query query) {
+  for (std::string line; std::getline(std::cin, line);) {
     const Clock::time_point start = Clock::now();
-    unsigned int mode = 0;
-    const unsigned int result = driver.gpsObtGetPowerMode(mode);
-    isAnswered = isAnswered && result == 0;
-    std::cerr << "asked " << i << ": " << result << " after " << millisecondsSince(start) << " ms"
-              << std::endl;
-    std::this_thread::sleep_for(kPause);
+    const unsigned int result = query();
+    std::cerr << "result " << result << " after " << millisecondsSince(start) << " ms" << std::endl;
   }
-  return isAnswered ? 0 : 1;
+  return 0;
+}
+
+int ask() {
+  Driver driver;
+  return askForEachLine([&] {
+    unsigned int mode = 0;
+    return driver.gpsObtGetPowerMode(mode);
+  });
+}
+
+int supervise() {
+  orbSupervisedController receiver;
+  return askForEachLine([&] {
+    unsigned char limit = 0;
+    const unsigned int result = receiver.getElevationLimit(limit);
+    std::cerr << "limit " << int{limit} << ", \"" << orbSupervisedController::lastCall().problem
+              << "\", ";
+    return result;
+  });
 }
 
 int writeIdentity() {
@@ -95,12 +111,15 @@ int main(int argc, char** argv) {
   if (what == "operations") {
     return orb::test::EveryOperation().run();
   }
-  if (what == "ask" && argc > 2) {
-    return orb::test::ask(std::strtol(argv[2], nullptr, 10));
+  if (what == "ask") {
+    return orb::test::ask();
+  }
+  if (what == "supervise") {
+    return orb::test::supervise();
   }
   if (what == "identity") {
     return orb::test::writeIdentity();
   }
-  std::cerr << "target-client operations | ask COUNT | identity" << std::endl;
+  std::cerr << "target-client operations | ask | supervise | identity" << std::endl;
   return 2;
 }

@@ -124,13 +124,12 @@ class PortExpander:
             self._current.append(f"r {length}")
         else:
             self._current.append(f"w {data.hex(' ')}")
-        if request & ENDS:
+        if request & ENDS or not self._acknowledged:
             self.transfers.append(" ".join(self._current) + ("" if self._acknowledged else " nak"))
         if not self._acknowledged:
             return bytes(length) if flags & READ else b""
         if flags & READ:
-            answer = bytes(self.registers[self._next(i)] for i in range(length))
-            return answer
+            return bytes(self.registers[self._next(i)] for i in range(length))
         if data:
             self._pointer = data[0] % REGISTERS
             for i, byte in enumerate(data[1:]):

@@ -107,6 +107,9 @@ class Machine:
         elif action in ("mute", "unmute"):
             self.buses[words[0]].is_mute = action == "mute"
             return ""
+        elif action == "forget-transfers":
+            self.buses[words[0]].transfers = []
+            return ""
         elif action == "expect-transfers":
             bus = self.buses[words[0]]
             seen, bus.transfers = "; ".join(bus.transfers), []
