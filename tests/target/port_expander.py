@@ -27,6 +27,10 @@ GET_FUNCTIONS, SET_DELAY, GET_STATUS, TRANSFER = 1, 2, 3, 4
 BEGINS, ENDS = 1, 2
 READ = 1  # in a message's flags
 
+# What the emulator asks of a device on a USB 3 controller: packet sizes, numbers of 64 bits, long
+# bulk transfers.
+CAPABILITIES = 1 << 4 | 1 << 5 | 1 << 6
+
 PLAIN_I2C = 0x00000001
 SMBUS = 0x0EFF0008
 
@@ -54,10 +58,13 @@ class PortExpander:
 
     def _serve(self, listener):
         self._line = listener.accept()[0]
-        self._send(HELLO, 0, b"port expander".ljust(64, b"\0") + bytes(4))
+        hello = b"port expander".ljust(64, b"\0") + struct.pack("<I", CAPABILITIES)
+        self._line.sendall(struct.pack("<III", HELLO, len(hello), 0) + hello)
         try:
+            self._receive(struct.unpack("<III", self._receive(12))[1])  # the emulator's hello
+            self._introduce()
             while True:
-                kind, length, number = struct.unpack("<III", self._receive(12))
+                kind, length, number = struct.unpack("<IIQ", self._receive(16))
                 self._handle(kind, number, self._receive(length))
         except (EOFError, OSError):
             pass
@@ -72,17 +79,19 @@ class PortExpander:
         return data
 
     def _send(self, kind, number, data):
-        self._line.sendall(struct.pack("<III", kind, len(data), number) + data)
+        self._line.sendall(struct.pack("<IIQ", kind, len(data), number) + data)
+
+    def _introduce(self):
+        self._send(INTERFACES, 0, struct.pack("<I", 1) + bytes(32) + b"\xff".ljust(32, b"\0") +
+                   bytes(64))
+        types, sizes = [255] * 32, [0] * 32
+        for control in (0, 16):
+            types[control], sizes[control] = 0, 8
+        self._send(ENDPOINTS, 0, struct.pack("<32B64x32H", *types, *sizes))
+        self._send(CONNECT, 0, struct.pack("<BBBBHH", FULL_SPEED, 0xFF, 0, 0, VENDOR, PRODUCT))
 
     def _handle(self, kind, number, data):
-        if kind == HELLO:
-            one_interface = struct.pack("<I", 1) + bytes(32) + b"\xff".ljust(32, b"\0") + bytes(64)
-            self._send(INTERFACES, 0, one_interface)
-            types = bytearray([255] * 32)
-            types[0] = types[16] = 0
-            self._send(ENDPOINTS, 0, bytes(types) + bytes(64))
-            self._send(CONNECT, 0, struct.pack("<BBBBHH", FULL_SPEED, 0xFF, 0, 0, VENDOR, PRODUCT))
-        elif kind in (SET_CONFIGURATION, GET_CONFIGURATION):
+        if kind in (SET_CONFIGURATION, GET_CONFIGURATION):
             self._send(CONFIGURATION_STATUS, number, bytes([0, 1]))
         elif kind in (SET_INTERFACE, GET_INTERFACE):
             self._send(INTERFACE_STATUS, number, bytes([0, 0, 0]))
