@@ -246,6 +246,23 @@ who_may_use_the_port() {
 }
 check who_may_use_the_port
 
+# A client that waits for the name must not speak before the port has its speed.
+the_name_appears_when_the_speed_is_set() {
+  local i
+  start ask
+  for i in 1 2 3 4 5; do
+    unplug || return
+    plugged=usb
+    please plug usb
+    until [ -e /dev/tty_gps ]; do :; done
+    ask
+    wait_until 5 has_said $i || return
+    has "$(said $i)" "result 0" || return
+    udevadm settle
+  done
+}
+check the_name_appears_when_the_speed_is_set
+
 # ---- the adapter is pulled
 
 pulled_between_calls() {
@@ -331,6 +348,15 @@ doctor_finds_nothing_wrong() {
   is "$status" 0 || { echo "$output"; return 1; }
 }
 check doctor_finds_nothing_wrong
+
+# ---- without the device
+
+the_simulated_device_runs_on_this_machine() {
+  run orbctl --simulate get elevation-limit
+  note "orbctl --simulate took $took ms"
+  is "$status" 0 && is "$output" "5 degrees"
+}
+check the_simulated_device_runs_on_this_machine
 
 # ---- the logs and the identity file
 

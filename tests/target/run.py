@@ -23,7 +23,6 @@ import time
 import port_expander
 
 HERE = os.path.dirname(os.path.abspath(__file__))
-SMP = os.environ.get('SMP', '1')
 LIMIT = int(os.environ.get("ORB_TARGET_LIMIT", "900"))  # seconds
 RECEIVERS = {"board": "line", "uart": "line", "usb": "line", "split": "split", "late": "late"}
 
@@ -48,7 +47,7 @@ class Machine:
         threading.Thread(target=self._stop_in_time, daemon=True).start()
 
     def _command(self, folder, chosen):
-        command = ["qemu-system-aarch64", "-M", "virt", "-cpu", "cortex-a57", "-m", "1024", "-smp", SMP,
+        command = ["qemu-system-aarch64", "-M", "virt", "-cpu", "cortex-a53", "-m", "1024", "-smp", "2",
                    "-nic", "none", "-display", "none", "-no-reboot",
                    "-kernel", f"{folder}/vmlinuz", "-initrd", f"{folder}/root.cpio",
                    "-append", f"console=ttyS0 quiet systemd.show_status=0 checks={chosen}",
