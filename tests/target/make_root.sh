@@ -48,9 +48,11 @@ modules=$(dirname "$(find "$kernel" -type d -path "*/modules/$release")")
 
 rm -rf "$root"
 cp -a "$base" "$root"
-mkdir -p "$root/dev" "$root/tmp" "$root/var/tmp" "$root/etc" "$root/proc" "$root/root" "$root/run" "$root/sys" \
-  "$root/var/lib" "$root/var/log"
+for folder in dev etc proc root run sys tmp var/lib var/log var/tmp; do
+  mkdir -p "$root/$folder"
+done
 chmod 1777 "$root/tmp" "$root/var/tmp"
+rm -rf "$root/var/run" "$root/var/lock"
 ln -sfn /run "$root/var/run"
 ln -sfn /run/lock "$root/var/lock"
 ln -sfn bash "$root/usr/bin/sh"
@@ -58,8 +60,8 @@ ln -sfn usr/lib/systemd/systemd "$root/init"
 
 # What takes the emulated processor long and has to do with nothing that is checked: rules and units
 # for devices that the machine has not.
-for rules in autosuspend block btrfs camera cdrom dm drm evdev fido infiniband input joystick memory \
-  mouse mtd net persistent power sensor sound touchpad uaccess v4l seat; do
+for rules in autosuspend block btrfs camera cdrom dm drm evdev fido infiniband input joystick \
+  memory mouse mtd net persistent power sensor sound touchpad uaccess v4l seat; do
   rm -f "$root"/usr/lib/udev/rules.d/*"$rules"*.rules
 done
 for unit in dev-hugepages.mount dev-mqueue.mount modprobe@.service sys-kernel-debug.mount \

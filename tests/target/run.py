@@ -33,9 +33,10 @@ class Machine:
     def __init__(self, orb_sim, folder, work, chosen):
         self.processes = []
         self.work = work
+        self.messages = open(f"{folder}/receivers.log", "w", encoding="utf-8")
         for name, scenario in RECEIVERS.items():
             self._start([orb_sim, "serve", "--link", f"{work}/{name}", "--scenario",
-                         f"{HERE}/{scenario}.toml"])
+                         f"{HERE}/{scenario}.toml"], stderr=self.messages)
         self.buses = {
             "plain": port_expander.PortExpander(f"{work}/plain.socket",
                                                 port_expander.PLAIN_I2C | port_expander.SMBUS),
@@ -47,14 +48,15 @@ class Machine:
         threading.Thread(target=self._stop_in_time, daemon=True).start()
 
     def _command(self, folder, chosen):
-        command = ["qemu-system-aarch64", "-M", "virt", "-cpu", "cortex-a53", "-m", "1024", "-smp", "2",
+        command = ["qemu-system-aarch64", "-M", "virt", "-cpu", "cortex-a53", "-m", "1024",
                    "-nic", "none", "-display", "none", "-no-reboot",
                    "-kernel", f"{folder}/vmlinuz", "-initrd", f"{folder}/root.cpio",
                    "-append", f"console=ttyS0 quiet systemd.show_status=0 checks={chosen}",
                    "-qmp", f"unix:{self.work}/monitor,server=on,wait=off",
                    "-chardev", "stdio,id=console,signal=off"]
         for name in RECEIVERS:
-            command += ["-chardev", f"serial,id={name},path={os.path.realpath(f'{self.work}/{name}')}"]
+            port = os.path.realpath(f"{self.work}/{name}")
+            command += ["-chardev", f"serial,id={name},path={port}"]
         for name in self.buses:
             command += ["-chardev", f"socket,id={name},path={self.work}/{name}.socket"]
         return command + [
@@ -62,9 +64,8 @@ class Machine:
             "-device", "qemu-xhci,id=usb"]
 
     def _start(self, command, **options):
-        process = subprocess.Popen(command, stderr=subprocess.DEVNULL if "serve" in command else None, **options)
-        self.processes.append(process)
-        return process
+        self.processes.append(subprocess.Popen(command, **options))
+        return self.processes[-1]
 
     def _stop_in_time(self):
         try:
@@ -77,6 +78,7 @@ class Machine:
             process.send_signal(signal.SIGTERM)
         for process in self.processes:
             process.wait()
+        self.messages.close()
 
     def _ask_monitor(self, command, **arguments):
         if self._monitor is None:
@@ -126,7 +128,7 @@ def wait_for(paths):
         if all(os.path.exists(path) for path in paths):
             return
         time.sleep(0.05)
-    raise SystemExit("orb-sim does not offer its lines")
+    raise SystemExit("orb-sim does not offer its lines: see receivers.log")
 
 
 def planned():
