@@ -51,7 +51,8 @@ class Machine:
         command = ["qemu-system-aarch64", "-M", "virt", "-cpu", "cortex-a53", "-m", "1024",
                    "-nic", "none", "-display", "none", "-no-reboot",
                    "-kernel", f"{folder}/vmlinuz", "-initrd", f"{folder}/root.cpio",
-                   "-append", f"console=ttyS0 quiet systemd.show_status=0 checks={chosen}",
+                   "-append", "console=ttyS0 quiet systemd.show_status=0 "
+                   f"systemd.default_timeout_start_sec={LIMIT} checks={chosen}",
                    "-qmp", f"unix:{self.work}/monitor,server=on,wait=off",
                    "-chardev", "stdio,id=console,signal=off"]
         for name in RECEIVERS:
