@@ -57,6 +57,15 @@ TEST_F(DynamicModel, SetsTheNavigationModeAndAfterAWaitTheFix) {
   }
 }
 
+TEST_F(DynamicModel, IsModeZeroForAModelThatThereIsNot) {
+  connectReceiver();
+  for (const int model : {9, 10, 128, 255}) {
+    set(2, 0);
+    EXPECT_EQ(set(model, 0).line.at(1), modeZero_.sends.packet) << model;
+    EXPECT_EQ(gps_.receiver.state().navigationMode, 0) << model;
+  }
+}
+
 TEST_F(DynamicModel, IsNotSupportedWithAnotherFixModeOnceTheNavigationModeIsSent) {
   connectReceiver();
   for (const int fixMode : {3, 4, 128, 255}) {
