@@ -34,7 +34,7 @@ class Log(OrbctlTest):
                   f"while read step <&3; do case $step in "
                   f"add) echo '{OTHER}' >> {LOG} ;; "
                   f"cut) : > {LOG} ;; "
-                  f"rotate) echo '{LINE}' >> {LOG}; mv {LOG} {LOG}.1; echo '{OTHER}' > {LOG} ;; "
+                  f"rotate) echo '{LINE}' >> {LOG}; mv {LOG} rotated; echo '{OTHER}' > {LOG} ;; "
                   f"begin) printf '%s' '{LINE}' >> {LOG} ;; "
                   f"end) echo >> {LOG} ;; "
                   "esac; done; kill $!")
