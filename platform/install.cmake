@@ -34,16 +34,16 @@ install(FILES inventoryd/orb-inventoryd.sysusers.conf
   RENAME orb-inventoryd.conf
   COMPONENT runtime)
 
-# These two name the program by its full path, and the prefix is known only when installing.
+# These two name the program by its full path, and the prefix is known only when installing. They are
+# written where they go: several installations may run at once.
 function(install_with_paths template destination name)
   install(CODE "
     set(BIN_DIR \"\${CMAKE_INSTALL_PREFIX}/${CMAKE_INSTALL_BINDIR}\")
     set(DOC_DIR \"\${CMAKE_INSTALL_PREFIX}/${CMAKE_INSTALL_DOCDIR}\")
-    configure_file(\"${CMAKE_CURRENT_SOURCE_DIR}/${template}\"
-                   \"${CMAKE_CURRENT_BINARY_DIR}/${name}\" @ONLY)"
-    COMPONENT runtime)
-  install(FILES ${CMAKE_CURRENT_BINARY_DIR}/${name}
-    DESTINATION ${destination}
+    set(file \"\${CMAKE_INSTALL_PREFIX}/${destination}/${name}\")
+    message(STATUS \"Installing: \$ENV{DESTDIR}\${file}\")
+    configure_file(\"${CMAKE_CURRENT_SOURCE_DIR}/${template}\" \"\$ENV{DESTDIR}\${file}\" @ONLY)
+    list(APPEND CMAKE_INSTALL_MANIFEST_FILES \"\${file}\")"
     COMPONENT runtime)
 endfunction()
 install_with_paths(inventoryd/orb-inventoryd.service.in lib/systemd/system orb-inventoryd.service)
