@@ -30,6 +30,7 @@ ORB_AARCH64_SYSROOT_PACKAGES="libc6-dev libcli11-dev libeigen3-dev libfmt-dev li
 # What scripts/make_packages.sh takes besides building the product, and the step `packages` of ./test.
 ORB_PACKAGING_PACKAGES="build-essential debhelper debian-archive-keyring fakeroot"
 ORB_PACKAGING_TEST_PACKAGES="binutils diffoscope-minimal lintian make mmdebstrap python3-kconfiglib"
+
 # What the step `target` of ./test takes besides, and what the emulated machine's root and kernel are
 # made of (tests/target/make_root.sh).
 ORB_TARGET_PACKAGES="cpio kmod qemu-system-arm"
