@@ -6,9 +6,10 @@ ORB_BUILD_PACKAGES="g++ cmake ninja-build pkg-config libsystemd-dev libtomlplusp
   dbus-daemon python3"
 
 # What testing it takes besides.
-ORB_TEST_PACKAGES="bash binutils clang dbus-bin diffutils fish gpsbabel i2c-tools iproute2
-  libclang-rt-dev libgmock-dev libgtest-dev locales mandoc procps python3 python3-jsonschema
-  python3-nmea2 python3-ntp python3-smbus strace tmux util-linux valgrind zsh"
+ORB_TEST_PACKAGES="abigail-tools bash binutils clang dbus-bin diffutils fish gpsbabel i2c-tools
+  iproute2 libclang-rt-dev libgmock-dev libgtest-dev locales mandoc procps python3
+  python3-jsonschema python3-nmea2 python3-ntp python3-smbus strace tmux util-linux valgrind xz-utils
+  zsh"
 
 # What making the reference of the headers takes besides: a test makes it.
 ORB_DOC_PACKAGES="doxygen python3"
