@@ -12,19 +12,6 @@
 #include "program/failure.h"
 
 namespace orb::sim {
-namespace {
-
-/// Writes out what has been printed. Returns why it is lost; empty where it is not.
-std::string lossOfOutput() {
-  errno = 0;
-  if (std::cout.flush()) {
-    return "";
-  }
-  return std::string("cannot write standard output") +
-         (errno != 0 ? std::string(": ") + std::strerror(errno) : "");
-}
-
-}  // namespace
 
 void occupyClosedStreams() {
   for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
@@ -36,19 +23,11 @@ void occupyClosedStreams() {
   }
 }
 
-bool warnOfLostOutput() {
-  const std::string loss = lossOfOutput();
-  if (loss.empty()) {
-    return false;
-  }
-  std::cerr << "orb-sim: " << loss << "; goes on without it" << std::endl;
-  return true;
-}
-
 void requireOutput() {
-  const std::string loss = lossOfOutput();
-  if (!loss.empty()) {
-    throw Failure(loss);
+  errno = 0;
+  if (!std::cout.flush()) {
+    throw Failure(std::string("cannot write standard output") +
+                  (errno != 0 ? std::string(": ") + std::strerror(errno) : ""));
   }
 }
 

@@ -6,10 +6,7 @@ namespace orb::sim {
 /// no other descriptor takes their numbers. As on a closed one, reading and writing fail.
 void occupyClosedStreams();
 
-/// Writes out what has been printed. Returns whether it is lost, and says so on standard error.
-bool warnOfLostOutput();
-
-/// Throws Failure where what has been printed is lost.
+/// Writes out what has been printed. Throws Failure where it is lost.
 void requireOutput();
 
 }  // namespace orb::sim

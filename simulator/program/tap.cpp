@@ -4,12 +4,10 @@
 
 #include <array>
 #include <cerrno>
-#include <iostream>
 #include <utility>
 
 #include "line/available_bytes.h"
 #include "program/failure.h"
-#include "program/standard_streams.h"
 #include "trace/utc_time.h"
 
 namespace orb::sim {
@@ -26,7 +24,7 @@ Tap::Tap(OwnedDescriptor port, std::string name, const std::filesystem::path& li
     : port_(std::move(port)),
       name_(std::move(name)),
       trace_(std::move(trace)),
-      transcript_(std::cout, form) {
+      transcript_(text_, form) {
   transcript_.setStart(wallTimeNow() - now());
   if (!link.empty()) {
     client_.emplace(link);
@@ -34,13 +32,12 @@ Tap::Tap(OwnedDescriptor port, std::string name, const std::filesystem::path& li
 }
 
 void Tap::run(const EndSignals& end) {
-  checkDisplay();
   while (passOn(end)) {
     transcript_.reach(now());
-    checkDisplay();
+    show();
   }
   transcript_.finish();
-  checkDisplay();
+  show();
 }
 
 /// Sleeps until there is something to pass on, and does so. Returns whether to go on.
@@ -110,8 +107,12 @@ void Tap::note(Speaker from, const Bytes& bytes) {
   transcript_.add(record);
 }
 
-/// Shows what has been printed. That it cannot be shown is no reason to cut the client off.
-void Tap::checkDisplay() { isDisplayLost_ = isDisplayLost_ || warnOfLostOutput(); }
+/// Shows what the transcript has written. That it cannot be shown is no reason to cut the client
+/// off.
+void Tap::show() {
+  display_.show(text_.str());
+  text_.str({});
+}
 
 std::chrono::microseconds Tap::now() const {
   return std::chrono::duration_cast<std::chrono::microseconds>(Clock::now() - start_);

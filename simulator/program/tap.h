@@ -2,11 +2,13 @@
 
 #include <chrono>
 #include <optional>
+#include <sstream>
 
 #include "base/owned_descriptor.h"
 #include "line/pty_port.h"
 #include "orb-sim/bytes.h"
 #include "orb-sim/trace.h"
+#include "program/display.h"
 #include "program/signals.h"
 #include "trace/transcript.h"
 
@@ -24,8 +26,8 @@ class Tap {
   /// The tty for clients; empty for none.
   std::string tty() const { return client_ ? client_->path() : ""; }
 
-  /// Works until a signal asks for the end; also where standard output cannot be written, which it
-  /// says once. Throws Failure where the port is gone, and as TraceWriter does.
+  /// Works until a signal asks for the end; also where standard output cannot be written or is not
+  /// read, see Display. Throws Failure where the port is gone, and as TraceWriter does.
   void run(const EndSignals& end);
 
  private:
@@ -35,19 +37,20 @@ class Tap {
   void takeFromPort();
   void takeFromClient();
   void note(Speaker from, const Bytes& bytes);
-  void checkDisplay();
+  void show();
   std::chrono::microseconds now() const;
 
   const Clock::time_point start_ = Clock::now();
   OwnedDescriptor port_;
   const std::string name_;
+  Display display_;  // ends last
   std::optional<PtyPort> client_;
   std::optional<TraceWriter> trace_;
+  std::ostringstream text_;  // what the transcript has written and the display has not been given
   Transcript transcript_;
 
   Bytes toPort_;
   Bytes toClient_;
-  bool isDisplayLost_ = false;
 };
 
 }  // namespace orb::sim

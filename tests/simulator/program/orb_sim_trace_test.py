@@ -12,7 +12,7 @@ import subprocess
 import termios
 import unittest
 
-from orb_sim import ASK_VERSION, LIMIT, REFUSED, OrbSimTest, runs_a_command
+from orb_sim import ASK_VERSION, LIMIT, REFUSED, OrbSimTest, runs_a_command, wait_until
 from orb_sim_serve_test import ask, check_goes_on, opened, processor_seconds, read_exactly
 
 POLL = os.environ["ORB_SIM_POLL"]
@@ -220,6 +220,26 @@ class Tap(TapTest):
                     said = "".join(record["bytes"] for record in self.records()[1:]
                                    if record["from"] == "client")
                     self.assertEqual(said, 3 * ASK_VERSION.hex().upper())
+
+    def test_passes_on_while_nobody_reads_what_it_shows(self):
+        with self.tapped() as process:
+            for _ in range(400):  # twice what a pipe takes of what is shown
+                self.assertEqual(ask(self.link).hex().upper(), ANSWER)
+            process.terminate()
+            self.assertEqual(process.wait(LIMIT), 0)
+
+    def test_says_how_much_it_has_left_out_that_nobody_has_read(self):
+        sentences, last = 40000, b"$GPGLL*50\r\n"
+        with self.listening("--trace", str(self.trace)) as (process, receiver):
+            os.write(receiver, b"$GPZDA*48\r\n" * sentences + last)
+            wait_until(lambda: last.hex().upper() in self.trace.read_text()[-200:], "the last one")
+            process.terminate()
+            self.assertEqual(process.wait(LIMIT), 0)
+            left_out = re.search("nobody has read standard output; ([0-9]+) lines are left out of it\n$",
+                                 process.stderr.read())
+            shown = process.stdout.read().count("\n")
+            self.assertGreater(shown, sentences / 100)
+            self.assertEqual(shown + int(left_out[1]), sentences + 1 + 2)  # and the counts
 
 
 class RoundTrip(TapTest):
