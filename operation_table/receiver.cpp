@@ -61,6 +61,9 @@ unsigned int Receiver::exchangeRaw(std::string payload, std::string& replies) {
     builder.update(0, reinterpret_cast<const unsigned char*>(received.data()), received.size());
     replies.clear();
     while (const std::unique_ptr<ORBMessage> reply{list.getMessage()}) {
+      if (reply->getPayloadLength() == 0) {
+        continue;  // has not even an id
+      }
       append(replies, *reply);
       isAnswered |= reply->getMid() != kAcknowledged && reply->getMid() != kNavigationData;
     }

@@ -5,6 +5,7 @@
 #include <iostream>
 #include <sstream>
 
+#include "base/plain_text.h"
 #include "base/toml/text_file.h"
 #include "orbctl/argument.h"
 #include "orbctl/failure.h"
@@ -42,7 +43,8 @@ std::string wordFrom(const toml::node& node, const std::string& key) {
 
 /// What is wrong with a value of the file, with the place where it stands.
 Failure at(const toml::source_region& place, const std::string& source, const Failure& failure) {
-  return {failure.status(), fmt::format("{}:{}: {}", source, place.begin.line, failure.what()),
+  return {failure.status(),
+          fmt::format("{}:{}: {}", source, place.begin.line, plain(failure.what())),
           failure.hint()};
 }
 

@@ -1,11 +1,14 @@
+#include <fcntl.h>
 #include <fmt/format.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include <CLI/CLI.hpp>
-#include <filesystem>
-#include <fstream>
+#include <algorithm>
 #include <memory>
-#include <sstream>
 
+#include "base/owned_descriptor.h"
+#include "base/plain_text.h"
 #include "orbctl/argument.h"
 #include "orbctl/command.h"
 #include "orbctl/failure.h"
@@ -53,19 +56,31 @@ void reset(Session& session, const Options& options, const std::string& kind) {
                       : fmt::format("A {} start was requested.", kind));
 }
 
+/// What the identity file holds. Anybody may have put something else there.
+std::string identityText() {
+  constexpr std::size_t kLongest = 4096;
+  const OwnedDescriptor file(
+      ::open(kIdentityFile, O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+  struct stat status {};
+  std::string text(kLongest + 1, '\0');
+  const bool isFile = ::fstat(file.get(), &status) == 0 && S_ISREG(status.st_mode);
+  const ssize_t size = isFile ? ::read(file.get(), text.data(), text.size()) : -1;
+  text.resize(static_cast<std::size_t>(std::max<ssize_t>(size, 0)));
+  if (text.empty() || text.size() > kLongest) {
+    throw Failure(ExitStatus::Refused,
+                  text.empty() ? fmt::format("cannot read {}", kIdentityFile)
+                               : fmt::format("{} is too long for an identity file", kIdentityFile),
+                  "what stands there already is not replaced: remove it and try again");
+  }
+  return text;
+}
+
 void identity(Session& session, const Options& options) {
   session.requireReceiver();
   Values none;
   session.callAnyway("saveorbitekChipInfo", none);
-  std::error_code error;
-  std::ostringstream text;
-  // Nobody may ever write to a FIFO.
-  if (!std::filesystem::is_regular_file(kIdentityFile, error) ||
-      !(text << std::ifstream(kIdentityFile).rdbuf())) {
-    throw Failure(ExitStatus::Refused, fmt::format("cannot read {}", kIdentityFile),
-                  "what stands there already is not replaced: remove it and try again");
-  }
-  show(options, "identity", {{"file", kIdentityFile}, {"text", text.str()}}, text.str());
+  const std::string text = identityText();
+  show(options, "identity", {{"file", kIdentityFile}, {"text", text}}, plain(text, "\n"));
 }
 
 void addUart(CLI::App& app, Action& chosen) {

@@ -9,6 +9,7 @@
 #include <filesystem>
 #include <fstream>
 
+#include "base/plain_text.h"
 #include "orbctl/session.h"
 
 namespace orb::ctl {
@@ -74,7 +75,7 @@ std::vector<std::string> usersOfDevice() {
       std::ifstream name(process / "comm");
       std::string command;
       std::getline(name, command);
-      users.push_back(fmt::format("{} ({})", id, command));
+      users.push_back(fmt::format("{} ({})", id, plain(command)));
     }
   }
   return users;

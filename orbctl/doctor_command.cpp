@@ -184,12 +184,11 @@ Finding lookAtLog() {
   if (error) {
     return {Note, "log", fmt::format("{}: {}", kErrorLog, error.message()), {}};
   }
-  const std::vector<std::string> lines = GrowingLog(kErrorLog).take();
+  const std::optional<std::string> last = lastLine(kErrorLog);
   return {Note,
           "log",
-          lines.empty() ? fmt::format("{} is empty", kErrorLog)
-                        : fmt::format("{} bytes, the last entry: {}", size,
-                                      describe(logEntryFrom(lines.back()))),
+          last ? fmt::format("{} bytes, the last entry: {}", size, describe(logEntryFrom(*last)))
+               : fmt::format("{} is empty", kErrorLog),
           {}};
 }
 

@@ -3,6 +3,7 @@
 #include <sys/types.h>
 
 #include <fstream>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -11,7 +12,8 @@ namespace orb::ctl {
 /// Where the library notes exchanges that failed.
 constexpr char kErrorLog[] = "/var/log/orbset-errors.log";
 
-/// An exchange that failed. A line that is none of the library's has its text alone.
+/// An exchange that failed. A line that is none of the library's has its text alone, one that is
+/// longer than any of those the start of it.
 struct LogEntry {
   std::string line;
   std::string time;           // such as "14:03:27.042"
@@ -24,6 +26,9 @@ LogEntry logEntryFrom(const std::string& line);
 
 /// In words: "14:03:27.042  no reply to: Query ... (64 07)".
 std::string describe(const LogEntry& entry);
+
+/// The last whole line of a log, as far as it stands in the log's last 64 KiB.
+std::optional<std::string> lastLine(const std::string& path);
 
 /// A log that others write to, cut off and replace.
 class GrowingLog {

@@ -8,6 +8,7 @@
 #include <exception>
 
 #include "base/owned_descriptor.h"
+#include "base/plain_text.h"
 #include "board/expected_module.h"
 #include "orb-gnss/hardware_discovery.h"
 
@@ -57,8 +58,8 @@ std::string reasonIn(const std::string& line) {
 Inventory askInventory() {
   const TakenErrors errors;
   try {
-    const std::string hardware = getModuleHardwareID(kModuleLocation);
-    return {hardware, hardware.empty() ? reasonIn(errors.line()) : ""};
+    const std::string hardware = plain(getModuleHardwareID(kModuleLocation));
+    return {hardware, hardware.empty() ? plain(reasonIn(errors.line())) : ""};
   } catch (const std::exception& error) {
     return {"", error.what()};
   }

@@ -19,7 +19,7 @@ void showEntries(const Options& options, const std::vector<std::string>& lines) 
   for (const std::string& line : lines) {
     const LogEntry entry = logEntryFrom(line);
     text += describe(entry) + "\n";
-    Json row{{"line", line}};
+    Json row{{"line", entry.line}};
     if (!entry.message.empty()) {
       row.update({{"time", entry.time},
                   {"failure", entry.isUnanswered ? "no reply" : "not sent"},

@@ -4,6 +4,7 @@
 #include <charconv>
 #include <memory>
 
+#include "base/plain_text.h"
 #include "orb-gnss/catalogue.h"
 #include "orbctl/command.h"
 #include "orbctl/failure.h"
@@ -50,11 +51,11 @@ constexpr unsigned char kRefused = 0x84;
 
 /// A reply in words and as data.
 std::pair<std::string, Json> describeReply(const std::string& payload) {
-  std::string text = fmt::format("< {}  {}\n", hex(payload), describeMessage(payload));
+  std::string text = fmt::format("< {}  {}\n", hex(payload), plain(describeMessage(payload)));
   Json fields = Json::array();
   for (const ReplyField& field : fieldsOf(payload)) {
-    text += fmt::format("    {} = {}{}{}\n", field.name, field.value, field.unit.empty() ? "" : " ",
-                        field.unit);
+    text += fmt::format("    {} = {}{}{}\n", field.name, plain(field.value),
+                        field.unit.empty() ? "" : " ", field.unit);
     fields.push_back({{"name", field.name}, {"value", field.value}, {"unit", field.unit}});
   }
   return {text,
@@ -65,7 +66,7 @@ std::pair<std::string, Json> describeReply(const std::string& payload) {
 
 void raw(Session& session, const Options& options, const std::string& payload) {
   Json replies = Json::array();
-  std::string text = fmt::format("> {}  {}\n", hex(payload), describeMessage(payload));
+  std::string text = fmt::format("> {}  {}\n", hex(payload), plain(describeMessage(payload)));
   bool isRefused = false;
   for (const std::string& reply : session.exchange(payload)) {
     isRefused |= static_cast<unsigned char>(reply.front()) == kRefused;

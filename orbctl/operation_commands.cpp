@@ -3,6 +3,7 @@
 #include <CLI/CLI.hpp>
 #include <memory>
 
+#include "base/plain_text.h"
 #include "orbctl/argument.h"
 #include "orbctl/command.h"
 #include "orbctl/failure.h"
@@ -93,7 +94,7 @@ void callOperation(Session& session, const Options& options, const std::string& 
     const Argument& argument = operation.arguments()[i];
     if (argument.isOutput) {
       outputs[std::string(argument.name)] = jsonOf(arguments[i]);
-      text += fmt::format("{} = {}{}{}\n", argument.name, textOf(jsonOf(arguments[i])),
+      text += fmt::format("{} = {}{}{}\n", argument.name, plain(textOf(jsonOf(arguments[i]))),
                           argument.unit.empty() ? "" : " ", argument.unit);
     }
   }
@@ -104,7 +105,7 @@ void callOperation(Session& session, const Options& options, const std::string& 
                   fmt::format("see: orbctl explain {}", mask), mask);
   }
   show(options, "call", {{"operation", name}, {"result", jsonOf(result)}, {"outputs", outputs}},
-       fmt::format("result = {}\n{}", textOf(jsonOf(result)), text));
+       fmt::format("result = {}\n{}", plain(textOf(jsonOf(result))), text));
 }
 
 std::string signatureOf(const Operation& operation) {

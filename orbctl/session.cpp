@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <filesystem>
 
+#include "base/plain_text.h"
 #include "board/expected_module.h"
 #include "orb-gnss/catalogue.h"
 #include "orbctl/complaint.h"
@@ -144,7 +145,7 @@ Failure noReceiver(Session& session) {
 
 void Session::show(const Call& call) {
   if (options_.showPrints) {
-    complain(fmt::format("{}{}", call.standardOutput, call.standardError));
+    complain(plain(call.standardOutput + call.standardError, "\n\t"));
   }
   if (!call.warning.empty() && call.warning != lastWarning_ && !options_.isQuiet) {
     lastWarning_ = call.warning;
@@ -237,8 +238,7 @@ bool Session::isLastQueryRefused() {
   if (logSize() == logSize_) {
     return false;
   }
-  const std::vector<std::string> lines = GrowingLog(kErrorLog).take();
-  const LogEntry entry = lines.empty() ? LogEntry() : logEntryFrom(lines.back());
+  const LogEntry entry = logEntryFrom(lastLine(kErrorLog).value_or(""));
   for (const ORBMessageInfo& row : ORBMessages) {
     // A query is its id alone; what has a body may be a setting.
     const bool hasSubId = row.msgId.subId != 0;

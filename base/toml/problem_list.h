@@ -7,6 +7,8 @@
 #include <utility>
 #include <vector>
 
+#include "base/plain_text.h"
+
 namespace orb {
 
 /// Collects what is wrong with a file, and lists it in the order of the lines.
@@ -17,7 +19,7 @@ class ProblemList {
   void add(std::uint32_t line, std::string what) {
     // What is quoted from the file may hold anything; a problem stays one line.
     std::replace(what.begin(), what.end(), '\n', ' ');
-    problems_.emplace(line, path_ + ':' + std::to_string(line) + ": " + what);
+    problems_.emplace(line, path_ + ':' + std::to_string(line) + ": " + plain(what));
   }
 
   /// A problem of the file as a whole.

@@ -7,6 +7,7 @@
 #include <string_view>
 #include <system_error>
 
+#include "base/plain_text.h"
 #include "dbus/inventory_interface.h"
 
 namespace orb {
@@ -35,15 +36,7 @@ void report(const char* method, const std::string& reason) {
 /// What the other side says, for one line on a terminal: the start of it, in plain characters.
 std::string quoted(std::string_view text) {
   constexpr std::size_t kLongest = 200;
-  std::string result;
-  for (const char c : text.substr(0, kLongest)) {
-    char escaped[8] = {c};
-    if (c < ' ' || c > '~') {
-      std::snprintf(escaped, sizeof escaped, "\\x%02x", static_cast<unsigned char>(c));
-    }
-    result += escaped;
-  }
-  return text.size() > kLongest ? result + "..." : result;
+  return plain(text.substr(0, kLongest)) + (text.size() > kLongest ? "..." : "");
 }
 
 int keepAnswer(sd_bus_message* answer, void* kept, sd_bus_error* /*error*/) {

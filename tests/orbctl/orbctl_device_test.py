@@ -1,6 +1,8 @@
 """What orbctl does on the simulated device, in success and in each kind of failure."""
 
+import functools
 import json
+import operator
 import os
 import socket
 import unittest
@@ -109,6 +111,16 @@ REPLIES = {
     "6502": {"width": "1000 us"},
     "6504": {"frequency": "0 Hz"},
 }
+
+
+def packet(payload):
+    """The packet with a payload that is given in hexadecimal."""
+    data = bytes.fromhex(payload)
+    return (b"\xA0\xA1" + len(data).to_bytes(2, "big") + data
+            + bytes([functools.reduce(operator.xor, data, 0)]) + b"\r\n")
+
+
+DETECTION = {"0201": [packet("8302") + packet("8001000100 0C00010200 0018030F")]}
 
 
 # The clock of the receiver goes a hundred times as fast.
@@ -438,6 +450,47 @@ class OnTheDevice(OrbctlTest):
                 self.assertEqual(shown | fields, shown)
                 self.assertNotEqual(fields, {})
 
+    def on_answers(self, answers, *command):
+        """Runs a command on a receiver that answers these payloads with those packets."""
+        records = [(0, "client", b"")]
+        for query, replies in answers.items():
+            time = records[-1][0] + 10
+            records.append((time, "client", packet(query)))
+            records += [(time + 0.2 * (i + 1), "receiver", reply)
+                        for i, reply in enumerate(replies)]
+        lines = [{"orb-sim-trace": 1}] + [{"time": time, "from": speaker, "bytes": data.hex()}
+                                          for time, speaker, data in records[1:]]
+        (self.folder / "a.trace").write_text("".join(json.dumps(line) + "\n" for line in lines))
+        return self.run_program(ORB_SIM, "replay", "a.trace", "--", *command)
+
+    def test_takes_a_packet_without_a_message_for_no_answer(self):
+        answers = DETECTION | {"10": [packet(""), packet("8310") + packet("8601")]}
+        result = self.on_answers(answers, ORBCTL, "raw", "10")
+        self.check(result, 0, "> 10  Query the position update rate of GNSS system \n"
+                   "< 83 10  Message Acknowledged\n    message = 10\n"
+                   "< 86 01  Position update rate of GNSS system \n    rate = 1 Hz\n", "")
+
+    def test_shows_what_others_say_in_plain_characters(self):
+        """Nobody else writes the terminal's title, or lines of orbctl's."""
+        evil = "a\x1b]0;b\x07\nc\x7f\u009b"
+        plain = r"a\x1b]0;b\x07\x0ac\x7f\xc2\x9b"
+        answers = DETECTION | {"647D": [packet("64FE" + evil.encode().hex())]}
+        result = self.on_answers(answers, ORBCTL, "raw", "647D")
+        self.assertEqual(result.stdout.splitlines()[2:], [f"    version = {plain}"])
+        result = self.on_answers(answers, ORBCTL, "call", "exchangeRaw", "d}")
+        self.assertEqual(result.stdout.splitlines()[1:],
+                         [r"replies = \x00\x0ed\xfe" + plain])
+        self.assertIn(f": {plain}\n", self.orbctl(
+            "get", "sbas", device=("--hardware-id", evil)).stderr)
+        (self.folder / evil).symlink_to("/bin/sleep")
+        result = self.shell(f"'{self.folder / evil}' 100 3< /dev/tty_gps & "
+                            f"until grep -q c /proc/$!/comm; do sleep 0.1; done; "
+                            f"{ORBCTL} doctor; kill $!")
+        self.assertIn(rf" (a\x1b]0;b\x07", result.stdout)
+        result = self.shell(f"printf 'a\\033b\\n' > /var/log/orbset-errors.log; {ORBCTL} log; "
+                            f"printf 'a\\033b\\nc' > /tmp/orbitekChip-info.txt; {ORBCTL} identity")
+        self.check(result, 0, "a\\x1bb\n" + "a\\x1bb\nc", "")
+
     def test_decodes_numbers_of_every_size(self):
         result = self.shell(f"{ORBCTL} -q survey static 48.25 11.5 -520 && {ORBCTL} raw 44")
         self.assertEqual(result.returncode, 0, result.stderr)
@@ -530,6 +583,18 @@ class OnTheDevice(OrbctlTest):
                             f"timeout 20 {ORBCTL} identity")
         self.check(result, 1, "", "orbctl: cannot read /tmp/orbitekChip-info.txt\norbctl: what "
                    "stands there already is not replaced: remove it and try again\n")
+
+    def test_shows_no_other_file_as_the_identity(self):
+        file = "/tmp/orbitekChip-info.txt"
+        hint = "orbctl: what stands there already is not replaced: remove it and try again\n"
+        for made, problem in [
+                (f"echo secret > other; ln -s $PWD/other {file}", f"cannot read {file}"),
+                (f"truncate -s 4097 {file}", f"{file} is too long for an identity file")]:
+            with self.subTest(made):
+                self.check(self.shell(f"{made}; {ORBCTL} identity"), 1, "",
+                           f"orbctl: {problem}\n{hint}")
+        result = self.shell(f"yes | head -c 4096 > {file}; {ORBCTL} identity")
+        self.check(result, 0, "y\n" * 2048, "")
 
     def test_has_the_same_status_where_nobody_can_be_told(self):
         result = self.shell(f"{ORBCTL} get sbas 2> /dev/full; echo $?; "

@@ -1,5 +1,7 @@
 """The error log in words, also while it grows, is cut off and replaced."""
 
+import json
+import os
 import subprocess
 import unittest
 
@@ -17,6 +19,27 @@ class Log(OrbctlTest):
         result = self.shell(f"echo '{LINE}' > {LOG}; echo '{OTHER}' >> {LOG}; "
                             f"echo 'of another program' >> {LOG}; {ORBCTL} log")
         self.check(result, 0, IN_WORDS + OTHER_IN_WORDS + "of another program\n", "")
+
+    def test_cuts_a_line_that_is_longer_than_any_real_one(self):
+        start = LINE.split(": ")[0] + ":  Could not send : 45 00: "
+        longest = start + "x" * (256 - len(start))
+        (self.folder / "log").write_text(f"{longest}\n{longest}x\n{start}{'x' * 300_000}\n")
+        result = self.shell(f"cat log > {LOG}; {ORBCTL} log")
+        in_words = "14:03:27.042  could not send: " + longest[len(start):] + " (45 00)\n"
+        self.check(result, 0, in_words + f"{longest}...\n" * 2, "")
+        result = self.shell(f"cat log > {LOG}; {ORBCTL} --json log")
+        self.assertEqual([entry["line"] for entry in json.loads(result.stdout)["entries"]],
+                         [longest, longest + "...", longest + "..."])
+        result = self.shell(f"cat log > {LOG}; {ORBCTL} doctor | grep log")
+        self.assertTrue(result.stdout.endswith(f"the last entry: {'x' * 256}...\n"), result.stdout)
+
+    @unittest.skipIf(os.environ.get("ORB_SANITIZE"), "sanitizers take memory of their own")
+    def test_doctor_reads_its_end_only(self):
+        limit = "ulimit -v 700000"  # KiB
+        result = self.shell(f"truncate -s 800M {LOG}; echo >> {LOG}; echo '{OTHER}' >> {LOG}; "
+                            f"printf 14: >> {LOG}; {limit}; {ORBCTL} doctor | grep log")
+        size = (800 << 20) + 1 + len(OTHER) + 1 + 3
+        self.check(result, 0, f"note  log        {size} bytes, the last entry: {OTHER_IN_WORDS}", "")
 
     def test_has_what_the_library_has_written(self):
         result = self.shell(f"{ORBCTL} detect 2> seen; {ORBCTL} log", device=["--no-receiver"])

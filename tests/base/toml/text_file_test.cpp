@@ -77,5 +77,11 @@ TEST(TomlText, HasABoundedDepth) {
   EXPECT_THAT(problemsOf(nested), ElementsAre(HasSubstr("nested value depth of 16")));
 }
 
+TEST(ProblemListTest, KeepsWhatIsQuotedFromTheTerminal) {
+  ProblemList problems("f");
+  problems.add(3, "there is no key 'a\nb\x1b[2J\xc2\x9b'");
+  EXPECT_THAT(problems.lines(), ElementsAre(R"(f:3: there is no key 'a b\x1b[2J\xc2\x9b')"));
+}
+
 }  // namespace
 }  // namespace orb::test
