@@ -51,11 +51,14 @@ bool isAlive(pid_t process) {
   return name == std::string::npos || line.compare(name, 4, ") Z ") != 0;
 }
 
-/// Whether the open `file` still has its name: a holder removes it when it is done.
-bool hasName(int file) {
+struct stat statusOf(int file) {
   struct stat opened {};
-  return ::fstat(file, &opened) == 0 && opened.st_nlink > 0;
+  ::fstat(file, &opened);
+  return opened;
 }
+
+/// Whether the open `file` still has its name: a holder removes it when it is done.
+bool hasName(int file) { return statusOf(file).st_nlink > 0; }
 
 struct LockFile {
   OwnedDescriptor descriptor;
@@ -127,7 +130,10 @@ DeviceLock::Attempt DeviceLock::attempt(const std::string& path) {
     if (errno == ENOENT && !opened.isNew) {
       return Attempt::Again;  // its holder has just removed it
     }
-    return impossible(path);
+    return impossible(path, errno);
+  }
+  if (!S_ISREG(statusOf(file_.get()).st_mode)) {
+    return impossible(path, EINVAL);
   }
   if (::flock(file_.get(), LOCK_EX | LOCK_NB) != 0) {
     holder_ = writtenIn(file_.get());
@@ -146,14 +152,19 @@ DeviceLock::Attempt DeviceLock::attempt(const std::string& path) {
     file_.reset();
     return Attempt::Busy;
   }
+  // Somebody's file that was linked there would be overwritten.
+  if (statusOf(file_.get()).st_nlink > 1) {
+    return impossible(path, EMLINK);
+  }
   if (::ftruncate(file_.get(), 0) != 0) {
-    return impossible(path);
+    return impossible(path, errno);
   }
   return takeOver(path);
 }
 
-DeviceLock::Attempt DeviceLock::impossible(const std::string& path) {
-  problem_ = "cannot write " + path + ": " + std::strerror(errno);
+DeviceLock::Attempt DeviceLock::impossible(const std::string& path, int error) {
+  file_.reset();
+  problem_ = "cannot write " + path + ": " + std::strerror(error);
   return Attempt::Impossible;
 }
 
@@ -161,7 +172,7 @@ DeviceLock::Attempt DeviceLock::takeOver(const std::string& path) {
   char text[16];
   const int length = std::snprintf(text, sizeof text, "%10d\n", static_cast<int>(::getpid()));
   if (::pwrite(file_.get(), text, static_cast<std::size_t>(length), 0) != length) {
-    return impossible(path);
+    return impossible(path, errno);
   }
   isOurs_ = true;
   return Attempt::Taken;

@@ -44,7 +44,7 @@ class DeviceLock {
   enum class Attempt { Taken, Busy, Again, Impossible };
 
   Attempt attempt(const std::string& path);
-  Attempt impossible(const std::string& path);
+  Attempt impossible(const std::string& path, int error);
   Attempt takeOver(const std::string& path);
 
   OwnedDescriptor file_;

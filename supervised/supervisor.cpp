@@ -20,7 +20,7 @@ using Ending = orbSupervisedController::Ending;
 constexpr std::chrono::seconds kMargin{2};
 /// The longest that looking for module and receiver takes.
 constexpr std::chrono::seconds kLooking{5};
-/// Far enough for anybody, and near enough for the clock.
+/// Far enough for anybody, also back, and near enough for the clock.
 constexpr std::chrono::milliseconds kLongestLimit = std::chrono::hours(24 * 365);
 /// NMEA sentences come once a second.
 constexpr std::chrono::milliseconds kListening{1200};
@@ -55,7 +55,8 @@ void listen(Call& call) {
 Value Supervisor::perform(const Operation& operation, std::vector<Value>& arguments,
                           std::chrono::milliseconds limit, Call& call) {
   call = Call();
-  Deadline deadline = std::chrono::steady_clock::now() + std::min(limit, kLongestLimit);
+  Deadline deadline =
+      std::chrono::steady_clock::now() + std::clamp(limit, -kLongestLimit, kLongestLimit);
   std::unique_lock<std::timed_mutex> lock(oneCallAtATime_, std::defer_lock);
   if (limit == std::chrono::milliseconds::zero()) {
     lock.lock();  // the calls before this one have deadlines

@@ -15,6 +15,8 @@ class Supervisor {
  public:
   using Call = orbSupervisedController::Call;
 
+  Supervisor() { workerProgram(); }  // before the process changes its folder
+
   /// Does `operation` with `arguments`, which come back as it left them, and tells of the call.
   /// Throws what the operation threw. A limit of zero is the operation's own.
   Value perform(const Operation& operation, std::vector<Value>& arguments,

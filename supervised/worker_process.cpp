@@ -64,6 +64,18 @@ void continueAtEndOf(int pipe, pid_t process) {
   ::fcntl(pipe, F_SETFL, O_ASYNC);
 }
 
+/// Where this library stands; empty where that is not known. It may have been loaded by a relative
+/// path, which holds as long as the process stays in its folder.
+std::filesystem::path ownFolder() {
+  Dl_info self{};
+  if (::dladdr(reinterpret_cast<const void*>(&workerProgram), &self) == 0) {
+    return {};
+  }
+  std::error_code error;
+  const auto library = std::filesystem::absolute(self.dli_fname, error);
+  return (error ? std::filesystem::path(self.dli_fname) : library).parent_path();
+}
+
 Unreaped& unreaped() {
   static auto& processes = *new Unreaped;  // for controllers that go after what is static here
   return processes;
@@ -198,11 +210,10 @@ void WorkerProcess::end() {
 
 std::string workerProgram() {
   namespace fs = std::filesystem;
-  Dl_info self{};
-  if (::dladdr(reinterpret_cast<const void*>(&workerProgram), &self) == 0) {
+  static const auto& folder = *new fs::path(ownFolder());  // as unreaped() has its own
+  if (folder.empty()) {
     return ORB_WORKER_NAME;
   }
-  const fs::path folder = fs::path(self.dli_fname).parent_path();
   std::error_code ignored;
   const fs::path installed = folder / ORB_WORKER_FROM_LIBRARY / ORB_WORKER_NAME;
   if (fs::exists(installed, ignored)) {

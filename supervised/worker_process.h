@@ -65,7 +65,8 @@ class WorkerProcess {
   const pid_t owner_ = ::getpid();
 };
 
-/// Where the program of the worker stands: beside this library, as built or as installed.
+/// Where the program of the worker stands: beside this library, as built or as installed. A library
+/// that was loaded by a relative path is found from the folder of the first call.
 std::string workerProgram();
 
 }  // namespace orb

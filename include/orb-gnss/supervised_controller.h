@@ -12,7 +12,8 @@
 ///
 /// Offers what orbController offers, in a process of its own (the worker), which this object starts
 /// and ends. Every call is over at its deadline, also on a line that carries no byte: then the
-/// worker is killed, and the next call starts another. Several threads may call; their calls are
+/// worker is killed, the line listened to for up to 1.2 seconds, and the next call starts another
+/// worker. Several threads may call; their calls are
 /// done one after another. While a call is done, the serial line is locked in the manner of serial
 /// tools (LCK..tty_gps in /run/lock or /var/lock), so that processes that keep to it take turns.
 ///

@@ -121,6 +121,34 @@ TEST_F(DeviceLockTest, WaitsForNobodyWhereAFifoStandsInItsPlace) {
   EXPECT_EQ(lock.acquire(soon()), State::Unprotected);
 }
 
+TEST_F(DeviceLockTest, IsHeldByNobodyWhereAFifoStandsInItsPlace) {
+  ASSERT_EQ(::mkfifo(file_.c_str(), 0644), 0);
+  const OwnedDescriptor planted(::open(file_.c_str(), O_RDWR | O_CLOEXEC), "open");
+  ASSERT_EQ(::flock(planted.get(), LOCK_EX), 0);
+  DeviceLock lock;
+  EXPECT_EQ(lock.acquire(soon()), State::Unprotected);
+  EXPECT_EQ(lock.problem(), "cannot write " + DeviceLock::path() + ": Invalid argument");
+}
+
+TEST_F(DeviceLockTest, WritesToNoFileThatHasAnotherName) {
+  const std::filesystem::path other = files_.folder / "other";
+  fill(other, "text");
+  std::filesystem::create_hard_link(other, file_);
+  {
+    DeviceLock lock;
+    EXPECT_EQ(lock.acquire(soon()), State::Unprotected);
+    EXPECT_EQ(lock.problem(), "cannot write " + DeviceLock::path() + ": Too many links");
+  }
+  EXPECT_EQ(contentOf(file_), "text");
+}
+
+TEST_F(DeviceLockTest, HeedsToolsThatHaveWrittenTheFileUnderAnotherName) {
+  const std::filesystem::path other = files_.folder / "other";
+  fill(other, line(::getppid()));
+  std::filesystem::create_hard_link(other, file_);
+  EXPECT_EQ(DeviceLock().acquire(soon()), State::HeldByOther);
+}
+
 TEST_F(DeviceLockTest, SaysWhyTheLineIsNotProtected) {
   sim::mapPath(DeviceLock::path(), (files_.folder / "missing" / "file").string());
   DeviceLock lock;

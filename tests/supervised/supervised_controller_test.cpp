@@ -4,6 +4,7 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <link.h>
 #include <linux/sched.h>
 #include <sys/file.h>
 #include <sys/resource.h>
@@ -371,6 +372,18 @@ TEST(SupervisedOnSilentLine, ReturnsAtItsDeadline) {
   EXPECT_EQ(worker(), 0);
 }
 
+TEST(SupervisedOnSilentLine, ReturnsAtOnceWhereItsDeadlineHasLongPassed) {
+  unsigned char limit = 3;
+  const auto start = std::chrono::steady_clock::now();
+  for (const std::chrono::milliseconds deadline :
+       {std::chrono::milliseconds::min(), std::chrono::milliseconds::min() + 100s,
+        std::chrono::milliseconds(-1)}) {
+    orbSupervisedController receiver(deadline);
+    EXPECT_EQ(receiver.getElevationLimit(limit), 4U);
+  }
+  EXPECT_LT(std::chrono::steady_clock::now() - start, 50s);
+}
+
 TEST(SupervisedOnSilentLine, WaitsForACallOfAnotherThreadNoLongerThanItsDeadline) {
   orbSupervisedController receiver(10s);
   unsigned char limit = 3;
@@ -402,6 +415,27 @@ TEST(SupervisedOnSilentLine, TellsOfNoReceiver) {
   orbSupervisedController receiver(200ms);
   EXPECT_EQ(receiver.gpsObtChipDetect(), 0U);
   EXPECT_EQ(receiver.timeStamp(), "");
+}
+
+/// The path that the library was loaded from; dl_iterate_phdr() calls it for each of them.
+int takeName(dl_phdr_info* library, std::size_t /*size*/, void* name) {
+  const std::string path = library->dlpi_name;
+  if (path.find("liborb-gnss-supervised") != std::string::npos) {
+    *static_cast<std::string*>(name) = path;
+  }
+  return 0;
+}
+
+TEST(SupervisedFromRelativePath, FindsItsWorkerAlsoFromAnotherFolder) {
+  std::string library;
+  ::dl_iterate_phdr(takeName, &library);
+  ASSERT_EQ(library, "lib/liborb-gnss-supervised.so.0");
+  orbSupervisedController receiver;
+  ASSERT_EQ(::chdir("/"), 0);
+  std::string info;
+  EXPECT_EQ(receiver.getInfo(info), 0U);
+  EXPECT_EQ(orbSupervisedController::lastCall().problem, "");
+  EXPECT_EQ(orbSupervisedController().getInfo(info), 0U);
 }
 
 TEST(SupervisedWithoutModule, DoesAsTheNullController) {
