@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <deque>
 #include <mutex>
 #include <utility>
 
@@ -85,7 +86,7 @@ class FaultyDevice::Implementation {
 
   std::vector<Event> events() const {
     const std::lock_guard lock(mutex_);
-    return events_;
+    return {events_.begin(), events_.end()};
   }
 
  private:
@@ -106,6 +107,9 @@ class FaultyDevice::Implementation {
     Answer answer = isDeaf() ? Answer{} : answerOfReceiver(packet, hits);
     for (RuleBook::Hit& hit : hits) {
       events_.push_back({hit.index, packet.id()});
+      if (events_.size() > kMostEvents) {
+        events_.pop_front();
+      }
       carryOut(hit, answer);
     }
     for (AnswerPart& part : answer) {
@@ -181,7 +185,7 @@ class FaultyDevice::Implementation {
   mutable std::mutex mutex_;
   Device& device_;
   RuleBook rules_;
-  std::vector<Event> events_;
+  std::deque<Event> events_;
   FrameReader reader_;
   Outbox outbox_;
   milliseconds now_{0};

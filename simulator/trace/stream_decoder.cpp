@@ -75,7 +75,9 @@ StreamDecoder::Verdict StreamDecoder::judgePacket(std::size_t position) const {
 StreamDecoder::Verdict StreamDecoder::judgeSentence(std::size_t position) const {
   using Kind = Verdict::Kind;
   const auto begin = pending_.begin() + static_cast<std::ptrdiff_t>(position);
-  const auto end = std::find_if_not(begin, pending_.end(), isText);
+  const auto longest =
+      static_cast<std::ptrdiff_t>(std::min(pending_.size() - position, kLongestSentence + 1));
+  const auto end = std::find_if_not(begin, begin + longest, isText);
   const auto textLength = static_cast<std::size_t>(end - begin);
   if (textLength > kLongestSentence) {
     return {};

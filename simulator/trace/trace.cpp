@@ -50,6 +50,9 @@ std::optional<WallTime> startedIn(const json& header) {
   if (version == header.end()) {
     throw Problem("not a trace: it does not begin with \"orb-sim-trace\"");
   }
+  if (version->is_structured()) {
+    throw Problem("\"orb-sim-trace\" is no version");  // printed, it could nest without end
+  }
   if (*version != kVersion) {
     throw Problem("traces of version " + version->dump() + " are not known");
   }

@@ -93,7 +93,10 @@ class FaultyDevice : public Device {
   bool takesMore() const override;
   unsigned int speed() const override;
 
-  /// All that has happened so far. May be called from any thread.
+  /// So many of what has happened are kept.
+  static constexpr std::size_t kMostEvents = 10'000;
+
+  /// The last kMostEvents of what has happened so far. May be called from any thread.
   std::vector<Event> events() const;
 
  private:

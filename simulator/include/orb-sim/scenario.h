@@ -75,7 +75,7 @@ class ScenarioDevice : public Device {
 
   /// A copy of the receiver's state.
   State state() const;
-  /// The faults that have happened.
+  /// The faults that have happened; see FaultyDevice::events().
   std::vector<FaultyDevice::Event> events() const;
 
   /// See Receiver::listenToPulses().

@@ -131,6 +131,20 @@ TEST_F(FaultRules, ReportWhatTheyFellOn) {
   EXPECT_EQ(events[2].message, 0x1000);
 }
 
+TEST_F(FaultRules, ForgetTheOldestOfMuchThatTheyFellOn) {
+  sim::FaultRule first{.kind = FaultKind::Doubled, .times = 1};
+  sim::FaultRule later{.kind = FaultKind::Doubled, .first = 2};
+  sim::FaultyDevice device(receiver_, {first, later}, 1);
+  for (std::size_t i = 0; i < sim::FaultyDevice::kMostEvents; ++i) {
+    device.receive(kRateQuery);
+  }
+  EXPECT_EQ(device.events().front().rule, 0U);
+  EXPECT_EQ(device.events().size(), sim::FaultyDevice::kMostEvents);
+  device.receive(kRateQuery);
+  EXPECT_EQ(device.events().front().rule, 1U);
+  EXPECT_EQ(device.events().size(), sim::FaultyDevice::kMostEvents);
+}
+
 TEST_F(FaultRules, CountAlsoWhatTheReceiverDoesNotHear) {
   sim::FaultRule restart{.kind = FaultKind::SlowRestart, .times = 1, .delay = 1s};
   sim::FaultRule fourth{.kind = FaultKind::NoReply, .first = 4};

@@ -96,6 +96,16 @@ TEST(StreamDecoder, TakesADollarThatBeginsNoSentenceForOther) {
   }
 }
 
+// Looking for the end of each as far as the stream goes would take the time of the square.
+TEST(StreamDecoder, LooksForTheEndOfASentenceNoFurtherThanItCanBe) {
+  constexpr std::size_t kCount = 1'000'000;
+  std::size_t length = 0;
+  sim::StreamDecoder decoder([&](const sim::StreamItem& found) { length += found.length; });
+  decoder.push(sim::Bytes(kCount, '$'));
+  decoder.finish();
+  EXPECT_EQ(length, kCount);
+}
+
 TEST(StreamDecoder, KeepsOnlyTheBeginningOfWhatItDoesNotKnow) {
   const std::vector<sim::StreamItem> items = decode({sim::Bytes(10'000, 0x55)});
   std::size_t length = 0;

@@ -240,6 +240,14 @@ TEST_F(Trace, IsRefusedWithoutItsHeader) {
   EXPECT_EQ(errorOf(R"({"orb-sim-trace":2})"), errorAt(1, "traces of version 2 are not known"));
 }
 
+TEST_F(Trace, IsRefusedWhereItsVersionIsNone) {
+  const std::string deep = std::string(400'000, '[') + std::string(400'000, ']');
+  for (const std::string& version : {std::string("[1]"), std::string("{}"), deep}) {
+    EXPECT_EQ(errorOf("{\"orb-sim-trace\":" + version + "}"),
+              errorAt(1, "\"orb-sim-trace\" is no version"));
+  }
+}
+
 TEST_F(Trace, IsRefusedWhereALineIsTooLong) {
   EXPECT_EQ(
       errorOf(kHeader + std::string("\n") + std::string(sim::TraceParser::kLongestLine + 1, ' ')),
