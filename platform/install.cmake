@@ -42,7 +42,8 @@ function(install_with_paths template destination name)
     set(DOC_DIR \"\${CMAKE_INSTALL_PREFIX}/${CMAKE_INSTALL_DOCDIR}\")
     set(file \"\${CMAKE_INSTALL_PREFIX}/${destination}/${name}\")
     message(STATUS \"Installing: \$ENV{DESTDIR}\${file}\")
-    configure_file(\"${CMAKE_CURRENT_SOURCE_DIR}/${template}\" \"\$ENV{DESTDIR}\${file}\" @ONLY)
+    configure_file(\"${CMAKE_CURRENT_SOURCE_DIR}/${template}\" \"\$ENV{DESTDIR}\${file}\" @ONLY
+      FILE_PERMISSIONS OWNER_READ OWNER_WRITE GROUP_READ WORLD_READ)
     list(APPEND CMAKE_INSTALL_MANIFEST_FILES \"\${file}\")"
     COMPONENT runtime)
 endfunction()

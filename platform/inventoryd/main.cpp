@@ -1,8 +1,7 @@
-#include <signal.h>
 #include <systemd/sd-daemon.h>
 
 #include <CLI/CLI.hpp>
-#include <cerrno>
+#include <csignal>
 #include <exception>
 #include <iostream>
 #include <string>
@@ -42,20 +41,21 @@ void printProblems(const InventoryFile& file) {
   }
 }
 
-int onReload(sd_event_source* /*source*/, const signalfd_siginfo* /*signal*/, void* data) {
+/// For the event loop, which is of C, and asks a handler that has failed once no more.
+int onReload(sd_event_source* /*source*/, const signalfd_siginfo* /*signal*/, void* data) noexcept {
   try {
     auto& offer = *static_cast<Offer*>(data);
     InventoryFile file = orb::inventory::readInventoryFile(offer.path);
     printProblems(file);
-    if (!file.problems.empty()) {
-      std::cerr << kProgram << ": the inventory stays as it was\n";
-    } else {
+    if (file.problems.empty()) {
       offer.inventory = std::move(file.inventory);
+      return 0;
     }
-    return 0;
-  } catch (const std::exception&) {
-    return -ENOMEM;
+  } catch (const std::exception& error) {
+    std::cerr << kProgram << ": " << error.what() << '\n';
   }
+  std::cerr << kProgram << ": the inventory stays as it was\n";
+  return 0;
 }
 
 orb::EventHandle makeEventLoop(Offer& offer) {
@@ -87,6 +87,7 @@ orb::BusHandle connect(sd_event* event) {
 }
 
 int serve(Offer offer) {
+  std::signal(SIGPIPE, SIG_IGN);  // whoever read standard error may have gone
   const orb::EventHandle event = makeEventLoop(offer);
   const orb::BusHandle bus = connect(event.get());
   const InventoryService service(bus.get(), offer.inventory);

@@ -7,5 +7,8 @@ endfunction()
 leave_out_test("the emulator does not know the ioctl calls of I2C buses, and fails with ENOSYS"
   I2CDev.DoesNotOpenWhatIsNoI2CBus)
 
+leave_out_test("the emulator itself has no memory left"
+  InventoryClients.SeeAFileThatIsReadAfterOneThatMemoryWasTooShortFor)
+
 leave_out_test("the machine's shell, which the test inspects, is no program of the emulated machine"
   ProgramFileTest.TakesAScriptForItsInterpreter)

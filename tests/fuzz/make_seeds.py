@@ -174,6 +174,7 @@ def backup_file():
         b"longitude = 11.56\naltitude = 520\n",
         b'[settings]\n[survey]\nmode = "auto"\nlength = 2000\n',
         b"[settings]\nelevation-limit = 200\n",
+        b'[settings]\nconstellations = ["a\\nb"]\n',
         LONGEST_FILE,
     ]
 

@@ -11,6 +11,10 @@ rm -rf "$work"
 mkdir -p "$work"
 cmake --install "$build" --prefix "$prefix" > "$work/install.log"
 
+# As those who read it need it, whatever the rights in the sources.
+wrong=$(find "$prefix" -type f \( ! -perm -444 -o -perm /022 \))
+[ -z "$wrong" ] || { echo "not 0644 or 0755:" "$wrong" >&2; exit 1; }
+
 pc=$(find "$prefix" -name orb-gnss.pc)
 PKG_CONFIG_PATH=$(dirname "$pc")
 export PKG_CONFIG_PATH

@@ -1,8 +1,11 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <signal.h>
+#include <sys/resource.h>
 #include <systemd/sd-bus.h>
 #include <unistd.h>
+
+#include <functional>
 
 #include "orb-platform/orb-platform.h"
 #include "support/private_bus.h"
@@ -48,6 +51,17 @@ class InventoryClients : public ::testing::Test {
     return client_;
   }
 
+  void reload(const char* toml) {
+    fill(bus_.folder() / "inventory.toml", toml);
+    ::kill(inventory_.process().pid(), SIGHUP);
+  }
+
+  static void waitFor(const std::function<bool()>& condition) {
+    for (int looks = 0; !condition() && looks < 3000; ++looks) {
+      ::usleep(10'000);
+    }
+  }
+
   Values recordAt(unsigned int location, const std::string& name) {
     const Record record = clientAt(location).GetSystemRecord(name);
     return {record.GetRecordType(), record.GetRecordData()};
@@ -60,24 +74,35 @@ class InventoryClients : public ::testing::Test {
 };
 
 TEST_F(InventoryClients, SeeTheFileAsItWasWhenTheServiceLastReadItWell) {
-  const auto reload = [&](const char* toml) {
-    fill(bus_.folder() / "inventory.toml", toml);
-    ::kill(inventory_.process().pid(), SIGHUP);
-  };
-  const auto waitFor = [](auto condition) {
-    for (int looks = 0; !condition() && looks < 3000; ++looks) {
-      ::usleep(10'000);
-    }
-  };
   GDBusSystemInventoryClient client;
   reload("[[module]]\nlocation = 7\n");
   waitFor([&] { return client.GetModuleLocations().size() == 1; });
   EXPECT_THAT(client.GetModuleLocations(), ElementsAre(7));
   reload("module = 8\n");
-  waitFor([&] { return !inventory_.process().output().empty(); });
+  waitFor([&] { return inventory_.process().output().ends_with("as it was\n"); });
   EXPECT_THAT(inventory_.process().output(),
               EndsWith("orb-inventoryd: the inventory stays as it was\n"));
   EXPECT_THAT(client.GetModuleLocations(), ElementsAre(7));
+}
+
+TEST_F(InventoryClients, SeeAFileThatIsReadAfterOneThatMemoryWasTooShortFor) {
+  if (ORB_IS_SANITIZED) {
+    GTEST_SKIP() << "sanitizers end a program that has no memory left";
+  }
+  const pid_t service = inventory_.process().pid();
+  rlimit limit{};
+  ASSERT_EQ(::prlimit(service, RLIMIT_AS, nullptr, &limit), 0);
+  const rlimit none{0, limit.rlim_max};
+  ASSERT_EQ(::prlimit(service, RLIMIT_AS, &none, nullptr), 0);
+  reload("[[module]]\nlocation = 7\n");
+  waitFor([&] { return inventory_.process().output().ends_with("as it was\n"); });
+  EXPECT_EQ(inventory_.process().output(),
+            "orb-inventoryd: std::bad_alloc\norb-inventoryd: the inventory stays as it was\n");
+  ASSERT_EQ(::prlimit(service, RLIMIT_AS, &limit, nullptr), 0);
+  reload("[[module]]\nlocation = 8\n");
+  GDBusSystemInventoryClient client;
+  waitFor([&] { return client.GetModuleLocations().size() == 1; });
+  EXPECT_THAT(client.GetModuleLocations(), ElementsAre(8));
 }
 
 TEST_F(InventoryClients, ListTheLocationsInAscendingOrder) {
