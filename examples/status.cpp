@@ -1,5 +1,5 @@
 // Tells, for as long as it runs, whether the receiver has a fix: one line for each change. No call
-// takes longer than its deadline, so an unplugged receiver is a line too, and SIGTERM ends it.
+// takes much longer than its deadline, so an unplugged receiver is a line too, and SIGTERM ends it.
 
 #include <orb-gnss/supervised_controller.h>
 

@@ -14,14 +14,14 @@ can_make_roots() {
   install_packages debian-archive-keyring mmdebstrap
 }
 
-# make_root SUITE FOLDER [OPTION]...: apt inside goes the same way to the packages as outside.
-make_root() {
-  suite=$1 folder=$2
+# make_root SUITE ROOT [OPTION]...: apt inside goes the same way to the packages as outside.
+make_root() (
+  suite=$1 root=$2
   shift 2
-  apt-config dump --format '%f "%v";%n' Acquire::http Acquire::https > "$folder.apt"
-  mmdebstrap --variant=minbase --aptopt="$folder.apt" "$@" "$suite" "$folder" "$(debian_mirror)" \
-    > "$folder.log" 2>&1 || { cat "$folder.log" >&2; return 1; }
-}
+  apt-config dump --format '%f "%v";%n' Acquire::http Acquire::https > "$root.apt"
+  mmdebstrap --variant=minbase --aptopt="$root.apt" "$@" "$suite" "$root" "$(debian_mirror)" \
+    > "$root.log" 2>&1 || { cat "$root.log" >&2; return 1; }
+)
 
 # in_root FOLDER COMMAND [ARGUMENT]...: what is mounted in the root is mounted there alone, and gone
 # with the processes that see it.

@@ -111,7 +111,10 @@ if [ -n "$root_suite" ]; then
     export SOURCE_DATE_EPOCH=$2
     cd /build/orb-gnss
     apt-get -q update
-    [ "$1" = "$(dpkg --print-architecture)" ] || apt-get -q -y install "crossbuild-essential-$1"
+    if [ "$1" != "$(dpkg --print-architecture)" ]; then
+      apt-get -q -y install "crossbuild-essential-$1"
+      export DEB_BUILD_PROFILES=cross
+    fi
     apt-get -y --no-install-recommends --host-architecture "$1" build-dep .
     dpkg-buildpackage -us -uc -b -a "$1"' sh "$arch" "$SOURCE_DATE_EPOCH"
 else

@@ -233,7 +233,9 @@ def make(page, source, version):
     lines = ["'\\\" t", ".Dd $Mdocdate$", f".Dt {page.name.upper()} {page.section}",
              f".Os orb-gnss {version}", ".Sh NAME", f".Nm {page.name}", f".Nd {page.title}"]
     if page.section == 3:
-        lines += [".Sh LIBRARY", "liborb-gnss (\\fB-lorb-gnss\\fP, pkg-config orb-gnss)",
+        lines += [".Sh LIBRARY", "liborb-gnss (\\fB-lorb-gnss\\fP, pkg-config orb-gnss);",
+                  "the supervised controller: \\fB-lorb-gnss-supervised\\fP,",
+                  "pkg-config orb-gnss-supervised",
                   ".Sh SYNOPSIS", ".In orb-gnss/orb-gnss.h"]
     if page.name != "liborb-gnss" and page.section == 3:
         lines += [".Sh DESCRIPTION", "Operations of the controllers that", ".Xr liborb-gnss 3",

@@ -12,7 +12,7 @@ from pages import blocks_of
 
 SOURCE = pathlib.Path(os.environ["ORB_SOURCE"])
 BUILD = pathlib.Path(os.environ["ORB_BUILD"])
-LIMIT = 120  # seconds for a block
+LIMIT = 60  # seconds for a block
 LINK = "/tmp/gps"
 
 
@@ -57,7 +57,8 @@ class ClientPage(unittest.TestCase):
     @contextlib.contextmanager
     def terminal(self, command, pipe):
         with subprocess.Popen(["bash", "-c", f"exec {command}"], cwd=self.folder, text=True,
-                              env=self.environment, **{pipe: subprocess.PIPE}) as process:
+                              env=self.environment, stdin=subprocess.PIPE,
+                              **{pipe: subprocess.PIPE}) as process:
             timer = threading.Timer(LIMIT, process.kill)
             timer.start()
             try:
@@ -72,7 +73,7 @@ class ClientPage(unittest.TestCase):
         self.assertEqual(statuses, [0, 0, 0], printed)
         self.assertIn("receiver: KernelVersion 1.0.12", printed)
         statuses, printed = self.run_block("wrong-module")
-        self.assertEqual(statuses[1], 1)
+        self.assertEqual(statuses, [1], printed)
         self.assertIn("no receiver\n", printed)
         statuses, printed = self.run_block("status.cpp")
         self.assertEqual(statuses, [0], printed)
@@ -82,9 +83,26 @@ class ClientPage(unittest.TestCase):
         self.assertIn("[  PASSED  ] 3 tests.", printed)
         self.assertEqual(self.blocks, [])
 
+    def check_that_it_finds_a_late_receiver(self, serve, prompt, no_receiver, has_fix):
+        waiting = prompt.removeprefix("$ ").replace("./status", "sh -c 'echo; read go; exec ./status'")
+        with contextlib.ExitStack() as stack:
+            with self.terminal(serve, "stderr") as line:
+                line.stderr.readline()  # it is there
+                client = stack.enter_context(self.terminal(waiting, "stdout"))
+                client.stdout.readline()
+            client.stdin.write("go\n")
+            client.stdin.close()
+            self.assertEqual(client.stdout.readline(), no_receiver + "\n")
+            with self.terminal(serve, "stderr"):
+                for said in client.stdout:
+                    if said == has_fix + "\n":
+                        return
+                self.fail("it does not find a receiver that comes late")
+
     def check_two_terminals(self):
         serve = self.block("orb-sim serve").strip()
         prompt, has_fix, no_answer, no_receiver, fix_again = self.block("./status").splitlines()
+        self.check_that_it_finds_a_late_receiver(serve, prompt, no_receiver, has_fix)
         self.assertEqual(has_fix, fix_again)
         with contextlib.ExitStack() as stack:
             with self.terminal(serve, "stderr") as line:
