@@ -67,6 +67,12 @@ dpkg --listfiles orb-gnss-tools | grep -q /man1/orbctl.1.gz || fail "no manual p
 dpkg --listfiles orb-gnss-tools | grep -q /man1/orb-sim.1.gz || fail "no manual page of orb-sim"
 dpkg --listfiles orb-inventoryd | grep -q /man8/orb-inventoryd.8.gz ||
   fail "no manual page of orb-inventoryd"
+for page in /usr/share/doc/orb-gnss/*.md; do
+  for link in $(grep -o ']([./]*[A-Za-z][^:)]*)' "$page" | sed 's/^](//; s/[#)].*//'); do
+    [ -e "${page%/*}/$link" ] || fail "$page leads to $link"
+  done
+  ! grep '^<!--' "$page" || fail "comments for tests in $page"
+done
 zcat /usr/share/doc/orb-gnss-tools/changelog.Debian.gz > source/debian/changelog
 ok "files stand where they belong"
 
