@@ -133,6 +133,7 @@ DeviceLock::Attempt DeviceLock::attempt(const std::string& path) {
     return impossible(path, errno);
   }
   if (!S_ISREG(statusOf(file_.get()).st_mode)) {
+    file_.reset();
     return impossible(path, EINVAL);
   }
   if (::flock(file_.get(), LOCK_EX | LOCK_NB) != 0) {
@@ -154,16 +155,16 @@ DeviceLock::Attempt DeviceLock::attempt(const std::string& path) {
   }
   // Somebody's file that was linked there would be overwritten.
   if (statusOf(file_.get()).st_nlink > 1) {
+    file_.reset();
     return impossible(path, EMLINK);
   }
   if (::ftruncate(file_.get(), 0) != 0) {
-    return impossible(path, errno);
+    return impossible(path, errno == EINVAL ? EACCES : errno);  // EINVAL: it is open for reading
   }
   return takeOver(path);
 }
 
 DeviceLock::Attempt DeviceLock::impossible(const std::string& path, int error) {
-  file_.reset();
   problem_ = "cannot write " + path + ": " + std::strerror(error);
   return Attempt::Impossible;
 }

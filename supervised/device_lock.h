@@ -16,7 +16,7 @@ class DeviceLock {
   enum class State {
     Held,         // the line is ours
     HeldByOther,  // another process had it until the deadline
-    Unprotected   // there is no place for the file that we may write to
+    Unprotected   // no file may be written; another user's, where there is one, has been locked
   };
 
   DeviceLock() = default;

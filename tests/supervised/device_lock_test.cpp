@@ -2,9 +2,11 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <linux/capability.h>
 #include <sched.h>
 #include <sys/file.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -156,15 +158,43 @@ TEST_F(DeviceLockTest, SaysWhyTheLineIsNotProtected) {
   EXPECT_EQ(lock.problem(), "cannot write " + DeviceLock::path() + ": No such file or directory");
 }
 
-TEST_F(DeviceLockTest, GoesOnInAFolderThatItMayNotWrite) {
-  if (::geteuid() == 0) {
-    GTEST_SKIP() << "root may write everywhere";
+/// Root may do to files what their modes allow, and no more, as long as this exists.
+class WithoutPrivilege {
+ public:
+  WithoutPrivilege() {
+    ::syscall(SYS_capget, &header_, before_);
+    Sets without = {before_[0], before_[1]};
+    without[0].effective &= ~(1U << CAP_DAC_OVERRIDE | 1U << CAP_DAC_READ_SEARCH);
+    EXPECT_EQ(::syscall(SYS_capset, &header_, without), 0);
   }
+  ~WithoutPrivilege() { EXPECT_EQ(::syscall(SYS_capset, &header_, before_), 0); }
+  WithoutPrivilege(const WithoutPrivilege&) = delete;
+  WithoutPrivilege& operator=(const WithoutPrivilege&) = delete;
+
+ private:
+  using Sets = __user_cap_data_struct[_LINUX_CAPABILITY_U32S_3];
+
+  __user_cap_header_struct header_{_LINUX_CAPABILITY_VERSION_3, 0};
+  Sets before_{};
+};
+
+TEST_F(DeviceLockTest, GoesOnInAFolderThatItMayNotWrite) {
+  const WithoutPrivilege as;
   std::filesystem::permissions(files_.folder, std::filesystem::perms::owner_exec);
   DeviceLock lock;
   EXPECT_EQ(lock.acquire(soon()), State::Unprotected);
   std::filesystem::permissions(files_.folder, std::filesystem::perms::owner_all);
   EXPECT_EQ(lock.problem(), "cannot write " + DeviceLock::path() + ": Permission denied");
+}
+
+TEST_F(DeviceLockTest, KeepsOthersOffWithAFileThatItMayNotWrite) {
+  fill(file_, line(endedProcess()));
+  std::filesystem::permissions(file_, std::filesystem::perms::owner_read);
+  const WithoutPrivilege as;
+  DeviceLock lock;
+  EXPECT_EQ(lock.acquire(soon()), State::Unprotected);
+  EXPECT_EQ(lock.problem(), "cannot write " + DeviceLock::path() + ": Permission denied");
+  EXPECT_EQ(DeviceLock().acquire(soon()), State::HeldByOther);
 }
 
 TEST_F(DeviceLockTest, RemovesWhatAKilledProcessHasLeft) {
