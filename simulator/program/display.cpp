@@ -8,9 +8,10 @@
 #include <chrono>
 #include <condition_variable>
 #include <cstring>
-#include <iostream>
 #include <mutex>
 #include <thread>
+
+#include "program/standard_streams.h"
 
 namespace orb::sim {
 namespace {
@@ -55,11 +56,10 @@ void Display::show(const std::string& lines) {
   }
   const bool isFull = leftOut_ != 0 ? !output_->unread.empty()
                                     : output_->unread.size() + lines.size() > kMostUnread;
-  if (isFull) {
+  if (isFull || !tellOfLeftOut()) {
     leftOut_ += linesOf(lines);
     return;
   }
-  tellOfLeftOut();
   output_->unread += lines;
   output_->changed.notify_all();
 }
@@ -72,9 +72,10 @@ void Display::write(const std::shared_ptr<Output>& output) {
     if (output->isFinished) {
       return;
     }
-    const std::string piece = output->unread.substr(0, kPiece);
+    char piece[kPiece];
+    const std::size_t size = output->unread.copy(piece, sizeof piece);
     lock.unlock();
-    const ssize_t written = ::write(STDOUT_FILENO, piece.data(), piece.size());
+    const ssize_t written = ::write(STDOUT_FILENO, piece, size);
     const int error = written < 0 && errno != EINTR && errno != EAGAIN ? errno : 0;
     if (written < 0 && error == 0) {  // others who have the same output may have set O_NONBLOCK
       pollfd output{STDOUT_FILENO, POLLOUT, 0};
@@ -93,18 +94,18 @@ void Display::write(const std::shared_ptr<Output>& output) {
 
 void Display::tellOfError() {
   if (output_->error != 0 && !isErrorTold_) {
-    isErrorTold_ = true;
-    std::cerr << "orb-sim: cannot write standard output: " << std::strerror(output_->error)
-              << "; goes on without it" << std::endl;
+    isErrorTold_ = remark(std::string("cannot write standard output: ") +
+                          std::strerror(output_->error) + "; goes on without it");
   }
 }
 
-void Display::tellOfLeftOut() {
-  if (leftOut_ != 0) {
-    std::cerr << "orb-sim: nobody has read standard output; " << leftOut_
-              << " lines are left out of it" << std::endl;
+/// Returns whether there is nothing more to tell.
+bool Display::tellOfLeftOut() {
+  if (leftOut_ != 0 && remark("nobody has read standard output; " + std::to_string(leftOut_) +
+                              " lines are left out of it")) {
     leftOut_ = 0;
   }
+  return leftOut_ == 0;
 }
 
 }  // namespace orb::sim

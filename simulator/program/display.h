@@ -19,7 +19,7 @@ class Display {
 
   /// Shows whole lines, at once. Where 1 MiB has not been read yet, leaves them out, and those
   /// after them until all is read; says so on standard error afterwards. Also says there, once,
-  /// that standard output cannot be written.
+  /// that standard output cannot be written. Does not wait for readers of standard error either.
   void show(const std::string& lines);
 
  private:
@@ -27,7 +27,7 @@ class Display {
 
   static void write(const std::shared_ptr<Output>& output);
   void tellOfError();
-  void tellOfLeftOut();
+  bool tellOfLeftOut();
 
   const std::shared_ptr<Output> output_;  // the thread may be waiting when this ends
   std::size_t leftOut_ = 0;               // lines

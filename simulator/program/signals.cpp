@@ -3,8 +3,9 @@
 #include <sys/signalfd.h>
 
 #include <cstring>
-#include <iostream>
 #include <string>
+
+#include "program/standard_streams.h"
 
 namespace orb::sim {
 
@@ -64,8 +65,7 @@ EndSignals::EndSignals()
 }
 
 void EndSignals::wait() const {
-  std::cerr << std::string("orb-sim: ended by SIG") + sigabbrev_np(takeSignal(signals_).si_signo) +
-                   '\n';
+  remark(std::string("ended by SIG") + sigabbrev_np(takeSignal(signals_).si_signo));
 }
 
 EndSignals::~EndSignals() {

@@ -1,6 +1,7 @@
 #include "program/standard_streams.h"
 
 #include <fcntl.h>
+#include <poll.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -29,6 +30,15 @@ void requireOutput() {
     throw Failure(std::string("cannot write standard output") +
                   (errno != 0 ? std::string(": ") + std::strerror(errno) : ""));
   }
+}
+
+bool remark(const std::string& what) {
+  pollfd errors{STDERR_FILENO, POLLOUT, 0};
+  if (poll(&errors, 1, 0) != 1) {
+    return false;
+  }
+  std::cerr << "orb-sim: " + what + '\n';
+  return true;
 }
 
 }  // namespace orb::sim

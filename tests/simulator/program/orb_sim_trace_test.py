@@ -12,7 +12,8 @@ import subprocess
 import termios
 import unittest
 
-from orb_sim import ASK_VERSION, LIMIT, REFUSED, OrbSimTest, runs_a_command, wait_until
+from orb_sim import (ASK_VERSION, LIMIT, ORB_SIM, REFUSED, OrbSimTest, runs_a_command,
+                     wait_until)
 from orb_sim_serve_test import ask, check_goes_on, opened, processor_seconds, read_exactly
 
 POLL = os.environ["ORB_SIM_POLL"]
@@ -227,6 +228,24 @@ class Tap(TapTest):
                 self.assertEqual(ask(self.link).hex().upper(), ANSWER)
             process.terminate()
             self.assertEqual(process.wait(LIMIT), 0)
+
+    def test_ends_when_it_is_told_on_a_terminal_that_nobody_reads(self):
+        screen, terminal = pty.openpty()
+        receiver, port = pty.openpty()
+        tap = subprocess.Popen([ORB_SIM, "tap", os.ttyname(port), "--trace", str(self.trace)],
+                               env=self.environment, stdout=terminal, stderr=terminal)
+        try:
+            self.assertIn(b"listens", os.read(screen, 4096))
+            sentences, last = 40000, b"$GPGLL*50\r\n"
+            os.write(receiver, b"$GPZDA*48\r\n" * sentences + last)
+            wait_until(lambda: last.hex().upper() in self.trace.read_text()[-200:], "the last one")
+            tap.terminate()
+            self.assertEqual(tap.wait(LIMIT), 0)
+        finally:
+            tap.kill()
+            tap.wait()
+            for end in screen, terminal, receiver, port:
+                os.close(end)
 
     def test_says_how_much_it_has_left_out_that_nobody_has_read(self):
         sentences, last = 40000, b"$GPGLL*50\r\n"
