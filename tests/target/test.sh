@@ -20,7 +20,7 @@ build() {
 }
 build release orb-sim
 build aarch64 orb-gnss orb-platform orb-gnss-supervised orb-gnss-worker orbctl orb-inventoryd \
-  orb-sim orb-sim-preload target-client
+  orb-sim orb-sim-preload target-client manual-pages orbctl-generated
 
 tests/target/make_root.sh
 tests/target/run.py build/release/bin/orb-sim build/target "$@"
