@@ -20,6 +20,7 @@ leave_out("the linker leaves some 55 KiB empty between segments, for pages of up
   Budgets.SizeOfTheStrippedLibrary)
 
 leave_out("orb-sim refuses the commands that it is to run: they are programs of another machine"
+  Abi.ClientOfFirstRelease
   InstalledPackage
   simulator.program.antenna
   simulator.interpose.preload
