@@ -544,14 +544,14 @@ class OnTheDevice(OrbctlTest):
 
     def test_says_what_was_interrupted(self):
         result = self.shell(f"env --default-signal=INT {ORBCTL} set sbas off elevation-limit 20 "
-                            "cnr-limit 9 > said & until grep -q sbas said; do sleep 0.1; done; "
+                            "cnr-limit 9 > said & until grep -qs sbas said; do sleep 0.1; done; "
                             "kill -INT $!; wait $!; echo $?", self.scenario(NO_MASKS))
         self.check(result, 0, "130\n", "orbctl: interrupted at elevation-limit, which may be set "
                    "or not; changed before: sbas; not tried: cnr-limit\n")
 
     def test_says_that_defaults_were_interrupted(self):
         result = self.shell(f"env --default-signal=INT {ORBCTL} defaults configuration & "
-                            "until grep -q . /var/log/orbset-errors.log; do sleep 0.1; done; "
+                            "until grep -qs . /var/log/orbset-errors.log; do sleep 0.1; done; "
                             "kill -INT $!; wait $!; echo $?", self.scenario(NO_MASKS))
         self.assertEqual((result.stdout, result.stderr.splitlines()[-1]), (
             "130\n", "orbctl: interrupted; the configuration defaults may be set in part; "

@@ -47,7 +47,7 @@ class Pps(OrbSimTest):
 
     @runs_a_command
     def test_notes_those_of_a_run(self):
-        self.run_shell("until grep -q falling pulses; do sleep 0.1; done", cwd=self.folder,
+        self.run_shell("until grep -qs falling pulses; do sleep 0.1; done", cwd=self.folder,
                        options=["--scenario", str(self.folder / self.scenario("")),
                                 "--pps", "pulses"])
         self.assertRegex(self.pulses.read_text().split("\n", 1)[1], EDGE)
