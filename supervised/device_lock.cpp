@@ -73,12 +73,15 @@ LockFile openFile(const std::string& path) {
   LockFile file{
       OwnedDescriptor(::open(path.c_str(), O_RDWR | O_CREAT | O_EXCL | kFlags, kEveryoneReads)),
       true};
-  if (!file.descriptor.isOpen() && errno == EEXIST) {
+  const bool wasThere = !file.descriptor.isOpen() && errno == EEXIST;
+  if (wasThere) {
     file = {OwnedDescriptor(::open(path.c_str(), O_RDWR | kFlags)), false};
   }
   if (!file.descriptor.isOpen() && errno == EACCES) {
     file = {OwnedDescriptor(::open(path.c_str(), O_RDONLY | kFlags)), false};
-    errno = EACCES;  // which it is that counts, also where there is no file
+    if (!wasThere || errno != ENOENT) {
+      errno = EACCES;  // which it is that counts, also where there is no file
+    }
   }
   return file;
 }
@@ -92,7 +95,7 @@ const std::string& DeviceLock::path() {
 }
 
 DeviceLock::~DeviceLock() {
-  if (isOurs_) {
+  if (isOurs_ && hasName(file_.get())) {
     ::unlink(path().c_str());
   }
 }
@@ -106,7 +109,7 @@ DeviceLock::State DeviceLock::acquire(Deadline deadline) {
   for (;;) {
     switch (attempt(path)) {
       case Attempt::Taken:
-        return isOurs_ ? State::Held : State::Unprotected;
+        return State::Held;
       case Attempt::Impossible:
         return State::Unprotected;
       case Attempt::Busy:
@@ -170,12 +173,12 @@ DeviceLock::Attempt DeviceLock::impossible(const std::string& path, int error) {
 }
 
 DeviceLock::Attempt DeviceLock::takeOver(const std::string& path) {
+  isOurs_ = true;
   char text[16];
   const int length = std::snprintf(text, sizeof text, "%10d\n", static_cast<int>(::getpid()));
   if (::pwrite(file_.get(), text, static_cast<std::size_t>(length), 0) != length) {
     return impossible(path, errno);
   }
-  isOurs_ = true;
   return Attempt::Taken;
 }
 

@@ -5,6 +5,7 @@
 #include <linux/capability.h>
 #include <sched.h>
 #include <sys/file.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
@@ -195,6 +196,37 @@ TEST_F(DeviceLockTest, KeepsOthersOffWithAFileThatItMayNotWrite) {
   EXPECT_EQ(lock.acquire(soon()), State::Unprotected);
   EXPECT_EQ(lock.problem(), "cannot write " + DeviceLock::path() + ": Permission denied");
   EXPECT_EQ(DeviceLock().acquire(soon()), State::HeldByOther);
+}
+
+TEST_F(DeviceLockTest, LeavesNothingWhereItCannotWriteItsProcessId) {
+  const auto before = std::signal(SIGXFSZ, SIG_IGN);
+  rlimit limit{};
+  ::getrlimit(RLIMIT_FSIZE, &limit);
+  const rlimit none{0, limit.rlim_max};
+  State state{};
+  State another{};
+  {
+    DeviceLock lock;
+    ::setrlimit(RLIMIT_FSIZE, &none);
+    state = lock.acquire(soon());
+    another = DeviceLock().acquire(soon());
+    ::setrlimit(RLIMIT_FSIZE, &limit);
+  }
+  std::signal(SIGXFSZ, before);
+  EXPECT_EQ(state, State::Unprotected);
+  EXPECT_EQ(another, State::HeldByOther);
+  EXPECT_EQ(contentOf(file_), "(no file)");
+}
+
+TEST_F(DeviceLockTest, LeavesTheFileOfWhoHasTheLineAfterItsOwnWasRemoved) {
+  DeviceLock second;
+  {
+    DeviceLock first;
+    ASSERT_EQ(first.acquire(soon()), State::Held);
+    std::filesystem::remove(file_);
+    ASSERT_EQ(second.acquire(soon()), State::Held);
+  }
+  EXPECT_EQ(contentOf(file_), line(::getpid()));
 }
 
 TEST_F(DeviceLockTest, RemovesWhatAKilledProcessHasLeft) {
