@@ -6,7 +6,7 @@
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
-#include <string>
+#include <fstream>
 #include <system_error>
 
 #include "program/failure.h"
@@ -52,6 +52,14 @@ void PrivateFolder::remove() const noexcept {
   }
   std::error_code ignored;
   std::filesystem::remove_all(path_, ignored);
+}
+
+void fillFile(const std::filesystem::path& file, const std::string& text) {
+  std::ofstream stream(file, std::ios::binary);
+  stream << text;
+  if (!stream.flush()) {
+    throw Failure("cannot write " + file.string());
+  }
 }
 
 }  // namespace orb::sim

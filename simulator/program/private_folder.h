@@ -2,6 +2,7 @@
 
 #include <array>
 #include <filesystem>
+#include <string>
 
 #include "base/owned_descriptor.h"
 
@@ -27,5 +28,8 @@ class PrivateFolder {
   /// has no descriptor left.
   mutable std::array<OwnedDescriptor, 2> spare_;
 };
+
+/// Makes a file with this text. Throws Failure where not all of it could be written.
+void fillFile(const std::filesystem::path& file, const std::string& text);
 
 }  // namespace orb::sim

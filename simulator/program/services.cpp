@@ -10,11 +10,13 @@
 #include <cstdio>
 #include <fstream>
 #include <iterator>
+#include <sstream>
 #include <vector>
 
 #include "base/owned_descriptor.h"
 #include "program/failure.h"
 #include "program/installation.h"
+#include "program/private_folder.h"
 #include "program/process.h"
 
 namespace orb::sim {
@@ -96,7 +98,9 @@ void writeInventory(const fs::path& file, const std::optional<std::string>& hard
                                    {"records", toml::table{{"HardwareSetId", *hardwareId}}},
                                }});
   }
-  std::ofstream(file) << inventory << '\n';
+  std::ostringstream text;
+  text << inventory << '\n';
+  fillFile(file, text.str());
 }
 
 }  // namespace
@@ -106,7 +110,7 @@ std::string startBus(const fs::path& folder) {
   const fs::path configuration = folder / "bus.conf";
   char text[1024];
   std::snprintf(text, sizeof text, kBusConfiguration, address.c_str());
-  std::ofstream(configuration) << text;
+  fillFile(configuration, text);
   startService(folder, busDaemon(), {"--config-file=" + configuration.string(), "--nofork"}, {});
   return address;
 }

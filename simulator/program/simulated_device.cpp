@@ -3,7 +3,6 @@
 #include <sys/stat.h>
 
 #include <cstdlib>
-#include <fstream>
 #include <system_error>
 #include <utility>
 
@@ -13,6 +12,7 @@
 #include "program/failure.h"
 #include "program/fed_receiver.h"
 #include "program/installation.h"
+#include "program/private_folder.h"
 #include "program/pulse_file.h"
 #include "program/serial_port.h"
 #include "program/services.h"
@@ -72,11 +72,7 @@ fs::path linkLibrary(const fs::path& folder) {
 /// name, which nothing can open: the preloaded library alone makes a device of it.
 fs::path makeI2cBus(const fs::path& files, const fs::path& folder) {
   const fs::path registers = files / kRegisters;
-  std::ofstream stream(registers, std::ios::binary);
-  stream << RegisterText(PortExpander()).view();
-  if (!stream.flush()) {
-    throw Failure("cannot write " + registers.string());
-  }
+  fillFile(registers, std::string(RegisterText(PortExpander()).view()));
   const fs::path bus = folder / kI2cBus;
   fs::create_symlink(registers, bus.string() + ".registers");
   checked(mknod(bus.c_str(), S_IFSOCK | S_IRUSR | S_IWUSR, 0), "cannot make " + bus.string());

@@ -90,6 +90,16 @@ class Command(RunTest):
                 self.assertEqual(result.returncode, 125)
                 self.assert_nothing_is_left()
 
+    def test_is_not_run_where_a_file_of_the_device_would_be_cut_off(self):
+        command = shlex.join(self.arguments(("--hardware-id", 400 * "7"), ("true",)))
+        for limit in range(0, 500, 50):
+            with self.subTest(limit):
+                result = self.run_program("sh", "-c",
+                                          f"trap '' XFSZ; exec prlimit --fsize={limit} {command}")
+                self.assertEqual(result.returncode, 125)
+                self.assertIn("orb-sim: cannot write ", result.stderr)
+                self.assert_nothing_is_left()
+
     @unittest.skipIf(os.environ.get("ORB_SANITIZE"), "sanitizers start a thread of their own")
     def test_is_not_run_where_processes_are_few_and_nothing_is_left(self):
         # The kernel does not limit root's processes; nobody's are as good as none but this test's.
